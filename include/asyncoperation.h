@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_ASYNCOPERATION_H
+#define MORVEK_ASYNCOPERATION_H
+
+#include "asyncoperationbase.h"
+
+#include <QtCore/QList>
+
+namespace morvek {
+
+/*!
+ * An operation that ends with a list of \a T.
+ *
+ * A service hands out one of the concrete classes, each with the signals success() and failure(). One of them
+ * comes once, always from the event loop and never inside the call that started the operation, so that there is
+ * time to connect. The caller owns the operation and deletes it whenever it likes, usually with deleteLater() in
+ * the slot; deleting it earlier does not withdraw the request.
+ */
+template<typename T>
+class AsyncOperation : public AsyncOperationBase
+{
+public:
+    /*! What the operation ended with; empty while it is pending and after failure(). */
+    QList<T> results() const { return m_results; }
+
+private:
+    friend class AsyncOperationWriter;
+    QList<T> m_results;
+};
+
+} // namespace morvek
+
+#endif

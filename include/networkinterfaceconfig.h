@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_NETWORKINTERFACECONFIG_H
+#define MORVEK_NETWORKINTERFACECONFIG_H
+
+#include "networkexport.h"
+
+#include <QtCore/QList>
+#include <QtNetwork/QHostAddress>
+#include <QtNetwork/QNetworkAddressEntry>
+
+#include <memory>
+
+class QTextStream;
+
+namespace morvek {
+
+/*!
+ * The IPv4 configuration of an interface: obtained by DHCP, or given by hand.
+ *
+ * \code
+ * QNetworkAddressEntry address;
+ * address.setIp(QHostAddress("192.168.0.2"));
+ * address.setNetmask(QHostAddress("255.255.255.0"));
+ *
+ * NetworkInterfaceConfig config;
+ * config.setType(NetworkInterfaceConfig::Manual);
+ * config.addIpAddress(address);
+ * config.addGatewayAddress(QHostAddress("192.168.0.1"));
+ * \endcode
+ *
+ * The lists may hold more, but only the first address and the first gateway are used when an interface is
+ * configured. A copy shares nothing with its source.
+ */
+class MORVEK_NETWORK_EXPORT NetworkInterfaceConfig
+{
+public:
+    enum ConfigurationType {
+        Auto = 0,   //!< by DHCP
+        Manual = 1, //!< by the addresses given here
+    };
+
+    /*! Auto, without addresses and gateways. */
+    NetworkInterfaceConfig();
+    NetworkInterfaceConfig(const NetworkInterfaceConfig &other);
+    ~NetworkInterfaceConfig();
+    NetworkInterfaceConfig &operator=(const NetworkInterfaceConfig &other);
+
+    /*! Equal types and equal lists, in the same order. */
+    bool operator==(const NetworkInterfaceConfig &other) const;
+    bool operator!=(const NetworkInterfaceConfig &other) const;
+
+    /*! True for Auto without addresses and gateways. */
+    bool isEmpty() const;
+
+    ConfigurationType type() const;
+    void setType(ConfigurationType type);
+
+    /*! Addresses, each with its netmask. */
+    QList<QNetworkAddressEntry> ipAddresses() const;
+    void setIpAddresses(const QList<QNetworkAddressEntry> &addresses);
+    /*! Appends \a address. */
+    void addIpAddress(const QNetworkAddressEntry &address);
+
+    QList<QHostAddress> gatewayAddresses() const;
+    void setGatewayAddresses(const QList<QHostAddress> &gateways);
+    /*! Appends \a gateway. */
+    void addGatewayAddress(const QHostAddress &gateway);
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+/*! Writes one line that describes \a config. */
+MORVEK_NETWORK_EXPORT QTextStream &operator<<(QTextStream &stream, const NetworkInterfaceConfig &config);
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_NETWORKLIBRARYEXPORTS_H
+#define MORVEK_NETWORKLIBRARYEXPORTS_H
+
+#include "networkexport.h"
+
+namespace morvek {
+class NetworkInterfaceService;
+}
+
+extern "C" {
+
+/*! A new service, which the caller owns and gives back to deleteNetworkInterfaceService(). */
+MORVEK_NETWORK_EXPORT morvek::NetworkInterfaceService *newNetworkInterfaceService();
+
+/*! Deletes \a *service and sets it to null. Does nothing when \a service or \a *service is null. */
+MORVEK_NETWORK_EXPORT void deleteNetworkInterfaceService(morvek::NetworkInterfaceService **service);
+
+} // extern "C"
+
+#endif

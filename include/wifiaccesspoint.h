@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_WIFIACCESSPOINT_H
+#define MORVEK_WIFIACCESSPOINT_H
+
+#include "networkexport.h"
+#include "wifisecurity.h"
+
+#include <QtCore/QString>
+
+#include <memory>
+
+class QTextStream;
+
+namespace morvek {
+
+/*!
+ * One Wi-Fi access point: found by a scan, or the one that the station is connected to.
+ *
+ * A default-constructed one is an open network with empty names. A copy shares nothing with its source.
+ */
+class MORVEK_NETWORK_EXPORT WifiAccessPoint
+{
+public:
+    WifiAccessPoint();
+    WifiAccessPoint(const WifiAccessPoint &other);
+    ~WifiAccessPoint();
+    WifiAccessPoint &operator=(const WifiAccessPoint &other);
+
+    /*! Equal in every field. */
+    bool operator==(const WifiAccessPoint &other) const;
+    bool operator!=(const WifiAccessPoint &other) const;
+
+    /*! True when the BSSID is empty, whatever else is set. */
+    bool isEmpty() const;
+
+    /*! The hardware address as the Wi-Fi daemon writes it. */
+    QString bssid() const;
+    void setBssid(const QString &bssid);
+
+    /*! The network's name. */
+    QString ssid() const;
+    void setSsid(const QString &ssid);
+
+    /*! The signal level as the Wi-Fi daemon reports it, in dBm as a rule; 0 when it is not known. */
+    int rssi() const;
+    void setRssi(int rssi);
+
+    /*! The channel's frequency as the Wi-Fi daemon reports it, in MHz as a rule; 0 when it is not known. */
+    unsigned int frequency() const;
+    void setFrequency(unsigned int frequency);
+
+    /*! All pairwise ciphers that are offered. */
+    QFlags<WifiCipher> ciphers() const;
+    void setCiphers(const QFlags<WifiCipher> &ciphers);
+
+    /*! All key management types that are offered. */
+    QFlags<WifiKeyManagementType> keyManagementTypes() const;
+    void setKeyManagementTypes(const QFlags<WifiKeyManagementType> &types);
+
+    /*! All security protocols that are offered. */
+    QFlags<WifiSecurityProtocol> securityProtocols() const;
+    void setSecurityProtocols(const QFlags<WifiSecurityProtocol> &protocols);
+
+    WifiServiceSet serviceSet() const;
+    void setServiceSet(WifiServiceSet serviceSet);
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+/*! Writes one line that describes \a accessPoint. */
+MORVEK_NETWORK_EXPORT QTextStream &operator<<(QTextStream &stream, WifiAccessPoint &accessPoint);
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_WIFICONNECTIONCONFIG_H
+#define MORVEK_WIFICONNECTIONCONFIG_H
+
+#include "networkexport.h"
+#include "wifisecurity.h"
+
+#include <QtCore/QString>
+
+#include <memory>
+
+class QTextStream;
+
+namespace morvek {
+
+/*!
+ * Which Wi-Fi network to join, and how.
+ *
+ * A default-constructed one stands for an open network without a name. A copy shares nothing with its source.
+ */
+class MORVEK_NETWORK_EXPORT WifiConnectionConfig
+{
+public:
+    WifiConnectionConfig();
+    WifiConnectionConfig(const WifiConnectionConfig &other);
+    ~WifiConnectionConfig();
+    WifiConnectionConfig &operator=(const WifiConnectionConfig &other);
+
+    /*! Equal in every field. */
+    bool operator==(const WifiConnectionConfig &other) const;
+    bool operator!=(const WifiConnectionConfig &other) const;
+
+    /*!
+     * True for the two kinds of network that can be joined: with a pre-shared key, a passkey and WPA or WPA2; or
+     * without any key management and protocol. The name does not matter.
+     */
+    bool isValid() const;
+
+    /*! The network's name. */
+    QString ssid() const;
+    void setSsid(const QString &ssid);
+
+    /*! The pre-shared key. No text form of this class shows it. */
+    QString passkey() const;
+    void setPasskey(const QString &passkey);
+
+    WifiKeyManagementType keyManagementType() const;
+    void setKeyManagementType(WifiKeyManagementType type);
+
+    WifiSecurityProtocol securityProtocol() const;
+    void setSecurityProtocol(WifiSecurityProtocol protocol);
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+/*! Writes one line that describes \a config, without its passkey. */
+MORVEK_NETWORK_EXPORT QTextStream &operator<<(QTextStream &stream, WifiConnectionConfig &config);
+
+} // namespace morvek
+
+#endif

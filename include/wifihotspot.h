@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_WIFIHOTSPOT_H
+#define MORVEK_WIFIHOTSPOT_H
+
+#include "networkexport.h"
+#include "wifisecurity.h"
+
+#include <QtCore/QMetaType>
+#include <QtCore/QString>
+
+#include <memory>
+
+class QTextStream;
+
+namespace morvek {
+
+/*! Radio band of the hotspot. */
+enum WifiBand {
+    WifiBand2_4GHz = 0,
+    WifiBand5GHz = 1,
+};
+
+/*!
+ * The profile of the unit's Wi-Fi hotspot. A copy shares nothing with its source.
+ */
+class MORVEK_NETWORK_EXPORT WifiHotspot
+{
+public:
+    WifiHotspot();
+    WifiHotspot(const WifiHotspot &other);
+    ~WifiHotspot();
+    WifiHotspot &operator=(const WifiHotspot &other);
+
+    /*! Equal in every field. */
+    bool operator==(const WifiHotspot &other) const;
+    bool operator!=(const WifiHotspot &other) const;
+
+    /*! True when the name or the passphrase is empty, or the inactivity time or the maximum of clients is -1. */
+    bool isEmpty() const;
+
+    /*! The network's name; empty at first. */
+    QString name() const;
+    void setName(const QString &name);
+
+    /*! Empty at first. */
+    QString passphrase() const;
+    void setPassphrase(const QString &passphrase);
+
+    /*! WPA2 at first; WPA and WPA2 together mean that clients may use either. */
+    QFlags<WifiSecurityProtocol> securityType() const;
+    void setSecurityType(const QFlags<WifiSecurityProtocol> &securityType);
+
+    /*! 2.4 GHz at first. */
+    WifiBand band() const;
+    void setBand(WifiBand band);
+
+    /*! How long the hotspot stays on unused, in the tethering manager's unit; -1, not set, at first. */
+    int inactivityTime() const;
+    void setInactivityTime(int inactivityTime);
+
+    /*! How many clients may connect; -1, not set, at first. */
+    int maxClients() const;
+    void setMaxClients(int maxClients);
+
+    /*! False at first. */
+    bool privacy() const;
+    void setPrivacy(bool privacy);
+
+    /*! Whether connections are blocked; false at first. */
+    bool blockConn() const;
+    void setBlockConn(bool blockConn);
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+/*! Writes one line that describes \a hotspot, the passphrase included: never log it. */
+MORVEK_NETWORK_EXPORT QTextStream &operator<<(QTextStream &stream, WifiHotspot &hotspot);
+
+} // namespace morvek
+
+Q_DECLARE_METATYPE(morvek::WifiHotspot)
+
+#endif

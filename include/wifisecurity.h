@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_WIFISECURITY_H
+#define MORVEK_WIFISECURITY_H
+
+#include <QtCore/QFlags>
+
+namespace morvek {
+
+/*! Pairwise ciphers of an access point. */
+enum WifiCipher {
+    WifiCipherNone = 0x1, //!< no cipher: open and WEP networks
+    WifiCipherCcmp = 0x2,
+    WifiCipherTkip = 0x4,
+};
+
+/*! How keys are negotiated. */
+enum WifiKeyManagementType {
+    WifiKeyManagementNone = 0x1, //!< not at all: open and WEP networks, and what WPS adds
+    WifiKeyManagementPsk = 0x2,  //!< pre-shared key
+    WifiKeyManagementEap = 0x4,  //!< enterprise authentication
+};
+
+/*! Security protocols of a network. */
+enum WifiSecurityProtocol {
+    WifiSecurityProtocolNone = 0x1, //!< open network
+    WifiSecurityProtocolWep = 0x2,
+    WifiSecurityProtocolWpa = 0x4,
+    WifiSecurityProtocolWpa2 = 0x8,
+    WifiSecurityProtocolWps = 0x10, //!< the access point offers WPS
+};
+
+/*! Kind of service set. */
+enum WifiServiceSet {
+    WifiServiceSetEss = 1,  //!< infrastructure network
+    WifiServiceSetIbss = 2, //!< anything else
+};
+
+} // namespace morvek
+
+#endif

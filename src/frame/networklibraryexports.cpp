@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "networklibraryexports.h"
+
+#include "networkinterfaceservice.h"
+
+namespace {
+
+template<typename Service>
+void deleteService(Service **service)
+{
+    if (!service || !*service)
+        return;
+    delete *service;
+    *service = nullptr;
+}
+
+} // namespace
+
+morvek::NetworkInterfaceService *newNetworkInterfaceService()
+{
+    return new morvek::NetworkInterfaceService;
+}
+
+void deleteNetworkInterfaceService(morvek::NetworkInterfaceService **service)
+{
+    deleteService(service);
+}
