@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "controlclient.h"
+
+#include "controllink.h"
+
+#include <QtCore/QPointer>
+
+namespace morvek {
+
+namespace {
+
+QString idName()
+{
+    return QStringLiteral("id");
+}
+
+} // namespace
+
+ControlClient::ControlClient(const ZopPath &path, Tell tell)
+    : ZopBackend(std::move(tell)),
+      m_path(path)
+{
+}
+
+ControlClient::~ControlClient()
+{
+    for (const Pending &pending : qAsConst(m_pending))
+        pending.answer(nullptr);
+}
+
+bool ControlClient::start(QString *error)
+{
+    FileDescriptor socket = ControlLink::connectTo(m_path, error);
+    if (!socket.isOpen())
+        return false;
+    auto *link = new ControlLink(std::move(socket), this);
+    connect(link, &ControlLink::received, this, &ControlClient::onReceived);
+    // Queued, as a connection may be found closed while a request is being written.
+    connect(
+        link, &ControlLink::closed, this, [this, link] { onClosed(link); }, Qt::QueuedConnection);
+    m_link = link;
+    return true;
+}
+
+bool ControlClient::write(const ZopChangeset &changes, QString *error)
+{
+    // A link whose daemon is dead still tells what the daemon had sent, and goes when it is found closed.
+    if ((!m_link || !m_link->isAlive()) && !start(error))
+        return false;
+    if (m_link->send(changes))
+        return true;
+    *error = QStringLiteral("the daemon does not take the request");
+    return false;
+}
+
+bool ControlClient::send(ZopChangeset request, const Answer &answer, int *id, QString *error)
+{
+    *id = ++m_lastId;
+    request.assignments.insert(idName(), ZopVariant(*id));
+    if (!write(request, error))
+        return false;
+    m_pending.insert(*id, {answer, m_link});
+    return true;
+}
+
+void ControlClient::onReceived(const ZopChangeset &changes)
+{
+    const QPointer<ControlClient> guard(this);
+    tell(changes);
+    if (!guard)
+        return;
+    const auto pending = m_pending.find(changes.assignments.value(idName()).toInt());
+    if (pending == m_pending.end())
+        return;
+    const Answer answer = pending->answer;
+    m_pending.erase(pending);
+    answer(&changes);
+}
+
+void ControlClient::onClosed(ControlLink *link)
+{
+    if (m_link == link)
+        m_link = nullptr;
+    link->deleteLater();
+    for (auto it = m_pending.begin(); it != m_pending.end();) {
+        if (it->link != link) {
+            ++it;
+            continue;
+        }
+        it->answer(nullptr);
+        it = m_pending.erase(it);
+    }
+}
+
+} // namespace morvek

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_CONTROLLINK_H
+#define MORVEK_CONTROLLINK_H
+
+#include "filedescriptor.h"
+#include "zopchangeset.h"
+
+#include <QtNetwork/QLocalSocket>
+
+namespace morvek {
+
+class ZopPath;
+
+/*! One connection between a client and the daemon that serves a control object; updates pass both ways. */
+class ControlLink : public QObject
+{
+    Q_OBJECT
+
+public:
+    /*! Takes over the connected socket. */
+    ControlLink(FileDescriptor socket, QObject *parent);
+
+    /*! A socket that is connected to the daemon, which may not be this user's; not open when nobody serves. */
+    static FileDescriptor connectTo(const ZopPath &path, QString *error);
+    /*! A socket that listens at the file \a name of the folder of \a path. */
+    static FileDescriptor listenAt(const ZopPath &path, const QByteArray &name, QString *error);
+    static bool isOwnPeer(int socket);
+
+    bool send(const ZopChangeset &changes);
+    /*! Whether the other side can still be written to. */
+    bool isAlive() const;
+
+Q_SIGNALS:
+    void received(const morvek::ZopChangeset &changes);
+    /*! The other side is gone; nothing is received any more. */
+    void closed();
+
+private:
+    void readFrames();
+
+    QLocalSocket m_socket;
+};
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_CONTROLSERVER_H
+#define MORVEK_CONTROLSERVER_H
+
+#include "filedescriptor.h"
+#include "zopbackend.h"
+#include "zoppath.h"
+
+#include <QtCore/QHash>
+#include <QtCore/QObject>
+
+class QSocketNotifier;
+
+namespace morvek {
+
+class ControlLink;
+
+/*! The daemon's end of a control object. Requests pass by and are never kept. */
+class ControlServer : public QObject, public ZopBackend
+{
+    Q_OBJECT
+
+public:
+    ControlServer(const ZopPath &path, Tell tell);
+    ~ControlServer() override;
+
+    /*! Begins to serve; false when the path is taken, by another daemon for one. */
+    bool start(QString *error) override;
+
+    bool write(const ZopChangeset &changes, QString *error) override;
+
+private:
+    void accept();
+
+    ZopPath m_path;
+    FileDescriptor m_listener;
+    QSocketNotifier *m_notifier = nullptr;
+    QHash<int, ControlLink *> m_links; // by the number that stands in "peer"
+    int m_lastPeer = 0;
+};
+
+} // namespace morvek
+
+#endif

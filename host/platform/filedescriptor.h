@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_FILEDESCRIPTOR_H
+#define MORVEK_FILEDESCRIPTOR_H
+
+#include <utility>
+
+#include <unistd.h>
+
+namespace morvek {
+
+/*! A file descriptor that is closed with its owner. */
+class FileDescriptor
+{
+public:
+    explicit FileDescriptor(int fd = -1)
+        : m_fd(fd)
+    {
+    }
+    FileDescriptor(FileDescriptor &&other) noexcept
+        : m_fd(other.release())
+    {
+    }
+    FileDescriptor &operator=(FileDescriptor &&other) noexcept
+    {
+        reset(other.release());
+        return *this;
+    }
+    ~FileDescriptor() { reset(); }
+
+    int get() const { return m_fd; }
+    bool isOpen() const { return m_fd != -1; }
+    int release() { return std::exchange(m_fd, -1); }
+    void reset(int fd = -1)
+    {
+        if (m_fd != -1)
+            close(m_fd);
+        m_fd = fd;
+    }
+
+private:
+    int m_fd;
+};
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_FILEWATCHER_H
+#define MORVEK_FILEWATCHER_H
+
+#include "filedescriptor.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QHash>
+#include <QtCore/QObject>
+#include <QtCore/QPointer>
+#include <QtCore/QVector>
+
+#include <memory>
+
+namespace morvek {
+
+class WatchedFolder;
+
+/*! Told of what happens in a folder. Any call may delete any listener. */
+class FolderListener : public QObject
+{
+public:
+    enum Event { Appeared, Replaced, Vanished, Modified };
+
+    /*! Something happened to the entry \a name. It is a hint: events merge, and come after the fact. */
+    virtual void entryChanged(const QByteArray &name, Event event) = 0;
+    /*! The folder has come or gone, or events were lost: nothing that was known of it may be true any more. */
+    virtual void folderChanged() = 0;
+};
+
+/*!
+ * The one inotify instance of a thread: it exists while anybody uses it.
+ *
+ * Folders are watched, not files, since a folder tells the life and the updates of all its objects under one
+ * watch. A folder that does not exist is awaited by watching the nearest one above it that does.
+ */
+class FileWatcher : public QObject
+{
+    Q_OBJECT
+
+public:
+    static std::shared_ptr<FileWatcher> instance();
+    ~FileWatcher() override;
+
+    /*! Tells \a listener what happens to the entry \a name of \a folder; with an empty name, to all of them. */
+    bool watch(const QByteArray &folder, const QByteArray &name, FolderListener *listener, QString *error);
+    void unwatch(const QByteArray &folder, const QByteArray &name, FolderListener *listener);
+
+private:
+    FileWatcher();
+    friend class WatchedFolder;
+
+    void readEvents();
+    void dispatch(int watch, quint32 mask, const QByteArray &name);
+
+    FileDescriptor m_inotify;
+    QHash<QByteArray, WatchedFolder *> m_folders;
+    QHash<int, WatchedFolder *> m_watches;
+    bool m_reading = false;
+};
+
+} // namespace morvek
+
+#endif

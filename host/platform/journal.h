@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_JOURNAL_H
+#define MORVEK_JOURNAL_H
+
+#include "filedescriptor.h"
+#include "zopchangeset.h"
+#include "zoppath.h"
+
+#include <QtCore/QByteArray>
+
+namespace morvek {
+
+/*!
+ * The file of a state object: a header, a record that holds the whole state, and a record for each update since.
+ *
+ * Updates are appended under a lock, so that they have one order; a record carries its length, a checksum and a
+ * number of its file's own, by which a reader recognises what a killed writer left behind and steps over it.
+ *
+ * A file that has grown is replaced by its next generation, which begins with the state that the old one ended
+ * with: readers finish the old file, which nobody writes any more, and go on behind the new one's first record.
+ * A reader locks the generation that it reads. While somebody still reads the previous one, the file is not
+ * replaced again, so that nobody can miss a generation; only past LargestFile is that readers' protection lifted.
+ */
+namespace Journal {
+
+/*! Past this size, and four times the state's, a file is replaced. */
+constexpr qint64 ReplacedAt = 256 * 1024;
+/*! Past this size it is replaced even when a reader then misses updates. */
+constexpr qint64 LargestFile = 64 * 1024 * 1024;
+
+/*! What tells one file of an object from another. */
+struct Identity
+{
+    quint64 incarnation = 0; //!< the same until the object is removed
+    quint64 generation = 0;  //!< one more with each replacement
+};
+
+struct Record
+{
+    quint64 writer = 0;
+    qint64 end = 0; //!< offset behind the record
+    ZopChangeset changes;
+};
+
+bool exists(const ZopPath &path);
+/*! Creates the file with the assignments of \a values; false when there is one already. */
+bool create(const ZopPath &path, const ZopChangeset &values, QString *error);
+/*! Removes the file; false when there is none. */
+bool remove(const ZopPath &path, QString *error);
+
+class Reader
+{
+public:
+    bool open(const ZopPath &path, QString *error);
+    void close() { m_file.reset(); }
+    bool isOpen() const { return m_file.isOpen(); }
+    Identity identity() const { return m_identity; }
+
+    /*! Whether the object's path names this very file: if not, it is complete. */
+    bool isCurrent() const;
+    /*! What is behind this offset now was not there when this was called. */
+    qint64 size() const;
+
+    /*! The next record; false when there is none yet. */
+    bool next(Record *record);
+    /*! Goes back to the first record, which holds the whole state as it was when the file was made. */
+    void rewind();
+
+private:
+    int recordAt(int position) const;
+    bool fill();
+    bool skip();
+    void drop();
+
+    ZopPath m_path;
+    FileDescriptor m_file;
+    Identity m_identity;
+    quint64 m_marker = 0;
+    qint64 m_offset = 0; // of the next record
+    qint64 m_doubted = 0;
+    QByteArray m_buffer; // what was read of the file
+    int m_position = 0;  // of the next record in the buffer
+    bool m_atEnd = false;
+};
+
+class Writer
+{
+public:
+    Writer();
+
+    /*! Marks the records of this writer. */
+    quint64 number() const { return m_number; }
+    /*! Appends \a changes as one record, or nothing at all. */
+    bool append(const ZopPath &path, const ZopChangeset &changes, QString *error);
+
+private:
+    bool lock(const ZopPath &path, qint64 *size, QString *error);
+    bool replace(const ZopPath &path, qint64 size);
+
+    FileDescriptor m_file;
+    quint64 m_marker = 0;
+    qint64 m_replaceAt = 0;
+    quint64 m_number;
+};
+
+} // namespace Journal
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_STATEOBJECT_H
+#define MORVEK_STATEOBJECT_H
+
+#include "filewatcher.h"
+#include "journal.h"
+#include "zopbackend.h"
+#include "zoppath.h"
+
+namespace morvek {
+
+/*! A state object: what its file holds, and what is appended to it. */
+class StateObject : public FolderListener, public ZopBackend
+{
+    Q_OBJECT
+
+public:
+    StateObject(const ZopPath &path, Tell tell);
+    ~StateObject() override;
+
+    /*! Begins to follow the file; false when there is none. */
+    bool start(QString *error) override;
+    bool write(const ZopChangeset &changes, QString *error) override;
+    void refresh() override;
+
+    void entryChanged(const QByteArray &name, Event event) override;
+    void folderChanged() override;
+
+private:
+    void follow();
+    bool drain();
+    bool openNext();
+    bool tellState(const QMap<QString, ZopVariant> &state);
+
+    ZopPath m_path;
+    std::shared_ptr<FileWatcher> m_watcher;
+    bool m_watching = false;
+    Journal::Reader m_reader;
+    Journal::Writer m_writer;
+    qint64 m_toldFrom = 0;   // records that end before this are old news
+    bool m_isBehind = false; // the path names another file, which could not be opened yet
+};
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "watchedfolder.h"
+
+#include <QtCore/QString>
+
+#include <cerrno>
+
+#include <sys/inotify.h>
+
+namespace morvek {
+
+namespace {
+
+constexpr quint32 WatchedEvents = IN_CREATE | IN_MOVED_TO | IN_DELETE | IN_MOVED_FROM | IN_MODIFY | IN_DELETE_SELF
+    | IN_MOVE_SELF | IN_ONLYDIR | IN_EXCL_UNLINK;
+
+QByteArray folderOf(const QByteArray &path)
+{
+    const int slash = path.lastIndexOf('/');
+    return slash > 0 ? path.left(slash) : QByteArrayLiteral("/");
+}
+
+QByteArray nameOf(const QByteArray &path)
+{
+    return path.mid(path.lastIndexOf('/') + 1);
+}
+
+} // namespace
+
+WatchedFolder::WatchedFolder(FileWatcher *watcher, const QByteArray &path)
+    : m_watcher(watcher),
+      m_path(path)
+{
+}
+
+WatchedFolder::~WatchedFolder()
+{
+    awaitNothing();
+    if (m_watch == -1)
+        return;
+    m_watcher->m_watches.remove(m_watch);
+    inotify_rm_watch(m_watcher->m_inotify.get(), m_watch);
+}
+
+bool WatchedFolder::attach()
+{
+    // Twice, as the folder may come between the failure and the watch for its coming.
+    for (int attempt = 0; attempt < 2 && m_watch == -1; ++attempt) {
+        m_watch = inotify_add_watch(m_watcher->m_inotify.get(), m_path.constData(), WatchedEvents);
+        if (m_watch == -1 && errno != ENOENT)
+            return false;
+        QString error;
+        if (m_watch == -1 && !m_awaited)
+            m_awaited = m_watcher->watch(folderOf(m_path), nameOf(m_path), this, &error);
+        if (m_watch == -1 && !m_awaited)
+            return false;
+    }
+    if (m_watch != -1) {
+        m_watcher->m_watches.insert(m_watch, this);
+        awaitNothing();
+    }
+    return true;
+}
+
+void WatchedFolder::detach()
+{
+    m_watcher->m_watches.remove(m_watch);
+    inotify_rm_watch(m_watcher->m_inotify.get(), m_watch);
+    m_watch = -1;
+    attach();
+    tellAll();
+}
+
+void WatchedFolder::add(const QByteArray &name, FolderListener *listener)
+{
+    m_listeners[name].append(listener);
+}
+
+void WatchedFolder::remove(const QByteArray &name, FolderListener *listener)
+{
+    Listeners &listeners = m_listeners[name];
+    listeners.removeOne(listener);
+    if (listeners.isEmpty())
+        m_listeners.remove(name);
+}
+
+void WatchedFolder::tell(const QByteArray &name, Event event) const
+{
+    // Copies, as a listener may come or go meanwhile, and this folder with the last one.
+    const Listeners ofEntry = m_listeners.value(name);
+    const Listeners ofAll = m_listeners.value(QByteArray());
+    for (const Listeners &listeners : {ofEntry, ofAll}) {
+        for (const QPointer<FolderListener> &listener : listeners) {
+            if (listener)
+                listener->entryChanged(name, event);
+        }
+    }
+}
+
+void WatchedFolder::tellAll() const
+{
+    const QHash<QByteArray, Listeners> all = m_listeners;
+    for (const Listeners &listeners : all) {
+        for (const QPointer<FolderListener> &listener : listeners) {
+            if (listener)
+                listener->folderChanged();
+        }
+    }
+}
+
+void WatchedFolder::entryChanged(const QByteArray &, Event event)
+{
+    if (event == Appeared || event == Replaced)
+        folderChanged();
+}
+
+void WatchedFolder::folderChanged()
+{
+    if (m_watch == -1 && attach() && m_watch != -1)
+        tellAll();
+}
+
+void WatchedFolder::awaitNothing()
+{
+    if (m_awaited)
+        m_watcher->unwatch(folderOf(m_path), nameOf(m_path), this);
+    m_awaited = false;
+}
+
+} // namespace morvek

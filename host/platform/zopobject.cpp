@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zopobject.h"
+
+#include "controlclient.h"
+#include "controlserver.h"
+#include "stateobject.h"
+#include "zopobject_p.h"
+
+#include <QtCore/QPointer>
+
+#include <algorithm>
+
+#include <sys/stat.h>
+
+namespace morvek {
+
+namespace {
+
+bool isSocket(const ZopPath &path)
+{
+    struct stat status;
+    return lstat(path.file().constData(), &status) == 0 && S_ISSOCK(status.st_mode);
+}
+
+/*! Runs \a action on the file of \a path, and hands its error on to whoever wants it. */
+template<typename Action>
+bool onFile(const QString &path, QString *error, const Action &action)
+{
+    const ZopPath target = ZopPath::object(path);
+    QString reason = target.error();
+    const bool done = target.isValid() && action(target, &reason);
+    if (error)
+        *error = reason;
+    return done;
+}
+
+} // namespace
+
+ZopObject::Private::Private(ZopObject *object, const QString &objectPath, PublicationMode publicationMode)
+    : q(object),
+      path(objectPath),
+      mode(publicationMode)
+{
+}
+
+void ZopObject::Private::open(bool flag)
+{
+    const ZopPath target = ZopPath::object(path);
+    error = target.error();
+    if (!target.isValid())
+        return;
+    backend = makeBackend(target, flag);
+    if (!backend->start(&error)) {
+        client = nullptr;
+        backend.reset();
+    }
+}
+
+std::unique_ptr<ZopBackend> ZopObject::Private::makeBackend(const ZopPath &target, bool flag)
+{
+    const ZopBackend::Tell tellIt = [this](const ZopChangeset &changes) { tell(changes); };
+    if (mode == Publish && flag)
+        return std::make_unique<ControlServer>(target, tellIt);
+    if (mode != Publish && isSocket(target)) {
+        auto made = std::make_unique<ControlClient>(target, tellIt);
+        client = made.get();
+        return made;
+    }
+    // Somebody else may create it at the same moment, which is as good.
+    QString ignored;
+    if (mode == Publish && !Journal::exists(target))
+        Journal::create(target, {}, &ignored);
+    return std::make_unique<StateObject>(target, tellIt);
+}
+
+void ZopObject::Private::tell(const ZopChangeset &changes) const
+{
+    // Any slot may delete the object, and this with it.
+    const QPointer<ZopObject> object(q);
+    for (auto it = changes.assignments.cbegin(); object && it != changes.assignments.cend(); ++it)
+        emit object->attributeChanged(it.key(), it.value());
+    QStringList removed(changes.removals.begin(), changes.removals.end());
+    removed.sort();
+    for (auto it = removed.cbegin(); object && it != removed.cend(); ++it)
+        emit object->attributeRemoved(*it);
+    if (object)
+        emit object->attributesChanged(changes);
+}
+
+ZopObject::ZopObject(const QString &path, PublicationMode mode, bool flag, QObject *parent)
+    : QObject(parent),
+      d(new Private(this, path, mode))
+{
+    d->open(flag);
+}
+
+ZopObject::~ZopObject() = default;
+
+bool ZopObject::isValid() const
+{
+    return d->backend != nullptr;
+}
+
+QString ZopObject::errorString() const
+{
+    return d->error;
+}
+
+QString ZopObject::path() const
+{
+    return d->path;
+}
+
+void ZopObject::setAttributeCacheEnabled(bool enabled)
+{
+    if (!enabled || !isValid())
+        return;
+    d->backend->refresh();
+    ZopChangeset present;
+    present.assignments = d->backend->values();
+    if (!present.assignments.isEmpty())
+        d->tell(present);
+}
+
+ZopVariant ZopObject::attribute(const QString &name, const ZopVariant &defaultValue) const
+{
+    return isValid() ? d->backend->values().value(name, defaultValue) : defaultValue;
+}
+
+bool ZopObject::setAttributes(const ZopChangeset &changes)
+{
+    if (!isValid())
+        return false;
+    if (d->mode != Subscribe)
+        return d->backend->write(changes, &d->error);
+    d->error = QStringLiteral("the object was opened for reading only");
+    return false;
+}
+
+bool ZopObject::create(const QString &path, const ZopChangeset &values, QString *error)
+{
+    return onFile(path, error, [&values](const ZopPath &target, QString *reason) {
+        return Journal::create(target, values, reason);
+    });
+}
+
+bool ZopObject::remove(const QString &path, QString *error)
+{
+    return onFile(path, error, [](const ZopPath &target, QString *reason) { return Journal::remove(target, reason); });
+}
+
+} // namespace morvek

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_ZOPOBJECT_P_H
+#define MORVEK_ZOPOBJECT_P_H
+
+#include "zopobject.h"
+
+#include <memory>
+
+namespace morvek {
+
+class ControlClient;
+class ZopBackend;
+class ZopPath;
+
+class ZopObject::Private
+{
+public:
+    Private(ZopObject *object, const QString &objectPath, PublicationMode publicationMode);
+
+    void open(bool flag);
+    void tell(const ZopChangeset &changes) const;
+
+    ZopObject *q;
+    QString path;
+    PublicationMode mode;
+    QString error;
+    std::unique_ptr<ZopBackend> backend; // null when the object could not be opened
+    ControlClient *client = nullptr;     // the backend, when it is one
+
+private:
+    std::unique_ptr<ZopBackend> makeBackend(const ZopPath &target, bool flag);
+};
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zoppath.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QStandardPaths>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace morvek {
+
+namespace {
+
+// Leaves room for the dot and the suffix of a hidden file within the file system's 255 bytes.
+constexpr int LongestName = 200;
+constexpr int LongestPath = 2000;
+
+QByteArray rootFolder()
+{
+    QByteArray root = qgetenv("ZOP_ROOT");
+    if (root.isEmpty())
+        root = QFile::encodeName(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation)) + "/morvek-zop";
+    while (root.size() > 1 && root.endsWith('/'))
+        root.chop(1);
+    return root;
+}
+
+/*! Empty when \a root may be used; a root that does not exist yet may. */
+QString distrust(const QByteArray &root)
+{
+    const QString shown = QFile::decodeName(root);
+    if (!root.startsWith('/'))
+        return QStringLiteral("the root \"%1\" is not an absolute path").arg(shown);
+    struct stat status;
+    if (stat(root.constData(), &status) != 0)
+        return errno == ENOENT ? QString() : QStringLiteral("the root \"%1\": %2").arg(shown, systemError(errno));
+    if (!S_ISDIR(status.st_mode))
+        return QStringLiteral("the root \"%1\" is not a directory").arg(shown);
+    if (status.st_uid != geteuid())
+        return QStringLiteral("the root \"%1\" belongs to another user").arg(shown);
+    if (status.st_mode & (S_IRWXG | S_IRWXO))
+        return QStringLiteral("the root \"%1\" is open to other users (wanted: mode 0700)").arg(shown);
+    return QString();
+}
+
+} // namespace
+
+ZopPath ZopPath::object(const QString &path)
+{
+    ZopPath result = directory(path);
+    if (!result.isValid())
+        return result;
+    if (path.endsWith(QLatin1Char('/'))) {
+        result.m_error = QStringLiteral("\"%1\" is a directory's path").arg(path);
+        return result;
+    }
+    const int slash = result.m_folder.lastIndexOf('/');
+    result.m_name = result.m_folder.mid(slash + 1);
+    result.m_folder.truncate(slash);
+    return result;
+}
+
+ZopPath ZopPath::directory(const QString &path)
+{
+    ZopPath result;
+    QByteArray bytes = path.toUtf8();
+    if (bytes.endsWith('/'))
+        bytes.chop(1);
+    const QList<QByteArray> names = bytes.split('/');
+    const bool plain = names.size() > 1 && names.first().isEmpty() && bytes.size() <= LongestPath
+        && std::all_of(names.begin() + 1, names.end(), isObjectName);
+    if (!plain) {
+        result.m_error = QStringLiteral("\"%1\" is not a path of names").arg(path);
+        return result;
+    }
+    result.m_root = rootFolder();
+    result.m_error = distrust(result.m_root);
+    result.m_folder = result.m_root + bytes;
+    return result;
+}
+
+bool ZopPath::makeFolder(QString *error) const
+{
+    int end = m_root.size();
+    while (end != -1) {
+        const QByteArray folder = m_folder.left(end);
+        if (mkdir(folder.constData(), S_IRWXU) != 0 && errno != EEXIST) {
+            *error = QStringLiteral("cannot create \"%1\": %2").arg(QFile::decodeName(folder), systemError(errno));
+            return false;
+        }
+        end = end == m_folder.size() ? -1 : m_folder.indexOf('/', end + 1);
+        if (end == -1 && folder.size() < m_folder.size())
+            end = m_folder.size();
+    }
+    return true;
+}
+
+bool ZopPath::isObjectName(const QByteArray &name)
+{
+    return !name.isEmpty() && name.size() <= LongestName && !name.startsWith('.')
+        && std::none_of(name.begin(), name.end(),
+                        [](char c) { return c == '/' || static_cast<unsigned char>(c) < ' '; });
+}
+
+QString systemError(int number)
+{
+    return QString::fromLocal8Bit(std::strerror(number));
+}
+
+} // namespace morvek

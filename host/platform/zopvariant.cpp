@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zopvariant.h"
+
+namespace morvek {
+
+ZopVariant::ZopVariant(const QString &text)
+    : ZopVariant(text.toUtf8(), QByteArrayLiteral("text"))
+{
+}
+
+ZopVariant::ZopVariant(int number)
+    : ZopVariant(QByteArray::number(number), QByteArrayLiteral("number"))
+{
+}
+
+ZopVariant::ZopVariant(const QJsonObject &object)
+    : ZopVariant(QJsonDocument(object).toJson(QJsonDocument::Compact), QByteArrayLiteral("json"))
+{
+}
+
+ZopVariant::ZopVariant(const QJsonArray &array)
+    : ZopVariant(QJsonDocument(array).toJson(QJsonDocument::Compact), QByteArrayLiteral("json"))
+{
+}
+
+ZopVariant::ZopVariant(const QByteArray &bytes, const QByteArray &encoding)
+    : m_bytes(bytes),
+      m_encoding(encoding),
+      m_valid(true)
+{
+}
+
+QString ZopVariant::toString() const
+{
+    return QString::fromUtf8(m_bytes);
+}
+
+int ZopVariant::toInt(bool *ok) const
+{
+    return m_bytes.toInt(ok);
+}
+
+bool ZopVariant::toBool() const
+{
+    return m_bytes == "true" || m_bytes == "1" || m_bytes == "yes" || m_bytes == "on";
+}
+
+QJsonDocument ZopVariant::toJson(QJsonParseError *error) const
+{
+    return QJsonDocument::fromJson(m_bytes, error);
+}
+
+bool ZopVariant::operator==(const ZopVariant &other) const
+{
+    return m_valid == other.m_valid && m_bytes == other.m_bytes && m_encoding == other.m_encoding;
+}
+
+} // namespace morvek
