@@ -1,0 +1,485 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "networkinterfaceproviderzop_p.h"
+
+#include "asyncnetworkinterfaceoperation.h"
+#include "networklog.h"
+#include "zopcontrolcommand.h"
+#include "zopdirwatcher.h"
+#include "zopinterfaceconnection_p.h"
+#include "zopobject.h"
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
+#include <algorithm>
+
+namespace morvek {
+
+namespace {
+
+const QLatin1String InterfacesPath("/zop/services/networking/all/interfaces");
+const QLatin1String StatusPath("/zop/services/networking/all/status_public");
+const QLatin1String ControlPath("/zop/services/networking/control");
+
+const QLatin1String DefaultInterfaceAttribute("default_interface");
+const QLatin1String PriorityAttribute("priority");
+
+const QLatin1String ConnectMessage("net_connected");
+const QLatin1String DisconnectMessage("net_disconnected");
+
+constexpr int RefusedCode = -1;
+const QLatin1String UnknownInterfaceReason("The interface to configure is not in the list of known interfaces.");
+const QLatin1String
+    SameConfigurationReason("The new configuration settings are the same as the current configuration settings.");
+const QLatin1String IncompleteReason("For manual configuration, the new configuration settings must specify an IP "
+                                     "address, a netmask address and a gateway address.");
+const QLatin1String DaemonRefusedReason("The system was unable to configure the interface.");
+
+const char InitSignature[] = "bool morvek::NetworkInterfaceProviderZop::init()";
+const char ConfigureSignature[] =
+    "virtual void morvek::NetworkInterfaceProviderZop::configure(morvek::AsyncNetworkInterfaceOperation*, const "
+    "morvek::NetworkInterface&, const morvek::NetworkInterfaceConfig&)";
+const char ConnectSignature[] =
+    "int morvek::NetworkInterfaceProviderZop::connectInterface(morvek::NetworkInterfaceProviderZop::"
+    "ZopInterfaceConnection*, const morvek::NetworkInterfaceConfig&)";
+const char DisconnectSignature[] =
+    "int morvek::NetworkInterfaceProviderZop::disconnectInterface(morvek::NetworkInterfaceProviderZop::"
+    "ZopInterfaceConnection*)";
+
+const char WatcherFailedText[] = "Error creating ZOP dirwatcher \"";
+const char ObjectFailedText[] = "Error creating ZOP object \"";
+const char ReadyText[] = "Service is ready? : ";
+const char InitFailedText[] = "NetworkInterfaceProviderZop was not initialized successfully";
+const char UnreadableInterfaceText[] = "Unable to read ZOP network interface object \"";
+const char ParentInterfaceText[] = "Interface \"";
+const char ParentNameText[] = "\" has a parent interface \"";
+const char UnknownParentText[] = "\" which is not in our list of known interfaces.Cannot setup parent relationship.";
+const char UnknownPreferredFormat[] =
+    "Preferred network interface changed to \"%s\" which is not in the list of known interfaces.";
+const char UnknownInterfaceText[] =
+    "Passed in a NetworkInterface to configure() that is not in the list of known interfaces.";
+const char AlreadyAutoText[] =
+    "Trying to configure an interface to type=auto (DHCP) that's already using DHCP configuration.";
+const char SameConfigurationText[] = "Trying to configure an interface with its current configuration.";
+const char IncompleteText[] = "The configuration data is incomplete and the interface cannot be configured.";
+const char PassedInText[] = "Passed in: ";
+const char UnknownIdText[] = "The ZOP networking control sent a message with an id we don't know about.";
+const char CommandFailedText[] = "The command to ";
+const char ErrorCodeText[] = " failed with error(";
+const char ErrorText[] = "):";
+
+QString interfacePath(const QString &name)
+{
+    return InterfacesPath + QLatin1Char('/') + name;
+}
+
+ZopObject *openObject(const QString &path, ZopObject::PublicationMode mode, bool flag, QObject *parent)
+{
+    auto *object = new ZopObject(path, mode, flag, parent);
+    if (object->isValid())
+        return object;
+    NetworkLog::debug1(ObjectFailedText, path, "\"");
+    delete object;
+    return nullptr;
+}
+
+bool isComplete(const NetworkInterfaceConfig &config)
+{
+    const QList<QNetworkAddressEntry> addresses = config.ipAddresses();
+    const QList<QHostAddress> gateways = config.gatewayAddresses();
+    return !addresses.isEmpty() && !addresses.first().ip().isNull() && !addresses.first().netmask().isNull()
+        && !gateways.isEmpty() && !gateways.first().isNull();
+}
+
+void insertAddress(QJsonObject &settings, const QString &key, const QHostAddress &address)
+{
+    if (!address.isNull())
+        settings.insert(key, address.toString());
+}
+
+QJsonObject connectSettings(const NetworkInterfaceConfig &config)
+{
+    QJsonObject settings {{QStringLiteral("manual6"), QStringLiteral("off")}};
+    const QString manual = QStringLiteral("manual");
+    if (config.type() == NetworkInterfaceConfig::Auto)
+        settings.insert(manual, QStringLiteral("no"));
+    if (config.type() != NetworkInterfaceConfig::Manual)
+        return settings;
+    settings.insert(manual, QStringLiteral("yes"));
+    const QNetworkAddressEntry address = config.ipAddresses().value(0);
+    insertAddress(settings, QStringLiteral("ip_address"), address.ip());
+    insertAddress(settings, QStringLiteral("netmask"), address.netmask());
+    insertAddress(settings, QStringLiteral("gateway"), config.gatewayAddresses().value(0));
+    return settings;
+}
+
+} // namespace
+
+NetworkInterfaceProviderZop::NetworkInterfaceProviderZop()
+{
+    init();
+}
+
+NetworkInterfaceProviderZop::~NetworkInterfaceProviderZop() = default;
+
+bool NetworkInterfaceProviderZop::init()
+{
+    NetworkLog::debug1(InitSignature);
+    const bool opened = openInterfacesWatcher() && openStatusObject() && openControlObject();
+    setReady(opened);
+    NetworkLog::debug1(ReadyText, opened ? "true" : "false");
+    if (!opened && NetworkLog::wantsWarning())
+        KrelLogger().warning(NetworkLog::MessageCode, InitFailedText);
+    return opened;
+}
+
+// Connected before the name cache is filled, so that the interfaces are known when this returns.
+bool NetworkInterfaceProviderZop::openInterfacesWatcher()
+{
+    if (interfacesWatcher)
+        return true;
+    interfacesWatcher = new ZopDirWatcher(InterfacesPath, this);
+    if (!interfacesWatcher->isValid()) {
+        NetworkLog::debug1(WatcherFailedText, InterfacesPath, "\"");
+        delete interfacesWatcher;
+        interfacesWatcher = nullptr;
+        return false;
+    }
+    connect(interfacesWatcher, &ZopDirWatcher::objectAdded, this,
+            &NetworkInterfaceProviderZop::onZopNetworkingInterfaceAdded);
+    connect(interfacesWatcher, &ZopDirWatcher::objectRemoved, this,
+            &NetworkInterfaceProviderZop::onZopNetworkingInterfaceRemoved);
+    interfacesWatcher->setNameCacheEnabled(true);
+    return true;
+}
+
+// Connected before the attribute cache is filled, so that the present values are told like any later ones.
+bool NetworkInterfaceProviderZop::openStatusObject()
+{
+    if (statusObject)
+        return true;
+    statusObject = openObject(StatusPath, ZopObject::Subscribe, false, this);
+    if (!statusObject)
+        return false;
+    connect(statusObject, &ZopObject::attributeChanged, this,
+            &NetworkInterfaceProviderZop::onZopNetworkingStatusPublicAttributeChanged);
+    statusObject->setAttributeCacheEnabled(true);
+    return true;
+}
+
+bool NetworkInterfaceProviderZop::openControlObject()
+{
+    if (!controlObject)
+        controlObject = openObject(ControlPath, ZopObject::ReadWrite, true, this);
+    return controlObject;
+}
+
+QList<NetworkInterfaceData> NetworkInterfaceProviderZop::interfaces() const
+{
+    QList<NetworkInterfaceData> records;
+    for (const ZopInterfaceConnection *connection : interfaceConnections)
+        records.append(*connection->interfaceData);
+    return records;
+}
+
+NetworkInterfaceData NetworkInterfaceProviderZop::preferredInterface() const
+{
+    return preferredConnection ? *preferredConnection->interfaceData : NetworkInterfaceData();
+}
+
+void NetworkInterfaceProviderZop::onZopNetworkingInterfaceAdded(const QString &name)
+{
+    const QString path = interfacePath(name);
+    auto *connection = new ZopInterfaceConnection(this);
+    auto *object = new ZopObject(path, ZopObject::Subscribe, false, connection);
+    if (!object->isValid()) {
+        NetworkLog::debug1(UnreadableInterfaceText, path, "\"");
+        delete connection;
+        return;
+    }
+    object->setAttributeCacheEnabled(true);
+    connection->setZopInterface(name, object);
+    connect(object, &ZopObject::attributesChanged, connection,
+            &ZopInterfaceConnection::onZopInterfaceAttributesChanged);
+    connect(connection, &ZopInterfaceConnection::interfaceAttributesChanged, this,
+            &NetworkInterfaceProvider::interfaceConfigurationChanged);
+    connect(connection, &ZopInterfaceConnection::interfaceConnected, this,
+            &NetworkInterfaceProvider::interfaceConnected);
+    connect(connection, &ZopInterfaceConnection::interfaceDisconnected, this,
+            &NetworkInterfaceProvider::interfaceDisconnected);
+    connect(connection, &ZopInterfaceConnection::interfaceParentChanged, this,
+            &NetworkInterfaceProviderZop::updateParentInterfaces);
+    // A name that is announced again leaves its earlier connection to the end of the interface, but nothing else.
+    if (preferredConnection && preferredConnection->interfaceData->name == name)
+        preferredConnection = connection;
+    interfaceConnections.insert(name, connection);
+    updateParentInterfaces();
+    emit interfaceAdded(*interfaceConnections.value(name)->interfaceData);
+}
+
+// A slot may delete this provider, and the connections with it.
+void NetworkInterfaceProviderZop::onZopNetworkingInterfaceRemoved(const QString &name)
+{
+    const ZopInterfaceConnection *known = interfaceConnections.take(name);
+    if (!known)
+        return;
+    QList<QPointer<ZopInterfaceConnection>> ended;
+    const auto connections = findChildren<ZopInterfaceConnection *>(QString(), Qt::FindDirectChildrenOnly);
+    for (ZopInterfaceConnection *connection : connections) {
+        if (connection->interfaceData->name == name)
+            ended.append(connection);
+    }
+    if (preferredConnection && preferredConnection->interfaceData->name == name)
+        preferredConnection = nullptr;
+    updateParentInterfaces();
+    emit interfaceRemoved(*known->interfaceData);
+    for (const QPointer<ZopInterfaceConnection> &connection : qAsConst(ended)) {
+        if (connection)
+            endConnection(connection);
+    }
+}
+
+void NetworkInterfaceProviderZop::updateParentInterfaces()
+{
+    for (const ZopInterfaceConnection *connection : qAsConst(interfaceConnections)) {
+        NetworkInterfaceData &record = *connection->interfaceData;
+        if (!record.isVirtual)
+            continue;
+        const QString parentName = connection->parentInterface();
+        const ZopInterfaceConnection *parent = interfaceConnections.value(parentName);
+        record.parent = parent ? parent->interfaceData.get() : nullptr;
+        if (!parent)
+            NetworkLog::debug1(ParentInterfaceText, record.name, ParentNameText, parentName, UnknownParentText);
+    }
+}
+
+void NetworkInterfaceProviderZop::onZopNetworkingStatusPublicAttributeChanged(const QString &name,
+                                                                              const ZopVariant &value)
+{
+    if (name == DefaultInterfaceAttribute)
+        setPreferredInterface(value.toString());
+    else if (name == PriorityAttribute)
+        setPriorities(value.toJson(nullptr).array());
+}
+
+// An empty name is the daemon's way to say that no interface is preferred.
+void NetworkInterfaceProviderZop::setPreferredInterface(const QString &name)
+{
+    preferredConnection = interfaceConnections.value(name);
+    if (!preferredConnection && !name.isEmpty() && NetworkLog::wantsWarning())
+        KrelLogger().warning(NetworkLog::MessageCode, UnknownPreferredFormat, qUtf8Printable(name));
+    emit preferredInterfaceChanged(preferredInterface());
+}
+
+// A slot may delete this provider.
+void NetworkInterfaceProviderZop::setPriorities(const QJsonArray &names)
+{
+    const QPointer<NetworkInterfaceProviderZop> self(this);
+    for (int i = 0; self && i < names.size(); ++i) {
+        const ZopInterfaceConnection *connection = interfaceConnections.value(names.at(i).toString());
+        if (!connection)
+            continue;
+        connection->interfaceData->priority = i + 1;
+        emit interfaceConfigurationChanged(NetworkInterfaceData(*connection->interfaceData));
+    }
+}
+
+void NetworkInterfaceProviderZop::configure(AsyncNetworkInterfaceOperation *operation,
+                                            const NetworkInterface &networkInterface,
+                                            const NetworkInterfaceConfig &config)
+{
+    NetworkLog::debug1(ConfigureSignature, " (", networkInterface, ", ", config, ")");
+    const QString reason = refusal(networkInterface, config);
+    if (!reason.isEmpty()) {
+        fail(operation, RefusedCode, reason);
+        return;
+    }
+    NetZopRequest request {0, interfaceConnections.value(networkInterface.name()), operation, config, {}};
+    if (request.connection->interfaceData->connected)
+        sendDisconnect(request);
+    else
+        sendConnect(request);
+}
+
+/*! Why the request cannot be sent at all; empty when it can. What the caller holds counts, not what is known here. */
+QString NetworkInterfaceProviderZop::refusal(const NetworkInterface &networkInterface,
+                                             const NetworkInterfaceConfig &config) const
+{
+    if (!interfaceConnections.contains(networkInterface.name())) {
+        NetworkLog::debug1(UnknownInterfaceText);
+        return UnknownInterfaceReason;
+    }
+    const NetworkInterfaceConfig current = networkInterface.configuration();
+    if (current.type() == NetworkInterfaceConfig::Auto && config.type() == NetworkInterfaceConfig::Auto) {
+        NetworkLog::debug1(AlreadyAutoText);
+        return SameConfigurationReason;
+    }
+    if (current == config) {
+        NetworkLog::debug1(SameConfigurationText);
+        return SameConfigurationReason;
+    }
+    if (config.type() == NetworkInterfaceConfig::Manual && !isComplete(config)) {
+        NetworkLog::debug1(IncompleteText);
+        NetworkLog::debug1(PassedInText, config);
+        return IncompleteReason;
+    }
+    return QString();
+}
+
+void NetworkInterfaceProviderZop::sendConnect(NetZopRequest request)
+{
+    request.id = connectInterface(request.connection, request.config);
+    pendingRequests.insert(request.id, request);
+}
+
+// The new configuration follows when the daemon reports that the old addresses are gone, whatever it has replied.
+void NetworkInterfaceProviderZop::sendDisconnect(const NetZopRequest &request)
+{
+    const auto release = awaitedReleases.insert(awaitedReleases.end(), AwaitedRelease {request});
+    release->handler = connect(request.connection, &ZopInterfaceConnection::interfaceAttributesChanged, this,
+                               [this, release](const NetworkInterfaceData &data) {
+                                   if (data.configuration.ipAddresses().isEmpty())
+                                       finishRelease(release);
+                               });
+    release->request.id = disconnectInterface(request.connection);
+    pendingRequests.insert(release->request.id, release->request);
+}
+
+void NetworkInterfaceProviderZop::finishRelease(AwaitedReleases::iterator release)
+{
+    const NetZopRequest request = release->request;
+    disconnect(release->handler);
+    awaitedReleases.erase(release);
+    sendConnect(request);
+}
+
+int NetworkInterfaceProviderZop::connectInterface(ZopInterfaceConnection *connection,
+                                                  const NetworkInterfaceConfig &config)
+{
+    const QString name = connection->interfaceData->name;
+    NetworkLog::debug1(ConnectSignature, " (", name, ", ", config, ")");
+    const QJsonArray dat {name, connectSettings(config)};
+    return startCommand(ConnectMessage, QString::fromUtf8(QJsonDocument(dat).toJson(QJsonDocument::Compact)),
+                        &NetworkInterfaceProviderZop::onControlCommandConnectFinished);
+}
+
+int NetworkInterfaceProviderZop::disconnectInterface(ZopInterfaceConnection *connection)
+{
+    const QString name = connection->interfaceData->name;
+    NetworkLog::debug1(DisconnectSignature, " (", name, ")");
+    return startCommand(DisconnectMessage, QLatin1Char('"') + name + QLatin1Char('"'),
+                        &NetworkInterfaceProviderZop::onControlCommandConfigureDisconnectFinished);
+}
+
+int NetworkInterfaceProviderZop::startCommand(const QString &message, const QString &dat,
+                                              void (NetworkInterfaceProviderZop::*finished)(ZopControlCommand *))
+{
+    auto *command = new ZopControlCommand(controlObject, this);
+    connect(command, &ZopControlCommand::finished, this, finished);
+    command->setMessage(message);
+    command->setDat(dat);
+    command->start();
+    return command->id().toInt();
+}
+
+void NetworkInterfaceProviderZop::onControlCommandConnectFinished(ZopControlCommand *command)
+{
+    NetZopRequest request;
+    if (!takeRequest(command, &request))
+        return;
+    if (command->hasError())
+        failRequest(command, request);
+    else if (request.operation)
+        emit asyncConfigureSuccess(request.operation,
+                                   request.connection ? NetworkInterfaceData(*request.connection->interfaceData)
+                                                      : request.lastKnownData);
+}
+
+void NetworkInterfaceProviderZop::onControlCommandConfigureDisconnectFinished(ZopControlCommand *command)
+{
+    NetZopRequest request;
+    if (!takeRequest(command, &request))
+        return;
+    const bool vanished = answerRelease(request.id, command->hasError());
+    if (command->hasError())
+        failRequest(command, request);
+    else if (vanished)
+        fail(request.operation, RefusedCode, UnknownInterfaceReason);
+}
+
+bool NetworkInterfaceProviderZop::takeRequest(const ZopControlCommand *command, NetZopRequest *request)
+{
+    const auto pending = pendingRequests.find(command->id().toInt());
+    if (pending == pendingRequests.end()) {
+        NetworkLog::debug1(UnknownIdText);
+        return false;
+    }
+    *request = pending.value();
+    pendingRequests.erase(pending);
+    return true;
+}
+
+// The daemon's own code goes to the application.
+void NetworkInterfaceProviderZop::failRequest(const ZopControlCommand *command, const NetZopRequest &request)
+{
+    const QString error = command->errorString();
+    NetworkLog::debug1(CommandFailedText, command->message(), ErrorCodeText, command->errorCode(), ErrorText, error);
+    const QString detail = error.isEmpty() ? QString() : QLatin1String(" (") + error + QLatin1Char(')');
+    fail(request.operation, command->errorCode(), DaemonRefusedReason + detail);
+}
+
+void NetworkInterfaceProviderZop::fail(AsyncNetworkInterfaceOperation *operation, int code, const QString &message)
+{
+    if (operation)
+        emit asyncConfigureFailure(operation, code, message);
+}
+
+/*!
+ * Notes the reply to the "net_disconnected" with \a id. True when it is the end of its request, because the
+ * interface has vanished before it lost its addresses.
+ */
+bool NetworkInterfaceProviderZop::answerRelease(int id, bool refused)
+{
+    const auto release =
+        std::find_if(awaitedReleases.begin(), awaitedReleases.end(), [id](const AwaitedRelease &awaited) {
+            return awaited.request.id == id && awaited.answer == AwaitedRelease::Unanswered;
+        });
+    if (release == awaitedReleases.end())
+        return false;
+    // A refusal ends the operation, and yet the new configuration still follows the loss of the addresses.
+    release->answer = refused ? AwaitedRelease::Refused : AwaitedRelease::Accepted;
+    if (release->request.connection)
+        return false;
+    awaitedReleases.erase(release);
+    return true;
+}
+
+/*! Deletes \a connection, and ends what would wait for it for ever. Commands in flight end with their replies. */
+void NetworkInterfaceProviderZop::endConnection(ZopInterfaceConnection *connection)
+{
+    QList<QPointer<AsyncNetworkInterfaceOperation>> stranded;
+    for (auto release = awaitedReleases.begin(); release != awaitedReleases.end();) {
+        const auto current = release++;
+        if (current->request.connection != connection)
+            continue;
+        if (current->answer == AwaitedRelease::Unanswered) {
+            current->request.connection = nullptr;
+            continue;
+        }
+        if (current->answer == AwaitedRelease::Accepted)
+            stranded.append(current->request.operation);
+        awaitedReleases.erase(current);
+    }
+    for (NetZopRequest &request : pendingRequests) {
+        if (request.connection == connection) {
+            request.connection = nullptr;
+            request.lastKnownData = *connection->interfaceData;
+        }
+    }
+    delete connection;
+    for (const QPointer<AsyncNetworkInterfaceOperation> &operation : qAsConst(stranded))
+        fail(operation, RefusedCode, UnknownInterfaceReason);
+}
+
+} // namespace morvek

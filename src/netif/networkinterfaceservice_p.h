@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_NETWORKINTERFACESERVICE_P_H
+#define MORVEK_NETWORKINTERFACESERVICE_P_H
+
+#include "networkinterfaceservice.h"
+
+#include <QtCore/QObject>
+
+namespace morvek {
+
+class NetworkInterfaceProvider;
+struct NetworkInterfaceData;
+
+/*!
+ * Translates the provider's records and notifications into those of the service.
+ */
+class NetworkInterfaceService::Private : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Private(NetworkInterfaceService *service);
+    /*! Takes \a networkInterfaceProvider over. */
+    Private(NetworkInterfaceService *service, NetworkInterfaceProvider *networkInterfaceProvider);
+    ~Private() override;
+
+    static void writeData(NetworkInterface &target, const NetworkInterfaceData &source);
+
+    NetworkInterfaceService *q;
+    NetworkInterfaceProvider *provider;
+
+public Q_SLOTS:
+    void onProviderAsyncConfigureSuccess(morvek::AsyncNetworkInterfaceOperation *operation,
+                                         const morvek::NetworkInterfaceData &data);
+    void onProviderAsyncConfigureFailure(morvek::AsyncNetworkInterfaceOperation *operation, int code,
+                                         const QString &message);
+    void onProviderInterfaceConfigurationChanged(const morvek::NetworkInterfaceData &data);
+    void onProviderPreferredInterfaceChanged(const morvek::NetworkInterfaceData &data);
+    void onProviderInterfaceConnected(const morvek::NetworkInterfaceData &data);
+    void onProviderInterfaceDisconnected(const morvek::NetworkInterfaceData &data);
+
+private:
+    Q_DISABLE_COPY(Private)
+};
+
+} // namespace morvek
+
+#endif
