@@ -219,7 +219,7 @@ bool readScenario(const QByteArray &json, Scenario *scenario, QString *error)
 
 QString readInterfaceName(const JsonNode &node, const Scenario &scenario)
 {
-    const QString name = node.text();
+    QString name = node.text();
     for (const ScenarioInterface &interface : scenario.interfaces) {
         if (interface.name == name)
             return name;

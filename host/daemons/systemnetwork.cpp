@@ -6,6 +6,7 @@
 #include "networkingrequest.h"
 #include "wirenames.h"
 #include "world.h"
+#include "zoppath.h"
 
 #include <QtNetwork/QNetworkInterface>
 
@@ -95,7 +96,7 @@ QMap<int, QString> publishableNames(const QList<QNetworkInterface> &interfaces)
 {
     QMap<int, QString> names;
     for (const QNetworkInterface &interface : interfaces) {
-        if (interface.isValid() && !interface.name().startsWith(QLatin1Char('.')))
+        if (interface.isValid() && ZopPath::isObjectName(interface.name().toUtf8()))
             names.insert(interface.index(), interface.name());
     }
     return names;

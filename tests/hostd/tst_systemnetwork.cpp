@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "hostdprocess.h"
-#include "zopcontrolcommand.h"
+#include "daemonclient.h"
 #include "zopdirwatcher.h"
-#include "zopobject.h"
 
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
@@ -10,11 +8,6 @@
 using namespace morvek;
 
 namespace {
-
-constexpr int Patience = 20000;
-const char Interfaces[] = "/zop/services/networking/all/interfaces";
-const char Status[] = "/zop/services/networking/all/status_public";
-const char Control[] = "/zop/services/networking/control";
 
 /*! A shell in a network namespace of its own, where it may do what it likes to interfaces. */
 class Namespace
@@ -73,26 +66,6 @@ public:
 
 private:
     QProcess m_shell;
-};
-
-struct Seen
-{
-    explicit Seen(const QString &path)
-        : object(path, ZopObject::Subscribe, false),
-          updates(&object, &ZopObject::attributesChanged)
-    {
-        object.setAttributeCacheEnabled(true);
-        updates.clear();
-    }
-
-    static QString interface(const char *name)
-    {
-        return QLatin1String(Interfaces) + QLatin1Char('/') + QLatin1String(name);
-    }
-    QString text(const char *name) const { return object.attribute(QLatin1String(name)).toString(); }
-
-    ZopObject object;
-    QSignalSpy updates;
 };
 
 } // namespace
@@ -179,14 +152,14 @@ bool SystemNetworkTest::addInterface(const QByteArray &name)
     const QString told = QLatin1Char('+') + QString::fromLatin1(name);
     if (!QTest::qWaitFor([this, told] { return m_told.contains(told); }, Patience))
         return false;
-    const Seen interface(Seen::interface(name.constData()));
+    const Seen interface(interfacePath(name.constData()));
     return QTest::qWaitFor([&interface] { return interface.text("up") == QLatin1String("true"); }, Patience);
 }
 
 void SystemNetworkTest::loopback()
 {
     QCOMPARE(m_told, QStringList {QStringLiteral("+lo")});
-    const Seen lo(Seen::interface("lo"));
+    const Seen lo(interfacePath("lo"));
     QCOMPARE(lo.text("type"), QStringLiteral("loopback"));
     QCOMPARE(lo.text("mtu"), QStringLiteral("65536"));
     QCOMPARE(lo.text("up"), QStringLiteral("false"));
@@ -200,7 +173,7 @@ void SystemNetworkTest::loopback()
 void SystemNetworkTest::interfacesComeAndGo()
 {
     QVERIFY(addInterface("m0"));
-    const Seen m0(Seen::interface("m0"));
+    const Seen m0(interfacePath("m0"));
     QCOMPARE(m0.text("type"), QStringLiteral("wired"));
     QCOMPARE(m0.text("mtu"), QStringLiteral("1500"));
     QVERIFY(!m0.object.attribute(QStringLiteral("parent_interface")).isValid());
@@ -218,7 +191,7 @@ void SystemNetworkTest::interfacesComeAndGo()
 void SystemNetworkTest::addresses()
 {
     QVERIFY(addInterface("m0"));
-    const Seen m0(Seen::interface("m0"));
+    const Seen m0(interfacePath("m0"));
     QCOMPARE(m0.text("connected"), QStringLiteral("false"));
     QVERIFY(m_namespace->succeeds("ip addr add 10.1.2.3/20 dev m0"));
     QTRY_COMPARE(m0.text("ip_addresses"), QStringLiteral("[\"10.1.2.3/255.255.240.0\"]"));
@@ -235,7 +208,7 @@ void SystemNetworkTest::addresses()
 void SystemNetworkTest::lifetimeTellsLeaseFromHand()
 {
     QVERIFY(addInterface("m0"));
-    const Seen m0(Seen::interface("m0"));
+    const Seen m0(interfacePath("m0"));
     QCOMPARE(m0.text("manual"), QStringLiteral("no"));
     QVERIFY(m_namespace->succeeds("ip addr add 10.1.2.3/24 dev m0"));
     QTRY_COMPARE(m0.text("manual"), QStringLiteral("yes"));
@@ -247,7 +220,7 @@ void SystemNetworkTest::tellsEachChangeOnce()
 {
     QVERIFY(addInterface("m0"));
     QVERIFY(m_namespace->succeeds("ip addr add 10.1.2.3/24 dev m0"));
-    const Seen m0(Seen::interface("m0"));
+    const Seen m0(interfacePath("m0"));
     QTRY_COMPARE(m0.text("connected"), QStringLiteral("true"));
     const int before = m0.updates.count();
     // The kernel notifies of each of these, but nothing that is published changes until the last.
@@ -267,7 +240,7 @@ void SystemNetworkTest::routes()
     QVERIFY(addInterface("m0"));
     QVERIFY(addInterface("m1"));
     const Seen status {QLatin1String(Status)};
-    const Seen m0(Seen::interface("m0"));
+    const Seen m0(interfacePath("m0"));
     QVERIFY(m_namespace->succeeds("ip addr add 10.1.0.2/24 dev m0 && ip addr add 10.2.0.2/24 dev m1"));
     QVERIFY(m_namespace->succeeds("ip route add default via 10.1.0.1 dev m0 metric 200"));
     QTRY_COMPARE(status.text("default_interface"), QStringLiteral("m0"));
@@ -291,30 +264,21 @@ void SystemNetworkTest::parents()
     QVERIFY(m_namespace->succeeds("ip link add link m0 name m0.5 type vlan id 5 2>/dev/null || "
                                   "ip link add link m0 name m0.5 type macvlan"));
     QTRY_VERIFY(m_told.contains(QStringLiteral("+m0.5")));
-    QCOMPARE(Seen(Seen::interface("m0.5")).text("parent_interface"), QStringLiteral("m0"));
+    QCOMPARE(Seen(interfacePath("m0.5")).text("parent_interface"), QStringLiteral("m0"));
 }
 
 void SystemNetworkTest::isReadOnly()
 {
     ZopObject control(QLatin1String(Control), ZopObject::ReadWrite, true);
-    const auto outcome = [&control](const char *dat) {
-        ZopControlCommand command(&control);
-        QSignalSpy finished(&command, &ZopControlCommand::finished);
-        command.setMessage(QStringLiteral("net_disconnected"));
-        command.setDat(QString::fromUtf8(dat));
-        command.start();
-        if (!finished.wait(Patience))
-            return QStringLiteral("no reply");
-        return QStringLiteral("%1 %2").arg(command.errorCode()).arg(command.errorString());
-    };
-    QCOMPARE(outcome("\"lo\""), QStringLiteral("6 the machine's own interfaces are only shown, not configured"));
-    QCOMPARE(outcome("\"wlan9\""), QStringLiteral("3 no interface \"wlan9\""));
+    QCOMPARE(Request(&control, "net_disconnected", "'lo'").outcome(),
+             QStringLiteral("6 the machine's own interfaces are only shown, not configured"));
+    QCOMPARE(Request(&control, "net_disconnected", "'wlan9'").outcome(), QStringLiteral("3 no interface \"wlan9\""));
 }
 
 void SystemNetworkTest::survivesLostNotifications()
 {
     QVERIFY(addInterface("m0"));
-    const Seen m0(Seen::interface("m0"));
+    const Seen m0(interfacePath("m0"));
     const QByteArray batch = m_root->path().toUtf8() + "/.batch";
     QFile file(QString::fromUtf8(batch));
     QVERIFY(file.open(QIODevice::WriteOnly));

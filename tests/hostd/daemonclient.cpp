@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "daemonclient.h"
+
+#include <QtCore/QDir>
+#include <QtTest/QtTest>
+
+using namespace morvek;
+
+namespace {
+
+QByteArray unquoted(const char *text)
+{
+    return QByteArray(text).replace('\'', '"');
+}
+
+} // namespace
+
+QString interfacePath(const char *name)
+{
+    return QLatin1String(Interfaces) + QLatin1Char('/') + QLatin1String(name);
+}
+
+Seen::Seen(const QString &path)
+    : object(path, ZopObject::Subscribe, false),
+      updates(&object, &ZopObject::attributesChanged)
+{
+    object.setAttributeCacheEnabled(true);
+    updates.clear();
+}
+
+Request::Request(ZopObject *control, const char *message, const char *dat)
+    : command(control),
+      finished(&command, &ZopControlCommand::finished)
+{
+    command.setMessage(QLatin1String(message));
+    command.setDat(QString::fromUtf8(unquoted(dat)));
+    command.start();
+}
+
+QString Request::outcome()
+{
+    if (finished.isEmpty() && !finished.wait(Patience))
+        return QStringLiteral("no reply");
+    return command.hasError() ? QStringLiteral("%1 %2").arg(command.errorCode()).arg(command.errorString())
+                              : QStringLiteral("ok");
+}
+
+DaemonFixture::DaemonFixture()
+    : m_process(std::make_unique<HostdProcess>())
+{
+    qputenv("ZOP_ROOT", QFile::encodeName(root()));
+}
+
+DaemonFixture::~DaemonFixture()
+{
+    if (QTest::currentTestFailed())
+        qInfo("%s", m_process->errors().constData());
+}
+
+bool DaemonFixture::makeRoot() const
+{
+    return QDir().mkpath(root())
+        && QFile::setPermissions(root(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+void DaemonFixture::kill()
+{
+    m_process = std::make_unique<HostdProcess>();
+}
+
+bool DaemonFixture::start(const QString &scenario, const QStringList &arguments)
+{
+    return m_process->start(
+        root(), QStringList {QStringLiteral("--verbose"), QStringLiteral("--scenario"), scenario} + arguments);
+}
+
+bool DaemonFixture::startWith(const char *scenario)
+{
+    QFile file(m_folder.filePath(QStringLiteral("scenario.json")));
+    const QByteArray json = unquoted(scenario);
+    if (!file.open(QIODevice::WriteOnly) || file.write(json) != json.size())
+        return false;
+    file.close();
+    return start(file.fileName());
+}
