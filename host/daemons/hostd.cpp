@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd.h"
 
-#include "commandline.h"
+#include "hostdoptions.h"
 #include "networkingdaemon.h"
 #include "simulatednetwork.h"
 #include "systemnetwork.h"
@@ -9,13 +9,13 @@
 
 namespace morvek {
 
-Hostd::Hostd(const CommandLine &commandLine, const Scenario &scenario)
-    : m_log(commandLine.verbose),
-      m_pace(commandLine.speed, commandLine.seed == -1 ? scenario.seed : static_cast<quint32>(commandLine.seed)),
+Hostd::Hostd(const HostdOptions &options, const Scenario &scenario)
+    : m_log(options.verbose),
+      m_pace(options.speed, options.seed == -1 ? scenario.seed : static_cast<quint32>(options.seed)),
       m_faults(scenario.faults)
 {
     InterfaceControl *control = nullptr;
-    if (commandLine.system) {
+    if (options.system) {
         m_system = std::make_unique<SystemNetwork>(&m_world, &m_log);
         control = m_system.get();
     } else {
@@ -31,21 +31,21 @@ Hostd::Hostd(const CommandLine &commandLine, const Scenario &scenario)
 
 Hostd::~Hostd() = default;
 
-ExitCode Hostd::start(QString *error)
+HostdExitCode Hostd::start(QString *error)
 {
     switch (m_lock.take(error)) {
     case RootLock::Taken:
         break;
     case RootLock::Unusable:
-        return ExitCode::UnusableRoot;
+        return HostdExitCode::UnusableRoot;
     case RootLock::Held:
-        return ExitCode::AlreadyRunning;
+        return HostdExitCode::AlreadyRunning;
     }
     if ((m_system && !m_system->start(error)) || !m_networking->start(error))
-        return ExitCode::CannotPublish;
+        return HostdExitCode::CannotPublish;
     if (m_player)
         m_player->start();
-    return ExitCode::Success;
+    return HostdExitCode::Success;
 }
 
 } // namespace morvek

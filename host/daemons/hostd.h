@@ -3,8 +3,8 @@
 #define MORVEK_HOSTD_HOSTD_H
 
 #include "eventlog.h"
-#include "exitcode.h"
 #include "faultplan.h"
+#include "hostdexitcode.h"
 #include "pace.h"
 #include "rootlock.h"
 #include "world.h"
@@ -18,18 +18,18 @@ class NetworkingDaemon;
 class SimulatedNetwork;
 class SystemNetwork;
 class TimelinePlayer;
-struct CommandLine;
+struct HostdOptions;
 struct Scenario;
 
 /*! The whole: one world below one root, what drives it, and the daemons that publish it. */
 class Hostd
 {
 public:
-    Hostd(const CommandLine &commandLine, const Scenario &scenario);
+    Hostd(const HostdOptions &options, const Scenario &scenario);
     ~Hostd();
 
     /*! Takes the root and publishes. \a error says why when that did not succeed. */
-    ExitCode start(QString *error);
+    HostdExitCode start(QString *error);
     QString root() const { return m_lock.root(); }
 
 private:

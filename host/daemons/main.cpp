@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "commandline.h"
 #include "hostd.h"
+#include "hostdoptions.h"
 #include "scenariofiles.h"
 #include "signalwatcher.h"
 
@@ -14,7 +14,7 @@ using namespace morvek;
 
 namespace {
 
-int fail(ExitCode code, const QString &error)
+int fail(HostdExitCode code, const QString &error)
 {
     EventLog::write(error);
     return static_cast<int>(code);
@@ -33,25 +33,25 @@ int listScenarios()
         Scenario scenario;
         QString error;
         if (!ScenarioFiles::load(name, &scenario, &error))
-            return fail(ExitCode::BadScenario, error);
+            return fail(HostdExitCode::BadScenario, error);
         print(QStringLiteral("%1  %2\n").arg(name, -16).arg(scenario.description));
     }
-    return static_cast<int>(ExitCode::Success);
+    return static_cast<int>(HostdExitCode::Success);
 }
 
-int run(const CommandLine &commandLine, const Scenario &scenario)
+int run(const HostdOptions &options, const Scenario &scenario)
 {
     // Clients and readers of our output may go at any time.
     std::signal(SIGPIPE, SIG_IGN);
-    if (!commandLine.root.isEmpty())
-        qputenv("ZOP_ROOT", QFile::encodeName(commandLine.root));
+    if (!options.root.isEmpty())
+        qputenv("ZOP_ROOT", QFile::encodeName(options.root));
     SignalWatcher signalWatcher;
     QObject::connect(&signalWatcher, &SignalWatcher::terminationAsked, qApp, &QCoreApplication::quit);
 
-    Hostd hostd(commandLine, scenario);
+    Hostd hostd(options, scenario);
     QString error;
-    const ExitCode code = hostd.start(&error);
-    if (code != ExitCode::Success)
+    const HostdExitCode code = hostd.start(&error);
+    if (code != HostdExitCode::Success)
         return fail(code, error);
     print(QStringLiteral("ready: %1\n").arg(hostd.root()));
     return QCoreApplication::exec();
@@ -65,23 +65,23 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(QStringLiteral("morvek-hostd"));
     QCoreApplication::setApplicationVersion(QStringLiteral(MORVEK_VERSION));
 
-    CommandLine commandLine;
+    HostdOptions options;
     QString error;
-    if (!CommandLine::parse(QCoreApplication::arguments(), &commandLine, &error))
-        return fail(ExitCode::BadArguments, error + QStringLiteral(" (--help lists the options)"));
-    if (commandLine.action == CommandLine::Tell) {
-        print(commandLine.text);
-        return static_cast<int>(ExitCode::Success);
+    if (!HostdOptions::parse(QCoreApplication::arguments(), &options, &error))
+        return fail(HostdExitCode::BadArguments, error + QStringLiteral(" (--help lists the options)"));
+    if (options.action == HostdOptions::Tell) {
+        print(options.text);
+        return static_cast<int>(HostdExitCode::Success);
     }
-    if (commandLine.action == CommandLine::ListScenarios)
+    if (options.action == HostdOptions::ListScenarios)
         return listScenarios();
 
     Scenario scenario;
-    if (!commandLine.system && !ScenarioFiles::load(commandLine.scenario, &scenario, &error))
-        return fail(ExitCode::BadScenario, error);
-    if (commandLine.action == CommandLine::Check) {
-        print(QStringLiteral("ok: %1\n").arg(commandLine.scenario));
-        return static_cast<int>(ExitCode::Success);
+    if (!options.system && !ScenarioFiles::load(options.scenario, &scenario, &error))
+        return fail(HostdExitCode::BadScenario, error);
+    if (options.action == HostdOptions::Check) {
+        print(QStringLiteral("ok: %1\n").arg(options.scenario));
+        return static_cast<int>(HostdExitCode::Success);
     }
-    return run(commandLine, scenario);
+    return run(options, scenario);
 }

@@ -32,6 +32,7 @@ private Q_SLOTS:
     void errors_data();
     void errors();
     void shippedScenarios();
+    void documentedExample();
     void files();
     void fileErrors();
 };
@@ -399,6 +400,22 @@ void ScenarioReaderTest::shippedScenarios()
         QVERIFY2(!scenario.description.isEmpty(), qPrintable(name));
         QVERIFY2(!scenario.interfaces.isEmpty(), qPrintable(name));
     }
+}
+
+void ScenarioReaderTest::documentedExample()
+{
+    QFile file(QStringLiteral(MORVEK_DOCS "/scenarios.md"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray page = file.readAll();
+    const int begin = page.indexOf("```json\n") + 8;
+    const int end = page.indexOf("```", begin);
+    QVERIFY(begin > 8 && end > begin);
+    Scenario scenario;
+    QString error;
+    QVERIFY2(readScenario(page.mid(begin, end - begin), &scenario, &error), qPrintable(error));
+    QCOMPARE(scenario.interfaces.size(), 3);
+    QCOMPARE(scenario.timeline.size(), 11);
+    QCOMPARE(scenario.faults.size(), 5);
 }
 
 void ScenarioReaderTest::files()

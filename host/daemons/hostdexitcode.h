@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef MORVEK_HOSTD_EXITCODE_H
-#define MORVEK_HOSTD_EXITCODE_H
+#ifndef MORVEK_HOSTD_HOSTDEXITCODE_H
+#define MORVEK_HOSTD_HOSTDEXITCODE_H
 
 namespace morvek {
 
 /*! What the program ends with. */
-enum class ExitCode {
+enum class HostdExitCode {
     Success = 0,
     CannotPublish = 1, //!< an object could not be created, or the kernel does not tell its interfaces
     BadArguments = 2,

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef MORVEK_HOSTD_COMMANDLINE_H
-#define MORVEK_HOSTD_COMMANDLINE_H
+#ifndef MORVEK_HOSTD_HOSTDOPTIONS_H
+#define MORVEK_HOSTD_HOSTDOPTIONS_H
 
 #include <QtCore/QStringList>
 
 namespace morvek {
 
 /*! What the program was asked for. */
-struct CommandLine
+struct HostdOptions
 {
     enum Action { Run, Check, ListScenarios, Tell };
 
     /*! False when the arguments make no sense; \a error says why. */
-    static bool parse(const QStringList &arguments, CommandLine *commandLine, QString *error);
+    static bool parse(const QStringList &arguments, HostdOptions *options, QString *error);
 
     Action action = Run;
     QString text; //!< of Tell: what to write to standard output

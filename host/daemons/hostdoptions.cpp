@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "commandline.h"
+#include "hostdoptions.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
@@ -21,7 +21,7 @@ const QString Description = QStringLiteral(
     "Exit codes: 0 ended as asked, 1 cannot publish, 2 bad arguments, 3 bad scenario, 4 unusable root,\n"
     "5 another morvek-hostd publishes below the root.");
 
-struct Options
+struct Switches
 {
     QCommandLineOption scenario {QStringLiteral("scenario"),
                                  QStringLiteral("The world to publish: a shipped scenario's name, or a file."),
@@ -43,58 +43,58 @@ struct Options
     QCommandLineOption version {QStringLiteral("version"), QStringLiteral("Shows the version.")};
 };
 
-bool readNumbers(const QCommandLineParser &parser, const Options &options, CommandLine *commandLine, QString *error)
+bool readNumbers(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
 {
     bool ok = false;
-    commandLine->speed = parser.value(options.speed).toDouble(&ok);
-    if (!ok || !(commandLine->speed >= LeastSpeed && commandLine->speed <= MostSpeed)) {
+    options->speed = parser.value(switches.speed).toDouble(&ok);
+    if (!ok || !(options->speed >= LeastSpeed && options->speed <= MostSpeed)) {
         *error = QStringLiteral("--speed: \"%1\" is not a factor from %2 to %3")
-                     .arg(parser.value(options.speed), QString::number(LeastSpeed), QString::number(MostSpeed));
+                     .arg(parser.value(switches.speed), QString::number(LeastSpeed), QString::number(MostSpeed));
         return false;
     }
-    if (!parser.isSet(options.seed))
+    if (!parser.isSet(switches.seed))
         return true;
     constexpr qint64 largest = std::numeric_limits<int>::max();
-    commandLine->seed = parser.value(options.seed).toLongLong(&ok);
-    if (!ok || commandLine->seed < 0 || commandLine->seed > largest) {
+    options->seed = parser.value(switches.seed).toLongLong(&ok);
+    if (!ok || options->seed < 0 || options->seed > largest) {
         *error = QStringLiteral("--seed: \"%1\" is not a whole number from 0 to %2")
-                     .arg(parser.value(options.seed), QString::number(largest));
+                     .arg(parser.value(switches.seed), QString::number(largest));
         return false;
     }
     return true;
 }
 
-bool readPlace(const QCommandLineParser &parser, const Options &options, CommandLine *commandLine, QString *error)
+bool readPlace(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
 {
-    const QString interfaces = parser.value(options.interfaces);
-    commandLine->system = interfaces == QLatin1String("system");
-    if (!commandLine->system && interfaces != QLatin1String("scenario")) {
+    const QString interfaces = parser.value(switches.interfaces);
+    options->system = interfaces == QLatin1String("system");
+    if (!options->system && interfaces != QLatin1String("scenario")) {
         *error = QStringLiteral("--interfaces: \"%1\" is neither scenario nor system").arg(interfaces);
         return false;
     }
-    if (commandLine->system && (parser.isSet(options.scenario) || parser.isSet(options.check))) {
+    if (options->system && (parser.isSet(switches.scenario) || parser.isSet(switches.check))) {
         *error = QStringLiteral("--interfaces system shows this machine: it goes with no scenario");
         return false;
     }
-    if (parser.isSet(options.root)) {
-        if (parser.value(options.root).isEmpty()) {
+    if (parser.isSet(switches.root)) {
+        if (parser.value(switches.root).isEmpty()) {
             *error = QStringLiteral("--root: needs a directory");
             return false;
         }
-        commandLine->root = QDir::cleanPath(QDir::current().absoluteFilePath(parser.value(options.root)));
+        options->root = QDir::cleanPath(QDir::current().absoluteFilePath(parser.value(switches.root)));
     }
     return true;
 }
 
 } // namespace
 
-bool CommandLine::parse(const QStringList &arguments, CommandLine *commandLine, QString *error)
+bool HostdOptions::parse(const QStringList &arguments, HostdOptions *options, QString *error)
 {
-    const Options options;
+    const Switches switches;
     QCommandLineParser parser;
     parser.setApplicationDescription(Description);
-    parser.addOptions({options.scenario, options.list, options.interfaces, options.root, options.speed, options.seed,
-                       options.check, options.verbose, options.help, options.version});
+    parser.addOptions({switches.scenario, switches.list, switches.interfaces, switches.root, switches.speed,
+                       switches.seed, switches.check, switches.verbose, switches.help, switches.version});
     if (!parser.parse(arguments)) {
         *error = parser.errorText();
         return false;
@@ -103,24 +103,24 @@ bool CommandLine::parse(const QStringList &arguments, CommandLine *commandLine, 
         *error = QStringLiteral("unexpected argument \"%1\"").arg(parser.positionalArguments().constFirst());
         return false;
     }
-    if (parser.isSet(options.help)) {
-        commandLine->action = Tell;
-        commandLine->text = parser.helpText();
+    if (parser.isSet(switches.help)) {
+        options->action = Tell;
+        options->text = parser.helpText();
         return true;
     }
-    if (parser.isSet(options.version)) {
-        commandLine->action = Tell;
-        commandLine->text =
+    if (parser.isSet(switches.version)) {
+        options->action = Tell;
+        options->text =
             QStringLiteral("%1 %2\n").arg(QCoreApplication::applicationName(), QCoreApplication::applicationVersion());
         return true;
     }
-    if (parser.isSet(options.list))
-        commandLine->action = ListScenarios;
-    else if (parser.isSet(options.check))
-        commandLine->action = Check;
-    commandLine->scenario = parser.value(options.scenario);
-    commandLine->verbose = parser.isSet(options.verbose);
-    return readNumbers(parser, options, commandLine, error) && readPlace(parser, options, commandLine, error);
+    if (parser.isSet(switches.list))
+        options->action = ListScenarios;
+    else if (parser.isSet(switches.check))
+        options->action = Check;
+    options->scenario = parser.value(switches.scenario);
+    options->verbose = parser.isSet(switches.verbose);
+    return readNumbers(parser, switches, options, error) && readPlace(parser, switches, options, error);
 }
 
 } // namespace morvek
