@@ -10,18 +10,6 @@ ZopRegistry &registry()
     return ZopRegistry::instance();
 }
 
-void tellObject(const QPointer<ZopObject> &object, const ZopChangeset &changes)
-{
-    for (auto it = changes.assignments.begin(); object && it != changes.assignments.end(); ++it)
-        emit object->attributeChanged(it.key(), it.value());
-    for (const QString &name : changes.removals) {
-        if (object)
-            emit object->attributeRemoved(name);
-    }
-    if (object)
-        emit object->attributesChanged(changes);
-}
-
 QList<QPointer<ZopDirWatcher>> watchers(const QString &directory)
 {
     QList<QPointer<ZopDirWatcher>> found;
@@ -53,6 +41,18 @@ ZopRegistry &ZopRegistry::instance()
 {
     static ZopRegistry registry;
     return registry;
+}
+
+void tellObject(const QPointer<ZopObject> &object, const ZopChangeset &changes)
+{
+    for (auto it = changes.assignments.begin(); object && it != changes.assignments.end(); ++it)
+        emit object->attributeChanged(it.key(), it.value());
+    for (const QString &name : changes.removals) {
+        if (object)
+            emit object->attributeRemoved(name);
+    }
+    if (object)
+        emit object->attributesChanged(changes);
 }
 
 QString classText(const QObject *parent)

@@ -62,7 +62,7 @@ void ZopObject::setAttributeCacheEnabled(bool enabled)
     d->cached = enabled;
     d->cache = enabled ? registry.world.value(d->path) : ZopDouble::Values();
     if (!d->cache.isEmpty())
-        ZopDouble::tell(d->path, d->cache);
+        tellObject(this, {d->cache, {}});
 }
 
 ZopVariant ZopObject::attribute(const QString &name, const ZopVariant &defaultValue) const

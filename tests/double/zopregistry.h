@@ -48,6 +48,9 @@ struct ZopRegistry
     QStringList journal;
 };
 
+/*! Tells one object of one update. */
+void tellObject(const QPointer<morvek::ZopObject> &object, const morvek::ZopChangeset &changes);
+
 QString classText(const QObject *parent);
 QString boolText(bool value);
 /*! "connected" and the names in \a connected that are true. */

@@ -76,12 +76,12 @@ inline ZopDouble::Values standingOn(const char *parent)
     return with(wired(), "parent_interface", text(parent));
 }
 
-inline void add(const char *name, const ZopDouble::Values &values)
+inline void addInterface(const char *name, const ZopDouble::Values &values)
 {
     ZopDouble::add(interfaces(), QLatin1String(name), values);
 }
 
-inline void remove(const char *name)
+inline void removeInterface(const char *name)
 {
     ZopDouble::remove(interfaces(), QLatin1String(name));
 }
