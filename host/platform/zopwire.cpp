@@ -1,46 +1,122 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "zopwire.h"
 
-#include <QtCore/QDataStream>
+#include <QtCore/QtEndian>
 
 namespace morvek {
+
+namespace {
+
+constexpr quint32 NoValue = 0xffffffff; // in the place of a value's length
+
+void putNumber(QByteArray *bytes, quint32 number)
+{
+    const quint32 encoded = qToLittleEndian(number);
+    bytes->append(reinterpret_cast<const char *>(&encoded), sizeof(encoded));
+}
+
+void putBlock(QByteArray *bytes, const QByteArray &block)
+{
+    putNumber(bytes, quint32(block.size()));
+    bytes->append(block);
+}
+
+/*! Takes one thing after the other from bytes that are not trusted. */
+class Unpacker
+{
+public:
+    explicit Unpacker(const QByteArray &bytes)
+        : m_next(bytes.constData()),
+          m_end(bytes.constData() + bytes.size())
+    {
+    }
+
+    bool isAtEnd() const { return m_next == m_end; }
+
+    bool take(quint32 *number)
+    {
+        if (m_end - m_next < qptrdiff(sizeof(*number)))
+            return false;
+        *number = qFromLittleEndian<quint32>(m_next);
+        m_next += sizeof(*number);
+        return true;
+    }
+
+    bool take(QByteArray *block, quint32 size)
+    {
+        if (quint64(m_end - m_next) < size)
+            return false;
+        *block = QByteArray(m_next, int(size));
+        m_next += size;
+        return true;
+    }
+
+    bool take(QByteArray *block)
+    {
+        quint32 size = 0;
+        return take(&size) && take(block, size);
+    }
+
+    bool take(ZopVariant *value)
+    {
+        quint32 size = 0;
+        QByteArray bytes;
+        QByteArray encoding;
+        if (!take(&size))
+            return false;
+        if (size == NoValue)
+            return true;
+        if (!take(&bytes, size) || !take(&encoding))
+            return false;
+        *value = ZopVariant(bytes, encoding);
+        return true;
+    }
+
+private:
+    const char *m_next;
+    const char *m_end;
+};
+
+} // namespace
 
 QByteArray encodeChangeset(const ZopChangeset &changes)
 {
     QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(QDataStream::Qt_5_11);
-    stream << quint32(changes.assignments.size());
-    for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)
-        stream << it.key() << it->isValid() << it->bytes() << it->encoding();
-    stream << quint32(changes.removals.size());
+    putNumber(&bytes, quint32(changes.assignments.size()));
+    for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it) {
+        putBlock(&bytes, it.key().toUtf8());
+        if (it->isValid()) {
+            putBlock(&bytes, it->bytes());
+            putBlock(&bytes, it->encoding());
+        } else {
+            putNumber(&bytes, NoValue);
+        }
+    }
     for (const QString &name : changes.removals)
-        stream << name;
+        putBlock(&bytes, name.toUtf8());
     return bytes;
 }
 
 bool decodeChangeset(const QByteArray &bytes, ZopChangeset *changes)
 {
-    QDataStream stream(bytes);
-    stream.setVersion(QDataStream::Qt_5_11);
     *changes = ZopChangeset();
-
-    QString name;
+    Unpacker unpacker(bytes);
+    QByteArray name;
     quint32 count = 0;
-    stream >> count;
-    for (; count > 0 && stream.status() == QDataStream::Ok; --count) {
-        bool valid = false;
-        QByteArray value;
-        QByteArray encoding;
-        stream >> name >> valid >> value >> encoding;
-        changes->assignments.insert(name, valid ? ZopVariant(value, encoding) : ZopVariant());
+    if (!unpacker.take(&count))
+        return false;
+    for (; count > 0; --count) {
+        ZopVariant value;
+        if (!unpacker.take(&name) || !unpacker.take(&value))
+            return false;
+        changes->assignments.insert(QString::fromUtf8(name), value);
     }
-    stream >> count;
-    for (; count > 0 && stream.status() == QDataStream::Ok; --count) {
-        stream >> name;
-        changes->removals.insert(name);
+    while (!unpacker.isAtEnd()) {
+        if (!unpacker.take(&name))
+            return false;
+        changes->removals.insert(QString::fromUtf8(name));
     }
-    return stream.status() == QDataStream::Ok && stream.atEnd();
+    return true;
 }
 
 } // namespace morvek

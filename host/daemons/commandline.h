@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_COMMANDLINE_H
+#define MORVEK_HOSTD_COMMANDLINE_H
+
+#include <QtCore/QStringList>
+
+namespace morvek {
+
+/*! What the program was asked for. */
+struct CommandLine
+{
+    enum Action { Run, Check, ListScenarios, Tell };
+
+    /*! False when the arguments make no sense; \a error says why. */
+    static bool parse(const QStringList &arguments, CommandLine *commandLine, QString *error);
+
+    Action action = Run;
+    QString text; //!< of Tell: what to write to standard output
+    QString scenario;
+    QString root; //!< an absolute path, or empty: as the environment says
+    bool system = false;
+    bool verbose = false;
+    double speed = 1;
+    qint64 seed = -1; //!< -1: the scenario's
+};
+
+} // namespace morvek
+
+#endif

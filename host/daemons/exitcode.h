@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_EXITCODE_H
+#define MORVEK_HOSTD_EXITCODE_H
+
+namespace morvek {
+
+/*! What the program ends with. */
+enum class ExitCode {
+    Success = 0,
+    CannotPublish = 1, //!< an object could not be created, or the kernel does not tell its interfaces
+    BadArguments = 2,
+    BadScenario = 3,
+    UnusableRoot = 4,
+    AlreadyRunning = 5, //!< another morvek-hostd holds the root
+};
+
+} // namespace morvek
+
+#endif

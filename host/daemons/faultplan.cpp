@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "faultplan.h"
+
+namespace morvek {
+
+FaultPlan::FaultPlan(const QVector<Fault> &faults)
+    : m_faults(faults)
+{
+}
+
+const Fault *FaultPlan::next(const QString &message, const QString &interface)
+{
+    for (Fault &fault : m_faults) {
+        const bool fits = (fault.message.isEmpty() || fault.message == message)
+            && (fault.interface.isEmpty() || fault.interface == interface);
+        if (!fits || fault.times == 0)
+            continue;
+        if (fault.skip > 0) {
+            --fault.skip;
+            continue;
+        }
+        if (fault.times > 0)
+            --fault.times;
+        return &fault;
+    }
+    return nullptr;
+}
+
+} // namespace morvek

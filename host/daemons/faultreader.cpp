@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "faultreader.h"
+
+#include "jsonnode.h"
+#include "scenarioreader.h"
+#include "wirenames.h"
+
+#include <limits>
+
+namespace morvek {
+
+namespace {
+
+constexpr int LargestNumber = std::numeric_limits<int>::max();
+
+const auto BackAfterKey = QLatin1String("back_after");
+const auto DelayKey = QLatin1String("delay");
+const auto FaultKey = QLatin1String("fault");
+const auto InterfaceKey = QLatin1String("interface");
+const auto MessageKey = QLatin1String("message");
+const auto PerformsKey = QLatin1String("performs");
+const auto SkipKey = QLatin1String("skip");
+const auto TimesKey = QLatin1String("times");
+
+struct FaultWord
+{
+    QLatin1String word;
+    Fault::Kind kind;
+    QStringList keys;
+};
+
+FaultWord readKind(const JsonNode &node)
+{
+    const QVector<FaultWord> words {
+        {QLatin1String("refuse"), Fault::Refuse, {Wire::Err, Wire::ErrMsg}},
+        {QLatin1String("no-reply"), Fault::NoReply, {PerformsKey}},
+        {QLatin1String("late"), Fault::Late, {DelayKey}},
+        {QLatin1String("double"), Fault::Double, {}},
+        {QLatin1String("die"), Fault::Die, {BackAfterKey}},
+    };
+    const QString word = node.text();
+    QStringList known;
+    for (const FaultWord &one : words) {
+        if (word == one.word)
+            return one;
+        known += one.word;
+    }
+    node.fail(QStringLiteral("no fault \"%1\" (known: %2)").arg(word, known.join(QLatin1String(", "))));
+    return words.first();
+}
+
+Fault readFault(const JsonNode &node, const Scenario &scenario)
+{
+    const FaultWord word = readKind(node.member(FaultKey));
+    node.expectObject(QStringList {FaultKey, MessageKey, InterfaceKey, SkipKey, TimesKey} + word.keys);
+    Fault fault;
+    fault.kind = word.kind;
+    fault.message = node.textOr(MessageKey, QString());
+    if (node.has(MessageKey) && fault.message != Wire::NetConnected && fault.message != Wire::NetDisconnected)
+        node.member(MessageKey)
+            .fail(QStringLiteral("no message \"%1\" (known: %2, %3)")
+                      .arg(fault.message, Wire::NetConnected, Wire::NetDisconnected));
+    if (node.has(InterfaceKey))
+        fault.interface = readInterfaceName(node.member(InterfaceKey), scenario);
+    fault.skip = node.numberOr(SkipKey, 0, LargestNumber, 0);
+    fault.times = node.numberOr(TimesKey, 1, LargestNumber, -1);
+    if (fault.kind == Fault::Refuse) {
+        // "0" would be a success to the client.
+        fault.code = node.member(Wire::Err).number(1, LargestNumber);
+        fault.text = node.textOr(Wire::ErrMsg, QString());
+    }
+    if (fault.kind == Fault::Late)
+        fault.delay = node.member(DelayKey).number(0, LongestTime);
+    fault.performs = node.flagOr(PerformsKey, false);
+    fault.backAfter = node.numberOr(BackAfterKey, 0, LongestTime, -1);
+    return fault;
+}
+
+} // namespace
+
+QVector<Fault> readFaults(const JsonNode &node, const Scenario &scenario)
+{
+    QVector<Fault> faults;
+    const QVector<JsonNode> items = node.items();
+    for (const JsonNode &item : items)
+        faults += readFault(item, scenario);
+    return faults;
+}
+
+} // namespace morvek

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_HOSTD_H
+#define MORVEK_HOSTD_HOSTD_H
+
+#include "eventlog.h"
+#include "exitcode.h"
+#include "faultplan.h"
+#include "pace.h"
+#include "rootlock.h"
+#include "world.h"
+
+#include <memory>
+
+namespace morvek {
+
+class InterfaceControl;
+class NetworkingDaemon;
+class SimulatedNetwork;
+class SystemNetwork;
+class TimelinePlayer;
+struct CommandLine;
+struct Scenario;
+
+/*! The whole: one world below one root, what drives it, and the daemons that publish it. */
+class Hostd
+{
+public:
+    Hostd(const CommandLine &commandLine, const Scenario &scenario);
+    ~Hostd();
+
+    /*! Takes the root and publishes. \a error says why when that did not succeed. */
+    ExitCode start(QString *error);
+    QString root() const { return m_lock.root(); }
+
+private:
+    Q_DISABLE_COPY(Hostd)
+
+    // In this order, so that what is used by others goes after them.
+    RootLock m_lock;
+    EventLog m_log;
+    Pace m_pace;
+    World m_world;
+    FaultPlan m_faults;
+    std::unique_ptr<SystemNetwork> m_system;
+    std::unique_ptr<SimulatedNetwork> m_simulated;
+    std::unique_ptr<NetworkingDaemon> m_networking;
+    std::unique_ptr<TimelinePlayer> m_player;
+};
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_REFUSAL_H
+#define MORVEK_HOSTD_REFUSAL_H
+
+#include <QtCore/QString>
+
+namespace morvek {
+
+/*! Why a request is refused: what its reply carries as "err" and "errmsg". Code 0 stands for no refusal. */
+struct Refusal
+{
+    enum Code {
+        UnknownMessage = 1,
+        MalformedDat = 2,
+        UnknownInterface = 3,
+        BadAddress = 4,
+        NoLink = 5,
+        ReadOnly = 6,
+    };
+
+    int code = 0;
+    QString text;
+
+    explicit operator bool() const { return code != 0; }
+};
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_SCENARIO_H
+#define MORVEK_HOSTD_SCENARIO_H
+
+#include "pace.h"
+#include "zopchangeset.h"
+
+#include <QtCore/QStringList>
+#include <QtCore/QVector>
+
+namespace morvek {
+
+/*! The addresses of an interface and its gateways, as they are published. */
+struct AddressSet
+{
+    QStringList addresses;
+    QStringList gateways;
+};
+
+struct ScenarioInterface
+{
+    QString name;
+    QString type;
+    QString linkAddress; //!< empty: not published
+    QString parent;      //!< empty: not a virtual interface
+    int mtu = 0;         //!< 0: not published
+    bool present = true;
+    bool up = true;
+    bool connected = false;
+    bool manual = false;
+    AddressSet given; //!< what it has while it is configured by hand
+    AddressSet lease; //!< what DHCP gives it; nothing when there are no addresses
+};
+
+struct ScenarioDelays
+{
+    DelayRange reply {2, 15};
+    DelayRange release {80, 250};
+    DelayRange manual {150, 450};
+    DelayRange lease {600, 1800};
+};
+
+struct TimelineEvent
+{
+    enum Kind {
+        Vanish,
+        Appear,
+        LinkLost,
+        LinkRegained,
+        SetAttributes,
+        RemoveAttributes,
+        PinDefault,
+        FollowDefault,
+        SetPriority,
+        DaemonDies,
+    };
+
+    int at = 0;
+    Kind kind = Vanish;
+    QString interface;    //!< of an attribute event: empty for the status object
+    ZopChangeset changes; //!< of an attribute event
+    QStringList order;    //!< of SetPriority
+    int backAfter = -1;   //!< of DaemonDies; -1: never
+    QString text;         //!< one line that describes it
+};
+
+/*! What happens to a request's reply. */
+struct Fault
+{
+    enum Kind { Refuse, NoReply, Late, Double, Die };
+
+    Kind kind = Refuse;
+    QString message;   //!< empty: any
+    QString interface; //!< empty: any
+    int skip = 0;      //!< so many requests that fit pass first
+    int times = -1;    //!< -1: always
+    int code = 0;
+    QString text;
+    int delay = 0;
+    bool performs = false; //!< of NoReply: the request is carried out all the same
+    int backAfter = -1;    //!< of Die; -1: never
+};
+
+/*! A world at its start, what happens in it, and what goes wrong with its daemons. */
+struct Scenario
+{
+    QString description;
+    quint32 seed = 1;
+    ScenarioDelays delays;
+    QVector<ScenarioInterface> interfaces;
+    QStringList priority;
+    bool pinsDefault = false;
+    QString defaultInterface;        //!< when it is pinned
+    QVector<TimelineEvent> timeline; //!< in order of time
+    QVector<Fault> faults;
+};
+
+} // namespace morvek
+
+#endif

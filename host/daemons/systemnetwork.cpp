@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "systemnetwork.h"
+
+#include "eventlog.h"
+#include "kernelnetwork.h"
+#include "networkingrequest.h"
+#include "wirenames.h"
+#include "world.h"
+
+#include <QtNetwork/QNetworkInterface>
+
+namespace morvek {
+
+namespace {
+
+QString typeOf(const QNetworkInterface &interface, const KernelLink &link)
+{
+    if (link.kind == "wwan")
+        return QStringLiteral("cellular");
+    if (link.kind == "wireguard" || link.kind == "tun")
+        return QStringLiteral("vpn");
+    if (link.bus == "bluetooth")
+        return QStringLiteral("bluetooth_dun");
+    switch (interface.type()) {
+    case QNetworkInterface::Wifi:
+        return QStringLiteral("wifi");
+    case QNetworkInterface::Ethernet:
+        return link.bus == "usb" ? QStringLiteral("usb") : QStringLiteral("wired");
+    case QNetworkInterface::Loopback:
+        return QStringLiteral("loopback");
+    default:
+        return QStringLiteral("unknown");
+    }
+}
+
+/*! What its addresses say about an interface. */
+struct AddressFacts
+{
+    QStringList addresses;
+    bool manual = false;
+    bool reachable = false; // has an address that reaches beyond the link
+};
+
+AddressFacts factsOf(const QNetworkInterface &interface)
+{
+    AddressFacts facts;
+    const QList<QNetworkAddressEntry> entries = interface.addressEntries();
+    for (const QNetworkAddressEntry &entry : entries) {
+        QHostAddress address = entry.ip();
+        address.setScopeId(QString());
+        const bool ipv4 = address.protocol() == QAbstractSocket::IPv4Protocol;
+        facts.addresses += address.toString() + QLatin1Char('/')
+            + (ipv4 ? entry.netmask().toString() : QString::number(entry.prefixLength()));
+        facts.reachable = facts.reachable || !address.isLinkLocal();
+        // Clients keep the last IPv4 address; a lease gives it an end, a hand does not.
+        if (ipv4)
+            facts.manual = entry.isPermanent();
+    }
+    return facts;
+}
+
+QStringList gatewaysOf(int interfaceIndex, const QVector<KernelRoute> &routes)
+{
+    QStringList gateways;
+    for (const KernelRoute &route : routes) {
+        if (route.interfaceIndex == interfaceIndex && !route.gateway.isEmpty())
+            gateways += route.gateway;
+    }
+    gateways.removeDuplicates();
+    return gateways;
+}
+
+Attributes attributesOf(const QNetworkInterface &interface, const KernelLink &link, const QString &parent,
+                        const QVector<KernelRoute> &routes)
+{
+    const AddressFacts facts = factsOf(interface);
+    const bool up = interface.flags() & QNetworkInterface::IsUp;
+    const bool running = interface.flags() & QNetworkInterface::IsRunning;
+    Attributes attributes;
+    attributes.insert(Wire::Connected, truthValue(up && running && facts.reachable));
+    attributes.insert(Wire::IpAddresses, textList(facts.addresses));
+    attributes.insert(Wire::IpGateway, textList(gatewaysOf(interface.index(), routes)));
+    attributes.insert(Wire::LinkAddress, interface.hardwareAddress().toLower());
+    attributes.insert(Wire::Manual, yesOrNo(facts.manual));
+    attributes.insert(Wire::Mtu, interface.maximumTransmissionUnit());
+    attributes.insert(Wire::Type, typeOf(interface, link));
+    attributes.insert(Wire::Up, truthValue(up));
+    if (!parent.isEmpty())
+        attributes.insert(Wire::ParentInterface, parent);
+    return attributes;
+}
+
+/*! Names by index, in order of index; without those that no object can have. */
+QMap<int, QString> publishableNames(const QList<QNetworkInterface> &interfaces)
+{
+    QMap<int, QString> names;
+    for (const QNetworkInterface &interface : interfaces) {
+        if (interface.isValid() && !interface.name().startsWith(QLatin1Char('.')))
+            names.insert(interface.index(), interface.name());
+    }
+    return names;
+}
+
+/*!
+ * Interfaces that default routes lead to come first, the preferred one of them is the default; the rest follows, as
+ * a client keeps the old rank of an interface that is not listed.
+ */
+Attributes statusOf(const QMap<int, QString> &names, const QVector<KernelRoute> &routes)
+{
+    QStringList order;
+    for (const KernelRoute &route : routes)
+        order += names.value(route.interfaceIndex);
+    order.removeAll(QString());
+    const QString preferred = order.value(0);
+    order += names.values();
+    order.removeDuplicates();
+    return {{Wire::DefaultInterface, preferred}, {Wire::Priority, textList(order)}};
+}
+
+} // namespace
+
+SystemNetwork::SystemNetwork(World *world, const EventLog *log, QObject *parent)
+    : QObject(parent),
+      m_world(world),
+      m_log(log)
+{
+    connect(&m_bell, &KernelBell::rang, this, &SystemNetwork::onBell);
+}
+
+SystemNetwork::~SystemNetwork() = default;
+
+bool SystemNetwork::start(QString *error)
+{
+    // The bell first: a change between the two is then heard, not missed.
+    return m_bell.hang(error) && mirror(error);
+}
+
+Refusal SystemNetwork::refuses(const NetworkingRequest &request) const
+{
+    if (!m_world->hasInterface(request.interface))
+        return {Refusal::UnknownInterface, QStringLiteral("no interface \"%1\"").arg(request.interface)};
+    return {Refusal::ReadOnly, QStringLiteral("the machine's own interfaces are only shown, not configured")};
+}
+
+void SystemNetwork::perform(const NetworkingRequest &)
+{
+    Q_UNREACHABLE();
+}
+
+void SystemNetwork::onBell()
+{
+    QString error;
+    if (!mirror(&error))
+        m_log->trouble(error);
+}
+
+bool SystemNetwork::mirror(QString *error)
+{
+    QMap<int, KernelLink> links;
+    QVector<KernelRoute> routes;
+    if (!KernelNetwork::readLinks(&links, error) || !KernelNetwork::readDefaultRoutes(&routes, error))
+        return false;
+    const QList<QNetworkInterface> found = QNetworkInterface::allInterfaces();
+    const QMap<int, QString> names = publishableNames(found);
+    QMap<QString, Attributes> interfaces;
+    for (const QNetworkInterface &interface : found) {
+        const KernelLink link = links.value(interface.index());
+        if (names.contains(interface.index()))
+            interfaces.insert(interface.name(), attributesOf(interface, link, names.value(link.parentIndex), routes));
+    }
+    mirrorInterfaces(interfaces);
+    m_world->updateStatus(statusOf(names, routes));
+    return true;
+}
+
+void SystemNetwork::mirrorInterfaces(const QMap<QString, Attributes> &interfaces)
+{
+    const QStringList known = m_world->interfaces();
+    for (const QString &name : known) {
+        if (!interfaces.contains(name)) {
+            m_log->happened("system", name + QStringLiteral(" is gone"));
+            m_world->removeInterface(name);
+        }
+    }
+    for (auto it = interfaces.begin(); it != interfaces.end(); ++it) {
+        if (m_world->hasInterface(it.key())) {
+            m_world->updateInterface(it.key(), it.value());
+        } else {
+            m_log->happened("system", it.key() + QStringLiteral(" is there"));
+            m_world->addInterface(it.key(), it.value());
+        }
+    }
+}
+
+} // namespace morvek

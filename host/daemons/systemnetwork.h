@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_SYSTEMNETWORK_H
+#define MORVEK_HOSTD_SYSTEMNETWORK_H
+
+#include "attributes.h"
+#include "interfacecontrol.h"
+#include "kernelbell.h"
+
+#include <QtCore/QObject>
+
+namespace morvek {
+
+class EventLog;
+class World;
+
+/*! Keeps the world like the network interfaces of the machine, which it never changes. */
+class SystemNetwork : public QObject, public InterfaceControl
+{
+    Q_OBJECT
+
+public:
+    /*! \a world and \a log must outlive the network. */
+    SystemNetwork(World *world, const EventLog *log, QObject *parent = nullptr);
+    ~SystemNetwork() override;
+
+    /*! Fills the world, and follows the machine from then on. */
+    bool start(QString *error);
+
+    Refusal refuses(const NetworkingRequest &request) const override;
+    void perform(const NetworkingRequest &request) override;
+
+private:
+    Q_DISABLE_COPY(SystemNetwork)
+    void onBell();
+    bool mirror(QString *error);
+    void mirrorInterfaces(const QMap<QString, Attributes> &interfaces);
+
+    World *m_world;
+    const EventLog *m_log;
+    KernelBell m_bell;
+};
+
+} // namespace morvek
+
+#endif

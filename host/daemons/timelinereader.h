@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_TIMELINEREADER_H
+#define MORVEK_HOSTD_TIMELINEREADER_H
+
+#include "scenario.h"
+
+namespace morvek {
+
+class JsonNode;
+
+/*! The events of \a node in order of time, for \a scenario, which has its interfaces already. */
+QVector<TimelineEvent> readTimeline(const JsonNode &node, const Scenario &scenario);
+
+} // namespace morvek
+
+#endif

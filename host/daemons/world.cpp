@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "world.h"
+
+namespace morvek {
+
+namespace {
+
+bool isEmpty(const ZopChangeset &changes)
+{
+    return changes.assignments.isEmpty() && changes.removals.isEmpty();
+}
+
+} // namespace
+
+World::World(QObject *parent)
+    : QObject(parent)
+{
+}
+
+World::~World() = default;
+
+void World::addInterface(const QString &name, const Attributes &attributes)
+{
+    m_interfaces.insert(name, attributes);
+    Q_EMIT interfaceAdded(name);
+}
+
+void World::removeInterface(const QString &name)
+{
+    if (m_interfaces.remove(name) > 0)
+        Q_EMIT interfaceRemoved(name);
+}
+
+void World::changeInterface(const QString &name, const ZopChangeset &changes)
+{
+    const auto found = m_interfaces.find(name);
+    if (found == m_interfaces.end())
+        return;
+    apply(changes, &found.value());
+    Q_EMIT interfaceChanged(name, changes);
+}
+
+void World::changeStatus(const ZopChangeset &changes)
+{
+    apply(changes, &m_status);
+    Q_EMIT statusChanged(changes);
+}
+
+void World::updateInterface(const QString &name, const Attributes &attributes)
+{
+    const ZopChangeset changes = difference(m_interfaces.value(name), attributes);
+    if (!isEmpty(changes))
+        changeInterface(name, changes);
+}
+
+void World::updateStatus(const Attributes &attributes)
+{
+    const ZopChangeset changes = difference(m_status, attributes);
+    if (!isEmpty(changes))
+        changeStatus(changes);
+}
+
+} // namespace morvek

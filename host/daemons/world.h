@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_WORLD_H
+#define MORVEK_HOSTD_WORLD_H
+
+#include "attributes.h"
+
+#include <QtCore/QObject>
+
+namespace morvek {
+
+/*!
+ * What there is to publish, as the daemons see it: the network interfaces and the status that ranks them.
+ *
+ * It outlives every daemon: while one is dead the world goes on, and the daemon publishes it as it has become when
+ * it is back. Something else drives the world: a scenario, or the machine's kernel.
+ */
+class World : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit World(QObject *parent = nullptr);
+    ~World() override;
+
+    QStringList interfaces() const { return m_interfaces.keys(); }
+    bool hasInterface(const QString &name) const { return m_interfaces.contains(name); }
+    Attributes interfaceAttributes(const QString &name) const { return m_interfaces.value(name); }
+    Attributes status() const { return m_status; }
+
+    void addInterface(const QString &name, const Attributes &attributes);
+    void removeInterface(const QString &name);
+    /*! Tells \a changes as they are, even what sets a value to what it was. */
+    void changeInterface(const QString &name, const ZopChangeset &changes);
+    void changeStatus(const ZopChangeset &changes);
+
+    /*! Tells what differs from the present attributes, or nothing. */
+    void updateInterface(const QString &name, const Attributes &attributes);
+    void updateStatus(const Attributes &attributes);
+
+Q_SIGNALS:
+    void interfaceAdded(const QString &name);
+    void interfaceRemoved(const QString &name);
+    void interfaceChanged(const QString &name, const morvek::ZopChangeset &changes);
+    void statusChanged(const morvek::ZopChangeset &changes);
+
+private:
+    Q_DISABLE_COPY(World)
+    QMap<QString, Attributes> m_interfaces;
+    Attributes m_status;
+};
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# an application builds against the installed tree and runs
+# shellcheck source-path=SCRIPTDIR
+source "$(dirname "${BASH_SOURCE[0]}")/lib/check.bash"
+
+need "$build/CMakeCache.txt"
+work=$(mktemp -d)
+daemon=
+trap '[[ -z $daemon ]] || kill "$daemon"; rm -rf "$work"' EXIT
+
+prefix=$work/prefix
+cmake --install "$build" --prefix "$prefix" >/dev/null
+libraries=$(dirname "$(find "$prefix" -name libmorvek-network.so)")
+export LD_LIBRARY_PATH=$libraries
+
+if ! cmake -S examples/interfaces -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null \
+    || ! cmake --build "$work/cmake" >/dev/null; then
+    mistake "examples/interfaces does not build with CMake"
+fi
+
+export PKG_CONFIG_PATH=$libraries/pkgconfig
+read -ra flags < <(pkg-config --cflags --libs morvek-network)
+g++ -fPIC -o "$work/with-pkg-config" examples/interfaces/main.cpp "${flags[@]}" \
+    || mistake "examples/interfaces does not build with pkg-config"
+
+# What is installed finds itself: the application reads what the daemon publishes, and so does the tool.
+mkdir -m 0700 "$work/root"
+export ZOP_ROOT=$work/root
+coproc DAEMON { exec "$prefix/bin/morvek-hostd" --root "$ZOP_ROOT"; }
+daemon=$DAEMON_PID
+read -r -t 20 ready <&"${DAEMON[0]}" || mistake "the installed daemon does not start"
+[[ $ready == "ready: "* ]] || mistake "the installed daemon says '$ready'"
+name=$("$prefix/bin/morvekctl" interfaces --json | jq -r '.[0].name')
+[[ -n $name && $name != null ]] || mistake "the installed morvekctl lists nothing"
+
+for application in "$work/cmake/interfaces-example" "$work/with-pkg-config"; do
+    [[ -x $application ]] || continue
+    coproc APPLICATION { exec "$application"; }
+    pid=$APPLICATION_PID
+    read -r -t 20 line <&"${APPLICATION[0]}" || line=
+    [[ $line == "$name is "* ]] || mistake "$(basename "$application") says '$line'"
+    kill "$pid"
+    wait "$pid" || true
+done
+finish

@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# no layer includes what stands above or beside it
+# shellcheck source-path=SCRIPTDIR
+source "$(dirname "${BASH_SOURCE[0]}")/lib/check.bash"
+
+# Each layer, and what it sees beside itself, Qt and the standard library.
+declare -A sees=(
+    [platform]=""
+    [include]="platform"
+    [src]="include platform"
+    [host]="platform"
+    [tools]="include platform"
+    [examples]="include platform"
+    [qml]="include platform"
+)
+
+# headers FOLDER...: the names of the headers in these folders
+headers() {
+    (($#)) || return 0
+    git ls-files --cached --others --exclude-standard -- "${@/%//*.h}" | sed 's,.*/,,' | sort -u
+}
+
+for layer in "${!sees[@]}"; do
+    [[ -d $layer ]] || continue
+    read -ra below <<<"${sees[$layer]}"
+    own=$(headers "$layer" "${below[@]}")
+    everything=$(headers .)
+    while IFS=: read -r file line text; do
+        name=$(sed -E 's/^[^<"]*[<"]([^>"]+)[>"].*/\1/' <<<"$text")
+        # What is named with quotes, or like a header of this project, must be one that the layer sees.
+        [[ $text == *\<* ]] && ! grep -qxF "${name##*/}" <<<"$everything" && continue
+        [[ $name == *.moc || $name == moc_*.cpp ]] && continue
+        grep -qxF "${name##*/}" <<<"$own" || mistake "$file:$line: $layer must not include $name"
+    done < <(grep -rnE '^[[:space:]]*#[[:space:]]*include' --include='*.h' --include='*.cpp' "$layer" || true)
+done
+
+while IFS= read -r file; do
+    mistake "$file: platform holds declarations only"
+done < <(git ls-files --cached --others --exclude-standard platform | grep -v '\.h$' || true)
+
+# A header that stands in two layers could not be told apart by its name.
+while IFS= read -r name; do
+    mistake "$name: two layers have a header of this name"
+done < <(for layer in "${!sees[@]}"; do headers "$layer"; done | sort | uniq -d)
+
+while IFS= read -r place; do
+    mistake "$place: src must not know of host"
+done < <(grep -rn 'host/' src include platform --include=CMakeLists.txt --include='*.h' --include='*.cpp' || true)
+finish

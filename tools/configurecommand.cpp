@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "configurecommand.h"
+
+#include "interfacecommand.h"
+#include "interfacetext.h"
+#include "ipv4.h"
+#include "listcommands.h"
+#include "output.h"
+
+#include <asyncnetworkinterfaceoperation.h>
+#include <networkinterfaceservice.h>
+
+#include <algorithm>
+
+namespace morvek {
+
+namespace {
+
+class ConfigureCommand : public InterfaceCommand
+{
+public:
+    ConfigureCommand(const CommandLine &line, const NetworkInterfaceConfig &config)
+        : InterfaceCommand(line),
+          m_name(line.words.first()),
+          m_config(config),
+          m_waitUntilApplied(line.has(QStringLiteral("applied")))
+    {
+    }
+
+protected:
+    void run() override
+    {
+        NetworkInterface networkInterface;
+        if (!find(m_name, &networkInterface))
+            return;
+        setOverdue(QStringLiteral("the networking daemon has not answered; it may still change %1").arg(m_name));
+        m_operation.reset(service()->configure(networkInterface, m_config));
+        connect(m_operation.get(), &AsyncNetworkInterfaceOperation::success, this, &ConfigureCommand::onSuccess);
+        connect(m_operation.get(), &AsyncNetworkInterfaceOperation::failure, this, &ConfigureCommand::onFailure);
+    }
+
+private:
+    void onSuccess()
+    {
+        if (!m_waitUntilApplied) {
+            tell(m_operation->results().first());
+            return;
+        }
+        setOverdue(QStringLiteral("%1 was accepted, but %2 does not report it yet").arg(modeName(m_config), m_name));
+        connect(service(), &NetworkInterfaceService::interfaceConfigurationChanged, this, &ConfigureCommand::look);
+        connect(service(), &NetworkInterfaceService::interfaceConnected, this, &ConfigureCommand::look);
+        const QList<NetworkInterface> interfaces = service()->interfaces();
+        for (const NetworkInterface &networkInterface : interfaces)
+            look(networkInterface);
+    }
+
+    void onFailure()
+    {
+        const AsyncOperationError error = m_operation->error();
+        complain(QStringLiteral("%1 was not configured, code %2: %3")
+                     .arg(m_name, QString::number(error.code()), error.message()));
+        finish(Failed);
+    }
+
+    void look(const NetworkInterface &networkInterface)
+    {
+        if (networkInterface.name() == m_name && isApplied(networkInterface))
+            tell(networkInterface);
+    }
+
+    bool isApplied(const NetworkInterface &networkInterface) const
+    {
+        const NetworkInterfaceConfig config = networkInterface.configuration();
+        if (!networkInterface.connected() || config.type() != m_config.type() || config.ipAddresses().isEmpty())
+            return false;
+        return m_config.type() == NetworkInterfaceConfig::Auto || config == m_config;
+    }
+
+    void tell(const NetworkInterface &networkInterface)
+    {
+        if (json() || m_waitUntilApplied)
+            writeInterface(networkInterface, service()->preferredInterface(), json());
+        else
+            writeLine(QStringLiteral("%1: %2 is accepted.").arg(m_name, modeName(m_config)));
+        finish(Done);
+    }
+
+    const QString m_name;
+    const NetworkInterfaceConfig m_config;
+    const bool m_waitUntilApplied;
+    std::unique_ptr<AsyncNetworkInterfaceOperation> m_operation;
+};
+
+QStringList modes()
+{
+    return {QStringLiteral("auto"), QStringLiteral("manual")};
+}
+
+std::vector<Option> addressOptions()
+{
+    const QString manual = QStringLiteral("manual: ");
+    return {
+        {QStringLiteral("address"), QStringLiteral("A"), manual + QStringLiteral("the interface's IPv4 address")},
+        {QStringLiteral("netmask"), QStringLiteral("M"), manual + QStringLiteral("its netmask, like 255.255.255.0")},
+        {QStringLiteral("prefix"), QStringLiteral("N"), manual + QStringLiteral("or its length, like 24")},
+        {QStringLiteral("gateway"), QStringLiteral("G"), manual + QStringLiteral("the router, in the same network")},
+    };
+}
+
+bool readConfiguration(const CommandLine &line, NetworkInterfaceConfig *config, QString *error)
+{
+    const QString mode = line.words.last();
+    if (!modes().contains(mode)) {
+        *error = QStringLiteral("\"%1\" is no mode: use auto or manual").arg(mode);
+        return false;
+    }
+    if (mode == QLatin1String("manual"))
+        return manualConfiguration(
+            {line.options.value(QStringLiteral("address")), line.options.value(QStringLiteral("netmask")),
+             line.options.value(QStringLiteral("prefix")), line.options.value(QStringLiteral("gateway"))},
+            config, error);
+    for (const Option &option : addressOptions()) {
+        if (!line.has(option.name))
+            continue;
+        *error = QStringLiteral("auto takes no --%1: leave it out, or use manual").arg(option.name);
+        return false;
+    }
+    return true;
+}
+
+std::unique_ptr<Command> create(const CommandLine &line, QString *error)
+{
+    NetworkInterfaceConfig config;
+    if (!readConfiguration(line, &config, error))
+        return nullptr;
+    return std::make_unique<ConfigureCommand>(line, config);
+}
+
+} // namespace
+
+CommandInfo configureCommand()
+{
+    std::vector<Option> options = addressOptions();
+    options.push_back({QStringLiteral("applied"),
+                       {},
+                       QStringLiteral("return only when the interface is connected and reports the new addresses")});
+    const std::vector<Option> common = interfaceOptions();
+    options.insert(options.end(), common.begin(), common.end());
+    return {
+        QStringLiteral("configure"),
+        {interfaceWord(), {QStringLiteral("auto|manual"), modes}},
+        0,
+        options,
+        {{QStringLiteral("NAME auto"), QStringLiteral("let the interface obtain its addresses by DHCP")},
+         {QStringLiteral("NAME manual --address A --netmask M|--prefix N --gateway G"),
+          QStringLiteral("give it these addresses")}},
+        QStringLiteral("A connected interface is disconnected first. The command returns when the networking daemon\n"
+                       "has accepted the configuration, which may be before the addresses are there: see --applied.\n"
+                       "A daemon may keep silent for ever: see --timeout."),
+        {QStringLiteral("morvekctl configure eth0 manual --address 192.168.0.2 --prefix 24 --gateway 192.168.0.1"),
+         QStringLiteral("morvekctl configure eth0 auto --applied --timeout 30")},
+        create};
+}
+
+} // namespace morvek

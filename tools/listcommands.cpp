@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "listcommands.h"
+
+#include "interfacecommand.h"
+#include "interfacetext.h"
+#include "output.h"
+
+#include <networkinterfaceservice.h>
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+
+namespace morvek {
+
+namespace {
+
+QString priorityText(const NetworkInterface &networkInterface)
+{
+    return networkInterface.priority() < 0 ? QString() : QString::number(networkInterface.priority());
+}
+
+bool isPreferred(const NetworkInterface &networkInterface, const NetworkInterface &preferred)
+{
+    return !preferred.isEmpty() && networkInterface.name() == preferred.name();
+}
+
+QJsonObject toJson(const NetworkInterface &networkInterface, const NetworkInterface &preferred)
+{
+    QJsonObject object = toJson(networkInterface);
+    object.insert(QStringLiteral("preferred"), isPreferred(networkInterface, preferred));
+    return object;
+}
+
+void writeJson(const QList<NetworkInterface> &interfaces, const NetworkInterface &preferred)
+{
+    QJsonArray array;
+    for (const NetworkInterface &networkInterface : interfaces)
+        array.append(toJson(networkInterface, preferred));
+    writeLine(QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact)));
+}
+
+void writeList(const QList<NetworkInterface> &interfaces, const NetworkInterface &preferred)
+{
+    QVector<QStringList> rows {{QStringLiteral("NAME"), QStringLiteral("TYPE"), QStringLiteral("AVAILABLE"),
+                                QStringLiteral("CONNECTED"), QStringLiteral("PREFERRED"), QStringLiteral("PRIORITY"),
+                                QStringLiteral("MODE"), QStringLiteral("ADDRESS"), QStringLiteral("GATEWAY"),
+                                QStringLiteral("PARENT")}};
+    for (const NetworkInterface &networkInterface : interfaces) {
+        const NetworkInterfaceConfig config = networkInterface.configuration();
+        rows.append({networkInterface.name(), typeName(networkInterface.type()), word(networkInterface.available()),
+                     word(networkInterface.connected()), word(isPreferred(networkInterface, preferred)),
+                     priorityText(networkInterface), modeName(config), addressText(config), gatewayText(config),
+                     networkInterface.parent().name()});
+    }
+    writeTable(rows);
+}
+
+class InterfacesCommand : public InterfaceCommand
+{
+public:
+    using InterfaceCommand::InterfaceCommand;
+
+protected:
+    void run() override
+    {
+        if (json())
+            writeJson(service()->interfaces(), service()->preferredInterface());
+        else
+            writeList(service()->interfaces(), service()->preferredInterface());
+        finish(Done);
+    }
+};
+
+class ShowCommand : public InterfaceCommand
+{
+public:
+    explicit ShowCommand(const CommandLine &line)
+        : InterfaceCommand(line),
+          m_name(line.words.first())
+    {
+    }
+
+protected:
+    void run() override
+    {
+        NetworkInterface networkInterface;
+        if (!find(m_name, &networkInterface))
+            return;
+        writeInterface(networkInterface, service()->preferredInterface(), json());
+        finish(Done);
+    }
+
+private:
+    const QString m_name;
+};
+
+class PreferredCommand : public InterfaceCommand
+{
+public:
+    using InterfaceCommand::InterfaceCommand;
+
+protected:
+    void run() override
+    {
+        const NetworkInterface preferred = service()->preferredInterface();
+        if (!preferred.isEmpty())
+            writeInterface(preferred, preferred, json());
+        else
+            writeLine(json() ? QStringLiteral("null") : QStringLiteral("No interface is preferred."));
+        finish(Done);
+    }
+};
+
+template<typename Made>
+std::unique_ptr<Command> create(const CommandLine &line, QString *)
+{
+    return std::make_unique<Made>(line);
+}
+
+} // namespace
+
+void writeInterface(const NetworkInterface &networkInterface, const NetworkInterface &preferred, bool json)
+{
+    if (json) {
+        writeLine(jsonLine(toJson(networkInterface, preferred)));
+        return;
+    }
+    const NetworkInterfaceConfig config = networkInterface.configuration();
+    const int mtu = networkInterface.maxTransmissionUnit();
+    writeTable({
+        {QStringLiteral("Name"), networkInterface.name()},
+        {QStringLiteral("Type"), typeName(networkInterface.type())},
+        {QStringLiteral("Available"), word(networkInterface.available())},
+        {QStringLiteral("Connected"), word(networkInterface.connected())},
+        {QStringLiteral("Preferred"), word(isPreferred(networkInterface, preferred))},
+        {QStringLiteral("Priority"), priorityText(networkInterface)},
+        {QStringLiteral("Mode"), modeName(config)},
+        {QStringLiteral("Address"), addressText(config)},
+        {QStringLiteral("Gateway"), gatewayText(config)},
+        {QStringLiteral("Hardware address"), networkInterface.macAddress()},
+        {QStringLiteral("MTU"), mtu == 0 ? QString() : QString::number(mtu)},
+        {QStringLiteral("Virtual"), word(networkInterface.isVirtual())},
+        {QStringLiteral("Parent"), networkInterface.parent().name()},
+    });
+}
+
+CommandInfo interfacesCommand()
+{
+    return {
+        QStringLiteral("interfaces"),
+        {},
+        0,
+        interfaceOptions(),
+        {{QString(), QStringLiteral("list the network interfaces")}},
+        QStringLiteral("PRIORITY is 1 for the most preferred interface; MODE is auto for addresses obtained by DHCP,\n"
+                       "manual for those given by hand. What is not known is \"-\", in JSON null."),
+        {QStringLiteral("morvekctl interfaces"),
+         QStringLiteral("morvekctl interfaces --json | jq -r '.[] | select(.connected).name'")},
+        create<InterfacesCommand>};
+}
+
+CommandInfo showCommand()
+{
+    return {QStringLiteral("show"),
+            {interfaceWord()},
+            0,
+            interfaceOptions(),
+            {{QStringLiteral("NAME"), QStringLiteral("tell everything that is known of one interface")}},
+            {},
+            {QStringLiteral("morvekctl show eth0")},
+            create<ShowCommand>};
+}
+
+CommandInfo preferredCommand()
+{
+    return {QStringLiteral("preferred"),
+            {},
+            0,
+            interfaceOptions(),
+            {{QString(), QStringLiteral("tell which interface the unit prefers now")}},
+            QStringLiteral("When there is none, this says so, in JSON by null, and succeeds."),
+            {QStringLiteral("morvekctl preferred"), QStringLiteral("morvekctl preferred --json | jq -r .name")},
+            create<PreferredCommand>};
+}
+
+} // namespace morvek

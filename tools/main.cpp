@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "commandtable.h"
+#include "completion.h"
+#include "helpcommand.h"
+#include "output.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QTimer>
+
+#include <cerrno>
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+#include <langinfo.h>
+
+using namespace morvek;
+
+namespace {
+
+// Names from outside ASCII must arrive and be written intact, whatever the environment says.
+void useUtf8()
+{
+    if (!std::setlocale(LC_CTYPE, "") || std::strcmp(::nl_langinfo(CODESET), "UTF-8") != 0)
+        ::setenv("LC_ALL", "C.UTF-8", 1);
+}
+
+int ended(ExitCode code)
+{
+    if (outputError() == 0)
+        return code;
+    if (outputError() != EPIPE) // a reader that has seen enough is no mistake of anybody
+        complain(QStringLiteral("the output could not be written: %1").arg(qt_error_string(outputError())));
+    return code == Done ? Failed : code;
+}
+
+int refuse(const QString &error)
+{
+    complain(error);
+    return WrongUsage;
+}
+
+int runCommand(const CommandLine &line)
+{
+    QString error;
+    const std::unique_ptr<Command> command = line.command->create(line, &error);
+    if (!command)
+        return refuse(error);
+    QObject::connect(command.get(), &Command::finished, [](ExitCode code) { QCoreApplication::exit(code); });
+    QTimer::singleShot(0, command.get(), &Command::start);
+    return ended(ExitCode(QCoreApplication::exec()));
+}
+
+int complete(const QStringList &words)
+{
+    const QStringList found = completions(words);
+    for (const QString &word : found)
+        writeLine(word);
+    return ended(Done);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    useUtf8();
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    if (arguments.value(0) == QLatin1String("complete"))
+        return complete(arguments.mid(arguments.value(1) == QLatin1String("--") ? 2 : 1));
+
+    CommandLine line;
+    QString error;
+    if (!parseCommandLine(arguments, &line, &error))
+        return refuse(error);
+    if (line.has(versionOption().name)) {
+        writeLine(QStringLiteral("morvekctl " MORVEK_VERSION));
+        return ended(Done);
+    }
+    if (line.has(helpOption().name)) {
+        writeText(helpText(line.command));
+        return ended(Done);
+    }
+    return runCommand(line);
+}

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_OUTPUT_H
+#define MORVEK_OUTPUT_H
+
+#include <QtCore/QStringList>
+#include <QtCore/QVector>
+
+namespace morvek {
+
+/*! \a text with every character that could steer a terminal written as \\uXXXX, as JSON does it. */
+QString printable(const QString &text);
+
+/*! \a text filled up with blanks until it takes \a width columns of a terminal. */
+QString padded(const QString &text, int width);
+
+/*!
+ * Writes \a line and a line feed to standard output, at once. Only the printable() form of any line is written, so
+ * nothing that comes from outside reaches a terminal as it is.
+ */
+void writeLine(const QString &line);
+/*! Writes each line of \a text. */
+void writeText(const QString &text);
+/*! Writes \a rows in aligned columns, empty cells as "-". */
+void writeTable(const QVector<QStringList> &rows);
+/*! Why something could not be written to standard output, as errno has it; 0 when everything was. */
+int outputError();
+
+/*! Writes "morvekctl: " and \a sentence as one line to standard error. */
+void complain(const QString &sentence);
+
+} // namespace morvek
+
+#endif
