@@ -32,7 +32,8 @@ ZopVariant::ZopVariant(const QByteArray &bytes, const QByteArray &encoding)
 
 QString ZopVariant::toString() const
 {
-    return QString::fromUtf8(m_bytes);
+    // The overload for a QByteArray would stop at a zero.
+    return QString::fromUtf8(m_bytes.constData(), m_bytes.size());
 }
 
 int ZopVariant::toInt(bool *ok) const

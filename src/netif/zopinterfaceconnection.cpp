@@ -44,6 +44,12 @@ const struct
     {QLatin1String("qv"), NetworkInterface::OrvanBridge},
 };
 
+// QHostAddress would stop at a zero and take what stands before it.
+QHostAddress parseAddress(const QString &text)
+{
+    return text.contains(QChar(0)) ? QHostAddress() : QHostAddress(text);
+}
+
 } // namespace
 
 NetworkInterfaceProviderZop::ZopInterfaceConnection::ZopInterfaceConnection(QObject *parent)
@@ -143,8 +149,8 @@ void NetworkInterfaceProviderZop::ZopInterfaceConnection::setIp4(const QJsonDocu
         return;
     }
     QNetworkAddressEntry entry;
-    entry.setIp(QHostAddress(ip));
-    entry.setNetmask(QHostAddress(netmask));
+    entry.setIp(parseAddress(ip));
+    entry.setNetmask(parseAddress(netmask));
     interfaceData->configuration.addIpAddress(entry);
 }
 
@@ -153,7 +159,7 @@ void NetworkInterfaceProviderZop::ZopInterfaceConnection::setGateway(const QJson
     interfaceData->configuration.setGatewayAddresses({});
     const QJsonArray addresses = gateways.array();
     if (!addresses.isEmpty())
-        interfaceData->configuration.addGatewayAddress(QHostAddress(addresses.first().toString()));
+        interfaceData->configuration.addGatewayAddress(parseAddress(addresses.first().toString()));
 }
 
 void NetworkInterfaceProviderZop::ZopInterfaceConnection::setMode(const QString &value)
