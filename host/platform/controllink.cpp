@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -58,7 +59,7 @@ ControlLink::ControlLink(FileDescriptor socket, QObject *parent)
 {
     m_socket.setReadBufferSize(LargestUpdate + int(sizeof(Length)));
     m_socket.setSocketDescriptor(socket.release());
-    connect(&m_socket, &QLocalSocket::readyRead, this, &ControlLink::readFrames);
+    connect(&m_socket, &QLocalSocket::readyRead, this, &ControlLink::readLater);
     connect(&m_socket, &QLocalSocket::disconnected, this, &ControlLink::closed);
 }
 
@@ -106,8 +107,7 @@ bool ControlLink::isOwnPeer(int socket)
 bool ControlLink::send(const ZopChangeset &changes)
 {
     const QByteArray frame = encodeChangeset(changes);
-    // What the other side does not read waits here, within bounds.
-    if (!isAlive() || frame.size() > LargestUpdate || m_socket.bytesToWrite() > LargestUpdate)
+    if (!isAlive() || frame.size() > LargestUpdate || isFull())
         return false;
     const Length length = qToBigEndian(Length(frame.size()));
     m_socket.write(reinterpret_cast<const char *>(&length), sizeof(length));
@@ -116,11 +116,31 @@ bool ControlLink::send(const ZopChangeset &changes)
     return true;
 }
 
+bool ControlLink::isFull() const
+{
+    return m_socket.bytesToWrite() > LargestUpdate;
+}
+
 bool ControlLink::isAlive() const
 {
     pollfd state = {int(m_socket.socketDescriptor()), POLLOUT, 0};
     return m_socket.state() == QLocalSocket::ConnectedState && poll(&state, 1, 0) >= 0
         && !(state.revents & (POLLHUP | POLLERR));
+}
+
+/*!
+ * Reads on from the event loop: a slot may delete this or run an event loop of its own, which inside the socket's
+ * own signal would be the end of it, or wait in vain.
+ */
+void ControlLink::readLater()
+{
+    if (std::exchange(m_readsLater, true))
+        return;
+    const auto goOn = [this] {
+        m_readsLater = false;
+        readFrames();
+    };
+    QMetaObject::invokeMethod(this, goOn, Qt::QueuedConnection);
 }
 
 void ControlLink::readFrames()
@@ -138,6 +158,8 @@ void ControlLink::readFrames()
             m_socket.abort();
             return;
         }
+        if (m_socket.bytesAvailable() > 0)
+            readLater();
         emit received(changes);
     }
 }

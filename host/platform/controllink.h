@@ -29,6 +29,10 @@ public:
     bool send(const ZopChangeset &changes);
     /*! Whether the other side can still be written to. */
     bool isAlive() const;
+    /*! Whether the other side leaves unread more than is kept for it. */
+    bool isFull() const;
+    /*! Ends the connection, whatever is under way. */
+    void drop() { m_socket.abort(); }
 
 Q_SIGNALS:
     void received(const morvek::ZopChangeset &changes);
@@ -36,8 +40,10 @@ Q_SIGNALS:
     void closed();
 
 private:
+    void readLater();
     void readFrames();
 
+    bool m_readsLater = false;
     QLocalSocket m_socket;
 };
 

@@ -81,6 +81,11 @@ bool ControlServer::write(const ZopChangeset &changes, QString *error)
     if (link && link->send(reply))
         return true;
     *error = QStringLiteral("no such peer");
+    if (link && link->isFull()) {
+        // It does not read. Without this reply it would wait for ever; without the daemon it learns so.
+        *error = QStringLiteral("the client does not take its replies");
+        link->drop();
+    }
     return false;
 }
 

@@ -4,10 +4,12 @@
 #include "watchedfolder.h"
 #include "zoppath.h"
 
+#include <QtCore/QScopedValueRollback>
 #include <QtCore/QSocketNotifier>
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include <sys/inotify.h>
 
@@ -28,7 +30,7 @@ std::shared_ptr<FileWatcher> FileWatcher::instance()
     if (!watcher) {
         // Who is told of an event may drop the last user of the watcher that tells it.
         watcher.reset(new FileWatcher, [](FileWatcher *unused) {
-            if (unused->m_reading)
+            if (unused->m_handling)
                 unused->deleteLater();
             else
                 delete unused;
@@ -85,40 +87,58 @@ void FileWatcher::readEvents()
 {
     alignas(inotify_event) char buffer[BufferSize];
     const ssize_t size = read(m_inotify.get(), buffer, sizeof(buffer));
-    m_reading = true;
     for (ssize_t position = 0; position < size;) {
         inotify_event event;
         std::memcpy(&event, buffer + position, sizeof(event));
         const char *name = buffer + position + sizeof(event);
-        dispatch(event.wd, event.mask, event.len ? QByteArray(name) : QByteArray());
+        m_events.push_back({event.wd, event.mask, event.len ? QByteArray(name) : QByteArray()});
         position += ssize_t(sizeof(event) + event.len);
     }
-    m_reading = false;
+    handleEvents();
 }
 
-void FileWatcher::dispatch(int watch, quint32 mask, const QByteArray &name)
+void FileWatcher::handleEvents()
 {
-    if (mask & IN_Q_OVERFLOW) {
+    // A slot may drop the last user, or run an event loop that handles what is left here, in order.
+    const QScopedValueRollback<bool> handling(m_handling, true);
+    const std::shared_ptr<FileWatcher> kept = weak_from_this().lock();
+    while (!m_events.empty()) {
+        const RawEvent event = m_events.front();
+        m_events.pop_front();
+        if (!m_events.empty() && !std::exchange(m_handlesLater, true)) {
+            const auto goOn = [this] {
+                m_handlesLater = false;
+                handleEvents();
+            };
+            QMetaObject::invokeMethod(this, goOn, Qt::QueuedConnection);
+        }
+        dispatch(event);
+    }
+}
+
+void FileWatcher::dispatch(const RawEvent &event)
+{
+    if (event.mask & IN_Q_OVERFLOW) {
         const QList<QByteArray> paths = m_folders.keys();
         for (const QByteArray &path : paths) {
-            if (const WatchedFolder *folder = m_folders.value(path))
-                folder->tellAll();
+            if (WatchedFolder *folder = m_folders.value(path))
+                folder->renew();
         }
         return;
     }
-    WatchedFolder *folder = m_watches.value(watch);
+    WatchedFolder *folder = m_watches.value(event.watch);
     if (!folder)
         return;
-    if (mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED | IN_UNMOUNT))
-        folder->detach();
-    else if (mask & IN_MODIFY)
-        folder->tell(name, FolderListener::Modified);
-    else if (mask & IN_CREATE)
-        folder->tell(name, FolderListener::Appeared);
-    else if (mask & IN_MOVED_TO)
-        folder->tell(name, FolderListener::Replaced);
-    else if (mask & (IN_DELETE | IN_MOVED_FROM))
-        folder->tell(name, FolderListener::Vanished);
+    if (event.mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED | IN_UNMOUNT))
+        folder->renew();
+    else if (event.mask & IN_MODIFY)
+        folder->tell(event.name, FolderListener::Modified);
+    else if (event.mask & IN_CREATE)
+        folder->tell(event.name, FolderListener::Appeared);
+    else if (event.mask & IN_MOVED_TO)
+        folder->tell(event.name, FolderListener::Replaced);
+    else if (event.mask & (IN_DELETE | IN_MOVED_FROM))
+        folder->tell(event.name, FolderListener::Vanished);
 }
 
 } // namespace morvek

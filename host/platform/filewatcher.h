@@ -10,6 +10,7 @@
 #include <QtCore/QPointer>
 #include <QtCore/QVector>
 
+#include <deque>
 #include <memory>
 
 namespace morvek {
@@ -34,7 +35,7 @@ public:
  * Folders are watched, not files, since a folder tells the life and the updates of all its objects under one
  * watch. A folder that does not exist is awaited by watching the nearest one above it that does.
  */
-class FileWatcher : public QObject
+class FileWatcher : public QObject, public std::enable_shared_from_this<FileWatcher>
 {
     Q_OBJECT
 
@@ -50,14 +51,27 @@ private:
     FileWatcher();
     friend class WatchedFolder;
 
+<<<<<<< HEAD
     bool open();
+=======
+    struct RawEvent
+    {
+        int watch;
+        quint32 mask;
+        QByteArray name;
+    };
+
+>>>>>>> contract
     void readEvents();
-    void dispatch(int watch, quint32 mask, const QByteArray &name);
+    void handleEvents();
+    void dispatch(const RawEvent &event);
 
     FileDescriptor m_inotify;
     QHash<QByteArray, WatchedFolder *> m_folders;
     QHash<int, WatchedFolder *> m_watches;
-    bool m_reading = false;
+    std::deque<RawEvent> m_events; // read, and not handled yet
+    bool m_handling = false;
+    bool m_handlesLater = false;
 };
 
 } // namespace morvek

@@ -103,6 +103,11 @@ bool names(const QByteArray &path, const FileDescriptor &file, qint64 *size = nu
     return there.st_ino == here.st_ino && there.st_dev == here.st_dev;
 }
 
+QString tooLarge()
+{
+    return QStringLiteral("the update is too large");
+}
+
 bool writeWhole(int fd, const QByteArray &bytes)
 {
     const ssize_t written = write(fd, bytes.constData(), size_t(bytes.size()));
@@ -127,13 +132,17 @@ bool writeGeneration(const QByteArray &target, Identity identity, const ZopChang
     header.marker = QRandomGenerator::global()->generate64();
     header.identity = identity;
     const QByteArray record = makeRecord(header.marker, 0, state);
+    if (record.size() > LargestUpdate) {
+        *error = tooLarge();
+        return false;
+    }
     header.stateEnd = sizeof(header) + quint64(record.size());
     header.checksum = headerChecksum(header);
 
     unlink(target.constData());
     const FileDescriptor file(open(target.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, OwnerOnly));
     const QByteArray content = QByteArray(reinterpret_cast<const char *>(&header), sizeof(header)) + record;
-    if (file.isOpen() && writeWhole(file.get(), content))
+    if (file.isOpen() && fchmod(file.get(), OwnerOnly) == 0 && writeWhole(file.get(), content))
         return true;
     *error = systemError(errno);
     unlink(target.constData());
@@ -182,6 +191,11 @@ bool create(const ZopPath &path, const ZopChangeset &values, QString *error)
 
 bool remove(const ZopPath &path, QString *error)
 {
+    struct stat status;
+    if (lstat(path.file().constData(), &status) == 0 && S_ISSOCK(status.st_mode)) {
+        *error = QStringLiteral("a control object has this path");
+        return false;
+    }
     Header header;
     const FileDescriptor file = openFile(path, O_RDWR, &header, error);
     if (file.isOpen()) {
@@ -336,7 +350,7 @@ bool Writer::append(const ZopPath &path, const ZopChangeset &changes, QString *e
     const bool fits = record.size() <= LargestUpdate;
     const bool done = fits && writeWhole(m_file.get(), record);
     if (!fits)
-        *error = QStringLiteral("the update is too large");
+        *error = tooLarge();
     else if (!done)
         *error = systemError(errno);
     if (!done && fits && ftruncate(m_file.get(), size) != 0)
@@ -379,7 +393,7 @@ bool Writer::lock(const ZopPath &path, qint64 *size, QString *error)
 bool Writer::replace(const ZopPath &path, qint64 size)
 {
     // If it fails: not again before the file has grown some more.
-    m_replaceAt = size + ReplacedAt / 4;
+    m_replaceAt = size + size / 4;
     if (size < LargestFile && isPreviousRead(path, m_file))
         return false;
 

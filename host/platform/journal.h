@@ -40,6 +40,9 @@ struct Record
     quint64 writer = 0;
     qint64 end = 0; //!< offset behind the record
     ZopChangeset changes;
+
+    /*! Whether this is the first record of an object that was created without values. */
+    bool isEmptyState() const { return writer == 0 && changes.assignments.isEmpty(); }
 };
 
 bool exists(const ZopPath &path);
@@ -63,6 +66,8 @@ public:
 
     /*! The next record; false when there is none yet. */
     bool next(Record *record);
+    /*! Whether some of what was read of the file has not been handed out yet. */
+    bool hasMore() const { return m_position < m_buffer.size(); }
     /*! Goes back to the first record, which holds the whole state as it was when the file was made. */
     void rewind();
 

@@ -52,7 +52,8 @@ QString escaped(const QString &text)
     QString line;
     line.reserve(text.size());
     for (const QChar c : text) {
-        const bool harmless = c.isPrint() || c.isSurrogate();
+        const bool breaksLine = c.category() == QChar::Separator_Line || c.category() == QChar::Separator_Paragraph;
+        const bool harmless = (c.isPrint() && !breaksLine) || c.isSurrogate();
         line += harmless ? QString(c) : QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
     }
     return line;

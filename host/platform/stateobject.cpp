@@ -5,6 +5,8 @@
 
 #include <QtCore/QFile>
 
+#include <utility>
+
 namespace morvek {
 
 namespace {
@@ -60,13 +62,26 @@ bool StateObject::write(const ZopChangeset &changes, QString *error)
 
 void StateObject::refresh()
 {
+    const bool wasThere = m_reader.isOpen();
+    const quint64 incarnation = m_reader.identity().incarnation;
     QString error;
-    m_values.clear();
+    if (!m_reader.open(m_path, &error))
+        m_reader.close();
     m_toldFrom = 0;
+<<<<<<< HEAD
     m_reader.close();
     m_isBehind = !m_reader.open(m_path, &error);
     if (!m_isBehind)
+=======
+    const bool isSame = m_reader.isOpen() && m_reader.identity().incarnation == incarnation;
+    if (wasThere && !isSame && !tellState({}))
+        return;
+    m_values.clear();
+    if (m_reader.isOpen()) {
+        m_reader.rewind();
+>>>>>>> contract
         readInto(&m_values, &m_reader);
+    }
 }
 
 void StateObject::entryChanged(const QByteArray &, Event event)
@@ -94,6 +109,18 @@ void StateObject::follow()
     }
 }
 
+/*! Goes on from the event loop: this turn has told enough, or a slot may run an event loop of its own. */
+void StateObject::followLater()
+{
+    if (std::exchange(m_followsLater, true))
+        return;
+    const auto goOn = [this] {
+        m_followsLater = false;
+        follow();
+    };
+    QMetaObject::invokeMethod(this, goOn, Qt::QueuedConnection);
+}
+
 /*! Tells what has been appended; false when there may be more, or this object is gone. */
 bool StateObject::drain()
 {
@@ -103,48 +130,50 @@ bool StateObject::drain()
         if (record.end <= m_toldFrom)
             continue;
         apply(record.changes, &m_values);
-        if (record.writer == m_writer.number())
+        if (record.writer == m_writer.number() || record.isEmptyState())
             continue;
+        const bool enough = ++told == RecordsPerTurn;
+        if (enough || m_reader.hasMore())
+            followLater();
         tell(record.changes);
-        if (!guard)
+        if (enough || !guard)
             return false;
-        if (++told == RecordsPerTurn) {
-            QMetaObject::invokeMethod(this, &StateObject::follow, Qt::QueuedConnection);
-            return false;
-        }
     }
     return true;
 }
 
-/*! Opens the file that the path names now; false when there is none, or this object is gone. */
+/*! Goes on to the file that the path names now; false when there is none, or this object is gone. */
 bool StateObject::openNext()
 {
+    Journal::Reader next; // takes its lock before the old one's is let go
+    QString error;
+    const bool isThere = next.open(m_path, &error);
+    m_isBehind = !isThere && Journal::exists(m_path);
+    if (m_isBehind)
+        return false;
+
     const bool wasThere = m_reader.isOpen();
     const Journal::Identity previous = m_reader.identity();
-    QString error;
-    if (!m_reader.open(m_path, &error)) {
-        m_isBehind = Journal::exists(m_path);
-        if (wasThere && !m_isBehind) {
-            m_reader.close();
-            tellState({});
-        }
-        return false;
+    const Journal::Identity present = next.identity();
+    const bool isSame = wasThere && isThere && present.incarnation == previous.incarnation;
+    if (wasThere && !isSame) {
+        // Whoever has not read the values when it opened the object knows only some of those that are gone.
+        m_values.clear();
+        m_reader.rewind();
+        readInto(&m_values, &m_reader);
     }
-    m_isBehind = false;
+    m_reader = std::move(next);
     m_toldFrom = 0;
+    if (!isSame) // The first record of a new object is told like those that follow it.
+        return (!wasThere || tellState({})) && isThere;
 
-    const Journal::Identity present = m_reader.identity();
-    const bool isSame = wasThere && present.incarnation == previous.incarnation;
-    if (isSame && present.generation == previous.generation + 1) {
+    if (present.generation == previous.generation + 1) {
         Journal::Record known;
         m_reader.next(&known); // the state that the old file ended with
         return true;
     }
-    if (isSame)
-        logWarning(QStringLiteral("Updates of \"%1\" were lost: it was not read for too long")
-                       .arg(QFile::decodeName(m_path.file())));
-    else if (wasThere && !tellState({}))
-        return false;
+    logWarning(QStringLiteral("Updates of \"%1\" were lost: it was not read for too long")
+                   .arg(QFile::decodeName(m_path.file())));
     QMap<QString, ZopVariant> state;
     readInto(&state, &m_reader);
     return tellState(state);

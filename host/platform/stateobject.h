@@ -28,6 +28,7 @@ public:
 
 private:
     void follow();
+    void followLater();
     bool drain();
     bool openNext();
     bool tellState(const QMap<QString, ZopVariant> &state);
@@ -37,7 +38,8 @@ private:
     bool m_watching = false;
     Journal::Reader m_reader;
     Journal::Writer m_writer;
-    qint64 m_toldFrom = 0;   // records that end before this are old news
+    qint64 m_toldFrom = 0; // records that end before this are old news
+    bool m_followsLater = false;
     bool m_isBehind = false; // the path names another file, which could not be opened yet
 };
 

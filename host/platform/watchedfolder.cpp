@@ -62,7 +62,7 @@ bool WatchedFolder::attach()
     return true;
 }
 
-void WatchedFolder::detach()
+void WatchedFolder::renew()
 {
     m_watcher->m_watches.remove(m_watch);
     inotify_rm_watch(m_watcher->m_inotify.get(), m_watch);

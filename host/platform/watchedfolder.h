@@ -15,8 +15,8 @@ public:
 
     /*! Sets the watch, on the nearest folder above when this one does not exist. False with errno. */
     bool attach();
-    /*! The folder is not there any more. */
-    void detach();
+    /*! The folder may not be there any more, or be another one. */
+    void renew();
 
     void add(const QByteArray &name, FolderListener *listener);
     void remove(const QByteArray &name, FolderListener *listener);

@@ -26,7 +26,10 @@ public:
 
     /*! The attributes as they have been received. Of what passes through a control object nothing is kept. */
     const QMap<QString, ZopVariant> &values() const { return m_values; }
-    /*! Brings values() up to the present; what was not told yet will not be. */
+    /*!
+     * Brings values() up to the present; what was not told yet will not be, except that the values of an object
+     * that is there no more are told as removed. Afterwards the backend may be gone.
+     */
     virtual void refresh() { }
 
 protected:

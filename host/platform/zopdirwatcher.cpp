@@ -23,6 +23,7 @@ public:
 
     void entryChanged(const QByteArray &name, Event event) override;
     void folderChanged() override;
+    void listOnce();
 
     QString error;
 
@@ -37,6 +38,7 @@ private:
     ZopPath m_folder;
     std::shared_ptr<FileWatcher> m_watcher;
     bool m_watching = false;
+    bool m_hasListed = false;
     QSet<QByteArray> m_known; // the names that have been announced
 };
 
@@ -51,7 +53,7 @@ ZopDirWatcher::Private::Private(ZopDirWatcher *dirWatcher, const QString &path)
         return;
     m_watching = m_watcher->watch(m_folder.folder(), QByteArray(), this, &error);
     if (m_watching)
-        QMetaObject::invokeMethod(this, &Private::folderChanged, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &Private::listOnce, Qt::QueuedConnection);
 }
 
 ZopDirWatcher::Private::~Private()
@@ -64,16 +66,24 @@ void ZopDirWatcher::Private::entryChanged(const QByteArray &name, Event event)
 {
     if (event == Modified || !ZopPath::isObjectName(name))
         return;
-    // A known name that is replaced is an object whose file has got its next generation.
-    if (event == Vanished)
-        remove(name);
-    else if (!m_known.contains(name) && isThere(name))
+    // An event comes after the fact: the name may be there again, or be gone. A known name that is replaced is an
+    // object whose file has got its next generation.
+    if (event == Vanished && !remove(name))
+        return;
+    if (!m_known.contains(name) && isThere(name))
         add(name);
+}
+
+/*! Announces what is there already, unless that has been done. */
+void ZopDirWatcher::Private::listOnce()
+{
+    if (!m_hasListed)
+        folderChanged();
 }
 
 void ZopDirWatcher::Private::folderChanged()
 {
-    const QPointer<Private> guard(this);
+    m_hasListed = true;
     const QList<QByteArray> present = list();
     const QList<QByteArray> known = m_known.values();
     for (const QByteArray &name : known) {

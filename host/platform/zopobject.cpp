@@ -115,7 +115,10 @@ void ZopObject::setAttributeCacheEnabled(bool enabled)
 {
     if (!enabled || !isValid())
         return;
+    const QPointer<ZopObject> guard(this);
     d->backend->refresh();
+    if (!guard)
+        return;
     ZopChangeset present;
     present.assignments = d->backend->values();
     if (!present.assignments.isEmpty())

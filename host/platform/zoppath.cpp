@@ -88,7 +88,8 @@ bool ZopPath::makeFolder(QString *error) const
     int end = m_root.size();
     while (end != -1) {
         const QByteArray folder = m_folder.left(end);
-        if (mkdir(folder.constData(), S_IRWXU) != 0 && errno != EEXIST) {
+        const bool made = mkdir(folder.constData(), S_IRWXU) == 0;
+        if (made ? chmod(folder.constData(), S_IRWXU) != 0 : errno != EEXIST) { // whatever the umask was
             *error = QStringLiteral("cannot create \"%1\": %2").arg(QFile::decodeName(folder), systemError(errno));
             return false;
         }
@@ -101,9 +102,9 @@ bool ZopPath::makeFolder(QString *error) const
 
 bool ZopPath::isObjectName(const QByteArray &name)
 {
+    const auto isForbidden = [](char c) { return c == '/' || c == 0x7f || static_cast<unsigned char>(c) < ' '; };
     return !name.isEmpty() && name.size() <= LongestName && !name.startsWith('.')
-        && std::none_of(name.begin(), name.end(),
-                        [](char c) { return c == '/' || static_cast<unsigned char>(c) < ' '; });
+        && std::none_of(name.begin(), name.end(), isForbidden) && QString::fromUtf8(name).toUtf8() == name;
 }
 
 QString systemError(int number)

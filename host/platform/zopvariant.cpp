@@ -32,18 +32,24 @@ ZopVariant::ZopVariant(const QByteArray &bytes, const QByteArray &encoding)
 
 QString ZopVariant::toString() const
 {
+<<<<<<< HEAD
     // The overload for a QByteArray would stop at a zero.
     return QString::fromUtf8(m_bytes.constData(), m_bytes.size());
+=======
+    return QString::fromUtf8(m_bytes.constData(), m_bytes.size()); // a zero byte ends nothing
+>>>>>>> contract
 }
 
 int ZopVariant::toInt(bool *ok) const
 {
-    return m_bytes.toInt(ok);
+    return toString().toInt(ok);
 }
 
 bool ZopVariant::toBool() const
 {
-    return m_bytes == "true" || m_bytes == "1" || m_bytes == "yes" || m_bytes == "on";
+    const QString text = toString();
+    return text == QLatin1String("true") || text == QLatin1String("1") || text == QLatin1String("yes")
+        || text == QLatin1String("on");
 }
 
 QJsonDocument ZopVariant::toJson(QJsonParseError *error) const
