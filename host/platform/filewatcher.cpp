@@ -38,14 +38,7 @@ std::shared_ptr<FileWatcher> FileWatcher::instance()
     return watcher;
 }
 
-FileWatcher::FileWatcher()
-    : m_inotify(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
-{
-    if (!m_inotify.isOpen())
-        return;
-    auto *notifier = new QSocketNotifier(m_inotify.get(), QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, &FileWatcher::readEvents);
-}
+FileWatcher::FileWatcher() = default;
 
 FileWatcher::~FileWatcher() = default;
 
@@ -54,7 +47,7 @@ bool FileWatcher::watch(const QByteArray &folder, const QByteArray &name, Folder
     WatchedFolder *&watched = m_folders[folder];
     if (!watched) {
         auto fresh = std::make_unique<WatchedFolder>(this, folder);
-        if (!m_inotify.isOpen() || !fresh->attach()) {
+        if (!open() || !fresh->attach()) {
             *error = QStringLiteral("cannot watch: %1").arg(systemError(errno));
             m_folders.remove(folder);
             return false;
@@ -73,6 +66,19 @@ void FileWatcher::unwatch(const QByteArray &folder, const QByteArray &name, Fold
         return;
     m_folders.remove(folder);
     delete watched;
+}
+
+/*! Gets the inotify instance, unless it is there already. False with errno. */
+bool FileWatcher::open()
+{
+    if (m_inotify.isOpen())
+        return true;
+    m_inotify.reset(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    if (!m_inotify.isOpen())
+        return false;
+    auto *notifier = new QSocketNotifier(m_inotify.get(), QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, &FileWatcher::readEvents);
+    return true;
 }
 
 void FileWatcher::readEvents()

@@ -50,6 +50,7 @@ private:
     FileWatcher();
     friend class WatchedFolder;
 
+    bool open();
     void readEvents();
     void dispatch(int watch, quint32 mask, const QByteArray &name);
 

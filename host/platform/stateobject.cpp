@@ -64,7 +64,8 @@ void StateObject::refresh()
     m_values.clear();
     m_toldFrom = 0;
     m_reader.close();
-    if (m_reader.open(m_path, &error))
+    m_isBehind = !m_reader.open(m_path, &error);
+    if (!m_isBehind)
         readInto(&m_values, &m_reader);
 }
 

@@ -7,6 +7,7 @@
 
 #include <QtCore/QSet>
 
+#include <algorithm>
 #include <memory>
 
 #include <dirent.h>
@@ -76,7 +77,7 @@ void ZopDirWatcher::Private::folderChanged()
     const QList<QByteArray> present = list();
     const QList<QByteArray> known = m_known.values();
     for (const QByteArray &name : known) {
-        if (!present.contains(name) && !remove(name))
+        if (!std::binary_search(present.begin(), present.end(), name) && !remove(name))
             return;
     }
     for (const QByteArray &name : present) {

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_PROCESS_H
+#define MORVEK_PROCESS_H
+
+#include <QtCore/QProcess>
+#include <QtCore/QStringList>
+
+#include <memory>
+
+/*! A process of a measurement; it ends with its owner. */
+class Process
+{
+public:
+    Process(const QString &program, const QStringList &arguments);
+    ~Process();
+
+    /*! This program in the role that \a arguments begin with. */
+    static std::unique_ptr<Process> role(const QStringList &arguments);
+
+    QByteArray readLine();
+    /*! Waits for one byte of output. */
+    void awaitOutput();
+    void writeLine(const QByteArray &line);
+    /*! Waits for the end, and returns what is left of the output. */
+    QByteArray finish();
+    QByteArray errors();
+
+private:
+    Q_DISABLE_COPY(Process)
+    QProcess m_process;
+};
+
+/*! Lets this process, and those that it starts from now on, run on one core only, or on all. */
+void useOneCore(bool one);
+
+#endif

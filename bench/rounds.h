@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_ROUNDS_H
+#define MORVEK_ROUNDS_H
+
+#include <QtCore/QString>
+#include <QtCore/QVector>
+
+#include <array>
+#include <atomic>
+
+#include <semaphore.h>
+
+/*!
+ * A page of memory that the two processes of a measurement share. The sender notes the time and sends; the receiver
+ * notes how long it took and lets the sender go on. So one message is under way at a time.
+ */
+class Rounds
+{
+public:
+    static constexpr int WarmUp = 200;
+    static constexpr int Counted = 3000;
+
+    /*! Maps \a file, which a first user creates with \a create. */
+    explicit Rounds(const QString &file, bool create = false);
+    ~Rounds();
+
+    // The receiver's side.
+    void setReady();
+    /*! The message has arrived; false when it was the last one. */
+    bool arrived();
+
+    // The sender's side.
+    void awaitReady();
+    /*! Just before sending; false when enough has been sent. */
+    bool next();
+    void awaitArrival();
+
+    /*! Microseconds, in ascending order. */
+    QVector<double> samples() const;
+
+private:
+    Q_DISABLE_COPY(Rounds)
+    struct Page
+    {
+        sem_t ready;
+        sem_t arrival;
+        std::atomic<qint64> sentAt;
+        int sent;
+        int received;
+        std::array<qint64, WarmUp + Counted> nanoseconds;
+    };
+    Page *m_page;
+};
+
+#endif

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "zopcommands.h"
+
+#include "zopdirwatcher.h"
+#include "zopobject.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QDirIterator>
+#include <QtCore/QTextStream>
+
+using namespace morvek;
+
+namespace {
+
+ExitCode fail(const QString &subject, const QString &reason)
+{
+    QTextStream(stderr) << "morvek-zop: " << subject << ": " << reason << '\n';
+    return Failed;
+}
+
+/*! \a text without what would act on a terminal. */
+QString shown(const QString &text)
+{
+    QString result;
+    for (const QChar c : text)
+        result += c.isPrint() || c.isSurrogate() ? QString(c)
+                                                 : QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
+    return result;
+}
+
+void print(const ZopChangeset &changes)
+{
+    QTextStream out(stdout);
+    for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)
+        out << shown(it.key()) << " = " << shown(it->toString()) << "  (" << shown(QString::fromUtf8(it->encoding()))
+            << ")\n";
+    QStringList removals(changes.removals.begin(), changes.removals.end());
+    removals.sort();
+    for (const QString &name : qAsConst(removals))
+        out << shown(name) << " removed\n";
+}
+
+/*! The objects of one directory. */
+QStringList objectsIn(const QString &directory)
+{
+    QStringList names;
+    ZopDirWatcher watcher(directory);
+    QObject::connect(&watcher, &ZopDirWatcher::objectAdded, [&names](const QString &name) { names.append(name); });
+    watcher.setNameCacheEnabled(true);
+    return names;
+}
+
+ExitCode list(const QStringList &words)
+{
+    // The stand-in keeps a directory of objects as a folder below the root.
+    const QString root = QDir::cleanPath(qEnvironmentVariable("ZOP_ROOT"));
+    if (root.isEmpty())
+        return fail(QStringLiteral("list"), QStringLiteral("ZOP_ROOT is not set"));
+    QStringList directories {words.value(1, QStringLiteral("/"))};
+    if (directories.first() == QLatin1String("/"))
+        directories.clear();
+    QDirIterator folders(root + words.value(1), QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (folders.hasNext())
+        directories.append(folders.next().mid(root.size()));
+    directories.sort();
+    QTextStream out(stdout);
+    for (const QString &directory : qAsConst(directories)) {
+        for (const QString &name : objectsIn(directory))
+            out << shown(directory) << '/' << shown(name) << '\n';
+    }
+    return Done;
+}
+
+ExitCode show(const QStringList &words)
+{
+    ZopObject object(words.value(1), ZopObject::Subscribe, false);
+    if (!object.isValid())
+        return fail(words.value(1), object.errorString());
+    QObject::connect(&object, &ZopObject::attributesChanged, print);
+    object.setAttributeCacheEnabled(true);
+    return Done;
+}
+
+ExitCode watch(const QStringList &words)
+{
+    ZopObject object(words.value(1), ZopObject::Subscribe, false);
+    if (!object.isValid())
+        return fail(words.value(1), object.errorString());
+    QObject::connect(&object, &ZopObject::attributesChanged, [](const ZopChangeset &changes) {
+        print(changes);
+        QTextStream(stdout) << "--" << Qt::endl;
+    });
+    object.setAttributeCacheEnabled(true);
+    return ExitCode(QCoreApplication::exec());
+}
+
+/*! NAME=TEXT, NAME:=JSON, or -NAME for a removal. */
+bool parse(const QString &word, ZopChangeset *changes)
+{
+    if (word.startsWith(QLatin1Char('-'))) {
+        changes->removals.insert(word.mid(1));
+        return word.size() > 1;
+    }
+    const int equals = word.indexOf(QLatin1Char('='));
+    const bool json = equals > 1 && word.at(equals - 1) == QLatin1Char(':');
+    const QByteArray value = word.mid(equals + 1).toUtf8();
+    changes->assignments.insert(word.left(json ? equals - 1 : equals),
+                                ZopVariant(value, json ? QByteArrayLiteral("json") : QByteArrayLiteral("text")));
+    return equals > 0;
+}
+
+ExitCode set(const QStringList &words)
+{
+    ZopChangeset changes;
+    for (const QString &word : words.mid(2)) {
+        if (!parse(word, &changes))
+            return WrongUsage;
+    }
+    ZopObject object(words.value(1), ZopObject::Publish, false);
+    return object.setAttributes(changes) ? Done : fail(words.value(1), object.errorString());
+}
+
+ExitCode remove(const QStringList &words)
+{
+    QString error;
+    return ZopObject::remove(words.value(1), &error) ? Done : fail(words.value(1), error);
+}
+
+const struct
+{
+    QLatin1String name;
+    int fewest; // words, the name included
+    int most;
+    ExitCode (*run)(const QStringList &words);
+} Commands[] = {
+    {QLatin1String("list"), 1, 2, list},     {QLatin1String("show"), 2, 2, show},
+    {QLatin1String("watch"), 2, 2, watch},   {QLatin1String("set"), 3, 1000, set},
+    {QLatin1String("remove"), 2, 2, remove},
+};
+
+} // namespace
+
+ExitCode runZopCommand(const QStringList &words)
+{
+    for (const auto &command : Commands) {
+        if (words.value(0) == command.name && words.size() >= command.fewest && words.size() <= command.most)
+            return command.run(words);
+    }
+    return WrongUsage;
+}
