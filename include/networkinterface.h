@@ -25,7 +25,7 @@ struct NetworkInterfaceData;
 class MORVEK_NETWORK_EXPORT NetworkInterface
 {
 public:
-    enum InterfaceType {
+    enum InterfaceType : int {
         Unknown = 0,
         Wired = 1,
         Wifi = 2,

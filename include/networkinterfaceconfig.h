@@ -34,7 +34,7 @@ namespace morvek {
 class MORVEK_NETWORK_EXPORT NetworkInterfaceConfig
 {
 public:
-    enum ConfigurationType {
+    enum ConfigurationType : int {
         Auto = 0,   //!< by DHCP
         Manual = 1, //!< by the addresses given here
     };

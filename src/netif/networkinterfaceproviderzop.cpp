@@ -211,11 +211,11 @@ void NetworkInterfaceProviderZop::onZopNetworkingInterfaceAdded(const QString &n
     connect(connection, &ZopInterfaceConnection::interfaceParentChanged, this,
             &NetworkInterfaceProviderZop::updateParentInterfaces);
     // A name that is announced again leaves its earlier connection to the end of the interface, but nothing else.
-    if (preferredConnection && preferredConnection->interfaceData->name == name)
+    if (preferredConnection && preferredConnection == interfaceConnections.value(name))
         preferredConnection = connection;
     interfaceConnections.insert(name, connection);
     updateParentInterfaces();
-    emit interfaceAdded(*interfaceConnections.value(name)->interfaceData);
+    emit interfaceAdded(*connection->interfaceData);
 }
 
 // A slot may delete this provider, and the connections with it.
@@ -230,7 +230,7 @@ void NetworkInterfaceProviderZop::onZopNetworkingInterfaceRemoved(const QString 
         if (connection->interfaceData->name == name)
             ended.append(connection);
     }
-    if (preferredConnection && preferredConnection->interfaceData->name == name)
+    if (preferredConnection == known)
         preferredConnection = nullptr;
     updateParentInterfaces();
     emit interfaceRemoved(*known->interfaceData);

@@ -37,6 +37,11 @@ public:
     void configure(AsyncNetworkInterfaceOperation *operation, const NetworkInterface &networkInterface,
                    const NetworkInterfaceConfig &config) override;
 
+    /*! Sends "net_connected" with \a config, and returns the command's identifier. */
+    int connectInterface(ZopInterfaceConnection *connection, const NetworkInterfaceConfig &config);
+    /*! Sends "net_disconnected", and returns the command's identifier. */
+    int disconnectInterface(ZopInterfaceConnection *connection);
+
 public Q_SLOTS:
     void onZopNetworkingStatusPublicAttributeChanged(const QString &name, const morvek::ZopVariant &value);
     void onZopNetworkingInterfaceAdded(const QString &name);
@@ -82,8 +87,6 @@ private:
     void finishRelease(AwaitedReleases::iterator release);
     bool answerRelease(int id, bool refused);
 
-    int connectInterface(ZopInterfaceConnection *connection, const NetworkInterfaceConfig &config);
-    int disconnectInterface(ZopInterfaceConnection *connection);
     int startCommand(const QString &message, const QString &dat,
                      void (NetworkInterfaceProviderZop::*finished)(ZopControlCommand *));
     bool takeRequest(const ZopControlCommand *command, NetZopRequest *request);

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef ZOPREGISTRY_H
+#define ZOPREGISTRY_H
+
+#include "zopdouble.h"
+
+struct ObjectState
+{
+    morvek::ZopObject *q;
+    QString path;
+    QString error;
+    ZopDouble::Values cache;
+    bool cached = false;
+};
+
+struct WatcherState
+{
+    morvek::ZopDirWatcher *q;
+    QString path;
+    QString error;
+};
+
+struct CommandState
+{
+    morvek::ZopControlCommand *q;
+    QString path;
+    QString message;
+    morvek::ZopVariant dat;
+    QString id;
+    bool failed = false;
+    int errorCode = 0;
+    QString errorString;
+    morvek::ZopVariant reply;
+};
+
+/*! What the classes of the double share. */
+struct ZopRegistry
+{
+    static ZopRegistry &instance();
+
+    QMap<QString, ZopDouble::Values> world;
+    QMap<QString, QString> refusals;
+    QList<ObjectState *> objects;
+    QList<WatcherState *> watchers;
+    QList<CommandState *> commandStates;
+    QList<ZopDouble::Command> commands;
+    QString nextId;
+    QStringList journal;
+};
+
+QString classText(const QObject *parent);
+QString boolText(bool value);
+/*! "connected" and the names in \a connected that are true. */
+QString connectedText(const QMap<QString, bool> &connected);
+
+#endif
