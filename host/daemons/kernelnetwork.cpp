@@ -92,7 +92,7 @@ bool KernelNetwork::readLinks(QMap<int, KernelLink> *links, QString *error)
 bool KernelNetwork::readDefaultRoutes(QVector<KernelRoute> *routes, QString *error)
 {
     routes->clear();
-    for (const unsigned char family : {AF_INET, AF_INET6}) {
+    for (const unsigned char family : {uchar(AF_INET), uchar(AF_INET6)}) {
         QVector<KernelRoute> found;
         const auto add = [&found, family](const rtmsg &route, const NetlinkAttributes &attributes) {
             if (route.rtm_family == family)

@@ -5,6 +5,7 @@
 #include "signalwatcher.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QFile>
 
 #include <csignal>
 #include <cstdio>

@@ -190,7 +190,9 @@ void readAll(const JsonNode &top, Scenario *scenario)
 
 QString syntaxError(const QByteArray &json, const QJsonParseError &error)
 {
-    const QByteArray before = json.left(error.offset);
+    // The parser tells how far it has read: one character behind the wrong one, except before garbage at the end.
+    const int behind = error.error == QJsonParseError::GarbageAtEnd ? 0 : 1;
+    const QByteArray before = json.left(qMax(0, error.offset - behind));
     const int lineStart = before.lastIndexOf('\n') + 1;
     return QStringLiteral("line %1, column %2: %3")
         .arg(before.count('\n') + 1)

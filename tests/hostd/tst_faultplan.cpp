@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "faultplan.h"
+
+#include <QtTest/QtTest>
+
+using namespace morvek;
+
+namespace {
+
+/*! A fault that says by its code which one it is. */
+Fault makeFault(int code, const char *message, const char *interface, int skip, int times)
+{
+    Fault fault;
+    fault.code = code;
+    fault.message = QLatin1String(message);
+    fault.interface = QLatin1String(interface);
+    fault.skip = skip;
+    fault.times = times;
+    return fault;
+}
+
+int codeOf(const Fault *fault)
+{
+    return fault ? fault->code : 0;
+}
+
+} // namespace
+
+class FaultPlanTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void withoutFaults();
+    void matchesMessageAndInterface();
+    void countsTimes();
+    void skipsFirst();
+    void firstThatFits();
+};
+
+void FaultPlanTest::withoutFaults()
+{
+    FaultPlan plan;
+    QVERIFY(!plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0")));
+}
+
+void FaultPlanTest::matchesMessageAndInterface()
+{
+    FaultPlan plan({makeFault(7, "net_connected", "eth0", 0, -1)});
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_disconnected"), QStringLiteral("eth0"))), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("wlan0"))), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QString())), 0);
+    for (int i = 0; i < 3; ++i)
+        QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 7);
+}
+
+void FaultPlanTest::countsTimes()
+{
+    FaultPlan plan({makeFault(7, "", "", 0, 2)});
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 7);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("nonsense"), QString())), 7);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 0);
+}
+
+void FaultPlanTest::skipsFirst()
+{
+    FaultPlan plan({makeFault(7, "net_connected", "", 2, 1)});
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_disconnected"), QStringLiteral("eth0"))), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("wlan0"))), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 7);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 0);
+}
+
+void FaultPlanTest::firstThatFits()
+{
+    FaultPlan plan(
+        {makeFault(1, "", "wlan0", 0, -1), makeFault(2, "net_connected", "", 0, 1), makeFault(3, "", "", 0, -1)});
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("wlan0"))), 1);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 2);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 3);
+}
+
+QTEST_GUILESS_MAIN(FaultPlanTest)
+#include "tst_faultplan.moc"

@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "hostdprocess.h"
+
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+#include <sys/stat.h>
+
+/*! The program as a script sees it: arguments, lines, exit codes, signals. */
+class HostdProgramTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void badArguments_data();
+    void badArguments();
+    void informs();
+    void checksScenarios();
+    void badScenario();
+    void unusableRoots();
+    void createsTheRoot();
+    void takesTheRootFromTheEnvironment();
+    void terminatesCleanly();
+    void secondDaemonOnTheSameRoot();
+    void lockDiesWithItsHolder();
+    void tellsWhatHappens();
+};
+
+void HostdProgramTest::badArguments_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("line");
+
+    const auto row = [](const char *name, const QStringList &arguments, const char *line) {
+        QTest::addRow("%s", name) << arguments << QByteArray(line);
+    };
+    row("option", {QStringLiteral("--nonsense")},
+        "morvek-hostd: Unknown option 'nonsense'. (--help lists the options)\n");
+    row("argument", {QStringLiteral("headunit")},
+        "morvek-hostd: unexpected argument \"headunit\" (--help lists the options)\n");
+    row("no value", {QStringLiteral("--speed")},
+        "morvek-hostd: Missing value after '--speed'. (--help lists the options)\n");
+    row("speed is a word", {QStringLiteral("--speed"), QStringLiteral("fast")},
+        "morvek-hostd: --speed: \"fast\" is not a factor from 0.01 to 10000 (--help lists the options)\n");
+    row("speed is nothing", {QStringLiteral("--speed"), QStringLiteral("0")},
+        "morvek-hostd: --speed: \"0\" is not a factor from 0.01 to 10000 (--help lists the options)\n");
+    row("speed is no number", {QStringLiteral("--speed"), QStringLiteral("nan")},
+        "morvek-hostd: --speed: \"nan\" is not a factor from 0.01 to 10000 (--help lists the options)\n");
+    row("seed is a word", {QStringLiteral("--seed"), QStringLiteral("x")},
+        "morvek-hostd: --seed: \"x\" is not a whole number from 0 to 2147483647 (--help lists the options)\n");
+    row("seed is too large", {QStringLiteral("--seed"), QStringLiteral("2147483648")},
+        "morvek-hostd: --seed: \"2147483648\" is not a whole number from 0 to 2147483647 (--help lists the options)\n");
+    row("interfaces", {QStringLiteral("--interfaces"), QStringLiteral("mine")},
+        "morvek-hostd: --interfaces: \"mine\" is neither scenario nor system (--help lists the options)\n");
+    row("both worlds",
+        {QStringLiteral("--interfaces"), QStringLiteral("system"), QStringLiteral("--scenario"),
+         QStringLiteral("headunit")},
+        "morvek-hostd: --interfaces system shows this machine: it goes with no scenario (--help lists the options)\n");
+    row("empty root", {QStringLiteral("--root"), QString()},
+        "morvek-hostd: --root: needs a directory (--help lists the options)\n");
+}
+
+void HostdProgramTest::badArguments()
+{
+    QFETCH(QStringList, arguments);
+    const QTemporaryDir folder;
+    const HostdProcess::Ended ended = HostdProcess::run(arguments, folder.path());
+    QTEST(ended.errors, "line");
+    QCOMPARE(ended.code, 2);
+    QCOMPARE(ended.output, QByteArray());
+    QVERIFY(QDir(folder.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+}
+
+void HostdProgramTest::informs()
+{
+    const auto help = HostdProcess::run({QStringLiteral("--help")});
+    QCOMPARE(help.code, 0);
+    QCOMPARE(help.errors, QByteArray());
+    for (const char *option : {"--scenario", "--list-scenarios", "--interfaces", "--root", "--speed", "--seed",
+                               "--check", "--verbose", "--help", "--version"})
+        QVERIFY2(help.output.contains(option), option);
+
+    const auto version = HostdProcess::run({QStringLiteral("--version")});
+    QCOMPARE(version.code, 0);
+    QVERIFY2(QRegularExpression(QStringLiteral("\\Amorvek-hostd [0-9]+\\.[0-9]+\\.[0-9]+\n\\z"))
+                 .match(QString::fromUtf8(version.output))
+                 .hasMatch(),
+             version.output.constData());
+
+    const auto list = HostdProcess::run({QStringLiteral("--list-scenarios")});
+    QCOMPARE(list.code, 0);
+    const QList<QByteArray> lines = list.output.split('\n');
+    QCOMPARE(lines.size(), 6);
+    QVERIFY(lines.at(0).startsWith("come-and-go "));
+    QVERIFY(lines.at(1).startsWith("daemon-restart "));
+    QVERIFY(lines.at(2).startsWith("headunit "));
+    QVERIFY(lines.at(3).startsWith("no-reply "));
+    QVERIFY(lines.at(4).startsWith("refused "));
+}
+
+void HostdProgramTest::checksScenarios()
+{
+    const QTemporaryDir folder;
+    const auto ended = HostdProcess::run(
+        {QStringLiteral("--check"), QStringLiteral("--scenario"), QStringLiteral("refused")}, folder.path());
+    QCOMPARE(ended.code, 0);
+    QCOMPARE(ended.output, QByteArray("ok: refused\n"));
+    QCOMPARE(ended.errors, QByteArray());
+    QVERIFY(QDir(folder.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+}
+
+void HostdProgramTest::badScenario()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("bad.json")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("{\"interfaces\": [],\n \"timeline\": [{\"at\": 0, \"event\": \"vanish\", \"interface\": \"wlan9\"}]}");
+    file.close();
+    const QString root = folder.filePath(QStringLiteral("root"));
+    const auto ended =
+        HostdProcess::run({QStringLiteral("--root"), root, QStringLiteral("--scenario"), file.fileName()});
+    QCOMPARE(ended.errors,
+             QByteArray("morvek-hostd: ") + file.fileName().toUtf8()
+                 + ": timeline[0].interface: no interface \"wlan9\"\n");
+    QCOMPARE(ended.code, 3);
+    QCOMPARE(ended.output, QByteArray());
+    QVERIFY(!QFile::exists(root));
+}
+
+void HostdProgramTest::unusableRoots()
+{
+    const QTemporaryDir folder;
+    const auto fails = [](const QString &root, const char *reason) {
+        const auto ended = HostdProcess::run({QStringLiteral("--root"), root});
+        QCOMPARE(ended.code, 4);
+        QCOMPARE(ended.output, QByteArray());
+        QVERIFY2(ended.errors.startsWith("morvek-hostd: "), ended.errors.constData());
+        QVERIFY2(ended.errors.contains(reason), ended.errors.constData());
+        QCOMPARE(ended.errors.count('\n'), 1);
+    };
+
+    QFile file(folder.filePath(QStringLiteral("file")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.close();
+    fails(file.fileName(), "is not a directory");
+    fails(file.fileName() + QStringLiteral("/below"), "Not a directory");
+    fails(folder.filePath(QStringLiteral("no/such/parents")), "No such file or directory");
+
+    const QString open = folder.filePath(QStringLiteral("open"));
+    QVERIFY(QDir().mkdir(open));
+    QCOMPARE(chmod(QFile::encodeName(open).constData(), 0755), 0);
+    fails(open, "open to other users");
+    QVERIFY(QDir(open).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+}
+
+void HostdProgramTest::createsTheRoot()
+{
+    const QTemporaryDir folder;
+    const QString root = folder.filePath(QStringLiteral("root"));
+    HostdProcess hostd;
+    QVERIFY2(hostd.start(root, {}), hostd.errors().constData());
+    QCOMPARE(hostd.output(), "ready: " + root.toUtf8() + '\n');
+    QCOMPARE(QFile::permissions(root) & 0x0077, QFile::Permissions());
+}
+
+void HostdProgramTest::takesTheRootFromTheEnvironment()
+{
+    const QTemporaryDir folder;
+    HostdProcess holder;
+    QVERIFY2(holder.start(folder.path(), {}), holder.errors().constData());
+    QCOMPARE(HostdProcess::run({}, folder.path()).code, 5);
+}
+
+void HostdProgramTest::terminatesCleanly()
+{
+    const QTemporaryDir folder;
+    HostdProcess hostd;
+    QVERIFY2(hostd.start(folder.path(), {}), hostd.errors().constData());
+    QVERIFY(QFile::exists(folder.filePath(QStringLiteral("zop/services/networking/control"))));
+    QCOMPARE(hostd.terminate(), 0);
+    QCOMPARE(hostd.errors(), QByteArray());
+    QCOMPARE(hostd.output(), "ready: " + folder.path().toUtf8() + '\n');
+    QVERIFY(!QFile::exists(folder.filePath(QStringLiteral("zop/services/networking/control"))));
+    QVERIFY(QFile::exists(folder.filePath(QStringLiteral("zop/services/networking/all/status_public"))));
+    QVERIFY(QFile::exists(folder.filePath(QStringLiteral("zop/services/networking/all/interfaces/wlan0"))));
+}
+
+void HostdProgramTest::secondDaemonOnTheSameRoot()
+{
+    const QTemporaryDir folder;
+    HostdProcess first;
+    QVERIFY2(first.start(folder.path(), {}), first.errors().constData());
+    const auto second = HostdProcess::run(
+        {QStringLiteral("--root"), folder.path(), QStringLiteral("--scenario"), QStringLiteral("refused")});
+    QCOMPARE(second.code, 5);
+    QCOMPARE(second.output, QByteArray());
+    QCOMPARE(second.errors, "morvek-hostd: another morvek-hostd publishes below \"" + folder.path().toUtf8() + "\"\n");
+    QVERIFY(QFile::exists(folder.filePath(QStringLiteral("zop/services/networking/control"))));
+    QVERIFY(QFile::exists(folder.filePath(QStringLiteral("zop/services/networking/all/interfaces/cell0"))));
+    QCOMPARE(first.terminate(), 0);
+}
+
+void HostdProgramTest::lockDiesWithItsHolder()
+{
+    const QTemporaryDir folder;
+    HostdProcess first;
+    QVERIFY2(first.start(folder.path(), {}), first.errors().constData());
+    first.kill();
+    HostdProcess second;
+    QVERIFY2(second.start(folder.path(), {}), second.errors().constData());
+    QCOMPARE(second.terminate(), 0);
+}
+
+void HostdProgramTest::tellsWhatHappens()
+{
+    const QTemporaryDir folder;
+    HostdProcess hostd;
+    QVERIFY(hostd.start(folder.path(),
+                        {QStringLiteral("--verbose"), QStringLiteral("--scenario"), QStringLiteral("come-and-go"),
+                         QStringLiteral("--speed"), QStringLiteral("1000")}));
+    QTRY_VERIFY(hostd.errors().contains("appear cell0\n"));
+    const QRegularExpression form(QStringLiteral("\\A *[0-9]+ ms  event   ([a-z0-9 -]+)\\z"));
+    QStringList events;
+    for (const QByteArray &line : hostd.errors().trimmed().split('\n')) {
+        const QRegularExpressionMatch match = form.match(QString::fromUtf8(line));
+        QVERIFY2(match.hasMatch(), line.constData());
+        events += match.captured(1);
+    }
+    QCOMPARE(events,
+             QStringList({QStringLiteral("link-lost wlan0"), QStringLiteral("appear usb0"),
+                          QStringLiteral("link-regained wlan0"), QStringLiteral("vanish cell0"),
+                          QStringLiteral("vanish usb0"), QStringLiteral("appear cell0")}));
+}
+
+QTEST_GUILESS_MAIN(HostdProgramTest)
+#include "tst_hostdprogram.moc"

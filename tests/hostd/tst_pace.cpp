@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "pace.h"
+
+#include <QtTest/QtTest>
+
+using namespace morvek;
+
+class PaceTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void factor();
+    void drawsWithinTheRange();
+    void seedRepeatsEveryChoice();
+    void calls();
+    void doesNotCallWhatIsGone();
+};
+
+void PaceTest::factor()
+{
+    QCOMPARE(Pace(1, 0).real(1000), 1000);
+    QCOMPARE(Pace(10, 0).real(1000), 100);
+    QCOMPARE(Pace(0.5, 0).real(1000), 2000);
+    QCOMPARE(Pace(10000, 0).real(1000), 0);
+    QCOMPARE(Pace(0.01, 0).real(24 * 60 * 60 * 1000), 2147483647);
+}
+
+void PaceTest::drawsWithinTheRange()
+{
+    Pace pace(1, 42);
+    QSet<int> drawn;
+    for (int i = 0; i < 200; ++i)
+        drawn += pace.draw({3, 5});
+    QCOMPARE(drawn, QSet<int>({3, 4, 5}));
+    QCOMPARE(pace.draw({7, 7}), 7);
+}
+
+void PaceTest::seedRepeatsEveryChoice()
+{
+    Pace first(1, 42);
+    Pace same(1, 42);
+    Pace other(1, 43);
+    QVector<int> drawn;
+    QVector<int> repeated;
+    QVector<int> others;
+    for (int i = 0; i < 20; ++i) {
+        drawn += first.draw({0, 1000000});
+        repeated += same.draw({0, 1000000});
+        others += other.draw({0, 1000000});
+    }
+    QCOMPARE(drawn, repeated);
+    QVERIFY(drawn != others);
+}
+
+void PaceTest::calls()
+{
+    const Pace pace(10000, 0);
+    bool called = false;
+    pace.after(1000, this, [&called] { called = true; });
+    QVERIFY(!called);
+    QTRY_VERIFY(called);
+}
+
+void PaceTest::doesNotCallWhatIsGone()
+{
+    const Pace pace(10000, 0);
+    bool gone = false;
+    bool later = false;
+    auto context = std::make_unique<QObject>();
+    pace.after(1000, context.get(), [&gone] { gone = true; });
+    pace.after(20000, this, [&later] { later = true; });
+    context.reset();
+    QTRY_VERIFY(later);
+    QVERIFY(!gone);
+}
+
+QTEST_GUILESS_MAIN(PaceTest)
+#include "tst_pace.moc"
