@@ -46,6 +46,11 @@ private:
     {
         return runTool(m_root->path(), arguments.split(QLatin1Char(' '))).code == 0;
     }
+    bool giveWlan0AnAddress() const
+    {
+        return change(QStringLiteral("configure wlan0 manual --address 192.168.43.99 --prefix 24 "
+                                     "--gateway 192.168.43.1"));
+    }
     /*! The next line without its time; null when it has none. */
     QString nextLine();
     /*! "EVENT NAME" of the next line of JSON, or "EVENT -"; null when it is no such line. */
@@ -147,68 +152,7 @@ void TestMorvekctlMonitor::changes()
     for (int i = 0; i < 5; ++i)
         QVERIFY(!nextLine().isNull());
 
-    QVERIFY(
-        change(QStringLiteral("configure wlan0 manual --address 192.168.43.99 --prefix 24 --gateway 192.168.43.1")));
-    // Each attribute is told as it is read: the first line still shows the old addresses, the fourth the old mode.
-    QCOMPARE(nextLine(),
-             QStringLiteral("disconnected   wlan0   wifi, not connected, auto, 192.168.43.17/24, via "
-                            "192.168.43.1"));
-    QCOMPARE(nextLine(), QStringLiteral("configuration  wlan0   wifi, not connected, auto"));
-    QCOMPARE(nextLine(), QStringLiteral("preferred      eth0    wired, connected, auto, 10.20.0.40/16, via 10.20.0.1"));
-    QCOMPARE(nextLine(), QStringLiteral("connected      wlan0   wifi, connected, auto"));
-    QCOMPARE(nextLine(),
-             QStringLiteral("configuration  wlan0   wifi, connected, manual, 192.168.43.99/24, via "
-                            "192.168.43.1"));
-    QCOMPARE(nextLine(),
-             QStringLiteral("preferred      wlan0   wifi, connected, manual, 192.168.43.99/24, via "
-                            "192.168.43.1"));
-}
-
-void TestMorvekctlMonitor::changesAsJson()
-{
-    QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
-    follow(QStringLiteral("--json"));
-    for (int i = 0; i < 5; ++i)
-        QVERIFY(!nextJson().isNull());
-
-    QVERIFY(
-        change(QStringLiteral("configure wlan0 manual --address 192.168.43.99 --prefix 24 --gateway 192.168.43.1")));
-    const QStringList lines = nextSix(&TestMorvekctlMonitor::nextJson);
-    QCOMPARE(lines.filter(notPreferred),
-             QStringList({QStringLiteral("disconnected wlan0"), QStringLiteral("configuration wlan0"),
-                          QStringLiteral("connected wlan0"), QStringLiteral("configuration wlan0")}));
-    QCOMPARE(lines.filter(preferred),
-             QStringList({QStringLiteral("preferred eth0"), QStringLiteral("preferred wlan0")}));
-}
-
-void TestMorvekctlMonitor::nothingPreferred()
-{
-    QVERIFY(m_daemon->publish(QStringLiteral("nothing-preferred")));
-    follow();
-    QCOMPARE(nextLine(), QStringLiteral("present        bare0  orvanbridge, not connected, auto"));
-    QCOMPARE(nextLine(), QStringLiteral("preferred      -"));
-
-    m_tool->signal(SIGTERM);
-    QCOMPARE(m_tool->wait(), 0);
-    m_tool = std::make_unique<Tool>(m_root->path());
-    follow(QStringLiteral("--json"));
-    QCOMPARE(nextJson(), QStringLiteral("present bare0"));
-    QCOMPARE(nextJson(), QStringLiteral("preferred -"));
-}
-
-void TestMorvekctlMonitor::outlivesDaemon()
-{
-    QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
-    follow(QStringLiteral("--json"));
-    for (int i = 0; i < 5; ++i)
-        QVERIFY(!nextJson().isNull());
-    m_daemon->signal(SIGKILL);
-    QCOMPARE(m_daemon->wait(), -1);
-
-    m_daemon = std::make_unique<Daemon>(m_root->path());
-    QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
-    QVERIFY(
-        change(QStringLiteral("configure wlan0 manual --address 192.168.43.99 --prefix 24 --gateway 192.168.43.1")));
+    QVERIFY(giveWlan0AnAddress());
     const QStringList lines = nextSix(&TestMorvekctlMonitor::nextLine);
     // Each attribute is told as it is read: the first line still shows the old addresses, the third the old mode.
     QCOMPARE(lines.filter(notPreferred),
@@ -232,14 +176,13 @@ void TestMorvekctlMonitor::changesAsJson()
     for (int i = 0; i < 5; ++i)
         QVERIFY(!nextJson().isNull());
 
-    QVERIFY(
-        change(QStringLiteral("configure wlan0 manual --address 192.168.43.99 --prefix 24 --gateway 192.168.43.1")));
-    QCOMPARE(nextJson(), QStringLiteral("disconnected wlan0"));
-    QCOMPARE(nextJson(), QStringLiteral("configuration wlan0"));
-    QCOMPARE(nextJson(), QStringLiteral("preferred eth0"));
-    QCOMPARE(nextJson(), QStringLiteral("connected wlan0"));
-    QCOMPARE(nextJson(), QStringLiteral("configuration wlan0"));
-    QCOMPARE(nextJson(), QStringLiteral("preferred wlan0"));
+    QVERIFY(giveWlan0AnAddress());
+    const QStringList lines = nextSix(&TestMorvekctlMonitor::nextJson);
+    QCOMPARE(lines.filter(notPreferred),
+             QStringList({QStringLiteral("disconnected wlan0"), QStringLiteral("configuration wlan0"),
+                          QStringLiteral("connected wlan0"), QStringLiteral("configuration wlan0")}));
+    QCOMPARE(lines.filter(preferred),
+             QStringList({QStringLiteral("preferred eth0"), QStringLiteral("preferred wlan0")}));
 }
 
 void TestMorvekctlMonitor::nothingPreferred()
@@ -308,8 +251,7 @@ void TestMorvekctlMonitor::endsAfterCount()
     follow(QStringLiteral("--json --count 2"));
     for (int i = 0; i < 5; ++i)
         QVERIFY(!nextJson().isNull());
-    QVERIFY(
-        change(QStringLiteral("configure wlan0 manual --address 192.168.43.99 --prefix 24 --gateway 192.168.43.1")));
+    QVERIFY(giveWlan0AnAddress());
     QVERIFY(!nextJson().isNull());
     QVERIFY(!nextJson().isNull());
     QVERIFY(m_tool->nextLine().isNull());
@@ -349,8 +291,7 @@ void TestMorvekctlMonitor::endsWithItsReader()
     QCOMPARE(::poll(&reader, 1, 60000), 1);
     ::close(reader.fd);
 
-    QVERIFY(
-        change(QStringLiteral("configure wlan0 manual --address 192.168.43.99 --prefix 24 --gateway 192.168.43.1")));
+    QVERIFY(giveWlan0AnAddress());
     QCOMPARE(m_tool->wait(), 1);
     QCOMPARE(m_tool->errors(), QString());
 }
