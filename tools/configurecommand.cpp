@@ -81,7 +81,7 @@ private:
         if (json() || m_waitUntilApplied)
             writeInterface(networkInterface, service()->preferredInterface(), json());
         else
-            writeLine(QStringLiteral("%1: %2 is accepted.").arg(m_name, modeName(m_config)));
+            writeLine(QStringLiteral("%1: the networking daemon has accepted %2.").arg(m_name, modeName(m_config)));
         finish(Done);
     }
 

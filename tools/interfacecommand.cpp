@@ -119,6 +119,8 @@ void InterfaceCommand::finish(ExitCode code)
     m_finished = true;
     m_timeout.stop();
     m_retry.stop();
+    // The service may have more to tell before the event loop ends.
+    m_service->disconnect(this);
     Q_EMIT finished(code);
 }
 

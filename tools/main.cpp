@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <clocale>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <langinfo.h>
@@ -63,6 +64,7 @@ int complete(const QStringList &words)
 int main(int argc, char *argv[])
 {
     useUtf8();
+    std::signal(SIGPIPE, SIG_IGN); // a write that fails ends the command in order
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments().mid(1);
     if (arguments.value(0) == QLatin1String("complete"))

@@ -51,6 +51,8 @@ protected:
 
         const QList<NetworkInterface> interfaces = service()->interfaces();
         for (const NetworkInterface &networkInterface : interfaces)
+            m_nameWidth = std::max(m_nameWidth, printable(networkInterface.name()).size());
+        for (const NetworkInterface &networkInterface : interfaces)
             tell(presentEvent, networkInterface);
         tell(preferredEvent, service()->preferredInterface());
     }
@@ -59,9 +61,7 @@ private:
     void onChange(const QString &event, const NetworkInterface &networkInterface)
     {
         tell(event, networkInterface);
-        if (outputError() != 0)
-            finish(Failed);
-        else if (m_count > 0 && --m_count == 0)
+        if (m_count > 0 && --m_count == 0)
             finish(Done);
     }
 
@@ -69,6 +69,8 @@ private:
     {
         const QDateTime now = QDateTime::currentDateTime();
         writeLine(json() ? jsonLine(event, networkInterface, now) : textLine(event, networkInterface, now));
+        if (outputError() != 0)
+            finish(Failed);
     }
 
     static QString jsonLine(const QString &event, const NetworkInterface &networkInterface, const QDateTime &now)
@@ -81,10 +83,9 @@ private:
         });
     }
 
-    QString textLine(const QString &event, const NetworkInterface &networkInterface, const QDateTime &now)
+    QString textLine(const QString &event, const NetworkInterface &networkInterface, const QDateTime &now) const
     {
         const QString name = networkInterface.isEmpty() ? QStringLiteral("-") : printable(networkInterface.name());
-        m_nameWidth = std::max(m_nameWidth, name.size());
         QStringList line {now.toString(QStringLiteral("HH:mm:ss.zzz")), padded(event, configurationEvent.size()),
                           padded(name, m_nameWidth)};
         if (!networkInterface.isEmpty())

@@ -5,7 +5,7 @@
 
 namespace morvek {
 
-class WifiHotspot::Private
+class Q_DECL_HIDDEN WifiHotspot::Private
 {
 public:
     QString name;

@@ -6,7 +6,7 @@
 
 namespace morvek {
 
-class NetworkInterfaceConfig::Private
+class Q_DECL_HIDDEN NetworkInterfaceConfig::Private
 {
 public:
     ConfigurationType type = Auto;

@@ -72,7 +72,7 @@ private:
     Identity m_identity;
 };
 
-class NetworkInterface::Private
+class Q_DECL_HIDDEN NetworkInterface::Private
 {
 public:
     NetworkInterfaceData data;

@@ -5,7 +5,7 @@
 
 namespace morvek {
 
-class WifiAccessPoint::Private
+class Q_DECL_HIDDEN WifiAccessPoint::Private
 {
 public:
     QString bssid;

@@ -5,7 +5,7 @@
 
 namespace morvek {
 
-class WifiConnectionConfig::Private
+class Q_DECL_HIDDEN WifiConnectionConfig::Private
 {
 public:
     QString ssid;

@@ -39,11 +39,6 @@ while IFS= read -r file; do
     mistake "$file: platform holds declarations only"
 done < <(git ls-files --cached --others --exclude-standard platform | grep -v '\.h$' || true)
 
-# A header that stands in two layers could not be told apart by its name.
-while IFS= read -r name; do
-    mistake "$name: two layers have a header of this name"
-done < <(for layer in "${!sees[@]}"; do headers "$layer"; done | sort | uniq -d)
-
 while IFS= read -r place; do
     mistake "$place: src must not know of host"
 done < <(grep -rn 'host/' src include platform --include=CMakeLists.txt --include='*.h' --include='*.cpp' || true)

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "processes.h"
+
+#include <QtCore/QFileInfo>
+
+#include <csignal>
+#include <sys/types.h>
+
+namespace morvek {
+
+namespace {
+
+constexpr int Minute = 60000;
+
+QProcessEnvironment environmentFor(const QString &root)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("ZOP_ROOT"), root);
+    environment.remove(QStringLiteral("KREL_VERBOSITY"));
+    return environment;
+}
+
+int exitCode(const QProcess &process)
+{
+    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+}
+
+} // namespace
+
+ToolResult runTool(const QString &root, const QStringList &arguments, const QStringList &variables)
+{
+    QProcessEnvironment environment = environmentFor(root);
+    for (const QString &variable : variables)
+        environment.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(MORVEKCTL), arguments);
+    if (!process.waitForFinished(Minute))
+        return {};
+    return {exitCode(process), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+LineProcess::LineProcess(const QString &program, const QString &root)
+{
+    m_process.setProgram(program);
+    m_process.setProcessEnvironment(environmentFor(root));
+}
+
+LineProcess::~LineProcess()
+{
+    if (m_process.state() == QProcess::NotRunning)
+        return;
+    m_process.kill();
+    m_process.waitForFinished(Minute);
+}
+
+void LineProcess::writeTo(const QString &file)
+{
+    m_process.setStandardOutputFile(file);
+}
+
+void LineProcess::start(const QStringList &arguments)
+{
+    m_process.setArguments(arguments);
+    m_process.start();
+}
+
+QString LineProcess::nextLine()
+{
+    while (!m_process.canReadLine()) {
+        if (!m_process.waitForReadyRead(Minute))
+            return QString();
+    }
+    return QString::fromUtf8(m_process.readLine()).chopped(1);
+}
+
+void LineProcess::signal(int signal)
+{
+    ::kill(pid_t(m_process.processId()), signal);
+}
+
+int LineProcess::wait()
+{
+    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(Minute))
+        return -2;
+    return exitCode(m_process);
+}
+
+QString LineProcess::errors()
+{
+    return QString::fromUtf8(m_process.readAllStandardError());
+}
+
+Tool::Tool(const QString &root)
+    : LineProcess(QStringLiteral(MORVEKCTL), root)
+{
+}
+
+Daemon::Daemon(const QString &root)
+    : LineProcess(QStringLiteral(MORVEK_HOSTD), root)
+{
+}
+
+bool Daemon::publish(const QString &scenario, const QStringList &arguments)
+{
+    const QString file = QStringLiteral(SCENARIOS "/%1.json").arg(scenario);
+    start(QStringList {QStringLiteral("--scenario"), QFileInfo::exists(file) ? file : scenario} + arguments);
+    return nextLine().startsWith(QLatin1String("ready: "));
+}
+
+} // namespace morvek

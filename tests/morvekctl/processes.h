@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_TEST_PROCESSES_H
+#define MORVEK_TEST_PROCESSES_H
+
+#include <QtCore/QProcess>
+#include <QtCore/QStringList>
+
+namespace morvek {
+
+/*! How one run of morvekctl ended. */
+struct ToolResult
+{
+    int code = -2; //!< -1 when it was killed, -2 when it did not end within a minute
+    QString output;
+    QString errors;
+};
+
+/*! Runs morvekctl on \a root with \a variables ("NAME=value") added to the environment, until it ends. */
+ToolResult runTool(const QString &root, const QStringList &arguments, const QStringList &variables = {});
+
+/*! A process whose standard output is read line by line. */
+class LineProcess
+{
+public:
+    LineProcess(const QString &program, const QString &root);
+    ~LineProcess();
+
+    /*! Sends what it writes to \a file, not to nextLine(). */
+    void writeTo(const QString &file);
+    void start(const QStringList &arguments);
+    /*! The next line, waited for; null when the output has ended or nothing came within a minute. */
+    QString nextLine();
+    /*! Sends \a signal. */
+    void signal(int signal);
+    /*! The exit code, waited for; -1 when it was killed, -2 when it did not end within a minute. */
+    int wait();
+    QString errors();
+
+private:
+    QProcess m_process;
+};
+
+/*! morvekctl in the background. */
+class Tool : public LineProcess
+{
+public:
+    explicit Tool(const QString &root);
+};
+
+/*! morvek-hostd. */
+class Daemon : public LineProcess
+{
+public:
+    explicit Daemon(const QString &root);
+    /*! Starts it and waits until everything is published. \a scenario is a shipped one, or a file of the tests. */
+    bool publish(const QString &scenario, const QStringList &arguments = {});
+};
+
+} // namespace morvek
+
+#endif

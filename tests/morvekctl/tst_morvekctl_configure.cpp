@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "processes.h"
+
+#include <zopobject.h>
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+using namespace morvek;
+
+/*! configure: what reaches the daemon, what is told of it, and every way in which it fails. */
+class TestMorvekctlConfigure : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void manual_data();
+    void manual();
+    void manualApplied();
+    void autoApplied();
+    void accepted();
+    void acceptedAsJson();
+    void appliedAsJson();
+
+    void unknownInterface();
+    void sameConfiguration();
+    void refusedByDaemon();
+    void refusedAtDisconnection();
+    void daemonDies();
+    void noReply();
+    void neverApplied();
+
+private:
+    ToolResult run(const QString &arguments) const
+    {
+        return runTool(m_root->path(), arguments.split(QLatin1Char(' ')));
+    }
+    /*! What the daemon publishes of \a interface, read without the library. */
+    static QString published(const QString &interface, const QString &attribute)
+    {
+        ZopObject object(QStringLiteral("/zop/services/networking/all/interfaces/") + interface, ZopObject::Subscribe,
+                         false);
+        object.setAttributeCacheEnabled(true);
+        return object.attribute(attribute).toString();
+    }
+
+    std::unique_ptr<QTemporaryDir> m_root;
+    std::unique_ptr<Daemon> m_daemon;
+};
+
+void TestMorvekctlConfigure::init()
+{
+    m_root = std::make_unique<QTemporaryDir>();
+    m_daemon = std::make_unique<Daemon>(m_root->path());
+    qputenv("ZOP_ROOT", m_root->path().toUtf8());
+}
+
+void TestMorvekctlConfigure::cleanup()
+{
+    m_daemon.reset();
+    m_root.reset();
+}
+
+void TestMorvekctlConfigure::manual_data()
+{
+    QTest::addColumn<QString>("mask");
+    QTest::addColumn<QString>("addresses");
+    QTest::newRow("netmask") << "--netmask 255.255.0.0"
+                             << R"(["10.20.0.77/255.255.0.0"])";
+    QTest::newRow("prefix") << "--prefix 16"
+                            << R"(["10.20.0.77/255.255.0.0"])";
+    QTest::newRow("shortest prefix") << "--prefix 1"
+                                     << R"(["10.20.0.77/128.0.0.0"])";
+    QTest::newRow("two machines") << "--prefix=31"
+                                  << R"(["10.20.0.77/255.255.255.254"])";
+}
+
+void TestMorvekctlConfigure::manual()
+{
+    QFETCH(QString, mask);
+    QFETCH(QString, addresses);
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit"), {QStringLiteral("--speed"), QStringLiteral("100")}));
+    QCOMPARE(published(QStringLiteral("eth0"), QStringLiteral("manual")), QStringLiteral("no"));
+
+    const ToolResult result =
+        run(QStringLiteral("configure eth0 manual --address 10.20.0.77 %1 --gateway 10.20.0.76 --applied").arg(mask));
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+    QCOMPARE(published(QStringLiteral("eth0"), QStringLiteral("manual")), QStringLiteral("yes"));
+    QCOMPARE(published(QStringLiteral("eth0"), QStringLiteral("ip_addresses")), addresses);
+    QCOMPARE(published(QStringLiteral("eth0"), QStringLiteral("ip_gateway")), QStringLiteral(R"(["10.20.0.76"])"));
+}
+
+void TestMorvekctlConfigure::manualApplied()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit"), {QStringLiteral("--speed"), QStringLiteral("100")}));
+    const ToolResult result = run(QStringLiteral(
+        "configure cell0 manual --address 10.1.1.20 --netmask 255.255.255.0 --gateway 10.1.1.1 --applied"));
+    QCOMPARE(result.output,
+             QStringLiteral("Name              cell0\n"
+                            "Type              cellular\n"
+                            "Available         yes\n"
+                            "Connected         yes\n"
+                            "Preferred         no\n"
+                            "Priority          3\n"
+                            "Mode              manual\n"
+                            "Address           10.1.1.20/24\n"
+                            "Gateway           10.1.1.1\n"
+                            "Hardware address  -\n"
+                            "MTU               1430\n"
+                            "Virtual           no\n"
+                            "Parent            -\n"));
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+}
+
+void TestMorvekctlConfigure::autoApplied()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit"), {QStringLiteral("--speed"), QStringLiteral("100")}));
+    QCOMPARE(run(QStringLiteral("configure eth0 manual --address 10.20.0.77 --prefix 16 --gateway 10.20.0.1 "
+                                "--applied"))
+                 .code,
+             0);
+    const ToolResult result = run(QStringLiteral("configure eth0 auto --applied"));
+    QCOMPARE(result.errors, QString());
+    QVERIFY(result.output.contains(QLatin1String("\nMode              auto\nAddress           10.20.0.40/16\n")));
+    QCOMPARE(result.code, 0);
+    QCOMPARE(published(QStringLiteral("eth0"), QStringLiteral("manual")), QStringLiteral("no"));
+}
+
+void TestMorvekctlConfigure::accepted()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("never-leased")));
+    const ToolResult result = run(QStringLiteral("configure eth0 auto"));
+    QCOMPARE(result.output, QStringLiteral("eth0: the networking daemon has accepted auto.\n"));
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+    QCOMPARE(published(QStringLiteral("eth0"), QStringLiteral("ip_addresses")), QStringLiteral("[]"));
+}
+
+void TestMorvekctlConfigure::acceptedAsJson()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("never-leased")));
+    const ToolResult result = run(QStringLiteral("configure eth0 auto --json"));
+    QJsonParseError error;
+    const QJsonDocument json = QJsonDocument::fromJson(result.output.toUtf8(), &error);
+    QCOMPARE(error.error, QJsonParseError::NoError);
+    QCOMPARE(json[QLatin1String("name")].toString(), QStringLiteral("eth0"));
+    QCOMPARE(json[QLatin1String("connected")], QJsonValue(false));
+    QCOMPARE(result.code, 0);
+}
+
+void TestMorvekctlConfigure::appliedAsJson()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit"), {QStringLiteral("--speed"), QStringLiteral("100")}));
+    const ToolResult result = run(
+        QStringLiteral("configure cell0 manual --address 10.1.1.20 --prefix 24 --gateway 10.1.1.1 --applied --json"));
+    QCOMPARE(result.output,
+             QStringLiteral(R"({"available":true,"configuration":{"addresses":[{"address":"10.1.1.20",)"
+                            R"("netmask":"255.255.255.0","prefix":24}],"gateways":["10.1.1.1"],"type":"manual"},)"
+                            R"("connected":true,"mac":null,"mtu":1430,"name":"cell0","parent":null,)"
+                            R"("preferred":false,"priority":3,"type":"cellular","virtual":false})"
+                            "\n"));
+    QCOMPARE(result.code, 0);
+}
+
+void TestMorvekctlConfigure::unknownInterface()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
+    const ToolResult result = run(QStringLiteral("configure eth7 auto"));
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: there is no interface \"eth7\": use one of cell0, eth0, eth0.5, wlan0\n"));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 5);
+}
+
+void TestMorvekctlConfigure::sameConfiguration()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
+    const ToolResult result = run(QStringLiteral("configure eth0 auto --json"));
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: eth0 was not configured, code -1: The new configuration settings "
+                            "are the same as the current configuration settings.\n"));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 1);
+}
+
+void TestMorvekctlConfigure::refusedByDaemon()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("refused")));
+    const ToolResult result = run(
+        QStringLiteral("configure wlan0 manual --address 192.168.43.5 --prefix 24 --gateway 192.168.43.1 --applied"));
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: wlan0 was not configured, code 13: The system was unable to "
+                            "configure the interface. (permission denied)\n"));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 1);
+}
+
+void TestMorvekctlConfigure::refusedAtDisconnection()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("refused")));
+    const QString arguments =
+        QStringLiteral("configure eth0 manual --address 10.20.0.77 --prefix 16 --gateway 10.20.0.1");
+    const ToolResult first = run(arguments);
+    QCOMPARE(first.errors,
+             QStringLiteral("morvekctl: eth0 was not configured, code 16: The system was unable to "
+                            "configure the interface. (device or resource busy)\n"));
+    QCOMPARE(first.code, 1);
+    QCOMPARE(run(arguments).code, 0);
+}
+
+void TestMorvekctlConfigure::daemonDies()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("dies")));
+    const ToolResult result =
+        run(QStringLiteral("configure eth0 manual --address 10.20.0.77 --prefix 16 --gateway 10.20.0.1"));
+    QVERIFY2(
+        result.errors.startsWith(QLatin1String("morvekctl: eth0 was not configured, code -1: The system was unable "
+                                               "to configure the interface. (")),
+        qPrintable(result.errors));
+    QCOMPARE(result.errors.count(QLatin1Char('\n')), 1);
+    QCOMPARE(result.code, 1);
+}
+
+void TestMorvekctlConfigure::noReply()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("no-reply")));
+    const ToolResult result =
+        run(QStringLiteral("configure eth0 manual --address 10.20.0.77 --prefix 16 --gateway 10.20.0.1 --timeout 0.5"));
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: the time is up: the networking daemon has not answered; it may "
+                            "still change eth0\n"));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 4);
+}
+
+void TestMorvekctlConfigure::neverApplied()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("never-leased")));
+    const ToolResult result = run(QStringLiteral("configure eth0 auto --applied --timeout 4"));
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: the time is up: auto was accepted, but eth0 does not report it yet\n"));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 4);
+}
+
+QTEST_GUILESS_MAIN(TestMorvekctlConfigure)
+#include "tst_morvekctl_configure.moc"

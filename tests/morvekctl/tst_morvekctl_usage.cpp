@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "processes.h"
+
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+using namespace morvek;
+
+/*! What the tool says of itself, and of command lines that make no sense. No daemon is there, and none is asked. */
+class TestMorvekctlUsage : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void nonsense_data();
+    void nonsense();
+    void version();
+    void help_data();
+    void help();
+    void helpNamesEverything();
+
+private:
+    QTemporaryDir m_root;
+};
+
+void TestMorvekctlUsage::nonsense_data()
+{
+    QTest::addColumn<QString>("arguments"); // separated by blanks
+    QTest::addColumn<QString>("sentence");
+
+    const auto row = [](const char *name, const char *arguments, const char *sentence) {
+        QTest::newRow(name) << QString::fromUtf8(arguments) << QString::fromUtf8(sentence);
+    };
+    row("nothing", "", "a command is missing: see 'morvekctl --help'");
+    row("only an option", "--json", "a command is missing: see 'morvekctl --help'");
+    row("unknown command", "interface", "there is no command \"interface\": see 'morvekctl --help'");
+    row("unknown option", "interfaces --jsn", "there is no option \"--jsn\": see 'morvekctl --help'");
+    row("short option", "interfaces -j", "there is no option \"-j\": see 'morvekctl --help'");
+    row("option twice", "interfaces --json --json", "--json is given twice: give it once");
+    row("flag with value", "interfaces --json=yes", "--json takes no value: leave \"=\" and what follows out");
+    row("option without value", "interfaces --timeout", "--timeout needs a value: --timeout SECONDS");
+    row("option of another command", "interfaces --count 3",
+        "'interfaces' takes no --count: see 'morvekctl help interfaces'");
+    row("option before the command", "--address 1.2.3.4 monitor",
+        "'monitor' takes no --address: see 'morvekctl help monitor'");
+    row("word too much", "interfaces eth0", "\"eth0\" is too much: morvekctl interfaces");
+    row("show what", "show", "NAME is missing: morvekctl show NAME");
+    row("show two", "show eth0 eth1", "\"eth1\" is too much: morvekctl show NAME");
+    row("help of what", "help me", "there is no command \"me\": see 'morvekctl --help'");
+    row("steering characters", "\x1b[31mred", "there is no command \"\\u001b[31mred\": see 'morvekctl --help'");
+    row("characters that turn the writing round", "a\u202Eb",
+        "there is no command \"a\\u202eb\": see 'morvekctl --help'");
+
+    row("timeout of words", "monitor --timeout soon",
+        "--timeout \"soon\" is no number of seconds: give one from 0.001 to 86400");
+    row("timeout of nothing", "monitor --timeout 0",
+        "--timeout \"0\" is no number of seconds: give one from 0.001 to 86400");
+    row("timeout below nothing", "monitor --timeout=-1",
+        "--timeout \"-1\" is no number of seconds: give one from 0.001 to 86400");
+    row("timeout of no number", "monitor --timeout nan",
+        "--timeout \"nan\" is no number of seconds: give one from 0.001 to 86400");
+    row("timeout of years", "monitor --timeout 1e9",
+        "--timeout \"1e9\" is no number of seconds: give one from 0.001 to 86400");
+    row("count of words", "monitor --count some", "--count \"some\" is no number of changes: give 1 or more");
+    row("count of nothing", "monitor --count 0", "--count \"0\" is no number of changes: give 1 or more");
+
+    const char usage[] = "morvekctl configure NAME auto | "
+                         "morvekctl configure NAME manual --address A --netmask M|--prefix N --gateway G";
+    row("configure what", "configure", qPrintable(QStringLiteral("NAME is missing: ") + QLatin1String(usage)));
+    row("configure how", "configure eth0",
+        qPrintable(QStringLiteral("auto|manual is missing: ") + QLatin1String(usage)));
+    row("no mode", "configure eth0 dhcp", "\"dhcp\" is no mode: use auto or manual");
+    row("auto with an address", "configure eth0 auto --address 10.0.0.2",
+        "auto takes no --address: leave it out, or use manual");
+    row("auto with a prefix", "configure eth0 auto --prefix 8", "auto takes no --prefix: leave it out, or use manual");
+
+    row("no address", "configure eth0 manual --prefix 24 --gateway 10.0.0.1",
+        "the address is missing: add --address with an address like 192.168.0.1");
+    row("half an address", "configure eth0 manual --address 10.0.2 --prefix 24 --gateway 10.0.0.1",
+        "--address \"10.0.2\" is no IPv4 address: write it like 192.168.0.1");
+    row("part too large", "configure eth0 manual --address 10.0.0.256 --prefix 24 --gateway 10.0.0.1",
+        "--address \"10.0.0.256\" is no IPv4 address: write it like 192.168.0.1");
+    row("octal part", "configure eth0 manual --address 10.0.0.010 --prefix 24 --gateway 10.0.0.1",
+        "--address \"10.0.0.010\" is no IPv4 address: write it like 192.168.0.1");
+    row("address with a dot too much", "configure eth0 manual --address 10.0.0.2. --prefix 24 --gateway 10.0.0.1",
+        "--address \"10.0.0.2.\" is no IPv4 address: write it like 192.168.0.1");
+    row("address with its prefix", "configure eth0 manual --address 10.0.0.2/24 --gateway 10.0.0.1",
+        "--address \"10.0.0.2/24\" is no IPv4 address: write it like 192.168.0.1");
+    row("IPv6 address", "configure eth0 manual --address fe80::1 --prefix 24 --gateway 10.0.0.1",
+        "--address \"fe80::1\" is no IPv4 address: write it like 192.168.0.1");
+    row("address of nobody", "configure eth0 manual --address 0.0.0.0 --prefix 24 --gateway 0.0.0.1",
+        "--address 0.0.0.0 is no address of a machine in a network: use one like 192.168.0.1");
+    row("loopback address", "configure eth0 manual --address 127.0.0.2 --prefix 8 --gateway 127.0.0.1",
+        "--address 127.0.0.2 is no address of a machine in a network: use one like 192.168.0.1");
+    row("multicast address", "configure eth0 manual --address 224.0.0.9 --prefix 24 --gateway 224.0.0.1",
+        "--address 224.0.0.9 is no address of a machine in a network: use one like 192.168.0.1");
+    row("address of the network", "configure eth0 manual --address 10.0.0.0 --prefix 24 --gateway 10.0.0.1",
+        "--address 10.0.0.0 does not fit: the first and the last address of 10.0.0.0/24 stand for the network: "
+        "use another");
+    row("address for broadcasts", "configure eth0 manual --address 10.0.255.255 --prefix 16 --gateway 10.0.0.1",
+        "--address 10.0.255.255 does not fit: the first and the last address of 10.0.0.0/16 stand for the network: "
+        "use another");
+
+    row("no netmask", "configure eth0 manual --address 10.0.0.2 --gateway 10.0.0.1",
+        "the netmask is missing: add --netmask 255.255.255.0 or --prefix 24");
+    row("netmask and prefix",
+        "configure eth0 manual --address 10.0.0.2 --netmask 255.255.255.0 --prefix 24 --gateway 10.0.0.1",
+        "--netmask and --prefix say the same: give only one of them");
+    row("netmask of words", "configure eth0 manual --address 10.0.0.2 --netmask small --gateway 10.0.0.1",
+        "--netmask \"small\" is no netmask: write it like 255.255.255.0, or use --prefix");
+    row("netmask that is a prefix", "configure eth0 manual --address 10.0.0.2 --netmask 24 --gateway 10.0.0.1",
+        "--netmask \"24\" is no netmask: write it like 255.255.255.0, or use --prefix");
+    row("netmask with a hole", "configure eth0 manual --address 10.0.0.2 --netmask 255.0.255.0 --gateway 10.0.0.1",
+        "--netmask \"255.0.255.0\" is no netmask: its ones must come before its zeros, like 255.255.255.0");
+    row("netmask upside down", "configure eth0 manual --address 10.0.0.2 --netmask 0.0.0.255 --gateway 10.0.0.1",
+        "--netmask \"0.0.0.255\" is no netmask: its ones must come before its zeros, like 255.255.255.0");
+    row("empty netmask", "configure eth0 manual --address 10.0.0.2 --netmask 0.0.0.0 --gateway 10.0.0.1",
+        "--netmask \"0.0.0.0\" does not fit: the prefix length is a number from 1 to 31");
+    row("full netmask", "configure eth0 manual --address 10.0.0.2 --netmask 255.255.255.255 --gateway 10.0.0.1",
+        "--netmask \"255.255.255.255\" does not fit: the prefix length is a number from 1 to 31");
+    row("prefix too short", "configure eth0 manual --address 10.0.0.2 --prefix 0 --gateway 10.0.0.1",
+        "--prefix \"0\" does not fit: the prefix length is a number from 1 to 31");
+    row("prefix too long", "configure eth0 manual --address 10.0.0.2 --prefix 32 --gateway 10.0.0.1",
+        "--prefix \"32\" does not fit: the prefix length is a number from 1 to 31");
+    row("prefix below nothing", "configure eth0 manual --address 10.0.0.2 --prefix=-8 --gateway 10.0.0.1",
+        "--prefix \"-8\" does not fit: the prefix length is a number from 1 to 31");
+
+    row("no gateway", "configure eth0 manual --address 10.0.0.2 --prefix 24",
+        "the gateway is missing: add --gateway with an address like 192.168.0.1");
+    row("gateway of words", "configure eth0 manual --address 10.0.0.2 --prefix 24 --gateway router",
+        "--gateway \"router\" is no IPv4 address: write it like 192.168.0.1");
+    row("gateway outside", "configure eth0 manual --address 10.0.0.2 --prefix 24 --gateway 10.0.1.1",
+        "--gateway 10.0.1.1 is outside of the network 10.0.0.0/24: use an address of that network");
+    row("gateway just outside", "configure eth0 manual --address 192.168.0.2 --prefix 30 --gateway 192.168.0.4",
+        "--gateway 192.168.0.4 is outside of the network 192.168.0.0/30: use an address of that network");
+    row("gateway is the interface", "configure eth0 manual --address 10.0.0.2 --prefix 24 --gateway 10.0.0.2",
+        "--gateway 10.0.0.2 is the interface's own address: use the router's");
+    row("gateway is the network", "configure eth0 manual --address 10.0.0.2 --prefix 24 --gateway 10.0.0.0",
+        "--gateway 10.0.0.0 does not fit: the first and the last address of 10.0.0.0/24 stand for the network: "
+        "use another");
+}
+
+void TestMorvekctlUsage::nonsense()
+{
+    QFETCH(QString, arguments);
+    QFETCH(QString, sentence);
+
+    const ToolResult result = runTool(m_root.path(), arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
+    QCOMPARE(result.errors, QStringLiteral("morvekctl: %1\n").arg(sentence));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 2);
+}
+
+void TestMorvekctlUsage::version()
+{
+    const ToolResult result = runTool(m_root.path(), {QStringLiteral("--version")});
+    QCOMPARE(result.output, QStringLiteral("morvekctl 1.0.0\n"));
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+}
+
+void TestMorvekctlUsage::help_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("firstLines");
+
+    const QString program = QStringLiteral("Usage: morvekctl COMMAND [ARGUMENT]... [OPTION]...\n\n");
+    const QString show = QStringLiteral("Usage:\n  morvekctl show NAME\n");
+    QTest::newRow("--help") << QStringList {QStringLiteral("--help")} << program;
+    QTest::newRow("help") << QStringList {QStringLiteral("help")} << program;
+    QTest::newRow("help show") << QStringList {QStringLiteral("help"), QStringLiteral("show")} << show;
+    QTest::newRow("show --help") << QStringList {QStringLiteral("show"), QStringLiteral("--help")} << show;
+    QTest::newRow("--help show") << QStringList {QStringLiteral("--help"), QStringLiteral("show")} << show;
+}
+
+void TestMorvekctlUsage::help()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, firstLines);
+
+    const ToolResult result = runTool(m_root.path(), arguments);
+    QVERIFY2(result.output.startsWith(firstLines), qPrintable(result.output));
+    QVERIFY(result.output.contains(QLatin1String("Examples:\n")));
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+}
+
+void TestMorvekctlUsage::helpNamesEverything()
+{
+    const QString program = runTool(m_root.path(), {QStringLiteral("--help")}).output;
+    const char *const parts[] = {
+        "\n  interfaces ",
+        "\n  show NAME ",
+        "\n  preferred ",
+        "\n  configure NAME auto ",
+        "\n  configure NAME manual --address A --netmask M|--prefix N --gateway G\n",
+        "\n  monitor ",
+        "\n  help [COMMAND] ",
+        "\n  --json ",
+        "\n  --wait ",
+        "\n  --timeout SECONDS ",
+        "\n  0                     done\n",
+        "\n  1                     the operation failed",
+        "\n  2                     the command line makes no sense\n",
+        "\n  3                     the networking daemon is not there\n",
+        "\n  4                     the time of --timeout is up\n",
+        "\n  5                     there is no interface of that name\n",
+        "\n  ZOP_ROOT ",
+    };
+    for (const char *part : parts)
+        QVERIFY2(program.contains(QLatin1String(part)), part);
+
+    const QString monitor = runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("monitor")}).output;
+    QVERIFY(monitor.contains(QLatin1String("\n  --count N ")));
+    const QString configure = runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("configure")}).output;
+    for (const char *option : {"--address A ", "--netmask M ", "--prefix N ", "--gateway G ", "--applied "})
+        QVERIFY2(configure.contains(QLatin1String("\n  ") + QLatin1String(option)), option);
+}
+
+QTEST_GUILESS_MAIN(TestMorvekctlUsage)
+#include "tst_morvekctl_usage.moc"
