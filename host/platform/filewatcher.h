@@ -51,9 +51,6 @@ private:
     FileWatcher();
     friend class WatchedFolder;
 
-<<<<<<< HEAD
-    bool open();
-=======
     struct RawEvent
     {
         int watch;
@@ -61,7 +58,7 @@ private:
         QByteArray name;
     };
 
->>>>>>> contract
+    bool open();
     void readEvents();
     void handleEvents();
     void dispatch(const RawEvent &event);

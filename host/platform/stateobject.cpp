@@ -67,19 +67,14 @@ void StateObject::refresh()
     QString error;
     if (!m_reader.open(m_path, &error))
         m_reader.close();
+    m_isBehind = !m_reader.isOpen();
     m_toldFrom = 0;
-<<<<<<< HEAD
-    m_reader.close();
-    m_isBehind = !m_reader.open(m_path, &error);
-    if (!m_isBehind)
-=======
     const bool isSame = m_reader.isOpen() && m_reader.identity().incarnation == incarnation;
     if (wasThere && !isSame && !tellState({}))
         return;
     m_values.clear();
     if (m_reader.isOpen()) {
         m_reader.rewind();
->>>>>>> contract
         readInto(&m_values, &m_reader);
     }
 }

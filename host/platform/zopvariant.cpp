@@ -32,12 +32,8 @@ ZopVariant::ZopVariant(const QByteArray &bytes, const QByteArray &encoding)
 
 QString ZopVariant::toString() const
 {
-<<<<<<< HEAD
     // The overload for a QByteArray would stop at a zero.
     return QString::fromUtf8(m_bytes.constData(), m_bytes.size());
-=======
-    return QString::fromUtf8(m_bytes.constData(), m_bytes.size()); // a zero byte ends nothing
->>>>>>> contract
 }
 
 int ZopVariant::toInt(bool *ok) const

@@ -77,6 +77,12 @@ private:
     const char *m_end;
 };
 
+/*! All of \a utf8; the overload for a QByteArray would stop at a zero. */
+QString textOf(const QByteArray &utf8)
+{
+    return QString::fromUtf8(utf8.constData(), utf8.size());
+}
+
 } // namespace
 
 QByteArray encodeChangeset(const ZopChangeset &changes)
@@ -109,12 +115,12 @@ bool decodeChangeset(const QByteArray &bytes, ZopChangeset *changes)
         ZopVariant value;
         if (!unpacker.take(&name) || !unpacker.take(&value))
             return false;
-        changes->assignments.insert(QString::fromUtf8(name), value);
+        changes->assignments.insert(textOf(name), value);
     }
     while (!unpacker.isAtEnd()) {
         if (!unpacker.take(&name))
             return false;
-        changes->removals.insert(QString::fromUtf8(name));
+        changes->removals.insert(textOf(name));
     }
     return true;
 }
