@@ -246,10 +246,14 @@ void JournalTest::whatAKilledWriterLeftDoesNotMatter()
              0);
     for (const char *name : {"object", "twice"}) {
         ZopObject writer(testPath(name), ZopObject::ReadWrite, false);
-        for (int n = 0; n < 50; ++n)
+        for (int n = 0; n < 50; ++n) {
             QVERIFY(set(writer, QStringLiteral("p=50000*p n=%1").arg(n)));
+            QVERIFY(waitUntil([&] { return writer.attribute(QStringLiteral("n")).toInt() == n; }));
+            if (n % 10 == 0 && QLatin1String(name) == QLatin1String("object"))
+                QVERIFY(reader.wait(QStringLiteral("o {n=%1 p=50000*p}").arg(n)));
+        }
         const qint64 size = QFileInfo(fileOf(testPath(name))).size();
-        QVERIFY2(size < 2000000, qPrintable(QString::number(size)));
+        QVERIFY2(size < 1500000, qPrintable(QString::number(size)));
     }
     QVERIFY(reader.wait(QStringLiteral("o {n=49 p=50000*p}")));
     QCOMPARE(reader.heard(QStringLiteral("o {")).size(), 50);
