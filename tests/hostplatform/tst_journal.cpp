@@ -4,8 +4,10 @@
 
 #include <QtCore/QFileInfo>
 
+#include <csignal>
 #include <random>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace morvek;
@@ -56,6 +58,8 @@ private Q_SLOTS:
     void aFileIsNotReplacedTwiceUnderASlowReader();
     void aReaderThatIsFarTooSlowIsToldThePresentState();
     void anUpdateThatIsTooLargeIsNotWritten();
+    void aFullDiskLeavesNothingBehind();
+    void aFloodLeavesTurnsToOthers();
 };
 
 void JournalTest::aTornRecordIsSteppedOver()
@@ -316,6 +320,56 @@ void JournalTest::anUpdateThatIsTooLargeIsNotWritten()
     QCOMPARE(events.updates(), QStringList({"{a=1 b=1}"}));
     QStringList files = QDir(fileOf(testFolder())).entryList(QDir::Files | QDir::Hidden);
     QCOMPARE(files, QStringList({"object"}));
+}
+
+void JournalTest::aFullDiskLeavesNothingBehind()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=1")));
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    ZopObject reader(testPath("object"), ZopObject::Subscribe, false);
+    const Events events(&reader);
+    const QByteArray before = content(testPath("object"));
+    const LogLines log;
+
+    // A limit of the file's size, as a full disk, takes only a part of the update.
+    rlimit usual = {};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &usual), 0);
+    const rlimit tight = {rlim_t(before.size() + 1000), usual.rlim_max};
+    signal(SIGXFSZ, SIG_IGN);
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &tight), 0);
+    const bool written = set(writer, QStringLiteral("a=2 p=5000*p"));
+    QString error;
+    const bool created = ZopObject::create(testPath("other"), changesFrom(QStringLiteral("p=9000*p")), &error);
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &usual), 0);
+    QVERIFY(!written);
+    QVERIFY(!writer.errorString().isEmpty());
+    QVERIFY(!created);
+    QVERIFY(!error.isEmpty());
+    QCOMPARE(content(testPath("object")), before);
+    QCOMPARE(QDir(fileOf(testFolder())).entryList(QDir::Files | QDir::Hidden), QStringList({"object"}));
+
+    QVERIFY(set(writer, QStringLiteral("a=3")));
+    QVERIFY(events.wait(QStringLiteral("{a=3}")));
+    QCOMPARE(events.updates(), QStringList({"{a=3}"}));
+    QCOMPARE(log.lines, QStringList());
+}
+
+void JournalTest::aFloodLeavesTurnsToOthers()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    ZopObject reader(testPath("object"), ZopObject::Subscribe, false);
+    const Events events(&reader);
+    int toldBefore = 0;
+    const auto note = [&] { toldBefore = events.updates().size(); };
+    connect(&reader, &ZopObject::attributesChanged, this, [&] {
+        if (toldBefore == 0)
+            QMetaObject::invokeMethod(this, note, Qt::QueuedConnection);
+    });
+    for (int n = 1; n <= 3000; ++n)
+        QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));
+    QVERIFY(events.wait(QStringLiteral("{n=3000}")));
+    QVERIFY2(toldBefore > 0 && toldBefore < 1000, qPrintable(QString::number(toldBefore)));
 }
 
 CONTRACT_TEST_MAIN(JournalTest)
