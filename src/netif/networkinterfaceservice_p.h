@@ -14,7 +14,7 @@ struct NetworkInterfaceData;
 /*!
  * Translates the provider's records and notifications into those of the service.
  */
-class NetworkInterfaceService::Private : public QObject
+class Q_DECL_HIDDEN NetworkInterfaceService::Private : public QObject
 {
     Q_OBJECT
 
