@@ -17,6 +17,8 @@ function(morvek_install_library TARGET PACKAGE NAME HEADERS HEADER_FILES)
         COMPATIBILITY SameMajorVersion)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${PACKAGE}Config.cmake
         ${CMAKE_CURRENT_BINARY_DIR}/${PACKAGE}ConfigVersion.cmake DESTINATION ${PACKAGE_DIR})
+    # Relative to the file itself, so that an installed tree may be moved.
+    file(RELATIVE_PATH PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
     configure_file(${PROJECT_SOURCE_DIR}/cmake/${HEADERS}.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${HEADERS}.pc @ONLY)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${HEADERS}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()

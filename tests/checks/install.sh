@@ -27,20 +27,19 @@ g++ -fPIC -o "$work/with-pkg-config" examples/interfaces/main.cpp "${flags[@]}" 
 # What is installed finds itself: the application reads what the daemon publishes, and so does the tool.
 mkdir -m 0700 "$work/root"
 export ZOP_ROOT=$work/root
-coproc DAEMON { exec "$prefix/bin/morvek-hostd" --root "$ZOP_ROOT"; }
-daemon=$DAEMON_PID
-read -r -t 20 ready <&"${DAEMON[0]}" || mistake "the installed daemon does not start"
+exec {output}< <(exec "$prefix/bin/morvek-hostd" --root "$ZOP_ROOT")
+daemon=$!
+read -r -t 20 ready <&"$output" || mistake "the installed daemon does not start"
 [[ $ready == "ready: "* ]] || mistake "the installed daemon says '$ready'"
 name=$("$prefix/bin/morvekctl" interfaces --json | jq -r '.[0].name')
 [[ -n $name && $name != null ]] || mistake "the installed morvekctl lists nothing"
 
 for application in "$work/cmake/interfaces-example" "$work/with-pkg-config"; do
     [[ -x $application ]] || continue
-    coproc APPLICATION { exec "$application"; }
-    pid=$APPLICATION_PID
-    read -r -t 20 line <&"${APPLICATION[0]}" || line=
+    exec {output}< <(exec "$application")
+    pid=$!
+    read -r -t 20 line <&"$output" || line=
     [[ $line == "$name is "* ]] || mistake "$(basename "$application") says '$line'"
     kill "$pid"
-    wait "$pid" || true
 done
 finish
