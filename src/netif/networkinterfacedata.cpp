@@ -43,8 +43,9 @@ private:
 } // namespace
 
 NetworkInterfaceData::ParentLink::ParentLink(NetworkInterfaceData *record)
-    : m_record(record ? record->m_identity.handle(record) : nullptr)
 {
+    if (record)
+        m_record = record->m_identity.of(record);
 }
 
 bool NetworkInterfaceData::operator==(const NetworkInterfaceData &other) const
@@ -82,17 +83,11 @@ bool NetworkInterfaceData::isEmpty() const
     return sameFields(*this, NetworkInterfaceData()) && !parent;
 }
 
-NetworkInterfaceData::Identity::~Identity()
+QWeakPointer<NetworkInterfaceData> NetworkInterfaceData::Identity::of(NetworkInterfaceData *record)
 {
-    if (m_handle)
-        *m_handle = nullptr;
-}
-
-std::shared_ptr<NetworkInterfaceData *> NetworkInterfaceData::Identity::handle(NetworkInterfaceData *record)
-{
-    if (!m_handle)
-        m_handle = std::make_shared<NetworkInterfaceData *>(record);
-    return m_handle;
+    if (!m_self)
+        m_self.reset(record, [](NetworkInterfaceData *) {});
+    return m_self;
 }
 
 } // namespace morvek

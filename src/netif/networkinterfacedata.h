@@ -5,9 +5,9 @@
 #include "networkinterface.h"
 #include "networkinterfaceconfig.h"
 
+#include <QtCore/QSharedPointer>
 #include <QtCore/QString>
-
-#include <memory>
+#include <QtCore/QWeakPointer>
 
 namespace morvek {
 
@@ -26,11 +26,11 @@ struct NetworkInterfaceData
         ParentLink() = default;
         ParentLink(NetworkInterfaceData *record);
 
-        operator NetworkInterfaceData *() const { return m_record ? *m_record : nullptr; }
+        operator NetworkInterfaceData *() const { return m_record.toStrongRef().data(); }
         NetworkInterfaceData *operator->() const { return *this; }
 
     private:
-        std::shared_ptr<NetworkInterfaceData *> m_record;
+        QWeakPointer<NetworkInterfaceData> m_record;
     };
 
     QString name;
@@ -54,19 +54,18 @@ struct NetworkInterfaceData
     bool isEmpty() const;
 
 private:
-    /*! What links to this record share. A copy of the record is another record, so it takes none of it over. */
+    /*! What links to this record point to. A copy of the record is another record, so it takes none of it over. */
     class Identity
     {
     public:
         Identity() = default;
         Identity(const Identity &) { }
-        ~Identity();
         Identity &operator=(const Identity &) { return *this; }
 
-        std::shared_ptr<NetworkInterfaceData *> handle(NetworkInterfaceData *record);
+        QWeakPointer<NetworkInterfaceData> of(NetworkInterfaceData *record);
 
     private:
-        std::shared_ptr<NetworkInterfaceData *> m_handle;
+        QSharedPointer<NetworkInterfaceData> m_self; //!< owns nothing: it ends with the record, which holds it
     };
 
     Identity m_identity;

@@ -400,7 +400,7 @@ void ControlTest::aClientThatDoesNotReadDisturbsNobody()
     Peer slow;
     QVERIFY(openClient(slow));
     QString requests;
-    for (int n = 0; n < 60; ++n)
+    for (int n = 0; n < 25; ++n)
         requests += QStringLiteral("ask c echo 500000*%1\n").arg(QLatin1Char(char('a' + n % 26)));
     slow.send(requests + QStringLiteral("hold"));
     QVERIFY(slow.wait(QStringLiteral("held")));

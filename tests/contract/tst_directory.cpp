@@ -184,10 +184,12 @@ void DirectoryTest::tellsRemovalAndCreationOfAKnownName()
         QVERIFY(ZopObject::remove(testPath("a")));
         QVERIFY(publish(testPath("a"), QString()));
     }
-    QVERIFY(ZopObject::remove(testPath("a")));
     QVERIFY(publish(testPath("end"), QString()));
     QVERIFY(events.wait(QStringLiteral("+end")));
-    QCOMPARE(events.lines, QStringList({"+a", "-a", "+a", "-a", "+a", "-a", "+end"}));
+    QVERIFY(ZopObject::remove(testPath("a")));
+    QCOMPARE(events.lines.mid(0, 6), QStringList({"+a", "-a", "+a", "-a", "+a", "+end"}));
+    QVERIFY(waitUntil([&events] { return events.lines.size() == 7; }));
+    QCOMPARE(events.lines.last(), QStringLiteral("-a"));
 }
 
 void DirectoryTest::updatesAreNoEvents()

@@ -63,9 +63,9 @@ void PersistenceTest::valuesOutliveAKilledWriter()
     QVERIFY(writer.ask(QStringLiteral("open o %1 3").arg(testPath("object")), QStringLiteral("o open")));
     QVERIFY(writer.ask(QStringLiteral("set o a=1 b=60000*x"), QStringLiteral("o set")));
     ZopObject reader(testPath("object"), ZopObject::Subscribe, false);
+    const Events events(&reader);
     QVERIFY(writer.ask(QStringLiteral("set o a=2"), QStringLiteral("o set")));
     writer.kill();
-    const Events events(&reader);
     QVERIFY(events.wait(QStringLiteral("{a=2}")));
     QCOMPARE(events.updates(), QStringList({"{a=2}"}));
     reader.setAttributeCacheEnabled(true);

@@ -194,14 +194,15 @@ void ReentranceTest::aSlotRemovesItsObject()
     ZopObject object(testPath("object"), ZopObject::Subscribe, false);
     object.setAttributeCacheEnabled(true);
     const Events events(&object);
-    connect(&object, &ZopObject::attributeChanged, this, [] {
+    connect(&object, &ZopObject::attributeChanged, this, [](const QString &name) {
+        if (name != QLatin1String("a"))
+            return;
         ZopObject::remove(testPath("object"));
         publish(testPath("object"), QStringLiteral("b=1"));
     });
-    connect(&object, &ZopObject::attributeRemoved, this, [&object] { object.disconnect(SIGNAL(attributeChanged())); });
     QVERIFY(set(testPath("object"), QStringLiteral("a=2")));
     QVERIFY(events.wait(QStringLiteral("{b=1}")));
-    QCOMPARE(events.updates().mid(0, 3), QStringList({"{a=2}", "{-a}", "{b=1}"}));
+    QCOMPARE(events.updates(), QStringList({"{a=2}", "{-a}", "{b=1}"}));
 }
 
 void ReentranceTest::aSlotDeletesItsWatcher()

@@ -1,0 +1,377 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "contracttest.h"
+#include "hostfiles.h"
+
+#include <QtCore/QFileInfo>
+
+#include <csignal>
+#include <random>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+using namespace morvek;
+
+namespace {
+
+/*! An object's file after the updates a=1 and a=2, and a reader that has not been told of them yet. */
+struct TwoUpdates
+{
+    explicit TwoUpdates(const QString &objectPath)
+        : path(objectPath)
+    {
+        publish(path, QString());
+        reader.reset(new ZopObject(path, ZopObject::Subscribe, false));
+        events.reset(new Events(reader.get()));
+        set(path, QStringLiteral("a=1"));
+        firstEnd = int(content(path).size());
+        set(path, QStringLiteral("a=2"));
+        bytes = content(path);
+    }
+
+    QString path;
+    std::unique_ptr<ZopObject> reader;
+    std::unique_ptr<Events> events;
+    int firstEnd = 0;
+    QByteArray bytes;
+};
+
+} // namespace
+
+class JournalTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aTornRecordIsSteppedOver();
+    void aDamagedRecordIsSteppedOver();
+    void aTornRecordIsNoNewsBeforeAnotherFollows();
+    void garbageIsReportedAndSteppedOver();
+    void aMalformedFileIsRefused_data();
+    void aMalformedFileIsRefused();
+    void aMalformedFileMayBeRemoved();
+    void aFileThatTurnsMalformedHarmsNobody();
+    void afterMalformedContentTheObjectGoesOn();
+    void randomDamageHarmsNobody();
+    void aFileDoesNotGrow();
+    void whatAKilledWriterLeftDoesNotMatter();
+    void aFileIsNotReplacedTwiceUnderASlowReader();
+    void aReaderThatIsFarTooSlowIsToldThePresentState();
+    void anUpdateThatIsTooLargeIsNotWritten();
+    void aFullDiskLeavesNothingBehind();
+    void aFloodLeavesTurnsToOthers();
+};
+
+void JournalTest::aTornRecordIsSteppedOver()
+{
+    const int length = TwoUpdates(testPath("measure")).bytes.size();
+    const int start = TwoUpdates(testPath("measure2")).firstEnd;
+    for (int cut = start + 1; cut < length; ++cut) {
+        const TwoUpdates object(testPath("object") + QString::number(cut));
+        const LogLines log;
+        QVERIFY(QFile::resize(fileOf(object.path), cut));
+        QVERIFY(set(object.path, QStringLiteral("a=3")));
+        QVERIFY(object.events->wait(QStringLiteral("{a=3}")));
+        QCOMPARE(object.events->updates(), QStringList({"{a=1}", "{a=3}"}));
+        QCOMPARE(log.lines.size(), 1);
+        QVERIFY2(log.lines.first().contains(fileOf(object.path)), qPrintable(log.lines.first()));
+        ZopObject later(object.path, ZopObject::Subscribe, false);
+        later.setAttributeCacheEnabled(true);
+        QCOMPARE(later.attribute(QStringLiteral("a")).toString(), QStringLiteral("3"));
+    }
+}
+
+void JournalTest::aDamagedRecordIsSteppedOver()
+{
+    const TwoUpdates measure(testPath("measure"));
+    for (int at = measure.firstEnd; at < measure.bytes.size(); ++at) {
+        const TwoUpdates object(testPath("object") + QString::number(at));
+        QByteArray damaged = object.bytes;
+        damaged[at] = char(damaged[at] ^ 0x10);
+        QVERIFY(plant(object.path, damaged));
+        QVERIFY(set(object.path, QStringLiteral("a=3")));
+        QVERIFY(object.events->wait(QStringLiteral("{a=3}")));
+        QCOMPARE(object.events->updates(), QStringList({"{a=1}", "{a=3}"}));
+    }
+}
+
+void JournalTest::aTornRecordIsNoNewsBeforeAnotherFollows()
+{
+    const TwoUpdates object(testPath("object"));
+    QVERIFY(QFile::resize(fileOf(object.path), object.bytes.size() - 1));
+    QVERIFY(object.events->wait(QStringLiteral("{a=1}")));
+    const LogLines log;
+    // It may still be under way: a reader waits for its rest.
+    QVERIFY(plant(object.path, object.bytes));
+    QVERIFY(object.events->wait(QStringLiteral("{a=2}")));
+    QCOMPARE(object.events->updates(), QStringList({"{a=1}", "{a=2}"}));
+    QCOMPARE(log.lines, QStringList());
+}
+
+void JournalTest::garbageIsReportedAndSteppedOver()
+{
+    for (const int size : {1, 23, 24, 25, 100, 65535, 65536, 300000}) {
+        const TwoUpdates object(testPath("object") + QString::number(size));
+        const LogLines log;
+        QFile file(fileOf(object.path));
+        QVERIFY(file.open(QIODevice::Append));
+        file.write(QByteArray(size, '\x55'));
+        file.close();
+        QVERIFY(set(object.path, QStringLiteral("a=3")));
+        QVERIFY(object.events->wait(QStringLiteral("{a=3}")));
+        QCOMPARE(object.events->updates(), QStringList({"{a=1}", "{a=2}", "{a=3}"}));
+        const QStringList reported = log.lines.filter(fileOf(object.path));
+        QVERIFY(!reported.isEmpty());
+        QVERIFY2(reported.first().contains(QString::number(size)), qPrintable(reported.first()));
+    }
+}
+
+void JournalTest::aMalformedFileIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    publish(QStringLiteral("/zop/sound"), QStringLiteral("a=1"));
+    const QByteArray sound = content(QStringLiteral("/zop/sound"));
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("one byte") << QByteArray("Z");
+    QTest::newRow("text") << QByteArray("a=1\nb=2\n").repeated(100);
+    QTest::newRow("zeros") << QByteArray(1000000, '\0');
+    QTest::newRow("half a header") << sound.left(20);
+    for (const int at : {0, 7, 8, 16, 24, 32, 40}) {
+        QByteArray damaged = sound;
+        damaged[at] = char(damaged[at] ^ 1);
+        QTest::addRow("byte %d", at) << damaged;
+    }
+}
+
+void JournalTest::aMalformedFileIsRefused()
+{
+    QFETCH(QByteArray, bytes);
+    const QString path = testPath("object") + QString::number(qHash(QByteArray(QTest::currentDataTag())));
+    QVERIFY(plant(path, bytes));
+    for (const auto mode : {ZopObject::Subscribe, ZopObject::ReadWrite, ZopObject::Publish}) {
+        ZopObject object(path, mode, false);
+        QVERIFY(!object.isValid());
+        QVERIFY2(object.errorString().contains(fileOf(path)), qPrintable(object.errorString()));
+        QVERIFY(!set(object, QStringLiteral("a=2")));
+    }
+    QVERIFY(!publish(path, QString()));
+    QCOMPARE(content(path), bytes); // nothing is overwritten
+}
+
+void JournalTest::aMalformedFileMayBeRemoved()
+{
+    QVERIFY(plant(testPath("object"), "garbage"));
+    QVERIFY(ZopObject::remove(testPath("object")));
+    const ZopObject object(testPath("object"), ZopObject::Publish, false);
+    QVERIFY(object.isValid());
+}
+
+void JournalTest::aFileThatTurnsMalformedHarmsNobody()
+{
+    QVERIFY(publish(testPath("beside"), QString()));
+    ZopObject beside(testPath("beside"), ZopObject::Subscribe, false);
+    const Events ofBeside(&beside);
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=1")));
+    ZopObject reader(testPath("object"), ZopObject::ReadWrite, false);
+    reader.setAttributeCacheEnabled(true);
+    const Events events(&reader);
+    QVERIFY(QFile::remove(fileOf(testPath("object"))));
+    QVERIFY(plant(testPath("object"), "garbage"));
+    QVERIFY(set(testPath("beside"), QStringLiteral("b=1")));
+    QVERIFY(ofBeside.wait(QStringLiteral("{b=1}")));
+    QVERIFY(!set(reader, QStringLiteral("a=2")));
+    QVERIFY(reader.errorString().contains(fileOf(testPath("object"))));
+    // Once there is an object again it is told.
+    QVERIFY(ZopObject::remove(testPath("object")));
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=3")));
+    QVERIFY(events.wait(QStringLiteral("{a=3}")));
+    QCOMPARE(events.updates(), QStringList({"{-a}", "{a=3}"}));
+}
+
+void JournalTest::afterMalformedContentTheObjectGoesOn()
+{
+    const TwoUpdates object(testPath("object"));
+    QVERIFY(object.events->wait(QStringLiteral("{a=2}")));
+    QVERIFY(QFile::resize(fileOf(object.path), 0)); // while it is open
+    set(object.path, QStringLiteral("a=3"));
+    QVERIFY(ZopObject::remove(object.path));
+    QVERIFY(publish(object.path, QStringLiteral("a=4")));
+    QVERIFY(object.events->wait(QStringLiteral("{a=4}")));
+}
+
+void JournalTest::randomDamageHarmsNobody()
+{
+    std::mt19937 random(7);
+    for (int round = 0; round < 200; ++round) {
+        const TwoUpdates object(testPath("object") + QString::number(round));
+        QByteArray damaged = object.bytes;
+        for (int i = 0; i < 4; ++i)
+            damaged[int(random() % unsigned(damaged.size()))] = char(random());
+        damaged.truncate(int(random() % unsigned(damaged.size() + 1)));
+        QVERIFY(plant(object.path, damaged));
+        QCoreApplication::processEvents();
+        ZopObject later(object.path, ZopObject::Subscribe, false);
+        later.setAttributeCacheEnabled(true);
+        const QString told = later.attribute(QStringLiteral("a"), ZopVariant(QStringLiteral("none"))).toString();
+        QVERIFY2(QStringList({"none", "1", "2"}).contains(told), qPrintable(told));
+    }
+}
+
+void JournalTest::aFileDoesNotGrow()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=1")));
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    qint64 largest = 0;
+    for (int n = 0; n < 20000; ++n) {
+        QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));
+        if (n % 1000 == 0)
+            QCoreApplication::processEvents();
+        largest = qMax(largest, QFileInfo(fileOf(testPath("object"))).size());
+    }
+    QVERIFY2(largest < 600000, qPrintable(QString::number(largest)));
+    QStringList files = QDir(fileOf(testFolder())).entryList(QDir::Files | QDir::Hidden);
+    files.removeAll(QStringLiteral(".object.old"));
+    QCOMPARE(files, QStringList({"object"}));
+}
+
+void JournalTest::whatAKilledWriterLeftDoesNotMatter()
+{
+    for (const char *name : {".object.new", ".object.old"})
+        QVERIFY(plant(testPath(name), "garbage"));
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=1")));
+    Peer reader;
+    QVERIFY(reader.ask(QStringLiteral("open o %1 1").arg(testPath("object")), QStringLiteral("o open")));
+    for (const char *name : {".object.new", ".object.old"})
+        QVERIFY(plant(testPath(name), "garbage"));
+    // A writer that dies between its two steps leaves the present file under the old one's name.
+    QVERIFY(publish(testPath("twice"), QStringLiteral("a=1")));
+    QCOMPARE(::link(QFile::encodeName(fileOf(testPath("twice"))).constData(),
+                    QFile::encodeName(fileOf(testPath(".twice.old"))).constData()),
+             0);
+    for (const char *name : {"object", "twice"}) {
+        ZopObject writer(testPath(name), ZopObject::ReadWrite, false);
+        for (int n = 0; n < 50; ++n) {
+            QVERIFY(set(writer, QStringLiteral("p=50000*p n=%1").arg(n)));
+            QVERIFY(waitUntil([&] { return writer.attribute(QStringLiteral("n")).toInt() == n; }));
+            if (n % 10 == 0 && QLatin1String(name) == QLatin1String("object"))
+                QVERIFY(reader.wait(QStringLiteral("o {n=%1 p=50000*p}").arg(n)));
+        }
+        const qint64 size = QFileInfo(fileOf(testPath(name))).size();
+        QVERIFY2(size < 1500000, qPrintable(QString::number(size)));
+    }
+    QVERIFY(reader.wait(QStringLiteral("o {n=49 p=50000*p}")));
+    QCOMPARE(reader.heard(QStringLiteral("o {")).size(), 50);
+}
+
+void JournalTest::aFileIsNotReplacedTwiceUnderASlowReader()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    Peer slow;
+    QVERIFY(slow.ask(QStringLiteral("open o %1 1").arg(testPath("object")), QStringLiteral("o open")));
+    QVERIFY(slow.ask(QStringLiteral("hold"), QStringLiteral("held")));
+    for (int n = 0; n < 100; ++n)
+        QVERIFY(set(testPath("object"), QStringLiteral("p=50000*p n=%1").arg(n)));
+    const qint64 held = QFileInfo(fileOf(testPath("object"))).size();
+    QVERIFY2(held > 3000000, qPrintable(QString::number(held)));
+    slow.send(QStringLiteral("go"));
+    QVERIFY(slow.wait(QStringLiteral("o {n=99 p=50000*p}")));
+    for (int n = 100; n < 150; ++n)
+        QVERIFY(set(testPath("object"), QStringLiteral("p=50000*p n=%1").arg(n)));
+    QVERIFY(QFileInfo(fileOf(testPath("object"))).size() < held);
+    QVERIFY(slow.wait(QStringLiteral("o {n=149 p=50000*p}")));
+    QCOMPARE(slow.heard(QStringLiteral("o {")).size(), 150);
+}
+
+void JournalTest::aReaderThatIsFarTooSlowIsToldThePresentState()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("gone=1")));
+    Peer slow;
+    QVERIFY(slow.ask(QStringLiteral("open o %1 1").arg(testPath("object")), QStringLiteral("o open")));
+    QVERIFY(slow.ask(QStringLiteral("cache o"), QStringLiteral("o cached")));
+    QVERIFY(slow.ask(QStringLiteral("hold"), QStringLiteral("held")));
+    QVERIFY(set(testPath("object"), QStringLiteral("-gone")));
+    for (int n = 1; n <= 160; ++n)
+        QVERIFY(set(testPath("object"), QStringLiteral("p=1000000*p n=%1").arg(n)));
+    QVERIFY(QFileInfo(fileOf(testPath("object"))).size() < 100 * 1000 * 1000);
+    slow.send(QStringLiteral("go"));
+    QVERIFY(slow.wait(QStringLiteral("o n=160")));
+    QVERIFY(slow.ask(QStringLiteral("cache o"), QStringLiteral("o cached")));
+    QCOMPARE(slow.heard(QStringLiteral("o {")).last(), QStringLiteral("n=160 p=1000000*p}"));
+    QVERIFY(set(testPath("object"), QStringLiteral("end=1")));
+    QVERIFY(slow.wait(QStringLiteral("o {end=1}")));
+    QCOMPARE(slow.heard(QStringLiteral("o -")), QStringList({"gone"}));
+    QVERIFY(slow.quit());
+    QVERIFY(slow.standardError().contains(QFile::encodeName(fileOf(testPath("object")))));
+}
+
+void JournalTest::anUpdateThatIsTooLargeIsNotWritten()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=1")));
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    QVERIFY(!set(writer, QStringLiteral("a=17000000*x")));
+    QVERIFY(!writer.errorString().isEmpty());
+    QString error;
+    QVERIFY(!ZopObject::create(testPath("other"), changesFrom(QStringLiteral("a=17000000*x")), &error));
+    QVERIFY(!error.isEmpty());
+    QVERIFY(set(writer, QStringLiteral("b=1")));
+    ZopObject reader(testPath("object"), ZopObject::Subscribe, false);
+    const Events events(&reader);
+    reader.setAttributeCacheEnabled(true);
+    QCOMPARE(events.updates(), QStringList({"{a=1 b=1}"}));
+    QStringList files = QDir(fileOf(testFolder())).entryList(QDir::Files | QDir::Hidden);
+    QCOMPARE(files, QStringList({"object"}));
+}
+
+void JournalTest::aFullDiskLeavesNothingBehind()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=1")));
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    ZopObject reader(testPath("object"), ZopObject::Subscribe, false);
+    const Events events(&reader);
+    const QByteArray before = content(testPath("object"));
+    const LogLines log;
+
+    // A limit of the file's size, as a full disk, takes only a part of the update.
+    rlimit usual = {};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &usual), 0);
+    const rlimit tight = {rlim_t(before.size() + 1000), usual.rlim_max};
+    signal(SIGXFSZ, SIG_IGN);
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &tight), 0);
+    const bool written = set(writer, QStringLiteral("a=2 p=5000*p"));
+    QString error;
+    const bool created = ZopObject::create(testPath("other"), changesFrom(QStringLiteral("p=9000*p")), &error);
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &usual), 0);
+    QVERIFY(!written);
+    QVERIFY(!writer.errorString().isEmpty());
+    QVERIFY(!created);
+    QVERIFY(!error.isEmpty());
+    QCOMPARE(content(testPath("object")), before);
+    QCOMPARE(QDir(fileOf(testFolder())).entryList(QDir::Files | QDir::Hidden), QStringList({"object"}));
+
+    QVERIFY(set(writer, QStringLiteral("a=3")));
+    QVERIFY(events.wait(QStringLiteral("{a=3}")));
+    QCOMPARE(events.updates(), QStringList({"{a=3}"}));
+    QCOMPARE(log.lines, QStringList());
+}
+
+void JournalTest::aFloodLeavesTurnsToOthers()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    ZopObject reader(testPath("object"), ZopObject::Subscribe, false);
+    const Events events(&reader);
+    int toldBefore = 0;
+    const auto note = [&] { toldBefore = events.updates().size(); };
+    connect(&reader, &ZopObject::attributesChanged, this, [&] {
+        if (toldBefore == 0)
+            QMetaObject::invokeMethod(this, note, Qt::QueuedConnection);
+    });
+    for (int n = 1; n <= 3000; ++n)
+        QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));
+    QVERIFY(events.wait(QStringLiteral("{n=3000}")));
+    QVERIFY2(toldBefore > 0 && toldBefore < 1000, qPrintable(QString::number(toldBefore)));
+}
+
+CONTRACT_TEST_MAIN(JournalTest)
+
+#include "tst_journal.moc"
