@@ -378,9 +378,9 @@ void ReentranceTest::aSlotWaitsForTheNextReply()
     bool answeredInside = false;
     // Both replies arrive together; the third one is asked for only then.
     connect(&first, &ZopControlCommand::finished, this, [&] {
-        third.setMessage(QStringLiteral("echo"));
+        answeredInside = waitUntil([&ofSecond] { return ofSecond.count() == 1; });
         third.start();
-        answeredInside = waitUntil([&] { return ofSecond.count() == 1 && ofThird.count() == 1; });
+        answeredInside = waitUntil([&ofThird] { return ofThird.count() == 1; }) && answeredInside;
     });
     for (ZopControlCommand *command : {&first, &second}) {
         command->setMessage(QStringLiteral("echo"));
