@@ -40,6 +40,7 @@ private Q_SLOTS:
     void mayBeDeletedBeforeItsReply();
     void failsWhenItsObjectIsDeleted();
     void failsWhenTheDaemonIsGone();
+    void theEndOfOneDaemonFailsNoRequestToTheNext();
     void repliesMayComeInAnyOrder();
     void tenThousandCostNothingAfterwards();
 };
@@ -101,6 +102,8 @@ void CommandTest::readsTheReply_data()
     QTest::newRow("negative err") << "res=x err=-5 errmsg=refused" << true << -5 << "refused"
                                   << "";
     QTest::newRow("err without text") << "res=x err=7" << true << 7 << ""
+                                      << "";
+    QTest::newRow("text without err") << "res=x errmsg=refused" << true << -1 << "refused"
                                       << "";
     QTest::newRow("err that is no number") << "res=x err=EPERM" << true << -1 << ""
                                            << "";
@@ -295,6 +298,26 @@ void CommandTest::failsWhenTheDaemonIsGone()
     QVERIFY(finished.wait());
     QCOMPARE(command.errorCode(), -1);
     QVERIFY(!command.errorString().isEmpty());
+}
+
+void CommandTest::theEndOfOneDaemonFailsNoRequestToTheNext()
+{
+    auto former = std::make_unique<ZopObject>(testPath("control"), ZopObject::Publish, true);
+    ZopObject client(testPath("control"), ZopObject::ReadWrite, false);
+    ZopControlCommand first(&client);
+    QSignalSpy ofFirst(&first, &ZopControlCommand::finished);
+    first.start();
+    former.reset();
+    // The client has had no turn of the event loop to learn of it.
+    ZopObject next(testPath("control"), ZopObject::Publish, true);
+    answerAll(next, QStringLiteral("dat=y"));
+    ZopControlCommand second(&client);
+    QSignalSpy ofSecond(&second, &ZopControlCommand::finished);
+    second.start();
+    QVERIFY(waitUntil([&] { return ofFirst.count() == 1 && ofSecond.count() == 1; }));
+    QCOMPARE(first.errorCode(), -1);
+    QVERIFY2(!second.hasError(), qPrintable(second.errorString()));
+    QCOMPARE(second.datResponse().toString(), QStringLiteral("y"));
 }
 
 void CommandTest::repliesMayComeInAnyOrder()
