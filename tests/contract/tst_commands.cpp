@@ -360,11 +360,11 @@ void CommandTest::tenThousandCostNothingAfterwards()
         return waitUntil([&finished, awaited] { return finished == awaited; });
     };
     QVERIFY(ask(1));
-    const int descriptors = QDir(QStringLiteral("/proc/self/fd")).count();
+    const uint descriptors = QDir(QStringLiteral("/proc/self/fd")).count();
     const int children = client.findChildren<QObject *>().size();
     for (int i = 0; i < 100; ++i)
         QVERIFY(ask(100));
-    QCOMPARE(QDir(QStringLiteral("/proc/self/fd")).count(), uint(descriptors));
+    QCOMPARE(QDir(QStringLiteral("/proc/self/fd")).count(), descriptors);
     QCOMPARE(client.findChildren<QObject *>().size(), children);
     QVERIFY(ask(1));
     QCOMPARE(finished, 10002);
