@@ -4,6 +4,8 @@
 
 #include <QtCore/QDir>
 
+#include <memory>
+
 using namespace morvek;
 
 namespace {
@@ -222,6 +224,7 @@ void CommandTest::failsWithoutAnObject_data()
     QTest::newRow("none") << 0;
     QTest::newRow("a missing one") << 1;
     QTest::newRow("a state object") << 2;
+    QTest::newRow("opened for reading") << 3;
 }
 
 void CommandTest::failsWithoutAnObject()
@@ -229,8 +232,11 @@ void CommandTest::failsWithoutAnObject()
     QFETCH(int, kind);
     if (kind == 2)
         QVERIFY(publish(testPath("state"), QString()));
-    ZopObject object(testPath("state"), ZopObject::ReadWrite, false);
-    QCOMPARE(object.isValid(), kind == 2);
+    std::unique_ptr<ZopObject> daemon;
+    if (kind == 3)
+        daemon = std::make_unique<ZopObject>(testPath("state"), ZopObject::Publish, true);
+    ZopObject object(testPath("state"), kind == 3 ? ZopObject::Subscribe : ZopObject::ReadWrite, false);
+    QCOMPARE(object.isValid(), kind >= 2);
     ZopControlCommand command(kind == 0 ? nullptr : &object);
     QSignalSpy finished(&command, &ZopControlCommand::finished);
     command.setMessage(QStringLiteral("x"));
