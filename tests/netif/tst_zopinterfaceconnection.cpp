@@ -123,6 +123,7 @@ private Q_SLOTS:
     void connectedIsToldBeforeLaterAttributes();
     void removalsChangeNothing();
     void emptyUpdateDoesNothing();
+    void updateMayBeDroppedWhileItIsTold();
     void updateWithoutObject();
     void parentChanges();
     void mayBeDeletedWhileItTells_data();
@@ -592,6 +593,20 @@ void TestZopInterfaceConnection::emptyUpdateDoesNothing()
     fixture.connection->onZopInterfaceAttributesChanged(ZopChangeset());
     QVERIFY(fixture.data() == before);
     QVERIFY(fixture.events.isEmpty());
+}
+
+// Whoever has made the update may let go of it in the slot.
+void TestZopInterfaceConnection::updateMayBeDroppedWhileItIsTold()
+{
+    Fixture fixture(unplugged());
+    ZopDouble::store(interfacePath(QStringLiteral("en0")), wired());
+    ZopChangeset update {with(wired(), "type", text("usb")), {}};
+    QObject::connect(fixture.connection.get(), &Connection::interfaceConnected,
+                     [&update] { update.assignments.clear(); });
+    fixture.connection->onZopInterfaceAttributesChanged(update);
+    QVERIFY(update.assignments.isEmpty());
+    QCOMPARE(int(fixture.data().type), 3);
+    QCOMPARE(addresses(fixture.data()), QStringList(QStringLiteral("10.0.0.5/255.0.0.0")));
 }
 
 void TestZopInterfaceConnection::updateWithoutObject()
