@@ -120,7 +120,8 @@ void InterfaceCommand::finish(ExitCode code)
     m_timeout.stop();
     m_retry.stop();
     // The service may have more to tell before the event loop ends.
-    m_service->disconnect(this);
+    if (m_service)
+        m_service->disconnect(this);
     Q_EMIT finished(code);
 }
 
