@@ -177,6 +177,7 @@ private Q_SLOTS:
     void vanishedBeforeTheReplyToADisconnection_data();
     void vanishedBeforeTheReplyToADisconnection();
     void vanishedBeforeTheAddressesWereGone();
+    void vanishedAfterItsIdentifierWasUsedAgain();
     void vanishedAfterAFailedDisconnection();
     void vanishedWithTwoCommandsInFlight_data();
     void vanishedWithTwoCommandsInFlight();
@@ -773,6 +774,26 @@ void TestInterfaceConfiguration::vanishedBeforeTheAddressesWereGone()
         addInterface("en0", wired());
         QCOMPARE(fixture.events->take(), lines({"removed en0", "added en0"}));
     }
+}
+
+void TestInterfaceConfiguration::vanishedAfterItsIdentifierWasUsedAgain()
+{
+    Fixture fixture(wired());
+    addInterface("en1", wired());
+    ZopDouble::setNextId(QStringLiteral("7"));
+    fixture.configure();
+    ZopDouble::answer(0);
+    AsyncNetworkInterfaceOperation second;
+    ZopDouble::setNextId(QStringLiteral("7"));
+    fixture.provider->configure(&second, held("en1"), manual());
+    fixture.events->take();
+    ZopDouble::answerError(1, 5, QString());
+    QCOMPARE(fixture.events->take(), lines({"failure 5 The system was unable to configure the interface."}));
+    removeInterface("en0");
+    QCOMPARE(fixture.events->take(),
+             lines({"removed en0", "failure -1 The interface to configure is not in the list of known interfaces."}));
+    QCOMPARE(fixture.events->operations(),
+             (QList<AsyncNetworkInterfaceOperation *> {&second, fixture.operation.get()}));
 }
 
 void TestInterfaceConfiguration::vanishedAfterAFailedDisconnection()

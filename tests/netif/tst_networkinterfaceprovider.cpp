@@ -67,6 +67,8 @@ private Q_SLOTS:
     void dropsItsObjects();
     void failsToOpen_data();
     void failsToOpen();
+    void isReadyBeforeItSaysSo();
+    void isUnreadyBeforeItSaysSo();
     void logsItsStart();
     void opensWhatIsMissing();
     void initTwice();
@@ -255,6 +257,34 @@ void TestNetworkInterfaceProvider::failsToOpen()
             expected.append(QString::fromLatin1(NotInitialized));
         QCOMPARE(log.take(), expected);
     }
+}
+
+void TestNetworkInterfaceProvider::isReadyBeforeItSaysSo()
+{
+    start();
+    NetworkInterfaceProviderZop provider;
+    provider.setReady(false);
+    LogCapture log(6);
+    QStringList linesBefore;
+    connect(&provider, &ServiceProviderBase::readyChanged, &provider, [&] { linesBefore = log.take(); });
+    QVERIFY(provider.init());
+    QCOMPARE(linesBefore, lines({Signature}));
+    QCOMPARE(log.take(), lines({"debug1 1300 Service is ready? : true"}));
+}
+
+void TestNetworkInterfaceProvider::isUnreadyBeforeItSaysSo()
+{
+    start();
+    ZopDouble::refuse(QString::fromLatin1(Control), QStringLiteral("Out of order"));
+    NetworkInterfaceProviderZop provider;
+    provider.setReady(true);
+    LogCapture log(6);
+    QStringList linesBefore;
+    connect(&provider, &ServiceProviderBase::readyChanged, &provider, [&] { linesBefore = log.take(); });
+    QVERIFY(!provider.init());
+    QCOMPARE(linesBefore,
+             lines({Signature, "debug1 1300 Error creating ZOP object \"/zop/services/networking/control\""}));
+    QCOMPARE(log.take(), lines({"debug1 1300 Service is ready? : false", NotInitialized}));
 }
 
 void TestNetworkInterfaceProvider::logsItsStart()
