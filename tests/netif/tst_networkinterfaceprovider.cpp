@@ -899,6 +899,8 @@ void TestNetworkInterfaceProvider::announcedTwiceAndRemoved()
     addInterface("en0", wired());
     change("en0", "mtu", ZopVariant(9000));
     QCOMPARE(events.take(), lines({"added en0", "changed en0"}));
+    removeInterface("en0"); // must not end the former connections once more
+    QCOMPARE(events.take(), lines({"removed en0"}));
 }
 
 void TestNetworkInterfaceProvider::announcedAgainUnreadable()
