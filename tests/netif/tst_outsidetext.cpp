@@ -87,6 +87,7 @@ void TestOutsideText::interfaceAttributes_data()
     row("mtu, too small", "mtu", "-2147483649", "mtu:0");
     row("mtu, huge", "mtu", QByteArray(100000, '9'), "mtu:0");
     row("mtu, fraction", "mtu", "1500.5", "mtu:0");
+    row("mtu, zero byte", "mtu", QByteArray("1400\0", 5), "mtu:0");
     row("mtu, words", "mtu", "many", "mtu:0");
     row("mtu, nothing", "mtu", "", "mtu:0");
     row("up, number", "up", "2", "up:0");

@@ -325,6 +325,8 @@ void TestZopInterfaceConnection::findsAddress_data()
     row("three numbers", R"(["10.0.5/255.0.0.0"])", "", "");
     row("letters before", R"(["x10.0.0.5/255.0.0.0"])", "", "");
     row("letters behind", R"(["10.0.0.5x/255.0.0.0"])", "", "");
+    row("letter as last digit", R"(["10.0.0.24X/255.0.0.0"])", "", "");
+    row("letter as last digit of the first number", R"(["24A.0.0.5/255.0.0.0"])", "", "");
     row("commas", R"(["10,0,0,5/255.0.0.0"])", "", "");
     row("in the second part only", R"(["fe80::2/10.0.0.5"])", "", "");
     row("empty text", R"([""])", "", "");
