@@ -12,15 +12,23 @@ namespace morvek {
  * An operation that ends with a list of \a T.
  *
  * A service hands out one of the concrete classes, each with the signals success() and failure(). One of them
- * comes once, always from the event loop and never inside the call that started the operation, so that there is
- * time to connect. The caller owns the operation and deletes it whenever it likes, usually with deleteLater() in
- * the slot; deleting it earlier does not withdraw the request.
+ * tells the end, always from the event loop and never inside the call that started the operation, so that there is
+ * time to connect. The caller owns the operation and deletes it whenever it likes, usually in the slot; deleting
+ * it earlier does not withdraw the request.
+ *
+ * \code
+ * AsyncNetworkInterfaceOperation *operation = service->configure(networkInterface, config);
+ * connect(operation, &AsyncNetworkInterfaceOperation::success, this, [this, operation] {
+ *     show(operation->results().first());
+ *     operation->deleteLater();
+ * });
+ * \endcode
  */
 template<typename T>
 class AsyncOperation : public AsyncOperationBase
 {
 public:
-    /*! What the operation ended with; empty while it is pending and after failure(). */
+    /*! What the operation ended well with; empty before. */
     QList<T> results() const { return m_results; }
 
 private:

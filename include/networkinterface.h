@@ -20,20 +20,21 @@ struct NetworkInterfaceData;
  * One network interface of the unit, as it was when NetworkInterfaceService handed it out.
  *
  * It is a value that stays as it is: ask the service again, or listen to its signals, to follow the interface.
- * Only parent() looks at the present state. A copy shares nothing else with its source.
+ * Only its link to the parent interface is alive: parent() and the comparisons see that one as it is now, or not at
+ * all once it is gone. A copy shares nothing else with its source.
  */
 class MORVEK_NETWORK_EXPORT NetworkInterface
 {
 public:
     enum InterfaceType : int {
-        Unknown = 0,
-        Wired = 1,
-        Wifi = 2,
-        Usb = 3,
-        Cellular = 4,
-        Bluetooth = 5,
-        Vpn = 6,
-        OrvanBridge = 7,
+        Unknown = 0,     //!< a kind that this library has no name for
+        Wired = 1,       //!< Ethernet
+        Wifi = 2,        //!< Wi-Fi station
+        Usb = 3,         //!< network over USB
+        Cellular = 4,    //!< cellular modem
+        Bluetooth = 5,   //!< Bluetooth dial-up
+        Vpn = 6,         //!< virtual private network
+        OrvanBridge = 7, //!< Orvan bridge
     };
 
     /*! An empty interface. */
@@ -49,10 +50,13 @@ public:
     /*! True when every field has its default value, as after construction. */
     bool isEmpty() const;
 
+    /*! The name that the networking daemon publishes it under; unique on the unit. */
     QString name() const;
     /*! Routing priority: 1 for the most preferred interface, -1 when none is known. */
     int priority() const;
+    /*! The present addresses and gateway, and whether they come from DHCP. */
     NetworkInterfaceConfig configuration() const;
+    /*! What kind of interface it is. */
     InterfaceType type() const;
     /*! The hardware address as the networking daemon writes it. */
     QString macAddress() const;
@@ -60,6 +64,7 @@ public:
     int maxTransmissionUnit() const;
     /*! True when the interface exists and can be used. */
     bool available() const;
+    /*! True when the networking daemon reports it as connected. */
     bool connected() const;
     /*! True when the interface stands on another one, its parent(). */
     bool isVirtual() const;

@@ -52,6 +52,7 @@ public:
     /*! True for Auto without addresses and gateways. */
     bool isEmpty() const;
 
+    /*! By DHCP or by hand. */
     ConfigurationType type() const;
     void setType(ConfigurationType type);
 
@@ -61,6 +62,7 @@ public:
     /*! Appends \a address. */
     void addIpAddress(const QNetworkAddressEntry &address);
 
+    /*! Gateways, the one that is used first. */
     QList<QHostAddress> gatewayAddresses() const;
     void setGatewayAddresses(const QList<QHostAddress> &gateways);
     /*! Appends \a gateway. */

@@ -27,10 +27,15 @@ class NetworkInterfaceConfig;
  * AsyncNetworkInterfaceOperation *operation = service->configure(service->preferredInterface(), config);
  * connect(operation, &AsyncNetworkInterfaceOperation::success, this, &Settings::onConfigured);
  * connect(operation, &AsyncNetworkInterfaceOperation::failure, this, &Settings::onConfigureFailed);
+ * // The slots delete the operation; at the end:
+ * deleteNetworkInterfaceService(&service);
  * \endcode
  *
  * The service is usable on the thread that created it. It is ready as soon as it is constructed when the
- * networking daemon's objects exist then, and does not become ready later.
+ * networking daemon's objects exist then, and does not become ready later: make a new one to try again. Once ready,
+ * it outlives any restart of the daemon. Slots may delete it.
+ *
+ * No signal tells that an interface has come or gone: ask interfaces() again.
  */
 class MORVEK_NETWORK_EXPORT NetworkInterfaceService : public ServiceBase
 {
@@ -42,11 +47,15 @@ public:
 
     /*! Always true. */
     bool available() const override;
+    /*! Whether the networking daemon's objects could be opened. */
     bool ready() const override;
 
     /*! Every known interface, in ascending order of the names; empty while the service is not ready. */
     QList<NetworkInterface> interfaces() const;
-    /*! The interface that the unit prefers now; empty when there is none or the service is not ready. */
+    /*!
+     * The interface that the unit prefers now; empty when there is none or the service is not ready. When that
+     * interface vanishes, there is none until the networking daemon names one again; no signal tells it.
+     */
     NetworkInterface preferredInterface() const;
 
     /*!
@@ -58,24 +67,37 @@ public:
      * interfaceConfigurationChanged(). It fails with code -1 and one of these messages:
      *
      * - "The operation failed because the service is not ready."
-     * - "The interface to configure is not in the list of known interfaces."
+     * - "The interface to configure is not in the list of known interfaces.": it is not there, or it has vanished
+     *   while the loss of its old addresses was awaited.
      * - "The new configuration settings are the same as the current configuration settings.": \a config equals
      *   the configuration that \a networkInterface holds, or both ask for DHCP.
      * - "For manual configuration, the new configuration settings must specify an IP address, a netmask address
      *   and a gateway address."
      *
-     * or with the networking daemon's own code and "The system was unable to configure the interface.", followed
-     * by the daemon's words in brackets when it has any. There is no time limit.
+     * or with "The system was unable to configure the interface.", followed by the reason in brackets when there is
+     * one: with the networking daemon's own code when it refuses, with code -1 when it is not there or ends before
+     * it has answered.
+     *
+     * There is no time limit: an interface that is disconnected and never reports the loss of its addresses leaves
+     * the operation open. When the daemon refuses to disconnect the interface, the operation fails; should the
+     * interface lose its addresses later all the same, the new configuration is still sent, and the same operation,
+     * unless it was deleted, tells the outcome of that too.
      */
     AsyncNetworkInterfaceOperation *configure(const NetworkInterface &networkInterface,
                                               const NetworkInterfaceConfig &config);
 
 Q_SIGNALS:
-    /*! Any property of the interface has changed, except whether it is connected. */
+    /*!
+     * The networking daemon has set a property of the interface other than whether it is connected, be it to the
+     * value that it had.
+     */
     void interfaceConfigurationChanged(const morvek::NetworkInterface &networkInterface);
     /*! The unit prefers another interface now, or none: then it is empty. */
     void preferredInterfaceChanged(const morvek::NetworkInterface &networkInterface);
-    /*! The networking daemon reports the interface as connected; it may say so more than once. */
+    /*!
+     * The networking daemon reports the interface as connected; it may say so more than once. Addresses that come
+     * with the same update are not in \a networkInterface yet: interfaceConfigurationChanged() follows with them.
+     */
     void interfaceConnected(const morvek::NetworkInterface &networkInterface);
     /*! The networking daemon reports the interface as not connected; it may say so more than once. */
     void interfaceDisconnected(const morvek::NetworkInterface &networkInterface);

@@ -61,6 +61,7 @@ public:
     QFlags<WifiSecurityProtocol> securityProtocols() const;
     void setSecurityProtocols(const QFlags<WifiSecurityProtocol> &protocols);
 
+    /*! Whether it is part of an infrastructure network. */
     WifiServiceSet serviceSet() const;
     void setServiceSet(WifiServiceSet serviceSet);
 

@@ -44,9 +44,11 @@ public:
     QString passkey() const;
     void setPasskey(const QString &passkey);
 
+    /*! How keys are negotiated: with a pre-shared key, or not at all. */
     WifiKeyManagementType keyManagementType() const;
     void setKeyManagementType(WifiKeyManagementType type);
 
+    /*! The one protocol to use. */
     WifiSecurityProtocol securityProtocol() const;
     void setSecurityProtocol(WifiSecurityProtocol protocol);
 

@@ -42,7 +42,7 @@ public:
     QString name() const;
     void setName(const QString &name);
 
-    /*! Empty at first. */
+    /*! What clients need to join the network; empty at first. */
     QString passphrase() const;
     void setPassphrase(const QString &passphrase);
 
@@ -50,7 +50,7 @@ public:
     QFlags<WifiSecurityProtocol> securityType() const;
     void setSecurityType(const QFlags<WifiSecurityProtocol> &securityType);
 
-    /*! 2.4 GHz at first. */
+    /*! The radio band that the hotspot works in; 2.4 GHz at first. */
     WifiBand band() const;
     void setBand(WifiBand band);
 
@@ -62,11 +62,11 @@ public:
     int maxClients() const;
     void setMaxClients(int maxClients);
 
-    /*! False at first. */
+    /*! The privacy switch of the tethering manager's profile, passed on as it is; false at first. */
     bool privacy() const;
     void setPrivacy(bool privacy);
 
-    /*! Whether connections are blocked; false at first. */
+    /*! The profile's switch that blocks connections, passed on as it is; false at first. */
     bool blockConn() const;
     void setBlockConn(bool blockConn);
 

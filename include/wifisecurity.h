@@ -35,6 +35,10 @@ enum WifiServiceSet {
     WifiServiceSetIbss = 2, //!< anything else
 };
 
+Q_DECLARE_OPERATORS_FOR_FLAGS(QFlags<WifiCipher>)
+Q_DECLARE_OPERATORS_FOR_FLAGS(QFlags<WifiKeyManagementType>)
+Q_DECLARE_OPERATORS_FOR_FLAGS(QFlags<WifiSecurityProtocol>)
+
 } // namespace morvek
 
 #endif

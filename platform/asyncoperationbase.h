@@ -17,9 +17,11 @@ public:
     explicit AsyncOperationBase(QObject *parent = nullptr);
     ~AsyncOperationBase() override;
 
-    /*! The error that the operation failed with; code 0 while it is pending and after success. */
+    /*! The error that the operation failed with; code 0 when it has not failed. */
     AsyncOperationError error() const;
+    /*! Whether the operation has failed. */
     bool hasError() const;
+    /*! Keeps \a error for the application to read; whoever runs the operation calls it. */
     void setError(const AsyncOperationError &error);
 
 private:

@@ -34,10 +34,16 @@ public:
 
     /*! Writes the request. A second call does nothing. */
     void start();
-    /*! The identifier of the started request, a decimal number; empty before start(). */
+    /*!
+     * The identifier of the started request, a decimal number that no other unfinished command of the control
+     * object has; start() sets it even when the request cannot be written. Empty before.
+     */
     QString id() const;
 
-    /*! True when the request or its reply failed; errorCode() is then the reply's "err", or -1. */
+    /*!
+     * True when the request failed or its reply is a refusal; errorCode() is then the reply's "err", or -1 when that
+     * is no number.
+     */
     bool hasError() const;
     int errorCode() const;
     QString errorString() const;

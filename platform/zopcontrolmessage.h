@@ -13,7 +13,7 @@ struct ZopControlMessage
     QString res;    //!< in a reply: name of the request that it answers
     ZopVariant dat; //!< payload
     int id = 0;     //!< chosen by the client, unique among its pending requests
-    QString err;    //!< in a reply: error code, empty or "0" on success
+    QString err;    //!< in a reply: error code; daemons leave it empty, or "0", on success
     QString errmsg; //!< in a reply: error text
 };
 

@@ -102,7 +102,7 @@ void ZopControlCommand::Private::start(ZopControlCommand *q)
         command->d->readReply(*reply);
         emit command->finished(command);
     };
-    QString error = QStringLiteral("not a control object");
+    QString error = QStringLiteral("not a control object that was opened for writing");
     if (!controlObject || !controlObject->d->client || !controlObject->d->client->send(request, answer, &id, &error))
         fail(q, error);
 }

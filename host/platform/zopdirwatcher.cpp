@@ -66,11 +66,10 @@ void ZopDirWatcher::Private::entryChanged(const QByteArray &name, Event event)
 {
     if (event == Modified || !ZopPath::isObjectName(name))
         return;
-    // An event comes after the fact: the name may be there again, or be gone. A known name that is replaced is an
-    // object whose file has got its next generation.
-    if (event == Vanished && !remove(name))
-        return;
-    if (!m_known.contains(name) && isThere(name))
+    // A known name that is replaced is an object whose file has got its next generation.
+    if (event == Vanished)
+        remove(name);
+    else if (!m_known.contains(name) && isThere(name))
         add(name);
 }
 

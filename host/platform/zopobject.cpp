@@ -63,7 +63,7 @@ std::unique_ptr<ZopBackend> ZopObject::Private::makeBackend(const ZopPath &targe
         return std::make_unique<ControlServer>(target, tellIt);
     if (mode != Publish && isSocket(target)) {
         auto made = std::make_unique<ControlClient>(target, tellIt);
-        client = made.get();
+        client = mode == ReadWrite ? made.get() : nullptr;
         return made;
     }
     // Somebody else may create it at the same moment, which is as good.

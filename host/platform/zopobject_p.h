@@ -25,7 +25,7 @@ public:
     PublicationMode mode;
     QString error;
     std::unique_ptr<ZopBackend> backend; // null when the object could not be opened
-    ControlClient *client = nullptr;     // the backend, when it is one
+    ControlClient *client = nullptr;     // the backend, when it is one and may be written to
 
 private:
     std::unique_ptr<ZopBackend> makeBackend(const ZopPath &target, bool flag);

@@ -13,21 +13,20 @@ namespace NetworkLog {
 
 constexpr unsigned short MessageCode = 1300;
 
-inline bool wantsWarning()
-{
-    return KrelLogger::getVerbosity() > 2;
-}
-
-inline bool wantsDebug1()
-{
-    return KrelLogger::getVerbosity() > 5;
-}
-
 /*! Writes \a pieces, whatever a text stream takes, with nothing between them. */
+template<typename... Pieces>
+void warning(const Pieces &...pieces)
+{
+    if (KrelLogger::getVerbosity() <= 2)
+        return;
+    KrelStream stream = KrelLogger().warning(MessageCode);
+    (stream << ... << pieces);
+}
+
 template<typename... Pieces>
 void debug1(const Pieces &...pieces)
 {
-    if (!wantsDebug1())
+    if (KrelLogger::getVerbosity() <= 5)
         return;
     KrelStream stream = KrelLogger().debug1(MessageCode);
     (stream << ... << pieces);

@@ -55,8 +55,8 @@ const char UnreadableInterfaceText[] = "Unable to read ZOP network interface obj
 const char ParentInterfaceText[] = "Interface \"";
 const char ParentNameText[] = "\" has a parent interface \"";
 const char UnknownParentText[] = "\" which is not in our list of known interfaces.Cannot setup parent relationship.";
-const char UnknownPreferredFormat[] =
-    "Preferred network interface changed to \"%s\" which is not in the list of known interfaces.";
+const char PreferredText[] = "Preferred network interface changed to \"";
+const char UnknownPreferredText[] = "\" which is not in the list of known interfaces.";
 const char UnknownInterfaceText[] =
     "Passed in a NetworkInterface to configure() that is not in the list of known interfaces.";
 const char AlreadyAutoText[] =
@@ -129,8 +129,8 @@ bool NetworkInterfaceProviderZop::init()
     const bool opened = openInterfacesWatcher() && openStatusObject() && openControlObject();
     setReady(opened);
     NetworkLog::debug1(ReadyText, opened ? "true" : "false");
-    if (!opened && NetworkLog::wantsWarning())
-        KrelLogger().warning(NetworkLog::MessageCode, InitFailedText);
+    if (!opened)
+        NetworkLog::warning(InitFailedText);
     return opened;
 }
 
@@ -211,8 +211,11 @@ void NetworkInterfaceProviderZop::onZopNetworkingInterfaceAdded(const QString &n
     connect(connection, &ZopInterfaceConnection::interfaceParentChanged, this,
             &NetworkInterfaceProviderZop::updateParentInterfaces);
     // A name that is announced again leaves its earlier connection to the end of the interface, but nothing else.
-    if (preferredConnection && preferredConnection == interfaceConnections.value(name))
-        preferredConnection = connection;
+    if (ZopInterfaceConnection *earlier = interfaceConnections.value(name)) {
+        supersededConnections.insert(name, earlier);
+        if (preferredConnection == earlier)
+            preferredConnection = connection;
+    }
     interfaceConnections.insert(name, connection);
     updateParentInterfaces();
     emit interfaceAdded(*connection->interfaceData);
@@ -221,15 +224,14 @@ void NetworkInterfaceProviderZop::onZopNetworkingInterfaceAdded(const QString &n
 // A slot may delete this provider, and the connections with it.
 void NetworkInterfaceProviderZop::onZopNetworkingInterfaceRemoved(const QString &name)
 {
-    const ZopInterfaceConnection *known = interfaceConnections.take(name);
+    ZopInterfaceConnection *known = interfaceConnections.take(name);
     if (!known)
         return;
-    QList<QPointer<ZopInterfaceConnection>> ended;
-    const auto connections = findChildren<ZopInterfaceConnection *>(QString(), Qt::FindDirectChildrenOnly);
-    for (ZopInterfaceConnection *connection : connections) {
-        if (connection->interfaceData->name == name)
-            ended.append(connection);
-    }
+    QList<QPointer<ZopInterfaceConnection>> ended {known};
+    const QList<ZopInterfaceConnection *> superseded = supersededConnections.values(name);
+    for (ZopInterfaceConnection *connection : superseded)
+        ended.append(connection);
+    supersededConnections.remove(name);
     if (preferredConnection == known)
         preferredConnection = nullptr;
     updateParentInterfaces();
@@ -242,12 +244,12 @@ void NetworkInterfaceProviderZop::onZopNetworkingInterfaceRemoved(const QString 
 
 void NetworkInterfaceProviderZop::updateParentInterfaces()
 {
-    for (const ZopInterfaceConnection *connection : qAsConst(interfaceConnections)) {
+    for (ZopInterfaceConnection *connection : qAsConst(interfaceConnections)) {
         NetworkInterfaceData &record = *connection->interfaceData;
         if (!record.isVirtual)
             continue;
         const QString parentName = connection->parentInterface();
-        const ZopInterfaceConnection *parent = interfaceConnections.value(parentName);
+        ZopInterfaceConnection *parent = interfaceConnections.value(parentName);
         record.parent = parent ? parent->interfaceData.get() : nullptr;
         if (!parent)
             NetworkLog::debug1(ParentInterfaceText, record.name, ParentNameText, parentName, UnknownParentText);
@@ -267,8 +269,8 @@ void NetworkInterfaceProviderZop::onZopNetworkingStatusPublicAttributeChanged(co
 void NetworkInterfaceProviderZop::setPreferredInterface(const QString &name)
 {
     preferredConnection = interfaceConnections.value(name);
-    if (!preferredConnection && !name.isEmpty() && NetworkLog::wantsWarning())
-        KrelLogger().warning(NetworkLog::MessageCode, UnknownPreferredFormat, qUtf8Printable(name));
+    if (!preferredConnection && !name.isEmpty())
+        NetworkLog::warning(PreferredText, name, UnknownPreferredText);
     emit preferredInterfaceChanged(preferredInterface());
 }
 
@@ -277,7 +279,7 @@ void NetworkInterfaceProviderZop::setPriorities(const QJsonArray &names)
 {
     const QPointer<NetworkInterfaceProviderZop> self(this);
     for (int i = 0; self && i < names.size(); ++i) {
-        const ZopInterfaceConnection *connection = interfaceConnections.value(names.at(i).toString());
+        ZopInterfaceConnection *connection = interfaceConnections.value(names.at(i).toString());
         if (!connection)
             continue;
         connection->interfaceData->priority = i + 1;
@@ -478,8 +480,11 @@ void NetworkInterfaceProviderZop::endConnection(ZopInterfaceConnection *connecti
         }
     }
     delete connection;
-    for (const QPointer<AsyncNetworkInterfaceOperation> &operation : qAsConst(stranded))
-        fail(operation, RefusedCode, UnknownInterfaceReason);
+    const QPointer<NetworkInterfaceProviderZop> self(this);
+    for (const QPointer<AsyncNetworkInterfaceOperation> &operation : qAsConst(stranded)) {
+        if (self)
+            fail(operation, RefusedCode, UnknownInterfaceReason);
+    }
 }
 
 } // namespace morvek

@@ -10,6 +10,8 @@
 
 #include <list>
 
+class QJsonArray;
+
 namespace morvek {
 
 class ZopControlCommand;
@@ -100,6 +102,7 @@ private:
     ZopInterfaceConnection *preferredConnection = nullptr;
     QMap<int, NetZopRequest> pendingRequests;
     AwaitedReleases awaitedReleases;
+    QMultiMap<QString, ZopInterfaceConnection *> supersededConnections; //!< of names that were announced again
 };
 
 } // namespace morvek

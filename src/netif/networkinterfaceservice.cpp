@@ -23,10 +23,7 @@ NetworkInterfaceService::NetworkInterfaceService()
     qRegisterMetaType<NetworkInterface>();
 }
 
-NetworkInterfaceService::~NetworkInterfaceService()
-{
-    d.reset();
-}
+NetworkInterfaceService::~NetworkInterfaceService() = default;
 
 bool NetworkInterfaceService::available() const
 {
@@ -44,20 +41,16 @@ QList<NetworkInterface> NetworkInterfaceService::interfaces() const
     if (!d->provider || !ready())
         return interfaces;
     const QList<NetworkInterfaceData> records = d->provider->interfaces();
-    for (const NetworkInterfaceData &record : records) {
-        NetworkInterface networkInterface;
-        Private::writeData(networkInterface, record);
-        interfaces.append(networkInterface);
-    }
+    for (const NetworkInterfaceData &record : records)
+        interfaces.append(Private::publicValue(record));
     return interfaces;
 }
 
 NetworkInterface NetworkInterfaceService::preferredInterface() const
 {
-    NetworkInterface networkInterface;
-    if (d->provider && ready())
-        Private::writeData(networkInterface, d->provider->preferredInterface());
-    return networkInterface;
+    if (!d->provider || !ready())
+        return NetworkInterface();
+    return Private::publicValue(d->provider->preferredInterface());
 }
 
 AsyncNetworkInterfaceOperation *NetworkInterfaceService::configure(const NetworkInterface &networkInterface,
@@ -106,12 +99,17 @@ void NetworkInterfaceService::Private::writeData(NetworkInterface &target, const
     target.d->data = source;
 }
 
+NetworkInterface NetworkInterfaceService::Private::publicValue(const NetworkInterfaceData &record)
+{
+    NetworkInterface networkInterface;
+    writeData(networkInterface, record);
+    return networkInterface;
+}
+
 void NetworkInterfaceService::Private::onProviderAsyncConfigureSuccess(AsyncNetworkInterfaceOperation *operation,
                                                                        const NetworkInterfaceData &data)
 {
-    NetworkInterface networkInterface;
-    writeData(networkInterface, data);
-    AsyncOperationWriter::setResult(*operation, networkInterface);
+    AsyncOperationWriter::setResult(*operation, publicValue(data));
 }
 
 void NetworkInterfaceService::Private::onProviderAsyncConfigureFailure(AsyncNetworkInterfaceOperation *operation,
@@ -122,30 +120,22 @@ void NetworkInterfaceService::Private::onProviderAsyncConfigureFailure(AsyncNetw
 
 void NetworkInterfaceService::Private::onProviderInterfaceConfigurationChanged(const NetworkInterfaceData &data)
 {
-    NetworkInterface networkInterface;
-    writeData(networkInterface, data);
-    emit q->interfaceConfigurationChanged(networkInterface);
+    emit q->interfaceConfigurationChanged(publicValue(data));
 }
 
 void NetworkInterfaceService::Private::onProviderPreferredInterfaceChanged(const NetworkInterfaceData &data)
 {
-    NetworkInterface networkInterface;
-    writeData(networkInterface, data);
-    emit q->preferredInterfaceChanged(networkInterface);
+    emit q->preferredInterfaceChanged(publicValue(data));
 }
 
 void NetworkInterfaceService::Private::onProviderInterfaceConnected(const NetworkInterfaceData &data)
 {
-    NetworkInterface networkInterface;
-    writeData(networkInterface, data);
-    emit q->interfaceConnected(networkInterface);
+    emit q->interfaceConnected(publicValue(data));
 }
 
 void NetworkInterfaceService::Private::onProviderInterfaceDisconnected(const NetworkInterfaceData &data)
 {
-    NetworkInterface networkInterface;
-    writeData(networkInterface, data);
-    emit q->interfaceDisconnected(networkInterface);
+    emit q->interfaceDisconnected(publicValue(data));
 }
 
 } // namespace morvek

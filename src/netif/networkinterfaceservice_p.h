@@ -25,6 +25,7 @@ public:
     ~Private() override;
 
     static void writeData(NetworkInterface &target, const NetworkInterfaceData &source);
+    static NetworkInterface publicValue(const NetworkInterfaceData &record);
 
     NetworkInterfaceService *q;
     NetworkInterfaceProvider *provider;

@@ -112,7 +112,7 @@ void NetworkInterfaceProviderZop::ZopInterfaceConnection::applyConnected()
         emit interfaceDisconnected(*interfaceData);
 }
 
-// Some values come with the update and some are read again from the object: that is how it is meant.
+// What the daemon may have rewritten by now is read again from the object; the rest counts as the update told it.
 bool NetworkInterfaceProviderZop::ZopInterfaceConnection::applyAttribute(const QString &name, const ZopVariant &value)
 {
     if (name == IpAddressesAttribute) {

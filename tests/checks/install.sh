@@ -24,6 +24,12 @@ read -ra flags < <(pkg-config --cflags --libs morvek-network)
 g++ -fPIC -o "$work/with-pkg-config" examples/interfaces/main.cpp "${flags[@]}" \
     || mistake "examples/interfaces does not build with pkg-config"
 
+# A unit's own platform libraries take the stand-in's place; here they are the installed ones.
+if ! cmake -S . -B "$work/unit" -G Ninja -DMORVEK_PLATFORM="$prefix" -DBUILD_TESTING=OFF >/dev/null \
+    || ! cmake --build "$work/unit" --target morvek-network >/dev/null; then
+    mistake "the library does not build against an installed platform"
+fi
+
 # What is installed finds itself: the application reads what the daemon publishes, and so does the tool.
 mkdir -m 0700 "$work/root"
 export ZOP_ROOT=$work/root

@@ -4,6 +4,8 @@
 
 #include <QtCore/QDir>
 
+#include <memory>
+
 using namespace morvek;
 
 namespace {
@@ -40,6 +42,7 @@ private Q_SLOTS:
     void mayBeDeletedBeforeItsReply();
     void failsWhenItsObjectIsDeleted();
     void failsWhenTheDaemonIsGone();
+    void theEndOfOneDaemonFailsNoRequestToTheNext();
     void repliesMayComeInAnyOrder();
     void tenThousandCostNothingAfterwards();
 };
@@ -101,6 +104,8 @@ void CommandTest::readsTheReply_data()
     QTest::newRow("negative err") << "res=x err=-5 errmsg=refused" << true << -5 << "refused"
                                   << "";
     QTest::newRow("err without text") << "res=x err=7" << true << 7 << ""
+                                      << "";
+    QTest::newRow("text without err") << "res=x errmsg=refused" << true << -1 << "refused"
                                       << "";
     QTest::newRow("err that is no number") << "res=x err=EPERM" << true << -1 << ""
                                            << "";
@@ -219,6 +224,7 @@ void CommandTest::failsWithoutAnObject_data()
     QTest::newRow("none") << 0;
     QTest::newRow("a missing one") << 1;
     QTest::newRow("a state object") << 2;
+    QTest::newRow("opened for reading") << 3;
 }
 
 void CommandTest::failsWithoutAnObject()
@@ -226,8 +232,11 @@ void CommandTest::failsWithoutAnObject()
     QFETCH(int, kind);
     if (kind == 2)
         QVERIFY(publish(testPath("state"), QString()));
-    ZopObject object(testPath("state"), ZopObject::ReadWrite, false);
-    QCOMPARE(object.isValid(), kind == 2);
+    std::unique_ptr<ZopObject> daemon;
+    if (kind == 3)
+        daemon = std::make_unique<ZopObject>(testPath("state"), ZopObject::Publish, true);
+    ZopObject object(testPath("state"), kind == 3 ? ZopObject::Subscribe : ZopObject::ReadWrite, false);
+    QCOMPARE(object.isValid(), kind >= 2);
     ZopControlCommand command(kind == 0 ? nullptr : &object);
     QSignalSpy finished(&command, &ZopControlCommand::finished);
     command.setMessage(QStringLiteral("x"));
@@ -297,6 +306,26 @@ void CommandTest::failsWhenTheDaemonIsGone()
     QVERIFY(!command.errorString().isEmpty());
 }
 
+void CommandTest::theEndOfOneDaemonFailsNoRequestToTheNext()
+{
+    auto former = std::make_unique<ZopObject>(testPath("control"), ZopObject::Publish, true);
+    ZopObject client(testPath("control"), ZopObject::ReadWrite, false);
+    ZopControlCommand first(&client);
+    QSignalSpy ofFirst(&first, &ZopControlCommand::finished);
+    first.start();
+    former.reset();
+    // The client has had no turn of the event loop to learn of it.
+    ZopObject next(testPath("control"), ZopObject::Publish, true);
+    answerAll(next, QStringLiteral("dat=y"));
+    ZopControlCommand second(&client);
+    QSignalSpy ofSecond(&second, &ZopControlCommand::finished);
+    second.start();
+    QVERIFY(waitUntil([&] { return ofFirst.count() == 1 && ofSecond.count() == 1; }));
+    QCOMPARE(first.errorCode(), -1);
+    QVERIFY2(!second.hasError(), qPrintable(second.errorString()));
+    QCOMPARE(second.datResponse().toString(), QStringLiteral("y"));
+}
+
 void CommandTest::repliesMayComeInAnyOrder()
 {
     ZopObject daemon(testPath("control"), ZopObject::Publish, true);
@@ -337,11 +366,11 @@ void CommandTest::tenThousandCostNothingAfterwards()
         return waitUntil([&finished, awaited] { return finished == awaited; });
     };
     QVERIFY(ask(1));
-    const int descriptors = QDir(QStringLiteral("/proc/self/fd")).count();
+    const uint descriptors = QDir(QStringLiteral("/proc/self/fd")).count();
     const int children = client.findChildren<QObject *>().size();
     for (int i = 0; i < 100; ++i)
         QVERIFY(ask(100));
-    QCOMPARE(QDir(QStringLiteral("/proc/self/fd")).count(), uint(descriptors));
+    QCOMPARE(QDir(QStringLiteral("/proc/self/fd")).count(), descriptors);
     QCOMPARE(client.findChildren<QObject *>().size(), children);
     QVERIFY(ask(1));
     QCOMPARE(finished, 10002);

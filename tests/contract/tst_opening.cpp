@@ -179,10 +179,13 @@ void OpeningTest::onlyOneOfManyCreates()
         peer.send(QStringLiteral("verbosity")); // which shows that it runs
     for (Peer &peer : peers)
         QVERIFY(peer.wait(QStringLiteral("verbosity 7")));
-    for (int round = 0; round < 20; ++round) {
-        for (Peer &peer : peers)
-            peer.send(QStringLiteral("create %1%2 a=1").arg(testPath("object")).arg(round));
-    }
+    QString commands;
+    for (int round = 0; round < 40; ++round) // large ones, so that the peers meet
+        commands += QStringLiteral("create %1%2 a=1000000*x\n").arg(testPath("object")).arg(round);
+    for (Peer &peer : peers)
+        QVERIFY(peer.ask(QStringLiteral("hold"), QStringLiteral("held")));
+    for (Peer &peer : peers)
+        peer.send(QStringLiteral("go\n") + commands.chopped(1));
     for (Peer &peer : peers)
         QVERIFY(peer.quit());
     int created = 0;
@@ -191,8 +194,8 @@ void OpeningTest::onlyOneOfManyCreates()
         created += peer.heard(QStringLiteral("created")).size();
         refused += peer.heard(QStringLiteral("not created")).size();
     }
-    QCOMPARE(created, 20);
-    QCOMPARE(refused, 60);
+    QCOMPARE(created, 40);
+    QCOMPARE(refused, 120);
 }
 
 void OpeningTest::removalFailsWhenThereIsNone()

@@ -21,6 +21,13 @@ bool isComplete(const QStringList &updates, int writer, int count)
     return next == count + 1;
 }
 
+/*! Removals may be told in any order. */
+QStringList sorted(QStringList lines)
+{
+    lines.sort();
+    return lines;
+}
+
 } // namespace
 
 class PersistenceTest : public QObject
@@ -35,6 +42,7 @@ private Q_SLOTS:
     void theLastUpdateIsToldBeforeTheRemoval();
     void recreationTellsTheNewValues();
     void recreationIsToldToAnUncachedObjectToo();
+    void recreationWithoutValuesTellsNothing();
     void everyUpdateSinceTheRecreationIsTold();
     void removalIsToldThoughTheCacheIsEnabledAgain();
     void aRemovedObjectCannotBeWritten();
@@ -82,7 +90,8 @@ void PersistenceTest::removalTellsTheAttributesAsRemoved()
     const Events events(&reader);
     QVERIFY(ZopObject::remove(testPath("object")));
     QVERIFY(events.wait(QStringLiteral("{-a -b}")));
-    QCOMPARE(events.lines, QStringList({"-a", "-b", "{-a -b}"}));
+    QCOMPARE(sorted(events.lines.mid(0, 2)), QStringList({"-a", "-b"}));
+    QCOMPARE(events.lines.mid(2), QStringList({"{-a -b}"}));
     QVERIFY(!reader.attribute(QStringLiteral("a")).isValid());
     QVERIFY(reader.isValid());
 }
@@ -95,7 +104,8 @@ void PersistenceTest::removalIsToldToAnUncachedObjectToo()
     const Events events(&reader);
     QVERIFY(ZopObject::remove(testPath("object")));
     QVERIFY(events.wait(QStringLiteral("{-a -c}")));
-    QCOMPARE(events.lines, QStringList({"-a", "-c", "{-a -c}"}));
+    QCOMPARE(sorted(events.lines.mid(0, 2)), QStringList({"-a", "-c"}));
+    QCOMPARE(events.lines.mid(2), QStringList({"{-a -c}"}));
 }
 
 void PersistenceTest::theLastUpdateIsToldBeforeTheRemoval()
@@ -143,6 +153,21 @@ void PersistenceTest::recreationIsToldToAnUncachedObjectToo()
     QVERIFY(set(testPath("object"), QStringLiteral("b=3")));
     QVERIFY(events.wait(QStringLiteral("{b=3}")));
     QCOMPARE(events.updates(), QStringList({"{-a}", "{b=2}", "{b=3}"}));
+}
+
+void PersistenceTest::recreationWithoutValuesTellsNothing()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=1")));
+    ZopObject reader(testPath("object"), ZopObject::Subscribe, false);
+    reader.setAttributeCacheEnabled(true);
+    const Events events(&reader);
+    for (int round = 0; round < 2; ++round) { // the second time there is nothing to remove either
+        QVERIFY(ZopObject::remove(testPath("object")));
+        QVERIFY(publish(testPath("object"), QString()));
+    }
+    QVERIFY(set(testPath("object"), QStringLiteral("end=1")));
+    QVERIFY(events.wait(QStringLiteral("{end=1}")));
+    QCOMPARE(events.updates(), QStringList({"{-a}", "{end=1}"}));
 }
 
 void PersistenceTest::everyUpdateSinceTheRecreationIsTold()

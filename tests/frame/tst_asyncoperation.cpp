@@ -33,7 +33,7 @@ struct Kind
     const QMetaObject *metaObject;
     quintptr firstVirtual;
     quintptr secondVirtual;
-    int registeredType;
+    int (*pointerType)(); //!< asks for the type, and so registers it
 };
 
 template<typename Operation>
@@ -60,7 +60,7 @@ Kind kind(const char *name)
         &Operation::staticMetaObject,
         virtualPosition(&Operation::notifySuccess),
         virtualPosition(&Operation::notifyFailure),
-        qMetaTypeId<Operation *>(),
+        []() -> int { return qMetaTypeId<Operation *>(); },
     };
 }
 
@@ -189,8 +189,9 @@ void TestAsyncOperation::registersItsPointer()
 {
     QFETCH(Kind, kind);
     const std::unique_ptr<AsyncOperationBase> operation(kind.create());
-    QCOMPARE(QMetaType::type(kind.name + '*'), kind.registeredType);
-    QCOMPARE(QByteArray(QMetaType::typeName(kind.registeredType)), kind.name + '*');
+    const int registered = QMetaType::type(kind.name + '*');
+    QVERIFY(registered != QMetaType::UnknownType);
+    QCOMPARE(registered, kind.pointerType());
 }
 
 void TestAsyncOperation::tellsItselfWhenNotified()
@@ -241,7 +242,7 @@ void TestAsyncOperation::failsFromTheEventLoop()
     QCOMPARE(kind.resultCount(operation.get()), 0);
 }
 
-// Runs before the tests that ask for the types, so that nothing but the operation itself has registered them.
+// Runs first, so that nothing but the operation itself has registered its type.
 void TestAsyncOperation::reachesQueuedConnectionsByName()
 {
     QFETCH(Kind, kind);

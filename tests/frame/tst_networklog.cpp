@@ -34,10 +34,11 @@ void TestNetworkLog::thresholds()
 {
     QFETCH(int, verbosity);
     LogCapture log(verbosity);
-    QTEST(NetworkLog::wantsWarning(), "warning");
-    QTEST(NetworkLog::wantsDebug1(), "debug1");
-    NetworkLog::debug1("text");
+    QFETCH(bool, warning);
+    NetworkLog::warning("text");
+    QCOMPARE(log.take(), warning ? QStringList(QStringLiteral("warning 1300 text")) : QStringList());
     QFETCH(bool, debug1);
+    NetworkLog::debug1("text");
     QCOMPARE(log.take(), debug1 ? QStringList(QStringLiteral("debug1 1300 text")) : QStringList());
 }
 
@@ -46,6 +47,8 @@ void TestNetworkLog::joinsPieces()
     LogCapture log(6);
     NetworkLog::debug1("a", QStringLiteral("b"), 3, "):", QString());
     QCOMPARE(log.take(), QStringList(QStringLiteral("debug1 1300 ab3):")));
+    NetworkLog::warning("a", QStringLiteral("b"), 3, "):", QString());
+    QCOMPARE(log.take(), QStringList(QStringLiteral("warning 1300 ab3):")));
 }
 
 namespace {
@@ -66,12 +69,14 @@ QTextStream &operator<<(QTextStream &stream, const Counted &counted)
 void TestNetworkLog::putsTogetherOnlyWhatIsWanted()
 {
     int count = 0;
-    LogCapture quiet(5);
+    LogCapture quiet(2);
+    NetworkLog::warning(Counted {&count});
     NetworkLog::debug1(Counted {&count});
     QCOMPARE(count, 0);
     LogCapture log(6);
+    NetworkLog::warning(Counted {&count});
     NetworkLog::debug1(Counted {&count});
-    QCOMPARE(count, 1);
+    QCOMPARE(count, 2);
 }
 
 QTEST_APPLESS_MAIN(TestNetworkLog)

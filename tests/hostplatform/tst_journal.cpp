@@ -186,6 +186,16 @@ void JournalTest::aFileThatTurnsMalformedHarmsNobody()
     QVERIFY(publish(testPath("object"), QStringLiteral("a=3")));
     QVERIFY(events.wait(QStringLiteral("{a=3}")));
     QCOMPARE(events.updates(), QStringList({"{-a}", "{a=3}"}));
+
+    // The same when the malformed file itself becomes a sound one.
+    QVERIFY(publish(testPath("sound"), QStringLiteral("a=4")));
+    QVERIFY(QFile::remove(fileOf(testPath("object"))));
+    QVERIFY(plant(testPath("object"), "garbage"));
+    QVERIFY(set(testPath("beside"), QStringLiteral("b=2")));
+    QVERIFY(ofBeside.wait(QStringLiteral("{b=2}")));
+    QVERIFY(plant(testPath("object"), content(testPath("sound"))));
+    QVERIFY(events.wait(QStringLiteral("{a=4}")));
+    QCOMPARE(events.updates(), QStringList({"{-a}", "{a=3}", "{-a}", "{a=4}"}));
 }
 
 void JournalTest::afterMalformedContentTheObjectGoesOn()

@@ -177,12 +177,14 @@ private Q_SLOTS:
     void vanishedBeforeTheReplyToADisconnection_data();
     void vanishedBeforeTheReplyToADisconnection();
     void vanishedBeforeTheAddressesWereGone();
+    void vanishedAfterItsIdentifierWasUsedAgain();
     void vanishedAfterAFailedDisconnection();
     void vanishedWithTwoCommandsInFlight_data();
     void vanishedWithTwoCommandsInFlight();
     void vanishedAndCameBack();
     void anotherInterfaceVanished();
     void severalWaitForTheSameInterface();
+    void identifierIsUsedAgain();
     void announcedTwiceWhileConfigured();
     void announcedTwiceWhileConfiguredAndRemoved();
 
@@ -766,6 +768,32 @@ void TestInterfaceConfiguration::vanishedBeforeTheAddressesWereGone()
     releaseAddresses("en0");
     QCOMPARE(sent(), lines({Disconnect}));
     QCOMPARE(fixture.events->take(), lines({"added en0", "changed en0"}));
+    // What was forgotten stays forgotten when a later connection takes the place of the deleted one.
+    for (int i = 0; i < 10; ++i) {
+        removeInterface("en0");
+        addInterface("en0", wired());
+        QCOMPARE(fixture.events->take(), lines({"removed en0", "added en0"}));
+    }
+}
+
+void TestInterfaceConfiguration::vanishedAfterItsIdentifierWasUsedAgain()
+{
+    Fixture fixture(wired());
+    addInterface("en1", wired());
+    ZopDouble::setNextId(QStringLiteral("7"));
+    fixture.configure();
+    ZopDouble::answer(0);
+    AsyncNetworkInterfaceOperation second;
+    ZopDouble::setNextId(QStringLiteral("7"));
+    fixture.provider->configure(&second, held("en1"), manual());
+    fixture.events->take();
+    ZopDouble::answerError(1, 5, QString());
+    QCOMPARE(fixture.events->take(), lines({"failure 5 The system was unable to configure the interface."}));
+    removeInterface("en0");
+    QCOMPARE(fixture.events->take(),
+             lines({"removed en0", "failure -1 The interface to configure is not in the list of known interfaces."}));
+    QCOMPARE(fixture.events->operations(),
+             (QList<AsyncNetworkInterfaceOperation *> {&second, fixture.operation.get()}));
 }
 
 void TestInterfaceConfiguration::vanishedAfterAFailedDisconnection()
@@ -852,6 +880,24 @@ void TestInterfaceConfiguration::severalWaitForTheSameInterface()
     ZopDouble::answer(1);
     QCOMPARE(fixture.events->take(), lines({Unknown}));
     QCOMPARE(fixture.events->operations().last(), &second);
+}
+
+// Identifiers are unique among the pending requests, not for ever.
+void TestInterfaceConfiguration::identifierIsUsedAgain()
+{
+    Fixture fixture(wired());
+    AsyncNetworkInterfaceOperation second;
+    fixture.configure();
+    ZopDouble::answer(0);
+    ZopDouble::setNextId(QStringLiteral("1"));
+    fixture.provider->configure(&second, held("en0"), manual());
+    ZopDouble::answerError(1, 16, QString());
+    QCOMPARE(fixture.events->operations(), QList<AsyncNetworkInterfaceOperation *> {&second});
+    fixture.events->take();
+    removeInterface("en0");
+    QCOMPARE(fixture.events->take(), lines({"removed en0", Unknown}));
+    QCOMPARE(fixture.events->operations(),
+             (QList<AsyncNetworkInterfaceOperation *> {&second, fixture.operation.get()}));
 }
 
 void TestInterfaceConfiguration::announcedTwiceWhileConfigured()

@@ -67,6 +67,8 @@ private Q_SLOTS:
     void dropsItsObjects();
     void failsToOpen_data();
     void failsToOpen();
+    void isReadyBeforeItSaysSo();
+    void isUnreadyBeforeItSaysSo();
     void logsItsStart();
     void opensWhatIsMissing();
     void initTwice();
@@ -257,6 +259,34 @@ void TestNetworkInterfaceProvider::failsToOpen()
     }
 }
 
+void TestNetworkInterfaceProvider::isReadyBeforeItSaysSo()
+{
+    start();
+    NetworkInterfaceProviderZop provider;
+    provider.setReady(false);
+    LogCapture log(6);
+    QStringList linesBefore;
+    connect(&provider, &ServiceProviderBase::readyChanged, &provider, [&] { linesBefore = log.take(); });
+    QVERIFY(provider.init());
+    QCOMPARE(linesBefore, lines({Signature}));
+    QCOMPARE(log.take(), lines({"debug1 1300 Service is ready? : true"}));
+}
+
+void TestNetworkInterfaceProvider::isUnreadyBeforeItSaysSo()
+{
+    start();
+    ZopDouble::refuse(QString::fromLatin1(Control), QStringLiteral("Out of order"));
+    NetworkInterfaceProviderZop provider;
+    provider.setReady(true);
+    LogCapture log(6);
+    QStringList linesBefore;
+    connect(&provider, &ServiceProviderBase::readyChanged, &provider, [&] { linesBefore = log.take(); });
+    QVERIFY(!provider.init());
+    QCOMPARE(linesBefore,
+             lines({Signature, "debug1 1300 Error creating ZOP object \"/zop/services/networking/control\""}));
+    QCOMPARE(log.take(), lines({"debug1 1300 Service is ready? : false", NotInitialized}));
+}
+
 void TestNetworkInterfaceProvider::logsItsStart()
 {
     start();
@@ -277,11 +307,14 @@ void TestNetworkInterfaceProvider::opensWhatIsMissing()
     ZopDouble::allow(interfaces());
     ZopDouble::refuse(QLatin1String(Status), QStringLiteral("Out of order"));
     QVERIFY(!provider.init());
+    addInterface("en0", wired());
+    QCOMPARE(events.take(), lines({"added en0"}));
     ZopDouble::allow(QLatin1String(Status));
     ZopDouble::refuse(QLatin1String(Control), QStringLiteral("Out of order"));
     QVERIFY(!provider.init());
+    changeStatus("default_interface", text("en0"));
+    QCOMPARE(events.take(), lines({"preferred en0"}));
     ZopDouble::allow(QLatin1String(Control));
-    QVERIFY(events.take().isEmpty());
     ZopDouble::clearJournal();
     QVERIFY(provider.init());
     QVERIFY(provider.ready());
@@ -866,6 +899,8 @@ void TestNetworkInterfaceProvider::announcedTwiceAndRemoved()
     addInterface("en0", wired());
     change("en0", "mtu", ZopVariant(9000));
     QCOMPARE(events.take(), lines({"added en0", "changed en0"}));
+    removeInterface("en0"); // must not end the former connections once more
+    QCOMPARE(events.take(), lines({"removed en0"}));
 }
 
 void TestNetworkInterfaceProvider::announcedAgainUnreadable()

@@ -65,6 +65,13 @@ public:
     bool ready() const override { return false; }
 };
 
+/*! Ready even without a provider. */
+class AlwaysReadyService : public NetworkInterfaceService
+{
+public:
+    bool ready() const override { return true; }
+};
+
 /*! Lets everything run that is queued by now. */
 void runQueued()
 {
@@ -207,17 +214,20 @@ void TestNetworkInterfaceService::isAsReadyAsItsProvider()
 
 void TestNetworkInterfaceService::withoutProvider()
 {
-    NetworkInterfaceService service;
-    delete privateHalf(service)->provider;
-    privateHalf(service)->provider = nullptr;
-    QVERIFY(service.available());
-    QVERIFY(!service.ready());
-    QVERIFY(service.interfaces().isEmpty());
-    QVERIFY(service.preferredInterface().isEmpty());
-    const std::unique_ptr<AsyncNetworkInterfaceOperation> operation(service.configure({}, {}));
-    QSignalSpy failure(operation.get(), &AsyncNetworkInterfaceOperation::failure);
-    QVERIFY(failure.wait());
-    QCOMPARE(operation->error().code(), -1);
+    NetworkInterfaceService unready;
+    AlwaysReadyService ready;
+    for (NetworkInterfaceService *service : {&unready, static_cast<NetworkInterfaceService *>(&ready)}) {
+        delete privateHalf(*service)->provider;
+        privateHalf(*service)->provider = nullptr;
+        QVERIFY(service->available());
+        QVERIFY(service->interfaces().isEmpty());
+        QVERIFY(service->preferredInterface().isEmpty());
+        const std::unique_ptr<AsyncNetworkInterfaceOperation> operation(service->configure({}, {}));
+        QSignalSpy failure(operation.get(), &AsyncNetworkInterfaceOperation::failure);
+        QVERIFY(failure.wait());
+        QCOMPARE(operation->error().code(), -1);
+    }
+    QVERIFY(!unready.ready());
 }
 
 void TestNetworkInterfaceService::answersEmptyWhileNotReady()

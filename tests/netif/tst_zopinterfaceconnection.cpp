@@ -123,6 +123,7 @@ private Q_SLOTS:
     void connectedIsToldBeforeLaterAttributes();
     void removalsChangeNothing();
     void emptyUpdateDoesNothing();
+    void updateMayBeDroppedWhileItIsTold();
     void updateWithoutObject();
     void parentChanges();
     void mayBeDeletedWhileItTells_data();
@@ -294,6 +295,28 @@ void TestZopInterfaceConnection::findsAddress_data()
     row("leading zeros", R"(["010.000.0.05/255.0.0.0"])", "010.000.0.05", "255.0.0.0");
     row("largest", R"(["255.255.255.255/255.0.0.0"])", "255.255.255.255", "255.0.0.0");
     row("249 and 199", R"(["249.199.200.99/255.0.0.0"])", "249.199.200.99", "255.0.0.0");
+    row("0 at the end", R"(["10.0.0.0/255.0.0.0"])", "10.0.0.0", "255.0.0.0");
+    row("9 at the end", R"(["10.0.0.9/255.0.0.0"])", "10.0.0.9", "255.0.0.0");
+    row("10 at the end", R"(["10.0.0.10/255.0.0.0"])", "10.0.0.10", "255.0.0.0");
+    row("99 at the end", R"(["10.0.0.99/255.0.0.0"])", "10.0.0.99", "255.0.0.0");
+    row("100 at the end", R"(["10.0.0.100/255.0.0.0"])", "10.0.0.100", "255.0.0.0");
+    row("199 at the end", R"(["10.0.0.199/255.0.0.0"])", "10.0.0.199", "255.0.0.0");
+    row("200 at the end", R"(["10.0.0.200/255.0.0.0"])", "10.0.0.200", "255.0.0.0");
+    row("249 at the end", R"(["10.0.0.249/255.0.0.0"])", "10.0.0.249", "255.0.0.0");
+    row("250 at the end", R"(["10.0.0.250/255.0.0.0"])", "10.0.0.250", "255.0.0.0");
+    row("254 at the end", R"(["10.0.0.254/255.0.0.0"])", "10.0.0.254", "255.0.0.0");
+    row("0 in front", R"(["0.0.0.5/255.0.0.0"])", "0.0.0.5", "255.0.0.0");
+    row("9 in front", R"(["9.0.0.5/255.0.0.0"])", "9.0.0.5", "255.0.0.0");
+    row("10 in front", R"(["10.0.0.5/255.0.0.0"])", "10.0.0.5", "255.0.0.0");
+    row("99 in front", R"(["99.0.0.5/255.0.0.0"])", "99.0.0.5", "255.0.0.0");
+    row("100 in front", R"(["100.0.0.5/255.0.0.0"])", "100.0.0.5", "255.0.0.0");
+    row("199 in front", R"(["199.0.0.5/255.0.0.0"])", "199.0.0.5", "255.0.0.0");
+    row("200 in front", R"(["200.0.0.5/255.0.0.0"])", "200.0.0.5", "255.0.0.0");
+    row("210 in front", R"(["210.0.0.5/255.0.0.0"])", "210.0.0.5", "255.0.0.0");
+    row("239 in front", R"(["239.0.0.5/255.0.0.0"])", "239.0.0.5", "255.0.0.0");
+    row("250 in front", R"(["250.0.0.5/255.0.0.0"])", "250.0.0.5", "255.0.0.0");
+    row("251 in front", R"(["251.0.0.5/255.0.0.0"])", "251.0.0.5", "255.0.0.0");
+    row("254 in front", R"(["254.0.0.5/255.0.0.0"])", "254.0.0.5", "255.0.0.0");
     row("number too large at the end", R"(["10.0.0.256/255.0.0.0"])", "", "");
     row("260", R"(["10.0.0.260/255.0.0.0"])", "", "");
     row("300", R"(["10.0.0.300/255.0.0.0"])", "", "");
@@ -592,6 +615,20 @@ void TestZopInterfaceConnection::emptyUpdateDoesNothing()
     fixture.connection->onZopInterfaceAttributesChanged(ZopChangeset());
     QVERIFY(fixture.data() == before);
     QVERIFY(fixture.events.isEmpty());
+}
+
+// Whoever has made the update may let go of it in the slot.
+void TestZopInterfaceConnection::updateMayBeDroppedWhileItIsTold()
+{
+    Fixture fixture(unplugged());
+    ZopDouble::store(interfacePath(QStringLiteral("en0")), wired());
+    ZopChangeset update {with(wired(), "type", text("usb")), {}};
+    QObject::connect(fixture.connection.get(), &Connection::interfaceConnected,
+                     [&update] { update.assignments.clear(); });
+    fixture.connection->onZopInterfaceAttributesChanged(update);
+    QVERIFY(update.assignments.isEmpty());
+    QCOMPARE(int(fixture.data().type), 3);
+    QCOMPARE(addresses(fixture.data()), QStringList(QStringLiteral("10.0.0.5/255.0.0.0")));
 }
 
 void TestZopInterfaceConnection::updateWithoutObject()

@@ -41,7 +41,7 @@ WifiAccessPoint completeAccessPoint()
     accessPoint.setFrequency(2412);
     accessPoint.setCiphers(QFlags<WifiCipher>(WifiCipherCcmp) | WifiCipherTkip);
     accessPoint.setKeyManagementTypes(WifiKeyManagementPsk);
-    accessPoint.setSecurityProtocols(QFlags<WifiSecurityProtocol>(WifiSecurityProtocolWpa) | WifiSecurityProtocolWpa2);
+    accessPoint.setSecurityProtocols(WifiSecurityProtocolWpa | WifiSecurityProtocolWpa2);
     accessPoint.setServiceSet(WifiServiceSetEss);
     return accessPoint;
 }

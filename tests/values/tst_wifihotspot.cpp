@@ -21,7 +21,7 @@ WifiHotspot completeHotspot()
     WifiHotspot hotspot;
     hotspot.setName(QStringLiteral("Car"));
     hotspot.setPassphrase(QStringLiteral("open sesame"));
-    hotspot.setSecurityType(QFlags<WifiSecurityProtocol>(WifiSecurityProtocolWpa) | WifiSecurityProtocolWpa2);
+    hotspot.setSecurityType(WifiSecurityProtocolWpa | WifiSecurityProtocolWpa2);
     hotspot.setBand(WifiBand5GHz);
     hotspot.setInactivityTime(20);
     hotspot.setMaxClients(0);
