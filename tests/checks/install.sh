@@ -14,7 +14,7 @@ cmake --install "$build" --prefix "$prefix" >/dev/null
 libraries=$(dirname "$(find "$prefix" -name libmorvek-network.so)")
 export LD_LIBRARY_PATH=$libraries
 
-if ! cmake -S examples/interfaces -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null \
+if ! cmake -S examples/interfaces -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null \
     || ! cmake --build "$work/cmake" >/dev/null; then
     mistake "examples/interfaces does not build with CMake"
 fi
