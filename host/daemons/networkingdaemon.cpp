@@ -35,9 +35,14 @@ NetworkingDaemon::~NetworkingDaemon() = default;
 
 bool NetworkingDaemon::start(QString *error)
 {
-    if (!publishInterfaces(error) || !m_publisher.publish(Wire::StatusObject, m_world->status(), error)
-        || !serveControl(error))
+    // A daemon that has the control object already keeps what it has published; and whoever finds the status object
+    // can open the control object too. Requests are heard from the event loop only.
+    if (!serveControl(error))
         return false;
+    if (!publishInterfaces(error) || !m_publisher.publish(Wire::StatusObject, m_world->status(), error)) {
+        m_controlObject.reset();
+        return false;
+    }
     connect(m_world, &World::interfaceAdded, this, &NetworkingDaemon::onInterfaceAdded);
     connect(m_world, &World::interfaceRemoved, this, &NetworkingDaemon::onInterfaceRemoved);
     connect(m_world, &World::interfaceChanged, this, &NetworkingDaemon::onInterfaceChanged);

@@ -192,17 +192,22 @@ bool create(const ZopPath &path, const ZopChangeset &values, QString *error)
 bool remove(const ZopPath &path, QString *error)
 {
     struct stat status;
-    if (lstat(path.file().constData(), &status) == 0 && S_ISSOCK(status.st_mode)) {
-        *error = QStringLiteral("a control object has this path");
+    if (lstat(path.file().constData(), &status) != 0 || S_ISSOCK(status.st_mode)) {
+        *error = exists(path) ? QStringLiteral("a control object has this path") : QStringLiteral("no such object");
         return false;
     }
-    Header header;
-    const FileDescriptor file = openFile(path, O_RDWR, &header, error);
-    if (file.isOpen()) {
-        // An update that is being written gets told before the removal.
+    const FolderLock folder(path, error); // nobody creates it anew meanwhile
+    if (!folder.isHeld())
+        return false;
+    // An update that is being written gets told before the removal: the lock is that of the present file.
+    FileDescriptor file;
+    do {
+        Header header;
+        QString ignored;
+        file = openFile(path, O_RDWR, &header, &ignored);
         struct flock lock = lockOn(WritersByte, F_WRLCK);
-        while (fcntl(file.get(), F_OFD_SETLKW, &lock) != 0 && errno == EINTR) { }
-    }
+        while (file.isOpen() && fcntl(file.get(), F_OFD_SETLKW, &lock) != 0 && errno == EINTR) { }
+    } while (file.isOpen() && exists(path) && !names(path.file(), file));
     if (unlink(path.file().constData()) != 0) {
         *error = errno == ENOENT ? QStringLiteral("no such object") : systemError(errno);
         return false;

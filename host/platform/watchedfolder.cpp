@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "watchedfolder.h"
 
-#include <QtCore/QString>
+#include "hostlog.h"
+#include "zoppath.h"
+
+#include <QtCore/QFile>
 
 #include <cerrno>
 
@@ -67,7 +70,9 @@ void WatchedFolder::renew()
     m_watcher->m_watches.remove(m_watch);
     inotify_rm_watch(m_watcher->m_inotify.get(), m_watch);
     m_watch = -1;
-    attach();
+    if (!attach())
+        logWarning(
+            QStringLiteral("\"%1\" is not watched any more: %2").arg(QFile::decodeName(m_path), systemError(errno)));
     tellAll();
 }
 

@@ -2,7 +2,6 @@
 #include "zoppath.h"
 
 #include <QtCore/QFile>
-#include <QtCore/QStandardPaths>
 
 #include <algorithm>
 #include <cerrno>
@@ -22,8 +21,9 @@ constexpr int LongestPath = 2000;
 QByteArray rootFolder()
 {
     QByteArray root = qgetenv("ZOP_ROOT");
-    if (root.isEmpty())
-        root = QFile::encodeName(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation)) + "/morvek-zop";
+    const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
+    if (root.isEmpty() && !runtime.isEmpty())
+        root = runtime + "/morvek-zop";
     while (root.size() > 1 && root.endsWith('/'))
         root.chop(1);
     return root;
@@ -32,6 +32,8 @@ QByteArray rootFolder()
 /*! Empty when \a root may be used; a root that does not exist yet may. */
 QString distrust(const QByteArray &root)
 {
+    if (root.isEmpty())
+        return QStringLiteral("there is no root: neither ZOP_ROOT nor XDG_RUNTIME_DIR is set");
     const QString shown = QFile::decodeName(root);
     if (!root.startsWith('/'))
         return QStringLiteral("the root \"%1\" is not an absolute path").arg(shown);

@@ -10,7 +10,7 @@ const char Usage[] = R"(Usage: morvek-zop COMMAND
 
 Looks at the objects below ZOP_ROOT, and changes them, by hand.
 
-  list [DIRECTORY]       the paths of all objects, or of those below DIRECTORY
+  list [DIRECTORY]       the paths of all objects below DIRECTORY, or below /zop
   show PATH              the attributes of a state object, each with its encoding
   watch PATH             the same, and then each update as it comes, until interrupted
   set PATH CHANGE...     writes one update; an object that is not there is created

@@ -3,11 +3,15 @@
 
 #include "zopdirwatcher.h"
 #include "zopobject.h"
+#include "zoppath.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QDirIterator>
+#include <QtCore/QFileInfo>
 #include <QtCore/QTextStream>
+
+#include <sys/stat.h>
 
 using namespace morvek;
 
@@ -53,16 +57,20 @@ QStringList objectsIn(const QString &directory)
 
 ExitCode list(const QStringList &words)
 {
+    QString top = words.value(1, QStringLiteral("/zop"));
+    if (top.endsWith(QLatin1Char('/')))
+        top.chop(1);
+    const ZopPath path = ZopPath::directory(top);
+    if (!path.isValid())
+        return fail(top, path.error());
     // The stand-in keeps a directory of objects as a folder below the root.
-    const QString root = QDir::cleanPath(qEnvironmentVariable("ZOP_ROOT"));
-    if (root.isEmpty())
-        return fail(QStringLiteral("list"), QStringLiteral("ZOP_ROOT is not set"));
-    QStringList directories {words.value(1, QStringLiteral("/"))};
-    if (directories.first() == QLatin1String("/"))
-        directories.clear();
-    QDirIterator folders(root + words.value(1), QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    const QString folder = QFile::decodeName(path.folder());
+    if (!QFileInfo(folder).isDir())
+        return fail(top, QStringLiteral("no such directory"));
+    QStringList directories {top};
+    QDirIterator folders(folder, QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
     while (folders.hasNext())
-        directories.append(folders.next().mid(root.size()));
+        directories.append(top + folders.next().mid(folder.size()));
     directories.sort();
     QTextStream out(stdout);
     for (const QString &directory : qAsConst(directories)) {
@@ -72,11 +80,20 @@ ExitCode list(const QStringList &words)
     return Done;
 }
 
+/*! Why \a object has nothing to look at; empty when it has. */
+QString blindness(const ZopObject &object)
+{
+    const ZopPath path = ZopPath::object(object.path());
+    struct stat status;
+    const bool isControl = lstat(path.file().constData(), &status) == 0 && S_ISSOCK(status.st_mode);
+    return isControl ? QStringLiteral("a control object keeps nothing to look at") : object.errorString();
+}
+
 ExitCode show(const QStringList &words)
 {
     ZopObject object(words.value(1), ZopObject::Subscribe, false);
-    if (!object.isValid())
-        return fail(words.value(1), object.errorString());
+    if (const QString reason = blindness(object); !reason.isEmpty())
+        return fail(object.path(), reason);
     QObject::connect(&object, &ZopObject::attributesChanged, print);
     object.setAttributeCacheEnabled(true);
     return Done;
@@ -85,8 +102,8 @@ ExitCode show(const QStringList &words)
 ExitCode watch(const QStringList &words)
 {
     ZopObject object(words.value(1), ZopObject::Subscribe, false);
-    if (!object.isValid())
-        return fail(words.value(1), object.errorString());
+    if (const QString reason = blindness(object); !reason.isEmpty())
+        return fail(object.path(), reason);
     QObject::connect(&object, &ZopObject::attributesChanged, [](const ZopChangeset &changes) {
         print(changes);
         QTextStream(stdout) << "--" << Qt::endl;
@@ -104,18 +121,19 @@ bool parse(const QString &word, ZopChangeset *changes)
     }
     const int equals = word.indexOf(QLatin1Char('='));
     const bool json = equals > 1 && word.at(equals - 1) == QLatin1Char(':');
-    const QByteArray value = word.mid(equals + 1).toUtf8();
-    changes->assignments.insert(word.left(json ? equals - 1 : equals),
-                                ZopVariant(value, json ? QByteArrayLiteral("json") : QByteArrayLiteral("text")));
-    return equals > 0;
+    const ZopVariant value(word.mid(equals + 1).toUtf8(), json ? QByteArrayLiteral("json") : QByteArrayLiteral("text"));
+    changes->assignments.insert(word.left(json ? equals - 1 : equals), value);
+    return equals > 0 && (!json || !value.toJson().isNull());
 }
 
 ExitCode set(const QStringList &words)
 {
     ZopChangeset changes;
     for (const QString &word : words.mid(2)) {
-        if (!parse(word, &changes))
+        if (!parse(word, &changes)) {
+            fail(word, QStringLiteral("not a change: write NAME=TEXT, NAME:=JSON or -NAME"));
             return WrongUsage;
+        }
     }
     ZopObject object(words.value(1), ZopObject::Publish, false);
     return object.setAttributes(changes) ? Done : fail(words.value(1), object.errorString());

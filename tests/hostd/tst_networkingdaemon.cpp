@@ -18,7 +18,7 @@ private Q_SLOTS:
 
     void publishes();
     void publishesInterfacesBeforeTheStatus();
-    void publishesTheStatusBeforeTheControl();
+    void overwritesNothingOfAnotherDaemon();
     void configuresManuallyAndBack();
     void repliesBeforeTheWorldChanges();
     void refuses_data();
@@ -81,14 +81,23 @@ void NetworkingDaemonTest::publishesInterfacesBeforeTheStatus()
     QVERIFY(!QFile::exists(networking + QStringLiteral("/control")));
 }
 
-void NetworkingDaemonTest::publishesTheStatusBeforeTheControl()
+void NetworkingDaemonTest::overwritesNothingOfAnotherDaemon()
 {
-    QVERIFY(QDir().mkpath(m_daemon->root() + QStringLiteral("/zop/services/networking/control/directory")));
     QVERIFY(m_daemon->makeRoot());
+    const ZopObject another(QLatin1String(Control), ZopObject::Publish, true);
+    QVERIFY2(another.isValid(), qPrintable(another.errorString()));
+    ZopChangeset values;
+    values.assignments.insert(QStringLiteral("mtu"), 1280);
+    QVERIFY(ZopObject::create(interfacePath("wlan0"), values));
+    QVERIFY(ZopObject::create(interfacePath("ppp0"), values));
     const auto ended = HostdProcess::run({QStringLiteral("--root"), m_daemon->root()});
     QCOMPARE(ended.code, 1);
     QCOMPARE(ended.output, QByteArray());
-    QVERIFY(ZopObject(QLatin1String(Status), ZopObject::Subscribe, false).isValid());
+    QCOMPARE(ended.errors.count('\n'), 1);
+    QCOMPARE(Seen(interfacePath("wlan0")).text("mtu"), QStringLiteral("1280"));
+    QCOMPARE(Seen(interfacePath("ppp0")).text("mtu"), QStringLiteral("1280"));
+    QVERIFY(!ZopObject(QLatin1String(Status), ZopObject::Subscribe, false).isValid());
+    QVERIFY(ZopObject(QLatin1String(Control), ZopObject::ReadWrite, true).isValid());
 }
 
 void NetworkingDaemonTest::configuresManuallyAndBack()

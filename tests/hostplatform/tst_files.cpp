@@ -55,6 +55,8 @@ class FileTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void theRootIsInTheRuntimeDirectory();
+    void withoutAnyRoot();
     void onlyTheUserMayEnter_data();
     void onlyTheUserMayEnter();
     void aRootThatOthersMayEnterIsRefused_data();
@@ -67,6 +69,29 @@ private Q_SLOTS:
     void whatIsNoObjectIsRefused();
     void whatIsNoObjectIsNotAnnounced();
 };
+
+void FileTest::theRootIsInTheRuntimeDirectory()
+{
+    const QTemporaryDir runtime;
+    const QByteArray usual = qgetenv("XDG_RUNTIME_DIR");
+    const AnotherRoot none {QString()};
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
+    QString error;
+    const bool done = ZopObject::create(QStringLiteral("/zop/object"), ZopChangeset(), &error);
+    qputenv("XDG_RUNTIME_DIR", usual);
+    QVERIFY2(done, qPrintable(error));
+    QVERIFY(QFile::exists(runtime.filePath(QStringLiteral("morvek-zop/zop/object"))));
+}
+
+void FileTest::withoutAnyRoot()
+{
+    const QByteArray usual = qgetenv("XDG_RUNTIME_DIR");
+    const AnotherRoot none {QString()};
+    qunsetenv("XDG_RUNTIME_DIR");
+    const QString reason = refusal();
+    qputenv("XDG_RUNTIME_DIR", usual);
+    QCOMPARE(reason, QStringLiteral("there is no root: neither ZOP_ROOT nor XDG_RUNTIME_DIR is set"));
+}
 
 void FileTest::onlyTheUserMayEnter_data()
 {
