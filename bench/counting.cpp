@@ -142,7 +142,7 @@ public:
     Root() { qputenv("ZOP_ROOT", m_folder.filePath(QStringLiteral("zop")).toUtf8()); }
 
 private:
-    QTemporaryDir m_folder;
+    QTemporaryDir m_folder {folderTemplate()};
 };
 
 /*! The instructions of one action, \a times times repeated, with that many interfaces and requests before it. */

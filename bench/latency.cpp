@@ -157,7 +157,7 @@ int runServiceRequester(Rounds *rounds)
 /*! Runs a measurement on a fresh page and a fresh root. */
 Quantiles measure(const std::function<void(const QString &page, const QString &folder)> &processes)
 {
-    const QTemporaryDir folder;
+    const QTemporaryDir folder(folderTemplate());
     const QString page = folder.filePath(QStringLiteral("page"));
     qputenv("ZOP_ROOT", folder.filePath(QStringLiteral("zop")).toUtf8());
     const Rounds rounds(page, true);
@@ -244,6 +244,7 @@ void compare(Report *report, const QString &name, const Quantiles &ours, const Q
 
 void measureLatency(Report *report)
 {
+    // Only on one core are the ratios steady enough to be judged: to wake an idle core takes longer than all else.
     for (const bool oneCore : {true, false}) {
         useOneCore(oneCore);
         const QString where = oneCore ? QStringLiteral(", one core") : QStringLiteral(", all cores");
@@ -251,7 +252,7 @@ void measureLatency(Report *report)
         const Quantiles updates = measureUpdate();
         compare(report, update, updates, QStringLiteral("bare inotify wake-up"), measureBareWakeUp(),
                 oneCore ? ToBareWakeUp : 0);
-        compare(report, update, updates, QStringLiteral("QtDBus signal"), measureBusSignal(), ToDBus);
+        compare(report, update, updates, QStringLiteral("QtDBus signal"), measureBusSignal(), oneCore ? ToDBus : 0);
         const QString request = QStringLiteral("request to result") + where;
         const Quantiles requests = measureRequest();
         compare(report, request, requests, QStringLiteral("bare socket round trip"), measureBareSocket(), 0);

@@ -2,6 +2,8 @@
 #include "process.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
 
 #include <sched.h>
 
@@ -69,6 +71,13 @@ QByteArray Process::finish()
 QByteArray Process::errors()
 {
     return m_process.readAllStandardError();
+}
+
+QString folderTemplate()
+{
+    const QString memory = QStringLiteral("/dev/shm");
+    const QString place = QFileInfo(memory).isWritable() ? memory : QDir::tempPath();
+    return place + QStringLiteral("/morvek-bench-XXXXXX");
 }
 
 void useOneCore(bool one)

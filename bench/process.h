@@ -30,6 +30,9 @@ private:
     QProcess m_process;
 };
 
+/*! What temporary folders are made after: on a memory file system, where a root belongs, if there is one. */
+QString folderTemplate();
+
 /*! Lets this process, and those that it starts from now on, run on one core only, or on all. */
 void useOneCore(bool one);
 
