@@ -24,10 +24,12 @@ read -ra flags < <(pkg-config --cflags --libs morvek-network)
 g++ -fPIC -o "$work/with-pkg-config" examples/interfaces/main.cpp "${flags[@]}" \
     || mistake "examples/interfaces does not build with pkg-config"
 
-# A unit's own platform libraries take the stand-in's place; here they are the installed ones.
-if ! cmake -S . -B "$work/unit" -G Ninja -DMORVEK_PLATFORM="$prefix" -DBUILD_TESTING=OFF >/dev/null \
-    || ! cmake --build "$work/unit" --target morvek-network >/dev/null; then
-    mistake "the library does not build against an installed platform"
+# A unit's own platform libraries take the stand-in's place; here they are the installed ones. The contract can be tried
+# on them.
+if ! cmake -S . -B "$work/unit" -G Ninja -DMORVEK_PLATFORM="$prefix" >/dev/null \
+    || ! cmake --build "$work/unit" --target morvek-network contract-update contract-peer >/dev/null \
+    || ! ctest --test-dir "$work/unit" -R '^contract.update$' --no-tests=error >/dev/null; then
+    mistake "the library and the contract's tests do not build and run against an installed platform"
 fi
 
 # What is installed finds itself: the application reads what the daemon publishes, and so does the tool.
