@@ -177,6 +177,7 @@ private Q_SLOTS:
     void vanishedBeforeTheReplyToADisconnection_data();
     void vanishedBeforeTheReplyToADisconnection();
     void vanishedBeforeTheAddressesWereGone();
+    void logsBeforeItFails();
     void vanishedAfterItsIdentifierWasUsedAgain();
     void vanishedAfterAFailedDisconnection();
     void vanishedWithTwoCommandsInFlight_data();
@@ -774,6 +775,28 @@ void TestInterfaceConfiguration::vanishedBeforeTheAddressesWereGone()
         addInterface("en0", wired());
         QCOMPARE(fixture.events->take(), lines({"removed en0", "added en0"}));
     }
+}
+
+void TestInterfaceConfiguration::logsBeforeItFails()
+{
+    Fixture fixture(unplugged());
+    LogCapture log(6);
+    QStringList before;
+    connect(fixture.provider.get(), &NetworkInterfaceProvider::asyncConfigureFailure, fixture.provider.get(),
+            [&] { before = log.take(); });
+    AsyncNetworkInterfaceOperation refused;
+    fixture.provider->configure(&refused, held("en9"), manual());
+    QCOMPARE(before.size(), 2);
+    QCOMPARE(before.last(),
+             QStringLiteral("debug1 1300 Passed in a NetworkInterface to configure() that is not in the list of known "
+                            "interfaces."));
+    QVERIFY(log.take().isEmpty());
+
+    fixture.configure();
+    log.take();
+    ZopDouble::answerError(0, 5, QStringLiteral("No"));
+    QCOMPARE(before, lines({"debug1 1300 The command to net_connected failed with error(5):No"}));
+    QVERIFY(log.take().isEmpty());
 }
 
 void TestInterfaceConfiguration::vanishedAfterItsIdentifierWasUsedAgain()
