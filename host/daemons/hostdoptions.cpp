@@ -73,7 +73,7 @@ bool readPlace(const QCommandLineParser &parser, const Switches &switches, Hostd
         return false;
     }
     if (options->system && (parser.isSet(switches.scenario) || parser.isSet(switches.check))) {
-        *error = QStringLiteral("--interfaces system shows this machine: it goes with no scenario");
+        *error = QStringLiteral("--interfaces system shows this machine: it goes with neither --scenario nor --check");
         return false;
     }
     if (parser.isSet(switches.root)) {

@@ -55,7 +55,11 @@ void HostdProgramTest::badArguments_data()
     row("both worlds",
         {QStringLiteral("--interfaces"), QStringLiteral("system"), QStringLiteral("--scenario"),
          QStringLiteral("headunit")},
-        "morvek-hostd: --interfaces system shows this machine: it goes with no scenario (--help lists the options)\n");
+        "morvek-hostd: --interfaces system shows this machine: it goes with neither --scenario nor --check (--help "
+        "lists the options)\n");
+    row("system, checked", {QStringLiteral("--interfaces"), QStringLiteral("system"), QStringLiteral("--check")},
+        "morvek-hostd: --interfaces system shows this machine: it goes with neither --scenario nor --check (--help "
+        "lists the options)\n");
     row("empty root", {QStringLiteral("--root"), QString()},
         "morvek-hostd: --root: needs a directory (--help lists the options)\n");
 }
