@@ -6,7 +6,8 @@
 
 namespace morvek {
 class NetworkInterfaceService;
-}
+class WifiService;
+} // namespace morvek
 
 extern "C" {
 
@@ -15,6 +16,12 @@ MORVEK_NETWORK_EXPORT morvek::NetworkInterfaceService *newNetworkInterfaceServic
 
 /*! Deletes \a *service and sets it to null. Does nothing when \a service or \a *service is null. */
 MORVEK_NETWORK_EXPORT void deleteNetworkInterfaceService(morvek::NetworkInterfaceService **service);
+
+/*! A new service, which the caller owns and gives back to deleteWifiService(). */
+MORVEK_NETWORK_EXPORT morvek::WifiService *newWifiService();
+
+/*! Deletes \a *service and sets it to null. Does nothing when \a service or \a *service is null. */
+MORVEK_NETWORK_EXPORT void deleteWifiService(morvek::WifiService **service);
 
 } // extern "C"
 

@@ -23,6 +23,14 @@ public:
         QMetaObject::invokeMethod(&operation, "notifySuccess", Qt::QueuedConnection);
     }
 
+    /*! Puts \a values in place of what the operation holds. */
+    template<typename T>
+    static void setResults(AsyncOperation<T> &operation, const QList<T> &values)
+    {
+        operation.m_results = values;
+        QMetaObject::invokeMethod(&operation, "notifySuccess", Qt::QueuedConnection);
+    }
+
     template<typename T>
     static void setError(AsyncOperation<T> &operation, const AsyncOperationError &error)
     {

@@ -2,6 +2,7 @@
 #include "networklibraryexports.h"
 
 #include "networkinterfaceservice.h"
+#include "wifiservice.h"
 
 namespace {
 
@@ -22,6 +23,16 @@ morvek::NetworkInterfaceService *newNetworkInterfaceService()
 }
 
 void deleteNetworkInterfaceService(morvek::NetworkInterfaceService **service)
+{
+    deleteService(service);
+}
+
+morvek::WifiService *newWifiService()
+{
+    return new morvek::WifiService;
+}
+
+void deleteWifiService(morvek::WifiService **service)
 {
     deleteService(service);
 }

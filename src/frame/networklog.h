@@ -13,23 +13,39 @@ namespace NetworkLog {
 
 constexpr unsigned short MessageCode = 1300;
 
-/*! Writes \a pieces, whatever a text stream takes, with nothing between them. */
 template<typename... Pieces>
-void warning(const Pieces &...pieces)
+void write(KrelStream stream, Pieces &...pieces)
 {
-    if (KrelLogger::getVerbosity() <= 2)
-        return;
-    KrelStream stream = KrelLogger().warning(MessageCode);
     (stream << ... << pieces);
 }
 
+/*! Writes \a pieces, whatever a text stream takes, with nothing between them. */
 template<typename... Pieces>
-void debug1(const Pieces &...pieces)
+void error(Pieces &&...pieces)
 {
-    if (KrelLogger::getVerbosity() <= 5)
-        return;
-    KrelStream stream = KrelLogger().debug1(MessageCode);
-    (stream << ... << pieces);
+    if (KrelLogger::getVerbosity() >= 2)
+        write(KrelLogger().error(MessageCode), pieces...);
+}
+
+template<typename... Pieces>
+void warning(Pieces &&...pieces)
+{
+    if (KrelLogger::getVerbosity() >= 3)
+        write(KrelLogger().warning(MessageCode), pieces...);
+}
+
+template<typename... Pieces>
+void debug1(Pieces &&...pieces)
+{
+    if (KrelLogger::getVerbosity() >= 6)
+        write(KrelLogger().debug1(MessageCode), pieces...);
+}
+
+template<typename... Pieces>
+void debug2(Pieces &&...pieces)
+{
+    if (KrelLogger::getVerbosity() >= 7)
+        write(KrelLogger().debug2(MessageCode), pieces...);
 }
 
 } // namespace NetworkLog

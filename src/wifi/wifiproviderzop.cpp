@@ -1,0 +1,400 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "wifiproviderzop_p.h"
+
+#include "asyncoperationwriter.h"
+#include "asyncwificonnectoperation.h"
+#include "asyncwifiscanoperation.h"
+#include "networklog.h"
+#include "wificonnectionconfig.h"
+#include "wifiproviderzopparserutilities.h"
+#include "zopcontrolcommand.h"
+#include "zopdirwatcher.h"
+#include "zopobject.h"
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
+namespace morvek {
+
+namespace {
+
+const QLatin1String DaemonPath("/zop/services/wifi/");
+const QLatin1String ControlName("control");
+const QLatin1String StatusName("status");
+
+const QLatin1String PowerAttribute("wifi_power");
+const QLatin1String ConnectionAttribute("wifi_status");
+const QLatin1String ScanResultsAttribute("scan_results");
+const QLatin1String LastEventAttribute("last_event");
+
+const QLatin1String PowerMessage("wifi_power");
+const QLatin1String ScanMessage("scan");
+const QLatin1String AddMessage("wnet_new");
+const QLatin1String SelectMessage("wnet_select");
+const QLatin1String DisconnectMessage("wnet_disableall");
+
+const QLatin1String On("on");
+const QLatin1String Off("off");
+
+const QLatin1String Bssid("bssid");
+const QLatin1String Ssid("ssid");
+const QLatin1String KeyManagement("key_mgmt");
+
+const QLatin1String ConnectFailedEvent("CTRL-EVENT-SSID-TEMP-DISABLED");
+
+constexpr int FailedCode = -1;
+const QLatin1String InvalidConfigurationReason("Wifi Configuration provided is not valid");
+const QLatin1String BusyReason("Another connect operation in progress.");
+const QLatin1String CancelledReason("Cancelling connect operation, due to issued disconnect command");
+const QLatin1String ConnectFailedReason("Failed to connect to Access Point");
+
+const char ConnectSignature[] = "virtual void morvek::WifiProviderZop::connectAccessPoint("
+                                "morvek::AsyncWifiConnectOperation*, const morvek::WifiConnectionConfig&)";
+
+const char InitFailedText[] = "Unable to initialize WifiProviderZop";
+const char ControlFailedText[] = "Unable to open Wi-Fi service ZOP control object ";
+const char StatusFailedText[] = "Unable to open Wi-Fi service ZOP status object ";
+const char InvalidConfigurationText[] =
+    "Connection AP - connectAccessPoint in provider - Wifi Configuration provided is not valid ";
+const char CommandFailedText[] = "Wi-Fi service control command failed\nmsg: ";
+const char ErrorCodeText[] = "\nerror code: ";
+const char ErrorText[] = "\nerror: ";
+const char ConnectCancelledText[] = "Connect operation was cancelled due to disconnect attempt";
+const char DisconnectFailedText[] = "Failed to disconnet from Access Point";
+const char PowerInvalidText[] = "Wi-Fi status ZOP object powered attribute is not valid";
+const char PowerUnknownText[] = "Wi-Fi status ZOP object powered attribute does not have a recognized value: ";
+const char PoweredText[] = "Updating powered flag to: ";
+const char PoweredChangedText[] = "Emitting poweredChanged signal with powered: ";
+const char ConnectionValidText[] =
+    "Wi-Fi status ZOP object status attribute is valid. Populating currently connected access point";
+const char ConnectionInvalidText[] =
+    "Wi-Fi status ZOP object status attribute is invalid. Clearing currently connected access point";
+const char AccessPointText[] = "Setting connected access point: ";
+const char ConnectedText[] = "Updating connected flag to: ";
+const char ConnectedChangedText[] = "Emitting connectedChanged signal with connected: ";
+const char ScanResultsInvalidText[] = "Scan results attribute value is not valid";
+const char LastEventText[] = "Wi-Fi status ZOP object last_event attribute is present. Identifying event";
+
+/*! The payload of "wnet_new" for a valid \a config, which is either open or has a passkey. */
+QJsonObject networkEntry(const WifiConnectionConfig &config)
+{
+    QJsonObject entry {{Ssid, config.ssid()}};
+    if (config.keyManagementType() == WifiKeyManagementPsk) {
+        entry.insert(KeyManagement, QStringLiteral("WPA-PSK")); // for WPA2 too: the daemon finds out
+        entry.insert(QStringLiteral("psk"), config.passkey());
+    } else {
+        entry.insert(KeyManagement, QStringLiteral("NONE"));
+    }
+    return entry;
+}
+
+/*! What the daemon does not name stays 0 here, which is not what a new access point starts with. */
+WifiAccessPoint connectedAccessPointFrom(const QJsonObject &connection)
+{
+    QFlags<WifiSecurityProtocol> protocols;
+    QFlags<WifiKeyManagementType> keyManagement;
+    QFlags<WifiCipher> ciphers;
+    WifiProviderZopParserUtilities::parseStatusKeyManagement(connection.value(KeyManagement).toString(), protocols,
+                                                             keyManagement);
+    WifiProviderZopParserUtilities::parseStatusCipher(connection.value(QLatin1String("pairwise_cipher")).toString(),
+                                                      ciphers);
+    WifiAccessPoint accessPoint;
+    accessPoint.setBssid(connection.value(Bssid).toString());
+    accessPoint.setSsid(connection.value(Ssid).toString());
+    accessPoint.setSecurityProtocols(protocols);
+    accessPoint.setKeyManagementTypes(keyManagement);
+    accessPoint.setCiphers(ciphers);
+    return accessPoint;
+}
+
+void readScanResult(const QJsonObject &result, WifiAccessPoint &accessPoint)
+{
+    QFlags<WifiSecurityProtocol> protocols;
+    QFlags<WifiKeyManagementType> keyManagement;
+    QFlags<WifiCipher> ciphers;
+    WifiServiceSet serviceSet = WifiServiceSetIbss;
+    WifiProviderZopParserUtilities::parseScanResultFlags(result.value(QLatin1String("flags")).toArray(), protocols,
+                                                         keyManagement, ciphers, serviceSet);
+    accessPoint.setBssid(result.value(Bssid).toString());
+    accessPoint.setSsid(result.value(Ssid).toString());
+    accessPoint.setRssi(result.value(QLatin1String("signal_level")).toString().toInt());
+    accessPoint.setFrequency(result.value(QLatin1String("frequency")).toString().toUInt());
+    accessPoint.setSecurityProtocols(protocols);
+    accessPoint.setKeyManagementTypes(keyManagement);
+    accessPoint.setCiphers(ciphers);
+    accessPoint.setServiceSet(serviceSet);
+}
+
+} // namespace
+
+WifiProviderZop::WifiProviderZop()
+    : directoryWatcher(new ZopDirWatcher(DaemonPath, this))
+{
+    connect(directoryWatcher, &ZopDirWatcher::objectAdded, this, &WifiProviderZop::zopDirWatcherObjectAdded);
+}
+
+WifiProviderZop::~WifiProviderZop() = default;
+
+void WifiProviderZop::zopDirWatcherObjectAdded(const QString &name)
+{
+    if (name != StatusName)
+        return;
+    directoryWatcher->deleteLater();
+    directoryWatcher = nullptr;
+    init();
+}
+
+void WifiProviderZop::init()
+{
+    if (initZopControlObj() && initZopStatusObj()) {
+        // Results and events that are there already belong to nobody who waits here.
+        handleStatusZopPoweredAttribute(statusObject->attribute(PowerAttribute), true);
+        handleStatusZopStatusAttribute(statusObject->attribute(ConnectionAttribute), true);
+        setReady(true);
+        return;
+    }
+    NetworkLog::error(InitFailedText);
+    for (ZopObject **object : {&controlObject, &statusObject}) {
+        if (*object)
+            (*object)->deleteLater();
+        *object = nullptr;
+    }
+}
+
+bool WifiProviderZop::initZopControlObj()
+{
+    controlObject = new ZopObject(DaemonPath + ControlName, ZopObject::ReadWrite, false, this);
+    if (controlObject->isValid())
+        return true;
+    NetworkLog::error(ControlFailedText, controlObject->path(), ": ", controlObject->errorString());
+    return false;
+}
+
+bool WifiProviderZop::initZopStatusObj()
+{
+    statusObject = new ZopObject(DaemonPath + StatusName, ZopObject::Subscribe, false, this);
+    if (!statusObject->isValid()) {
+        NetworkLog::error(StatusFailedText, statusObject->path(), ": ", statusObject->errorString());
+        return false;
+    }
+    // In this order: the values that are there are read, and not told as changes.
+    statusObject->setAttributeCacheEnabled(true);
+    connect(statusObject, &ZopObject::attributeChanged, this, &WifiProviderZop::zopStatusChanged);
+    connect(statusObject, &ZopObject::attributeRemoved, this, &WifiProviderZop::zopStatusAttributeRemoved);
+    return true;
+}
+
+bool WifiProviderZop::powered() const
+{
+    return isPowered;
+}
+
+bool WifiProviderZop::connected() const
+{
+    return isConnected;
+}
+
+WifiAccessPoint WifiProviderZop::connectedAccessPoint() const
+{
+    return currentAccessPoint;
+}
+
+void WifiProviderZop::powerOn()
+{
+    startCommand(PowerMessage, QString(On), &WifiProviderZop::zopControlCommandComplete);
+}
+
+void WifiProviderZop::powerOff()
+{
+    startCommand(PowerMessage, QString(Off), &WifiProviderZop::zopControlCommandComplete);
+}
+
+void WifiProviderZop::scan(AsyncWifiScanOperation *operation)
+{
+    pendingScans.append(operation);
+    startCommand(ScanMessage, ZopVariant(), &WifiProviderZop::zopControlCommandComplete);
+}
+
+void WifiProviderZop::connectAccessPoint(AsyncWifiConnectOperation *operation, const WifiConnectionConfig &config)
+{
+    if (!config.isValid()) {
+        AsyncOperationWriter::setError(*operation, AsyncOperationError(FailedCode, InvalidConfigurationReason));
+        NetworkLog::warning(InvalidConfigurationText, ConnectSignature);
+        return;
+    }
+    if (!pendingConnects.isEmpty()) {
+        AsyncOperationWriter::setError(*operation, AsyncOperationError(FailedCode, BusyReason));
+        return;
+    }
+    pendingConnects.append(operation);
+    addAccessPoint(config);
+}
+
+void WifiProviderZop::disconnectAccessPoint()
+{
+    failFirstConnect(CancelledReason);
+    startCommand(DisconnectMessage, ZopVariant(), &WifiProviderZop::disconnectAccessPointCompelete);
+}
+
+ZopControlCommand *WifiProviderZop::addAccessPoint(const WifiConnectionConfig &config)
+{
+    return startCommand(AddMessage, networkEntry(config), &WifiProviderZop::onAddAccessPointComplete);
+}
+
+void WifiProviderZop::enableAccessPoint(const QString &id)
+{
+    startCommand(SelectMessage, id, &WifiProviderZop::onEnableAccessPointComplete);
+}
+
+ZopControlCommand *WifiProviderZop::startCommand(const QString &message, const ZopVariant &dat,
+                                                 void (WifiProviderZop::*finished)(ZopControlCommand *))
+{
+    auto *command = new ZopControlCommand(controlObject, this);
+    connect(command, &ZopControlCommand::finished, this, finished);
+    command->setMessage(message);
+    if (dat.isValid())
+        command->setDat(dat);
+    command->start();
+    return command;
+}
+
+void WifiProviderZop::zopControlCommandComplete(ZopControlCommand *command)
+{
+    if (command->hasError())
+        NetworkLog::error(CommandFailedText, command->message(), ErrorCodeText, command->errorCode(), ErrorText,
+                          command->errorString());
+}
+
+void WifiProviderZop::onAddAccessPointComplete(ZopControlCommand *command)
+{
+    if (command->hasError())
+        failFirstConnect(command->errorString());
+    // After a refusal too, as the daemon is used to.
+    enableAccessPoint(command->datResponse().toString());
+}
+
+void WifiProviderZop::onEnableAccessPointComplete(ZopControlCommand *command)
+{
+    if (pendingConnects.isEmpty())
+        NetworkLog::warning(ConnectCancelledText);
+    else if (command->hasError())
+        failFirstConnect(command->errorString());
+}
+
+void WifiProviderZop::disconnectAccessPointCompelete(ZopControlCommand *command)
+{
+    if (command->hasError())
+        NetworkLog::error(DisconnectFailedText);
+}
+
+void WifiProviderZop::zopControlChanged(const QString &name, const ZopVariant &attribute)
+{
+    Q_UNUSED(name)
+    Q_UNUSED(attribute)
+}
+
+void WifiProviderZop::zopStatusChanged(const QString &name, const ZopVariant &attribute)
+{
+    if (name == PowerAttribute)
+        handleStatusZopPoweredAttribute(attribute, false);
+    else if (name == ConnectionAttribute)
+        handleStatusZopStatusAttribute(attribute, false);
+    else if (name == ScanResultsAttribute)
+        handleStatusZopScanResultsAttribute(attribute);
+    else if (name == LastEventAttribute)
+        handleStatusZopLastEventAttribute(attribute);
+}
+
+void WifiProviderZop::zopStatusAttributeRemoved(const QString &name)
+{
+    if (name.startsWith(ConnectionAttribute))
+        handleStatusZopStatusAttribute(ZopVariant(), false);
+}
+
+void WifiProviderZop::handleStatusZopPoweredAttribute(const ZopVariant &value, bool initial)
+{
+    if (!value.isValid()) {
+        NetworkLog::warning(PowerInvalidText);
+        return;
+    }
+    const QString text = value.toString();
+    if (text != On && text != Off) {
+        NetworkLog::warning(PowerUnknownText, text);
+        return;
+    }
+    const bool newPowered = text == On;
+    if (newPowered == isPowered)
+        return;
+    NetworkLog::debug2(PoweredText, int(newPowered));
+    isPowered = newPowered;
+    if (initial)
+        return;
+    NetworkLog::debug2(PoweredChangedText, int(isPowered));
+    emit poweredChanged(isPowered);
+}
+
+void WifiProviderZop::handleStatusZopStatusAttribute(const ZopVariant &value, bool initial)
+{
+    if (value.isValid()) {
+        NetworkLog::debug1(ConnectionValidText);
+        currentAccessPoint = connectedAccessPointFrom(value.toJson().object());
+        if (!currentAccessPoint.isEmpty() && !pendingConnects.isEmpty()) {
+            NetworkLog::warning(AccessPointText, currentAccessPoint);
+            if (AsyncWifiConnectOperation *operation = pendingConnects.takeFirst())
+                AsyncOperationWriter::setResult(*operation, currentAccessPoint);
+        }
+    } else {
+        NetworkLog::debug1(ConnectionInvalidText);
+        currentAccessPoint = WifiAccessPoint();
+    }
+
+    const bool newConnected = !currentAccessPoint.isEmpty();
+    if (newConnected == isConnected)
+        return;
+    NetworkLog::debug2(ConnectedText, int(newConnected));
+    isConnected = newConnected;
+    if (initial)
+        return;
+    NetworkLog::debug2(ConnectedChangedText, int(isConnected));
+    emit connectedChanged(isConnected);
+}
+
+void WifiProviderZop::handleStatusZopScanResultsAttribute(const ZopVariant &value)
+{
+    if (!value.isValid() || pendingScans.isEmpty()) {
+        NetworkLog::warning(ScanResultsInvalidText);
+        return;
+    }
+    const QJsonArray results = QJsonDocument::fromJson(value.toString().toLocal8Bit()).array();
+    QList<WifiAccessPoint> accessPoints;
+    accessPoints.reserve(results.size());
+    for (const QJsonValue &result : results) {
+        accessPoints.append(WifiAccessPoint());
+        readScanResult(result.toObject(), accessPoints.last());
+    }
+    while (!pendingScans.isEmpty()) {
+        if (AsyncWifiScanOperation *operation = pendingScans.takeFirst())
+            AsyncOperationWriter::setResults(*operation, accessPoints);
+    }
+}
+
+void WifiProviderZop::handleStatusZopLastEventAttribute(const ZopVariant &value)
+{
+    if (!value.isValid())
+        return;
+    NetworkLog::debug1(LastEventText);
+    if (value.toString().contains(ConnectFailedEvent))
+        failFirstConnect(ConnectFailedReason);
+}
+
+/*! Ends the connect that is pending, if any, as failed. */
+void WifiProviderZop::failFirstConnect(const QString &message)
+{
+    if (pendingConnects.isEmpty())
+        return;
+    if (AsyncWifiConnectOperation *operation = pendingConnects.takeFirst())
+        AsyncOperationWriter::setError(*operation, AsyncOperationError(FailedCode, message));
+}
+
+} // namespace morvek

@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "wifiproviderzopparserutilities.h"
+
+#include "networklog.h"
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QStringList>
+
+namespace morvek {
+
+namespace {
+
+const char UnknownStatusKeyManagementText[] = "Unrecognized Wi-Fi status key management value: \"";
+const char UnknownStatusCipherText[] = "Unrecognized Wi-Fi status cipher: \"";
+const char UnreadableFlagText[] = "Unable to parse access point WPA flag \"";
+const char UnknownProtocolText[] = "Unrecognized access point flag security protocol: \"";
+const char UnknownKeyManagementText[] = "Unrecognized access point flag key management: \"";
+const char UnknownCipherText[] = "Unrecognized access point cipher: \"";
+
+template<typename Value>
+struct Token
+{
+    QLatin1String text;
+    Value value;
+};
+
+/*! The entry of \a table for \a text; null when there is none. */
+template<typename Table>
+auto find(const Table &table, const QString &text) -> decltype(&*std::begin(table))
+{
+    for (const auto &token : table) {
+        if (text == token.text)
+            return &token;
+    }
+    return nullptr;
+}
+
+struct Security
+{
+    WifiSecurityProtocol protocol;
+    WifiKeyManagementType keyManagement;
+};
+
+const Token<Security> StatusKeyManagements[] = {
+    {QLatin1String("NONE"), {WifiSecurityProtocolNone, WifiKeyManagementNone}},
+    {QLatin1String("WPA-PSK"), {WifiSecurityProtocolWpa, WifiKeyManagementPsk}},
+    {QLatin1String("WPA-EAP"), {WifiSecurityProtocolWpa, WifiKeyManagementEap}},
+    {QLatin1String("WPA2-PSK"), {WifiSecurityProtocolWpa2, WifiKeyManagementPsk}},
+    {QLatin1String("WPA2-EAP"), {WifiSecurityProtocolWpa2, WifiKeyManagementEap}},
+};
+
+const Token<WifiCipher> StatusCiphers[] = {
+    {QLatin1String("NONE"), WifiCipherNone},
+    {QLatin1String("TKIP"), WifiCipherTkip},
+    {QLatin1String("CCMP"), WifiCipherCcmp},
+};
+
+const Token<WifiSecurityProtocol> FlagProtocols[] = {
+    {QLatin1String("WPA"), WifiSecurityProtocolWpa},
+    {QLatin1String("WPA2"), WifiSecurityProtocolWpa2},
+};
+
+const Token<WifiKeyManagementType> FlagKeyManagements[] = {
+    {QLatin1String("PSK"), WifiKeyManagementPsk},
+    {QLatin1String("EAP"), WifiKeyManagementEap},
+};
+
+const Token<QFlags<WifiCipher>> FlagCiphers[] = {
+    {QLatin1String("TKIP"), WifiCipherTkip},
+    {QLatin1String("CCMP"), WifiCipherCcmp},
+    {QLatin1String("TKIP+CCMP"), WifiCipherTkip | WifiCipherCcmp},
+};
+
+/*! Adds what one part of a flag names to \a set. */
+template<typename Table, typename Set>
+void addPart(const Table &table, const QString &part, const char *unknownText, Set &set)
+{
+    if (const auto *token = find(table, part))
+        set |= token->value;
+    else
+        NetworkLog::error(unknownText, part.toLocal8Bit(), '"');
+}
+
+} // namespace
+
+void WifiProviderZopParserUtilities::parseStatusKeyManagement(const QString &value,
+                                                              QFlags<WifiSecurityProtocol> &protocols,
+                                                              QFlags<WifiKeyManagementType> &keyManagement)
+{
+    const auto *token = find(StatusKeyManagements, value);
+    if (!token) {
+        NetworkLog::warning(UnknownStatusKeyManagementText, value.toLocal8Bit(), '"');
+        return;
+    }
+    protocols = token->value.protocol;
+    keyManagement = token->value.keyManagement;
+}
+
+void WifiProviderZopParserUtilities::parseStatusCipher(const QString &value, QFlags<WifiCipher> &ciphers)
+{
+    if (const auto *token = find(StatusCiphers, value))
+        ciphers = token->value;
+    else
+        NetworkLog::warning(UnknownStatusCipherText, value.toLocal8Bit(), '"');
+}
+
+void WifiProviderZopParserUtilities::parseScanResultFlags(const QJsonArray &flags,
+                                                          QFlags<WifiSecurityProtocol> &protocols,
+                                                          QFlags<WifiKeyManagementType> &keyManagement,
+                                                          QFlags<WifiCipher> &ciphers, WifiServiceSet &serviceSet)
+{
+    serviceSet = WifiServiceSetIbss;
+    for (const QJsonValue &element : flags) {
+        const QString flag = element.toString();
+        if (flag == QLatin1String("ESS")) {
+            serviceSet = WifiServiceSetEss;
+        } else if (flag == QLatin1String("WPS")) {
+            protocols |= WifiSecurityProtocolWps;
+            keyManagement |= WifiKeyManagementNone;
+            ciphers |= WifiCipherNone;
+        } else if (flag == QLatin1String("WEP")) {
+            protocols |= WifiSecurityProtocolWep;
+            keyManagement |= WifiKeyManagementNone;
+            ciphers |= WifiCipherNone;
+        } else if (flag.startsWith(QLatin1String("WPA"))) {
+            const QStringList parts = flag.split(QLatin1Char('-'));
+            if (parts.size() != 3) {
+                NetworkLog::error(UnreadableFlagText, flag.toLocal8Bit(), '"');
+                continue;
+            }
+            addPart(FlagProtocols, parts[0], UnknownProtocolText, protocols);
+            addPart(FlagKeyManagements, parts[1], UnknownKeyManagementText, keyManagement);
+            addPart(FlagCiphers, parts[2], UnknownCipherText, ciphers);
+        }
+    }
+    if (protocols == 0) {
+        protocols = WifiSecurityProtocolNone;
+        keyManagement |= WifiKeyManagementNone;
+        ciphers |= WifiCipherNone;
+    }
+}
+
+} // namespace morvek
