@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bus.h"
 
+#include "process.h"
 #include "rounds.h"
 
 #include <QtCore/QCoreApplication>
@@ -17,15 +18,24 @@ const char *const ObjectPath = "/morvek/bench";
 const char *const Properties = "org.freedesktop.DBus.Properties";
 const char *const ServiceName = "morvek.bench";
 
-QDBusConnection connectTo(const QString &address)
+} // namespace
+
+std::unique_ptr<Process> startBus(QString *address)
+{
+    auto bus = std::make_unique<Process>(
+        QStringLiteral("dbus-daemon"),
+        QStringList {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address=1")});
+    *address = QString::fromLatin1(bus->readLine());
+    return bus;
+}
+
+QDBusConnection connectToBus(const QString &address)
 {
     QDBusConnection bus = QDBusConnection::connectToBus(address, QStringLiteral("bench"));
     if (!bus.isConnected())
         qFatal("cannot reach the bus");
     return bus;
 }
-
-} // namespace
 
 BusReceiver::BusReceiver(Rounds *rounds)
     : m_rounds(rounds)
@@ -44,7 +54,7 @@ void BusDaemon::configure(const QString &, const QVariantMap &) { }
 
 int runBusSender(const QString &address, Rounds *rounds)
 {
-    QDBusConnection bus = connectTo(address);
+    QDBusConnection bus = connectToBus(address);
     rounds->awaitReady();
     for (int mtu = 1; rounds->next(); ++mtu) {
         QDBusMessage message = QDBusMessage::createSignal(QLatin1String(ObjectPath), QLatin1String(Properties),
@@ -61,7 +71,7 @@ int runBusSender(const QString &address, Rounds *rounds)
 
 int runBusReceiver(const QString &address, Rounds *rounds)
 {
-    QDBusConnection bus = connectTo(address);
+    QDBusConnection bus = connectToBus(address);
     BusReceiver receiver(rounds);
     if (!bus.connect(QString(), QLatin1String(ObjectPath), QLatin1String(Properties),
                      QStringLiteral("PropertiesChanged"), &receiver,
@@ -76,7 +86,7 @@ int runBusReceiver(const QString &address, Rounds *rounds)
 
 int runBusDaemon(const QString &address)
 {
-    QDBusConnection bus = connectTo(address);
+    QDBusConnection bus = connectToBus(address);
     BusDaemon daemon;
     bus.registerObject(QLatin1String(ObjectPath), &daemon, QDBusConnection::ExportScriptableSlots);
     if (!bus.registerService(QLatin1String(ServiceName)))
@@ -87,7 +97,7 @@ int runBusDaemon(const QString &address)
 
 int runBusRequester(const QString &address, Rounds *rounds)
 {
-    QDBusConnection bus = connectTo(address);
+    QDBusConnection bus = connectToBus(address);
     std::function<void()> request = [&] {
         if (!rounds->next()) {
             QCoreApplication::quit();

@@ -5,6 +5,10 @@
 #include <QtCore/QObject>
 #include <QtCore/QVariantMap>
 
+#include <memory>
+
+class Process;
+class QDBusConnection;
 class Rounds;
 
 /*! What receives the updates that come as D-Bus signals. */
@@ -31,6 +35,10 @@ class BusDaemon : public QObject
 public Q_SLOTS:
     Q_SCRIPTABLE void configure(const QString &interface, const QVariantMap &settings);
 };
+
+/*! A bus of its own, which ends with the process that is returned. */
+std::unique_ptr<Process> startBus(QString *address);
+QDBusConnection connectToBus(const QString &address);
 
 int runBusSender(const QString &address, Rounds *rounds);
 int runBusReceiver(const QString &address, Rounds *rounds);

@@ -2,6 +2,7 @@
 #include "counting.h"
 
 #include "asyncnetworkinterfaceoperation.h"
+#include "measurement.h"
 #include "networkinterfaceservice.h"
 #include "networklibraryexports.h"
 #include "process.h"
@@ -10,9 +11,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QTemporaryDir>
 
-#include <functional>
 #include <iostream>
 
 #include <malloc.h>
@@ -135,38 +134,22 @@ std::unique_ptr<Process> startPublisher(int interfaces)
     return publisher;
 }
 
-/*! A fresh root while it lives. */
-class Root
-{
-public:
-    Root() { qputenv("ZOP_ROOT", m_folder.filePath(QStringLiteral("zop")).toUtf8()); }
-
-private:
-    QTemporaryDir m_folder {folderTemplate()};
-};
-
 /*! The instructions of one action, \a times times repeated, with that many interfaces and requests before it. */
-double countInstructions(const QString &what, int interfaces, int times, int earlierRequests = 0)
+double countAction(const QString &what, int interfaces, int times, int earlierRequests = 0)
 {
     const Root root;
     const auto publisher = startPublisher(interfaces);
-    Process counted(QStringLiteral("valgrind"),
-                    {QStringLiteral("--tool=callgrind"), QStringLiteral("--instr-atstart=no"),
-                     QStringLiteral("--callgrind-out-file=/dev/null"), QCoreApplication::applicationFilePath(),
-                     QStringLiteral("--role"), QStringLiteral("counted"), what, QString::number(interfaces),
-                     QString::number(earlierRequests)});
-    if (what == QLatin1String("update")) {
+    const QStringList role {QStringLiteral("counted"), what, QString::number(interfaces),
+                            QString::number(earlierRequests)};
+    const double instructions = countInstructions(role, [&](Process *counted) {
+        if (what != QLatin1String("update"))
+            return;
         for (int i = 0; i < 1 + CountedUpdates; ++i) {
-            counted.awaitOutput();
+            counted->awaitOutput();
             publisher->writeLine("u");
         }
-    }
-    counted.finish();
-    const QRegularExpression total(QStringLiteral("Collected : (\\d+)"));
-    const QRegularExpressionMatch match = total.match(QString::fromLatin1(counted.errors()));
-    if (!match.hasMatch())
-        qFatal("callgrind counted nothing");
-    return match.captured(1).toDouble() / times;
+    });
+    return instructions / times;
 }
 
 double residentKibibytes(int interfaces, const QByteArray &field)
@@ -188,7 +171,7 @@ void measureGrowth(Report *report)
     const QString instructions = QStringLiteral("instructions");
     double updateOfOne = 0;
     for (const int interfaces : {1, 10, 100, 1000}) {
-        const double update = countInstructions(QStringLiteral("update"), interfaces, CountedUpdates);
+        const double update = countAction(QStringLiteral("update"), interfaces, CountedUpdates);
         if (interfaces == 1)
             updateOfOne = update;
         report->compare(QStringLiteral("one update, %1 interfaces").arg(interfaces), update, instructions,
@@ -196,16 +179,15 @@ void measureGrowth(Report *report)
     }
     double startOfOne = 0;
     for (const int interfaces : {1, 10, 100, 1000}) {
-        const double start = countInstructions(QStringLiteral("start-up"), interfaces, 1);
+        const double start = countAction(QStringLiteral("start-up"), interfaces, 1);
         if (interfaces == 1)
             startOfOne = start;
         report->compare(QStringLiteral("start-up, %1 interfaces").arg(interfaces), start, instructions,
                         QStringLiteral("with one interface"), startOfOne);
     }
     report->compare(QStringLiteral("a request after %1").arg(ManyRequests),
-                    countInstructions(QStringLiteral("request"), 1, CountedUpdates, ManyRequests), instructions,
-                    QStringLiteral("the first ones"), countInstructions(QStringLiteral("request"), 1, CountedUpdates),
-                    1.05);
+                    countAction(QStringLiteral("request"), 1, CountedUpdates, ManyRequests), instructions,
+                    QStringLiteral("the first ones"), countAction(QStringLiteral("request"), 1, CountedUpdates), 1.05);
     {
         const Root root;
         const auto publisher = startPublisher(1);

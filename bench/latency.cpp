@@ -3,6 +3,7 @@
 
 #include "asyncnetworkinterfaceoperation.h"
 #include "bus.h"
+#include "measurement.h"
 #include "networkinterfaceservice.h"
 #include "networklibraryexports.h"
 #include "process.h"
@@ -11,7 +12,6 @@
 #include "rounds.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QTemporaryDir>
 
 #include <array>
 #include <functional>
@@ -29,18 +29,8 @@ namespace {
 
 constexpr double ToBareWakeUp = 4;
 constexpr double ToDBus = 1.0 / 3;
-
-struct Quantiles
-{
-    double median;
-    double percentile99;
-};
-
-Quantiles quantiles(const Rounds &rounds)
-{
-    const QVector<double> samples = rounds.samples();
-    return {samples[samples.size() / 2], samples[samples.size() * 99 / 100]};
-}
+constexpr int WarmUp = 200;
+constexpr int Counted = 3000;
 
 void must(bool done)
 {
@@ -154,34 +144,23 @@ int runServiceRequester(Rounds *rounds)
     return result;
 }
 
-/*! Runs a measurement on a fresh page and a fresh root. */
-Quantiles measure(const std::function<void(const QString &page, const QString &folder)> &processes)
-{
-    const QTemporaryDir folder(folderTemplate());
-    const QString page = folder.filePath(QStringLiteral("page"));
-    qputenv("ZOP_ROOT", folder.filePath(QStringLiteral("zop")).toUtf8());
-    const Rounds rounds(page, true);
-    processes(page, folder.path());
-    return quantiles(rounds);
-}
-
 Quantiles measureBareWakeUp()
 {
-    return measure([](const QString &page, const QString &folder) {
+    return measure(WarmUp, Counted, [](const QString &page, const QString &folder) {
         Process::role({QStringLiteral("bare-wake-up"), page, folder})->finish();
     });
 }
 
 Quantiles measureBareSocket()
 {
-    return measure([](const QString &page, const QString &) {
+    return measure(WarmUp, Counted, [](const QString &page, const QString &) {
         Process::role({QStringLiteral("bare-socket"), page})->finish();
     });
 }
 
 Quantiles measureUpdate()
 {
-    return measure([](const QString &page, const QString &) {
+    return measure(WarmUp, Counted, [](const QString &page, const QString &) {
         const auto sender = Process::role({QStringLiteral("object-sender"), page});
         sender->readLine();
         const auto receiver = Process::role({QStringLiteral("service-receiver"), page});
@@ -192,25 +171,16 @@ Quantiles measureUpdate()
 
 Quantiles measureRequest()
 {
-    return measure([](const QString &page, const QString &) {
+    return measure(WarmUp, Counted, [](const QString &page, const QString &) {
         const auto publisher = Process::role({QStringLiteral("publisher"), QStringLiteral("1")});
         publisher->readLine();
         Process::role({QStringLiteral("service-requester"), page})->finish();
     });
 }
 
-std::unique_ptr<Process> startBus(QString *address)
-{
-    auto bus = std::make_unique<Process>(
-        QStringLiteral("dbus-daemon"),
-        QStringList {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address=1")});
-    *address = QString::fromLatin1(bus->readLine());
-    return bus;
-}
-
 Quantiles measureBusSignal()
 {
-    return measure([](const QString &page, const QString &) {
+    return measure(WarmUp, Counted, [](const QString &page, const QString &) {
         QString address;
         const auto bus = startBus(&address);
         const auto sender = Process::role({QStringLiteral("bus-sender"), page, address});
@@ -222,7 +192,7 @@ Quantiles measureBusSignal()
 
 Quantiles measureBusCall()
 {
-    return measure([](const QString &page, const QString &) {
+    return measure(WarmUp, Counted, [](const QString &page, const QString &) {
         QString address;
         const auto bus = startBus(&address);
         const auto daemon = Process::role({QStringLiteral("bus-daemon"), page, address});

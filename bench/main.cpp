@@ -2,24 +2,41 @@
 #include "counting.h"
 #include "latency.h"
 #include "report.h"
+#include "scanning.h"
+#include "timedapplication.h"
 
 #include <QtCore/QCommandLineParser>
-#include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 
 namespace {
 
+struct Section
+{
+    QString name;
+    void (*measure)(Report *report);
+};
+
+const Section sections[] = {
+    {QStringLiteral("latency"), measureLatency},
+    {QStringLiteral("scans"), measureScanning},
+    {QStringLiteral("growth"), measureGrowth},
+};
+
 int runRole(const QStringList &arguments)
 {
-    const int result = runGrowthRole(arguments);
-    return result != -1 ? result : runLatencyRole(arguments);
+    for (const auto run : {runGrowthRole, runScanningRole}) {
+        const int result = run(arguments);
+        if (result != -1)
+            return result;
+    }
+    return runLatencyRole(arguments);
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication application(argc, argv);
+    TimedApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.value(1) == QLatin1String("--role"))
         return runRole(arguments.mid(2));
@@ -31,11 +48,15 @@ int main(int argc, char *argv[])
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Write the figures to <file>."),
                                   QStringLiteral("file"));
     parser.addOption(json);
+    parser.addPositionalArgument(QStringLiteral("section"), QStringLiteral("Measures only latency, scans or growth."),
+                                 QStringLiteral("[section...]"));
     parser.process(application);
 
     Report report;
-    measureLatency(&report);
-    measureGrowth(&report);
+    for (const Section &section : sections) {
+        if (parser.positionalArguments().isEmpty() || parser.positionalArguments().contains(section.name))
+            section.measure(&report);
+    }
     report.printTable();
     if (parser.isSet(json)) {
         QFile file(parser.value(json));

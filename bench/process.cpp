@@ -11,6 +11,13 @@ namespace {
 
 constexpr int Patience = 120 * 1000; // milliseconds
 
+QString folderTemplate()
+{
+    const QString memory = QStringLiteral("/dev/shm");
+    const QString place = QFileInfo(memory).isWritable() ? memory : QDir::tempPath();
+    return place + QStringLiteral("/morvek-bench-XXXXXX");
+}
+
 } // namespace
 
 Process::Process(const QString &program, const QStringList &arguments)
@@ -73,11 +80,10 @@ QByteArray Process::errors()
     return m_process.readAllStandardError();
 }
 
-QString folderTemplate()
+Root::Root()
+    : m_folder(folderTemplate())
 {
-    const QString memory = QStringLiteral("/dev/shm");
-    const QString place = QFileInfo(memory).isWritable() ? memory : QDir::tempPath();
-    return place + QStringLiteral("/morvek-bench-XXXXXX");
+    qputenv("ZOP_ROOT", m_folder.filePath(QStringLiteral("zop")).toUtf8());
 }
 
 void useOneCore(bool one)

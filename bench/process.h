@@ -4,6 +4,7 @@
 
 #include <QtCore/QProcess>
 #include <QtCore/QStringList>
+#include <QtCore/QTemporaryDir>
 
 #include <memory>
 
@@ -30,8 +31,16 @@ private:
     QProcess m_process;
 };
 
-/*! What temporary folders are made after: on a memory file system, where a root belongs, if there is one. */
-QString folderTemplate();
+/*! A fresh root of objects while it lives: on a memory file system, where a root belongs, if there is one. */
+class Root
+{
+public:
+    Root();
+    QString folder() const { return m_folder.path(); }
+
+private:
+    QTemporaryDir m_folder;
+};
 
 /*! Lets this process, and those that it starts from now on, run on one core only, or on all. */
 void useOneCore(bool one);

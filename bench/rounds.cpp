@@ -27,18 +27,18 @@ void await(sem_t *semaphore)
 
 } // namespace
 
-Rounds::Rounds(const QString &file, bool create)
+Rounds::Rounds(const QString &file)
 {
-    const int fd = open(QFile::encodeName(file).constData(), O_RDWR | O_CLOEXEC | (create ? O_CREAT : 0), 0600);
-    if (fd == -1 || (create && ftruncate(fd, sizeof(Page)) != 0))
-        qFatal("cannot open the shared page");
-    void *memory = mmap(nullptr, sizeof(Page), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    if (memory == MAP_FAILED)
-        qFatal("cannot map the shared page");
-    close(fd);
-    m_page = static_cast<Page *>(memory);
-    if (!create)
-        return;
+    map(file, O_RDWR);
+}
+
+Rounds::Rounds(const QString &file, int warmUp, int counted)
+{
+    if (warmUp + counted > Most)
+        qFatal("so many rounds do not fit into the shared page");
+    map(file, O_RDWR | O_CREAT);
+    m_page->warmUp = warmUp;
+    m_page->all = warmUp + counted;
     sem_init(&m_page->ready, 1, 0);
     sem_init(&m_page->arrival, 1, 0);
 }
@@ -46,6 +46,18 @@ Rounds::Rounds(const QString &file, bool create)
 Rounds::~Rounds()
 {
     munmap(m_page, sizeof(Page));
+}
+
+void Rounds::map(const QString &file, int flags)
+{
+    const int fd = open(QFile::encodeName(file).constData(), flags | O_CLOEXEC, 0600);
+    if (fd == -1 || ftruncate(fd, sizeof(Page)) != 0)
+        qFatal("cannot open the shared page");
+    void *memory = mmap(nullptr, sizeof(Page), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    if (memory == MAP_FAILED)
+        qFatal("cannot map the shared page");
+    close(fd);
+    m_page = static_cast<Page *>(memory);
 }
 
 void Rounds::setReady()
@@ -56,7 +68,7 @@ void Rounds::setReady()
 bool Rounds::arrived()
 {
     m_page->nanoseconds[size_t(m_page->received)] = now() - m_page->sentAt;
-    const bool more = ++m_page->received < WarmUp + Counted;
+    const bool more = ++m_page->received < m_page->all;
     sem_post(&m_page->arrival);
     return more;
 }
@@ -68,7 +80,7 @@ void Rounds::awaitReady()
 
 bool Rounds::next()
 {
-    if (m_page->sent == WarmUp + Counted)
+    if (m_page->sent == m_page->all)
         return false;
     ++m_page->sent;
     m_page->sentAt = now();
@@ -83,8 +95,8 @@ void Rounds::awaitArrival()
 QVector<double> Rounds::samples() const
 {
     QVector<double> result;
-    for (auto it = m_page->nanoseconds.begin() + WarmUp; it != m_page->nanoseconds.end(); ++it)
-        result.append(double(*it) / 1000);
+    for (int round = m_page->warmUp; round < m_page->all; ++round)
+        result.append(double(m_page->nanoseconds[size_t(round)]) / 1000);
     std::sort(result.begin(), result.end());
     return result;
 }

@@ -17,11 +17,10 @@
 class Rounds
 {
 public:
-    static constexpr int WarmUp = 200;
-    static constexpr int Counted = 3000;
-
-    /*! Maps \a file, which a first user creates with \a create. */
-    explicit Rounds(const QString &file, bool create = false);
+    /*! Maps \a file. */
+    explicit Rounds(const QString &file);
+    /*! Creates \a file, for so many rounds of which the first \a warmUp do not count. */
+    Rounds(const QString &file, int warmUp, int counted);
     ~Rounds();
 
     // The receiver's side.
@@ -38,16 +37,22 @@ public:
     /*! Microseconds, in ascending order. */
     QVector<double> samples() const;
 
+    static constexpr int Most = 3200;
+
 private:
     Q_DISABLE_COPY(Rounds)
+    void map(const QString &file, int flags);
+
     struct Page
     {
         sem_t ready;
         sem_t arrival;
         std::atomic<qint64> sentAt;
+        int warmUp;
+        int all;
         int sent;
         int received;
-        std::array<qint64, WarmUp + Counted> nanoseconds;
+        std::array<qint64, Most> nanoseconds;
     };
     Page *m_page;
 };

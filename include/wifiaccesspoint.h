@@ -75,4 +75,6 @@ MORVEK_NETWORK_EXPORT QTextStream &operator<<(QTextStream &stream, WifiAccessPoi
 
 } // namespace morvek
 
+Q_DECLARE_TYPEINFO(morvek::WifiAccessPoint, Q_MOVABLE_TYPE);
+
 #endif

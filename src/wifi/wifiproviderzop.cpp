@@ -108,7 +108,7 @@ WifiAccessPoint connectedAccessPointFrom(const QJsonObject &connection)
     return accessPoint;
 }
 
-void readScanResult(const QJsonObject &result, WifiAccessPoint &accessPoint)
+WifiAccessPoint scannedAccessPoint(const QJsonObject &result)
 {
     QFlags<WifiSecurityProtocol> protocols;
     QFlags<WifiKeyManagementType> keyManagement;
@@ -116,6 +116,7 @@ void readScanResult(const QJsonObject &result, WifiAccessPoint &accessPoint)
     WifiServiceSet serviceSet = WifiServiceSetIbss;
     WifiProviderZopParserUtilities::parseScanResultFlags(result.value(QLatin1String("flags")).toArray(), protocols,
                                                          keyManagement, ciphers, serviceSet);
+    WifiAccessPoint accessPoint;
     accessPoint.setBssid(result.value(Bssid).toString());
     accessPoint.setSsid(result.value(Ssid).toString());
     accessPoint.setRssi(result.value(QLatin1String("signal_level")).toString().toInt());
@@ -124,6 +125,7 @@ void readScanResult(const QJsonObject &result, WifiAccessPoint &accessPoint)
     accessPoint.setKeyManagementTypes(keyManagement);
     accessPoint.setCiphers(ciphers);
     accessPoint.setServiceSet(serviceSet);
+    return accessPoint;
 }
 
 } // namespace
@@ -369,10 +371,8 @@ void WifiProviderZop::handleStatusZopScanResultsAttribute(const ZopVariant &valu
     const QJsonArray results = QJsonDocument::fromJson(value.toString().toLocal8Bit()).array();
     QList<WifiAccessPoint> accessPoints;
     accessPoints.reserve(results.size());
-    for (const QJsonValue &result : results) {
-        accessPoints.append(WifiAccessPoint());
-        readScanResult(result.toObject(), accessPoints.last());
-    }
+    for (const QJsonValue &result : results)
+        accessPoints.append(scannedAccessPoint(result.toObject()));
     while (!pendingScans.isEmpty()) {
         if (AsyncWifiScanOperation *operation = pendingScans.takeFirst())
             AsyncOperationWriter::setResults(*operation, accessPoints);

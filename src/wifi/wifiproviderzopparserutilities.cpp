@@ -4,7 +4,7 @@
 #include "networklog.h"
 
 #include <QtCore/QJsonArray>
-#include <QtCore/QStringList>
+#include <QtCore/QStringView>
 
 namespace morvek {
 
@@ -26,7 +26,7 @@ struct Token
 
 /*! The entry of \a table for \a text; null when there is none. */
 template<typename Table>
-auto find(const Table &table, const QString &text) -> decltype(&*std::begin(table))
+auto find(const Table &table, QStringView text) -> decltype(&*std::begin(table))
 {
     for (const auto &token : table) {
         if (text == token.text)
@@ -73,7 +73,7 @@ const Token<QFlags<WifiCipher>> FlagCiphers[] = {
 
 /*! Adds what one part of a flag names to \a set. */
 template<typename Table, typename Set>
-void addPart(const Table &table, const QString &part, const char *unknownText, Set &set)
+void addPart(const Table &table, QStringView part, const char *unknownText, Set &set)
 {
     if (const auto *token = find(table, part))
         set |= token->value;
@@ -123,14 +123,16 @@ void WifiProviderZopParserUtilities::parseScanResultFlags(const QJsonArray &flag
             keyManagement |= WifiKeyManagementNone;
             ciphers |= WifiCipherNone;
         } else if (flag.startsWith(QLatin1String("WPA"))) {
-            const QStringList parts = flag.split(QLatin1Char('-'));
-            if (parts.size() != 3) {
+            if (flag.count(QLatin1Char('-')) != 2) {
                 NetworkLog::error(UnreadableFlagText, flag.toLocal8Bit(), '"');
                 continue;
             }
-            addPart(FlagProtocols, parts[0], UnknownProtocolText, protocols);
-            addPart(FlagKeyManagements, parts[1], UnknownKeyManagementText, keyManagement);
-            addPart(FlagCiphers, parts[2], UnknownCipherText, ciphers);
+            const QStringView text(flag);
+            const int first = flag.indexOf(QLatin1Char('-'));
+            const int last = flag.lastIndexOf(QLatin1Char('-'));
+            addPart(FlagProtocols, text.left(first), UnknownProtocolText, protocols);
+            addPart(FlagKeyManagements, text.mid(first + 1, last - first - 1), UnknownKeyManagementText, keyManagement);
+            addPart(FlagCiphers, text.mid(last + 1), UnknownCipherText, ciphers);
         }
     }
     if (protocols == 0) {
