@@ -4,6 +4,7 @@
 #include "attributes.h"
 #include "jsonnode.h"
 #include "scenarioreader.h"
+#include "wifireader.h"
 #include "wirenames.h"
 
 #include <QtCore/QSet>
@@ -32,13 +33,28 @@ const EventWord EventWords[] = {
     {QLatin1String("default-follows"), TimelineEvent::FollowDefault},
     {QLatin1String("priority"), TimelineEvent::SetPriority},
     {QLatin1String("daemon-dies"), TimelineEvent::DaemonDies},
+    {QLatin1String("out-of-range"), TimelineEvent::OutOfRange},
+    {QLatin1String("in-range"), TimelineEvent::InRange},
+    {QLatin1String("signal"), TimelineEvent::Signal},
+    {QLatin1String("roam"), TimelineEvent::Roam},
+    {QLatin1String("dropped"), TimelineEvent::Dropped},
+    {QLatin1String("radio-on"), TimelineEvent::RadioOn},
+    {QLatin1String("radio-off"), TimelineEvent::RadioOff},
+    {QLatin1String("wifi-event"), TimelineEvent::TellWifiEvent},
 };
 
 const auto AttributesKey = QLatin1String("attributes");
 const auto BackAfterKey = QLatin1String("back_after");
+const auto DaemonKey = QLatin1String("daemon");
 const auto InterfaceKey = QLatin1String("interface");
 const auto ObjectKey = QLatin1String("object");
 const auto OrderKey = QLatin1String("order");
+const auto ReasonKey = QLatin1String("reason");
+const auto TextKey = QLatin1String("text");
+
+// An access point that ends a connection without a reason of its own says that the station's time is over.
+constexpr int UsualReason = 2;
+constexpr int LargestReason = 65535;
 
 TimelineEvent::Kind readKind(const JsonNode &node)
 {
@@ -60,11 +76,23 @@ QStringList keysOf(TimelineEvent::Kind kind)
     case TimelineEvent::RemoveAttributes:
         return {InterfaceKey, ObjectKey, AttributesKey};
     case TimelineEvent::FollowDefault:
+    case TimelineEvent::RadioOn:
+    case TimelineEvent::RadioOff:
         return {};
     case TimelineEvent::SetPriority:
         return {OrderKey};
     case TimelineEvent::DaemonDies:
-        return {BackAfterKey};
+        return {DaemonKey, BackAfterKey};
+    case TimelineEvent::OutOfRange:
+    case TimelineEvent::InRange:
+    case TimelineEvent::Roam:
+        return {Wire::Bssid};
+    case TimelineEvent::Signal:
+        return {Wire::Bssid, Wire::SignalLevel};
+    case TimelineEvent::Dropped:
+        return {ReasonKey};
+    case TimelineEvent::TellWifiEvent:
+        return {TextKey};
     case TimelineEvent::Vanish:
     case TimelineEvent::Appear:
     case TimelineEvent::LinkLost:
@@ -116,13 +144,27 @@ ZopVariant readValue(const JsonNode &node)
     return {};
 }
 
-void readAttributes(const JsonNode &node, TimelineEvent *event)
+/*! Which daemon \a node names, by one of these words. */
+Service readService(const JsonNode &node, QLatin1String networking, QLatin1String wifi, const Scenario &scenario)
+{
+    const QString word = node.text();
+    if (word == wifi) {
+        expectWifi(node, scenario);
+        return Service::Wifi;
+    }
+    if (word != networking)
+        node.fail(QStringLiteral("must be \"%1\" or \"%2\"").arg(networking, wifi));
+    return Service::Networking;
+}
+
+void readAttributes(const JsonNode &node, const Scenario &scenario, TimelineEvent *event)
 {
     const bool interface = node.has(InterfaceKey);
     if (interface == node.has(ObjectKey))
         node.fail(QStringLiteral("needs either \"interface\" or \"object\""));
-    if (!interface && node.member(ObjectKey).text() != QLatin1String("status_public"))
-        node.member(ObjectKey).fail(QStringLiteral("must be \"status_public\""));
+    if (!interface)
+        event->service =
+            readService(node.member(ObjectKey), QLatin1String("status_public"), QLatin1String("wifi/status"), scenario);
     const JsonNode attributes = node.member(AttributesKey);
     if (event->kind == TimelineEvent::RemoveAttributes) {
         const QStringList names = attributes.texts();
@@ -134,6 +176,21 @@ void readAttributes(const JsonNode &node, TimelineEvent *event)
     }
     if (event->changes.assignments.isEmpty() && event->changes.removals.isEmpty())
         attributes.fail(QStringLiteral("must not be empty"));
+}
+
+void readWifiEvent(const JsonNode &node, const Scenario &scenario, TimelineEvent *event)
+{
+    expectWifi(node, scenario);
+    const QStringList keys = keysOf(event->kind);
+    if (keys.contains(Wire::Bssid)) {
+        event->bssid = readBssid(node.member(Wire::Bssid), scenario);
+        event->text += QLatin1Char(' ') + event->bssid;
+    }
+    if (event->kind == TimelineEvent::Signal)
+        event->level = readSignalLevel(node.member(Wire::SignalLevel));
+    if (event->kind == TimelineEvent::TellWifiEvent)
+        event->told = node.member(TextKey).text();
+    event->reason = node.numberOr(ReasonKey, 1, LargestReason, UsualReason);
 }
 
 TimelineEvent readEvent(const JsonNode &node, const Scenario &scenario)
@@ -155,27 +212,66 @@ TimelineEvent readEvent(const JsonNode &node, const Scenario &scenario)
     if (!event.interface.isEmpty())
         event.text += QLatin1Char(' ') + event.interface;
     if (attributes)
-        readAttributes(node, &event);
+        readAttributes(node, scenario, &event);
     if (event.kind == TimelineEvent::SetPriority)
         event.order = readRanking(node.member(OrderKey), scenario);
+    if (event.kind >= TimelineEvent::OutOfRange)
+        readWifiEvent(node, scenario, &event);
+    if (node.has(DaemonKey))
+        event.service =
+            readService(node.member(DaemonKey), QLatin1String("networking"), QLatin1String("wifi"), scenario);
     event.backAfter = node.numberOr(BackAfterKey, 0, LongestTime, -1);
     return event;
 }
 
-/*! Notes what happens to an interface that is not there at that time, or comes though it is there. */
-void checkPresence(const JsonNode &node, const TimelineEvent &event, QSet<QString> *present)
+/*! What is there at some time of the timeline. */
+struct Presence
 {
-    if (event.interface.isEmpty() || event.kind == TimelineEvent::PinDefault)
-        return;
-    const bool there = present->contains(event.interface);
-    if (event.kind == TimelineEvent::Appear && there)
-        node.member(InterfaceKey).fail(QStringLiteral("\"%1\" is there at that time").arg(event.interface));
-    if (event.kind != TimelineEvent::Appear && !there)
-        node.member(InterfaceKey).fail(QStringLiteral("\"%1\" is not there at that time").arg(event.interface));
-    if (event.kind == TimelineEvent::Appear)
-        present->insert(event.interface);
-    else if (event.kind == TimelineEvent::Vanish)
-        present->remove(event.interface);
+    explicit Presence(const Scenario &scenario)
+        : wifiInterface(scenario.wifi.interface)
+    {
+        for (const ScenarioInterface &interface : scenario.interfaces) {
+            if (interface.present)
+                interfaces.insert(interface.name);
+        }
+        for (const ScenarioAccessPoint &accessPoint : scenario.wifi.accessPoints) {
+            if (accessPoint.inRange)
+                accessPoints.insert(accessPoint.bssid);
+        }
+    }
+
+    QSet<QString> interfaces;
+    QSet<QString> accessPoints; // in range
+    QString wifiInterface;
+};
+
+/*! Notes what happens to something that is not there at that time, or comes though it is there. */
+void checkPresence(const JsonNode &node, const QString &name, bool comes, bool goes, QSet<QString> *present,
+                   const char *there)
+{
+    if (comes && present->contains(name))
+        node.fail(QStringLiteral("\"%1\" is %2 at that time").arg(name, QLatin1String(there)));
+    if (!comes && !present->contains(name))
+        node.fail(QStringLiteral("\"%1\" is not %2 at that time").arg(name, QLatin1String(there)));
+    if (comes)
+        present->insert(name);
+    else if (goes)
+        present->remove(name);
+}
+
+void checkEvent(const JsonNode &node, const TimelineEvent &event, Presence *presence)
+{
+    if (!event.interface.isEmpty() && event.kind != TimelineEvent::PinDefault)
+        checkPresence(node.member(InterfaceKey), event.interface, event.kind == TimelineEvent::Appear,
+                      event.kind == TimelineEvent::Vanish, &presence->interfaces, "there");
+    if (!event.bssid.isEmpty() && event.kind != TimelineEvent::Signal)
+        checkPresence(node.member(Wire::Bssid), event.bssid, event.kind == TimelineEvent::InRange,
+                      event.kind == TimelineEvent::OutOfRange, &presence->accessPoints, "in range");
+    const bool link = event.kind == TimelineEvent::LinkLost || event.kind == TimelineEvent::LinkRegained;
+    if (link && event.interface == presence->wifiInterface)
+        node.member(InterfaceKey)
+            .fail(QStringLiteral("\"%1\" has a link while the Wi-Fi station is connected (\"dropped\" ends that)")
+                      .arg(event.interface));
 }
 
 } // namespace
@@ -190,14 +286,10 @@ QVector<TimelineEvent> readTimeline(const JsonNode &node, const Scenario &scenar
     std::stable_sort(placed.begin(), placed.end(),
                      [](const Placed &a, const Placed &b) { return a.first.at < b.first.at; });
 
-    QSet<QString> present;
-    for (const ScenarioInterface &interface : scenario.interfaces) {
-        if (interface.present)
-            present.insert(interface.name);
-    }
+    Presence presence(scenario);
     QVector<TimelineEvent> events;
     for (const Placed &one : qAsConst(placed)) {
-        checkPresence(one.second, one.first, &present);
+        checkEvent(one.second, one.first, &presence);
         events += one.first;
     }
     return events;

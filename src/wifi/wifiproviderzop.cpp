@@ -140,7 +140,8 @@ WifiProviderZop::~WifiProviderZop() = default;
 
 void WifiProviderZop::zopDirWatcherObjectAdded(const QString &name)
 {
-    if (name != StatusName)
+    // The watcher lives until the event loop runs, and may announce an object that has been replaced meanwhile.
+    if (name != StatusName || !directoryWatcher)
         return;
     directoryWatcher->deleteLater();
     directoryWatcher = nullptr;

@@ -153,9 +153,9 @@ void ZopDouble::answer(int index, const ZopVariant &dat)
     finish(index, false, 0, QString(), dat);
 }
 
-void ZopDouble::answerError(int index, int code, const QString &text)
+void ZopDouble::answerError(int index, int code, const QString &text, const ZopVariant &dat)
 {
-    finish(index, true, code, text, ZopVariant());
+    finish(index, true, code, text, dat);
 }
 
 QStringList ZopDouble::journal()

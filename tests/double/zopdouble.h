@@ -57,7 +57,8 @@ public:
     /*! Ends the command at \a index with success. */
     static void answer(int index, const morvek::ZopVariant &dat = morvek::ZopVariant());
     /*! Ends the command at \a index with an error. */
-    static void answerError(int index, int code, const QString &text);
+    static void answerError(int index, int code, const QString &text,
+                            const morvek::ZopVariant &dat = morvek::ZopVariant());
 
     /*!
      * What the client did, in order: a line for each object, watcher and command that it made, with the

@@ -5,6 +5,7 @@
 #include "asyncoperationwriter.h"
 #include "asyncwificonnectoperation.h"
 #include "asyncwifiscanoperation.h"
+#include "eventloop.h"
 #include "metaobject.h"
 
 #include <QtTest/QtTest>
@@ -62,14 +63,6 @@ Kind kind(const char *name)
         virtualPosition(&Operation::notifyFailure),
         []() -> int { return qMetaTypeId<Operation *>(); },
     };
-}
-
-/*! Lets everything run that is queued by now. */
-void runQueued()
-{
-    QEventLoop loop;
-    QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
-    loop.exec();
 }
 
 } // namespace

@@ -71,7 +71,7 @@ const char *const ManualText = "NetworkInterfaceConfig{type:manualip:[10.1.1.20/
 
 NetworkInterface publicValue(const NetworkInterfaceData &data)
 {
-    using ServicePrivate = std::decay<decltype(*privateHalf(std::declval<NetworkInterfaceService &>()))>::type;
+    using ServicePrivate = PrivateHalfOf<NetworkInterfaceService>;
     NetworkInterface networkInterface;
     ServicePrivate::writeData(networkInterface, data);
     return networkInterface;

@@ -25,7 +25,7 @@ static_assert(sizeof(NetworkInterface) == sizeof(void *), "");
 
 namespace {
 
-using ServicePrivate = std::decay<decltype(*privateHalf(std::declval<NetworkInterfaceService &>()))>::type;
+using ServicePrivate = PrivateHalfOf<NetworkInterfaceService>;
 using Change = std::function<void(NetworkInterfaceData &)>;
 
 NetworkInterface publicValue(const NetworkInterfaceData &data)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "asyncnetworkinterfaceoperation.h"
+#include "eventloop.h"
 #include "logcapture.h"
 #include "metaobject.h"
 #include "networkingdaemon.h"
@@ -14,7 +15,7 @@ using namespace morvek;
 
 namespace {
 
-using ServicePrivate = std::decay<decltype(*privateHalf(std::declval<NetworkInterfaceService &>()))>::type;
+using ServicePrivate = PrivateHalfOf<NetworkInterfaceService>;
 
 NetworkInterfaceData named(const char *name)
 {
@@ -71,14 +72,6 @@ class AlwaysReadyService : public NetworkInterfaceService
 public:
     bool ready() const override { return true; }
 };
-
-/*! Lets everything run that is queued by now. */
-void runQueued()
-{
-    QEventLoop loop;
-    QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
-    loop.exec();
-}
 
 } // namespace
 

@@ -4,6 +4,7 @@
 #include "networkingdaemon.h"
 #include "networkinterfaceservice.h"
 #include "networklibraryexports.h"
+#include "operationend.h"
 #include "textform.h"
 
 #include <QtTest/QtTest>
@@ -23,6 +24,7 @@ struct ServiceDeleter
 };
 using ServicePointer = std::unique_ptr<NetworkInterfaceService, ServiceDeleter>;
 using OperationPointer = std::unique_ptr<AsyncNetworkInterfaceOperation>;
+using End = OperationEnd<AsyncNetworkInterfaceOperation>;
 
 ServicePointer newService()
 {
@@ -50,42 +52,6 @@ NetworkInterface named(const NetworkInterfaceService &service, const char *name)
     }
     return NetworkInterface();
 }
-
-/*! How an operation ended: "success NAME", "failure CODE TEXT"; several times with " / " between; "" while pending. */
-class End
-{
-public:
-    explicit End(AsyncNetworkInterfaceOperation *operation)
-    {
-        QObject::connect(operation, &AsyncNetworkInterfaceOperation::success, &m_context,
-                         [this, operation](AsyncNetworkInterfaceOperation *asyncop) {
-                             append(asyncop == operation ? QStringLiteral("success ") + asyncop->results().last().name()
-                                                         : QStringLiteral("another operation"));
-                         });
-        QObject::connect(operation, &AsyncNetworkInterfaceOperation::failure, &m_context,
-                         [this, operation](AsyncNetworkInterfaceOperation *asyncop) {
-                             append(asyncop == operation ? QStringLiteral("failure %1 ").arg(asyncop->error().code())
-                                            + asyncop->error().message()
-                                                         : QStringLiteral("another operation"));
-                         });
-    }
-
-    /*! Lets everything run that is queued by now. */
-    QString text() const
-    {
-        QEventLoop loop;
-        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
-        loop.exec();
-        return m_text.join(QStringLiteral(" / "));
-    }
-
-private:
-    Q_DISABLE_COPY(End)
-    void append(const QString &text) { m_text.append(text); }
-
-    QObject m_context;
-    QStringList m_text;
-};
 
 const char *const Unknown = "failure -1 The interface to configure is not in the list of known interfaces.";
 

@@ -2,9 +2,8 @@
 #ifndef NETWORKINGDAEMON_H
 #define NETWORKINGDAEMON_H
 
+#include "attributevalue.h"
 #include "zopdouble.h"
-
-#include <QtCore/QJsonArray>
 
 /*! What the networking daemon publishes, played by the double. */
 namespace NetworkingDaemon {
@@ -21,17 +20,6 @@ inline QString interfaces()
 inline QString interfacePath(const QString &name)
 {
     return interfaces() + QLatin1Char('/') + name;
-}
-
-inline morvek::ZopVariant text(const char *value)
-{
-    return morvek::ZopVariant(QString::fromUtf8(value));
-}
-
-/*! A JSON value, written out. */
-inline morvek::ZopVariant json(const QByteArray &value)
-{
-    return morvek::ZopVariant(value, "json");
 }
 
 /*! The status and control objects, without which no provider is ready. */

@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "asyncwificonnectoperation.h"
+#include "daemonclient.h"
+#include "krellogger.h"
+#include "networklibraryexports.h"
+#include "wificonnectionconfig.h"
+#include "wifiservice.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QDirIterator>
+#include <QtTest/QtTest>
+
+using namespace morvek;
+
+namespace {
+
+const QByteArray RightPasskey = "open sesame 42";
+const QByteArray WrongPasskey = "tell me anyway";
+
+/*! The contents of every file below \a folder, with their names. */
+QByteArray filesBelow(const QString &folder)
+{
+    QByteArray contents;
+    QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        QFile file(it.next());
+        contents += QFile::encodeName(file.fileName()) + '\n';
+        if (QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly))
+            contents += file.readAll();
+    }
+    return contents;
+}
+
+/*! The value of \a field in the status of a process. */
+qint64 statusOf(const QString &process, const QByteArray &field)
+{
+    QFile file(QStringLiteral("/proc/%1/status").arg(process));
+    file.open(QIODevice::ReadOnly);
+    const QByteArray status = file.readAll();
+    const int start = status.indexOf('\n' + field + ":\t");
+    return start == -1 ? -1 : status.mid(start + field.size() + 3).split('\n').first().toLongLong();
+}
+
+/*! What others may read of this process, of the daemon, and of what either has started. */
+QByteArray processList(qint64 daemon)
+{
+    const QList<qint64> family {QCoreApplication::applicationPid(), daemon};
+    QByteArray list;
+    const QStringList processes = QDir(QStringLiteral("/proc")).entryList({QStringLiteral("[1-9]*")}, QDir::Dirs);
+    for (const QString &process : processes) {
+        if (!family.contains(process.toLongLong()) && !family.contains(statusOf(process, "PPid")))
+            continue;
+        for (const char *name : {"cmdline", "environ", "comm"}) {
+            QFile file(QStringLiteral("/proc/%1/%2").arg(process, QLatin1String(name)));
+            if (file.open(QIODevice::ReadOnly))
+                list += file.readAll() + '\n';
+        }
+    }
+    return list;
+}
+
+/*! As text, as JSON writes it, in UTF-16, and in the forms that a dump would show. */
+QList<QByteArray> formsOf(const QByteArray &passkey)
+{
+    const QString text = QString::fromUtf8(passkey);
+    return {passkey,
+            QByteArray(reinterpret_cast<const char *>(text.utf16()), text.size() * 2),
+            passkey.toHex(),
+            passkey.toHex().toUpper(),
+            passkey.toBase64(),
+            passkey.toPercentEncoding()};
+}
+
+} // namespace
+
+/*! A passkey passes through the library, the platform and the daemon, and leaves no trace. */
+class PasskeySecrecyTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void staysSecret();
+
+private:
+    void join(const QByteArray &passkey, bool succeeds);
+    void lookFor(const QByteArray &passkey);
+
+    DaemonFixture m_daemon;
+    QByteArray m_log;
+    WifiService *m_service = nullptr;
+};
+
+void PasskeySecrecyTest::staysSecret()
+{
+    qputenv("KREL_VERBOSITY", "7"); // for the daemon
+    KrelLogger::setVerbosity(7);
+    KrelLogger::setSink(
+        [this](KrelLogger::Level, unsigned short, const QString &text) { m_log += text.toUtf8() + '\n'; });
+    QVERIFY(m_daemon.start(QStringLiteral("headunit"), {QStringLiteral("--speed"), QStringLiteral("20")}));
+    m_service = newWifiService();
+    QTRY_VERIFY_WITH_TIMEOUT(m_service->ready(), Patience);
+    join(WrongPasskey, false);
+    join(RightPasskey, true);
+    join("seven77", false); // refused, since it is too short
+    m_daemon.kill();
+    join(RightPasskey, false); // nobody is there
+    deleteWifiService(&m_service);
+    KrelLogger::setSink(nullptr);
+}
+
+void PasskeySecrecyTest::join(const QByteArray &passkey, bool succeeds)
+{
+    WifiConnectionConfig config;
+    config.setSsid(QStringLiteral("Garage"));
+    config.setKeyManagementType(WifiKeyManagementPsk);
+    config.setSecurityProtocol(WifiSecurityProtocolWpa2);
+    config.setPasskey(QString::fromUtf8(passkey));
+    const std::unique_ptr<AsyncWifiConnectOperation> operation(m_service->connectAccessPoint(config));
+    QSignalSpy success(operation.get(), &AsyncWifiConnectOperation::success);
+    QSignalSpy failure(operation.get(), &AsyncWifiConnectOperation::failure);
+    lookFor(passkey);
+    QTRY_VERIFY_WITH_TIMEOUT(!success.isEmpty() || !failure.isEmpty(), Patience);
+    QCOMPARE(!success.isEmpty(), succeeds);
+    lookFor(passkey);
+    QVERIFY2(!operation->error().message().contains(QString::fromUtf8(passkey)),
+             qPrintable(operation->error().message()));
+}
+
+void PasskeySecrecyTest::lookFor(const QByteArray &passkey)
+{
+    m_log += m_daemon.process().processId() > 0 ? m_daemon.process().errors() : QByteArray();
+    const QByteArray files = filesBelow(m_daemon.root());
+    const QByteArray processes = processList(m_daemon.process().processId());
+    // Each place does hold what is not secret.
+    QVERIFY(files.contains("wifi_power"));
+    QVERIFY(processes.contains("tst_passkeysecrecy"));
+    QVERIFY(m_log.contains("WifiProviderZop") || m_log.contains("wnet_new") || m_log.contains("ZOP object status"));
+    const QList<QByteArray> forms = formsOf(passkey);
+    for (const QByteArray &form : forms) {
+        QVERIFY2(!files.contains(form), "a file of the root holds the passkey");
+        QVERIFY2(!processes.contains(form), "the list of processes holds the passkey");
+        QVERIFY2(!m_log.contains(form), "a log holds the passkey");
+    }
+}
+
+QTEST_GUILESS_MAIN(PasskeySecrecyTest)
+#include "tst_passkeysecrecy.moc"
