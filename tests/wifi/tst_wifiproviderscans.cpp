@@ -55,6 +55,7 @@ private Q_SLOTS:
     void succeedsFromTheEventLoop();
     void replacesTheList();
     void allPendingScansSucceed();
+    void scanQueuedTwiceSucceedsTwice();
     void oldResultsEndNoScan();
     void sameResultsAreResults();
     void unwantedResults();
@@ -339,6 +340,16 @@ void TestWifiProviderScans::allPendingScansSucceed()
     QCOMPARE(thirdEnd.text(), QStringLiteral("success c"));
     QCOMPARE(results(*first).size(), 2);
     QCOMPARE(order.size(), 2);
+}
+
+void TestWifiProviderScans::scanQueuedTwiceSucceedsTwice()
+{
+    const WifiProviderFixture fixture;
+    const ScanPointer scan = fixture.scan();
+    fixture.provider->scan(scan.get());
+    const ScanEnd end(scan.get());
+    change("scan_results", text(R"([{"bssid":"a"}])"));
+    QCOMPARE(end.text(), QStringLiteral("success a / success a"));
 }
 
 void TestWifiProviderScans::oldResultsEndNoScan()
