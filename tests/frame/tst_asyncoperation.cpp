@@ -28,6 +28,7 @@ struct Kind
     QByteArray name;
     AsyncOperationBase *(*create)();
     void (*setResult)(AsyncOperationBase *);
+    void (*setResults)(AsyncOperationBase *, int count);
     void (*setError)(AsyncOperationBase *, const AsyncOperationError &);
     int (*resultCount)(const AsyncOperationBase *);
     void (*record)(AsyncOperationBase *, Ends *);
@@ -48,6 +49,12 @@ Kind kind(const char *name)
         []() -> AsyncOperationBase * { return new Operation; },
         [](AsyncOperationBase *operation) {
             AsyncOperationWriter::setResult(*static_cast<Operation *>(operation), Result<Operation>());
+        },
+        [](AsyncOperationBase *operation, int count) {
+            QList<Result<Operation>> values;
+            for (int i = 0; i < count; ++i)
+                values.append(Result<Operation>());
+            AsyncOperationWriter::setResults(*static_cast<Operation *>(operation), values);
         },
         [](AsyncOperationBase *operation, const AsyncOperationError &error) {
             AsyncOperationWriter::setError(*static_cast<Operation *>(operation), error);
@@ -109,6 +116,8 @@ private Q_SLOTS:
     void tellsItselfWhenNotified();
     void succeedsFromTheEventLoop_data() { kinds(); }
     void succeedsFromTheEventLoop();
+    void succeedsWithAListFromTheEventLoop_data() { kinds(); }
+    void succeedsWithAListFromTheEventLoop();
     void failsFromTheEventLoop_data() { kinds(); }
     void failsFromTheEventLoop();
     void dropsTheNoticeWhenDeleted_data() { kinds(); }
@@ -116,6 +125,7 @@ private Q_SLOTS:
     void mayBeDeletedInItsSlot_data() { kinds(); }
     void mayBeDeletedInItsSlot();
     void appendsToItsResults();
+    void replacesItsResults();
     void runsAnOverriddenNotice();
 
 private:
@@ -219,6 +229,23 @@ void TestAsyncOperation::succeedsFromTheEventLoop()
     QCOMPARE(ends.succeeded.size(), 1);
 }
 
+void TestAsyncOperation::succeedsWithAListFromTheEventLoop()
+{
+    QFETCH(Kind, kind);
+    for (const int count : {0, 1, 3}) {
+        const std::unique_ptr<AsyncOperationBase> operation(kind.create());
+        kind.setResults(operation.get(), count);
+        QCOMPARE(kind.resultCount(operation.get()), count);
+        Ends ends;
+        kind.record(operation.get(), &ends);
+        runQueued();
+        runQueued();
+        QCOMPARE(ends.succeeded, QList<const void *> {operation.get()});
+        QVERIFY(ends.failed.isEmpty());
+        QVERIFY(!operation->hasError());
+    }
+}
+
 void TestAsyncOperation::failsFromTheEventLoop()
 {
     QFETCH(Kind, kind);
@@ -296,6 +323,16 @@ void TestAsyncOperation::appendsToItsResults()
     QCOMPARE(operation.results(), (QList<bool> {true, false}));
 }
 
+void TestAsyncOperation::replacesItsResults()
+{
+    AsyncHotspotEnableOperation operation;
+    AsyncOperationWriter::setResult(operation, true);
+    AsyncOperationWriter::setResults(operation, {false, true});
+    QCOMPARE(operation.results(), (QList<bool> {false, true}));
+    AsyncOperationWriter::setResults(operation, QList<bool>());
+    QVERIFY(operation.results().isEmpty());
+}
+
 // The notices are invoked by name, and yet through the table of virtual operations.
 void TestAsyncOperation::runsAnOverriddenNotice()
 {
@@ -308,7 +345,9 @@ void TestAsyncOperation::runsAnOverriddenNotice()
     Overridden operation;
     AsyncOperationWriter::setResult(operation, WifiAccessPoint());
     AsyncOperationWriter::setError(operation, AsyncOperationError(-1, QString()));
-    QTRY_COMPARE(operation.notices, (QStringList {QStringLiteral("success"), QStringLiteral("failure")}));
+    AsyncOperationWriter::setResults(operation, QList<WifiAccessPoint>());
+    QTRY_COMPARE(operation.notices,
+                 (QStringList {QStringLiteral("success"), QStringLiteral("failure"), QStringLiteral("success")}));
 }
 
 QTEST_GUILESS_MAIN(TestAsyncOperation)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "metaobject.h"
 #include "networkinterfaceservice.h"
 #include "networklibraryexports.h"
+#include "wifiservice.h"
 #include "zopdouble.h"
 
 #include <QtTest/QtTest>
@@ -9,6 +9,30 @@
 #include <dlfcn.h>
 
 using namespace morvek;
+
+namespace {
+
+/*! The entry points of one service. */
+template<typename T>
+struct Entry
+{
+    using Service = T;
+    const char *newName;
+    T *(*newService)();
+    const char *deleteName;
+    void (*deleteService)(T **);
+};
+
+/*! Calls \a test with the entry points of each service. */
+template<typename Test>
+void forEachService(Test test)
+{
+    test(Entry<NetworkInterfaceService> {"newNetworkInterfaceService", &newNetworkInterfaceService,
+                                         "deleteNetworkInterfaceService", &deleteNetworkInterfaceService});
+    test(Entry<WifiService> {"newWifiService", &newWifiService, "deleteWifiService", &deleteWifiService});
+}
+
+} // namespace
 
 class TestNetworkLibraryExports : public QObject
 {
@@ -25,43 +49,51 @@ private Q_SLOTS:
 
 void TestNetworkLibraryExports::namesAreNotDecorated()
 {
-    QVERIFY(dlsym(RTLD_DEFAULT, "newNetworkInterfaceService"));
-    QVERIFY(dlsym(RTLD_DEFAULT, "deleteNetworkInterfaceService"));
+    forEachService([](const auto &entry) {
+        QCOMPARE(dlsym(RTLD_DEFAULT, entry.newName), reinterpret_cast<void *>(entry.newService));
+        QCOMPARE(dlsym(RTLD_DEFAULT, entry.deleteName), reinterpret_cast<void *>(entry.deleteService));
+    });
 }
 
 void TestNetworkLibraryExports::makesAndDeletesAService()
 {
-    NetworkInterfaceService *service = newNetworkInterfaceService();
-    QVERIFY(service);
-    QVERIFY(!service->parent());
-    QVERIFY(service->available());
-    QVERIFY(!service->ready());
-    const QPointer<NetworkInterfaceService> alive(service);
-    deleteNetworkInterfaceService(&service);
-    QVERIFY(!alive);
-    QVERIFY(!service);
-    deleteNetworkInterfaceService(&service);
-    QVERIFY(!service);
+    forEachService([](const auto &entry) {
+        auto *service = entry.newService();
+        QVERIFY(service);
+        QVERIFY(!service->parent());
+        QVERIFY(service->available());
+        QVERIFY(!service->ready());
+        const QPointer<QObject> alive(service);
+        entry.deleteService(&service);
+        QVERIFY(!alive);
+        QVERIFY(!service);
+        entry.deleteService(&service);
+        QVERIFY(!service);
+    });
 }
 
 void TestNetworkLibraryExports::deleteIgnoresNull()
 {
-    deleteNetworkInterfaceService(nullptr);
-    NetworkInterfaceService *none = nullptr;
-    deleteNetworkInterfaceService(&none);
-    QVERIFY(!none);
+    forEachService([](const auto &entry) {
+        entry.deleteService(nullptr);
+        typename std::decay<decltype(entry)>::type::Service *none = nullptr;
+        entry.deleteService(&none);
+        QVERIFY(!none);
+    });
 }
 
 void TestNetworkLibraryExports::servicesAreIndependent()
 {
-    NetworkInterfaceService *first = newNetworkInterfaceService();
-    NetworkInterfaceService *second = newNetworkInterfaceService();
-    QVERIFY(first != second);
-    const QPointer<NetworkInterfaceService> alive(second);
-    deleteNetworkInterfaceService(&first);
-    QVERIFY(alive);
-    deleteNetworkInterfaceService(&second);
-    QVERIFY(!alive);
+    forEachService([](const auto &entry) {
+        auto *first = entry.newService();
+        auto *second = entry.newService();
+        QVERIFY(first != second);
+        const QPointer<QObject> alive(second);
+        entry.deleteService(&first);
+        QVERIFY(alive);
+        entry.deleteService(&second);
+        QVERIFY(!alive);
+    });
 }
 
 QTEST_GUILESS_MAIN(TestNetworkLibraryExports)

@@ -19,36 +19,47 @@ private Q_SLOTS:
 
 void TestNetworkLog::thresholds_data()
 {
-    QTest::addColumn<int>("verbosity");
-    QTest::addColumn<bool>("warning");
-    QTest::addColumn<bool>("debug1");
-    QTest::newRow("0") << 0 << false << false;
-    QTest::newRow("2") << 2 << false << false;
-    QTest::newRow("3") << 3 << true << false;
-    QTest::newRow("5") << 5 << true << false;
-    QTest::newRow("6") << 6 << true << true;
-    QTest::newRow("7") << 7 << true << true;
+    QTest::addColumn<QStringList>("lines");
+    const QStringList all {
+        QStringLiteral("error 1300 e"),
+        QStringLiteral("warning 1300 w"),
+        QStringLiteral("debug1 1300 d"),
+        QStringLiteral("debug2 1300 D"),
+    };
+    QTest::newRow("0") << QStringList();
+    QTest::newRow("1") << QStringList();
+    QTest::newRow("2") << QStringList(all.mid(0, 1));
+    QTest::newRow("3") << QStringList(all.mid(0, 2));
+    QTest::newRow("5") << QStringList(all.mid(0, 2));
+    QTest::newRow("6") << QStringList(all.mid(0, 3));
+    QTest::newRow("7") << all;
 }
 
 void TestNetworkLog::thresholds()
 {
-    QFETCH(int, verbosity);
-    LogCapture log(verbosity);
-    QFETCH(bool, warning);
-    NetworkLog::warning("text");
-    QCOMPARE(log.take(), warning ? QStringList(QStringLiteral("warning 1300 text")) : QStringList());
-    QFETCH(bool, debug1);
-    NetworkLog::debug1("text");
-    QCOMPARE(log.take(), debug1 ? QStringList(QStringLiteral("debug1 1300 text")) : QStringList());
+    QFETCH(QStringList, lines);
+    LogCapture log(QByteArray(QTest::currentDataTag()).toInt());
+    NetworkLog::error("e");
+    NetworkLog::warning("w");
+    NetworkLog::debug1("d");
+    NetworkLog::debug2("D");
+    QCOMPARE(log.take(), lines);
 }
 
 void TestNetworkLog::joinsPieces()
 {
-    LogCapture log(6);
-    NetworkLog::debug1("a", QStringLiteral("b"), 3, "):", QString());
-    QCOMPARE(log.take(), QStringList(QStringLiteral("debug1 1300 ab3):")));
+    LogCapture log(7);
+    NetworkLog::error("a", QStringLiteral("b"), 3, "):", QString());
     NetworkLog::warning("a", QStringLiteral("b"), 3, "):", QString());
-    QCOMPARE(log.take(), QStringList(QStringLiteral("warning 1300 ab3):")));
+    NetworkLog::debug1("a", QStringLiteral("b"), 3, "):", QString());
+    NetworkLog::debug2("a", QStringLiteral("b"), 3, "):", QString());
+    QCOMPARE(log.take(),
+             (QStringList {
+                 QStringLiteral("error 1300 ab3):"),
+                 QStringLiteral("warning 1300 ab3):"),
+                 QStringLiteral("debug1 1300 ab3):"),
+                 QStringLiteral("debug2 1300 ab3):"),
+             }));
 }
 
 namespace {
@@ -69,14 +80,18 @@ QTextStream &operator<<(QTextStream &stream, const Counted &counted)
 void TestNetworkLog::putsTogetherOnlyWhatIsWanted()
 {
     int count = 0;
-    LogCapture quiet(2);
-    NetworkLog::warning(Counted {&count});
-    NetworkLog::debug1(Counted {&count});
+    const auto logAll = [&count] {
+        NetworkLog::error(Counted {&count});
+        NetworkLog::warning(Counted {&count});
+        NetworkLog::debug1(Counted {&count});
+        NetworkLog::debug2(Counted {&count});
+    };
+    const LogCapture log(1);
+    logAll();
     QCOMPARE(count, 0);
-    LogCapture log(6);
-    NetworkLog::warning(Counted {&count});
-    NetworkLog::debug1(Counted {&count});
-    QCOMPARE(count, 2);
+    KrelLogger::setVerbosity(7);
+    logAll();
+    QCOMPARE(count, 4);
 }
 
 QTEST_APPLESS_MAIN(TestNetworkLog)

@@ -23,11 +23,6 @@ QByteArray repeated(const char *element, int count)
     return array + ']';
 }
 
-ZopVariant raw(const QByteArray &bytes)
-{
-    return ZopVariant(bytes, "text");
-}
-
 } // namespace
 
 /*! Whatever a daemon, or somebody in its place, writes into an attribute: it is not such a value, and no more. */

@@ -15,4 +15,10 @@ inline morvek::ZopVariant json(const QByteArray &value)
     return morvek::ZopVariant(value, "json");
 }
 
+/*! Text of any bytes. */
+inline morvek::ZopVariant raw(const QByteArray &value)
+{
+    return morvek::ZopVariant(value, "text");
+}
+
 #endif

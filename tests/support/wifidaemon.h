@@ -40,7 +40,7 @@ inline void change(const char *attribute, const morvek::ZopVariant &value)
 }
 
 /*! One update that removes one attribute of the status object. */
-inline void remove(const char *attribute)
+inline void removeAttribute(const char *attribute)
 {
     ZopDouble::publish(QLatin1String(Status), {}, {QLatin1String(attribute)});
 }

@@ -5,6 +5,7 @@
 #include "asyncwificonnectoperation.h"
 #include "asyncwifiscanoperation.h"
 #include "operationend.h"
+#include "textform.h"
 #include "wificonnectionconfig.h"
 #include "wifidaemon.h"
 #include "wifievents.h"
@@ -60,6 +61,23 @@ inline QStringList sent()
 inline int lastCommand()
 {
     return ZopDouble::commands().size() - 1;
+}
+
+// What is logged of each "wifi_status".
+const char *const ConnectionThere = "debug1 1300 Wi-Fi status ZOP object status attribute is valid. Populating "
+                                    "currently connected access point";
+const char *const ConnectionGone = "debug1 1300 Wi-Fi status ZOP object status attribute is invalid. Clearing "
+                                   "currently connected access point";
+/*! The access point of WifiDaemon::connection(), as a text. */
+const char *const HomeText = "WifiAccessPoint { bssid: 02:00:00:00:01:0a, ssid: Home, rssi: 0, frequency: 0, ciphers: "
+                             "2, key management: 2, protocols: 8, service set: 2 }";
+const char *const NoneText = "WifiAccessPoint { bssid: , ssid: , rssi: 0, frequency: 0, ciphers: 1, key management: 1, "
+                             "protocols: 1, service set: 2 }";
+
+inline QString accessPointText(const morvek::WifiProvider &provider)
+{
+    morvek::WifiAccessPoint accessPoint = provider.connectedAccessPoint();
+    return textForm(accessPoint);
 }
 
 /*! A ready provider. */

@@ -35,7 +35,7 @@ void failByEvent()
 
 } // namespace
 
-class TestWifiProviderConnects : public QObject
+class TestWifiProviderJoining : public QObject
 {
     Q_OBJECT
 
@@ -61,7 +61,7 @@ private Q_SLOTS:
     void deletedConnectStillBlocks();
     void passkeyIsNotLogged();
 };
-void TestWifiProviderConnects::oneConnectAtATime()
+void TestWifiProviderJoining::oneConnectAtATime()
 {
     const WifiProviderFixture fixture;
     const ConnectPointer first = fixture.join();
@@ -84,7 +84,7 @@ void TestWifiProviderConnects::oneConnectAtATime()
     QVERIFY(!next->hasError());
 }
 
-void TestWifiProviderConnects::invalidIsToldBeforeBusy()
+void TestWifiProviderJoining::invalidIsToldBeforeBusy()
 {
     const WifiProviderFixture fixture;
     const ConnectPointer first = fixture.join();
@@ -94,7 +94,7 @@ void TestWifiProviderConnects::invalidIsToldBeforeBusy()
     QVERIFY(!first->hasError());
 }
 
-void TestWifiProviderConnects::connects()
+void TestWifiProviderJoining::connects()
 {
     const WifiProviderFixture fixture;
     const ConnectPointer operation = fixture.join();
@@ -128,7 +128,7 @@ void TestWifiProviderConnects::connects()
     QVERIFY(!operation->hasError());
 }
 
-void TestWifiProviderConnects::identifiers_data()
+void TestWifiProviderJoining::identifiers_data()
 {
     QTest::addColumn<ZopVariant>("identifier");
     QTest::addColumn<QString>("selected");
@@ -145,7 +145,7 @@ void TestWifiProviderConnects::identifiers_data()
     row("none", ZopVariant(), QString());
 }
 
-void TestWifiProviderConnects::identifiers()
+void TestWifiProviderJoining::identifiers()
 {
     QFETCH(ZopVariant, identifier);
     QFETCH(QString, selected);
@@ -160,7 +160,7 @@ void TestWifiProviderConnects::identifiers()
     QVERIFY(!operation->hasError());
 }
 
-void TestWifiProviderConnects::refusedNew_data()
+void TestWifiProviderJoining::refusedNew_data()
 {
     QTest::addColumn<QString>("error");
     QTest::addColumn<ZopVariant>("dat");
@@ -170,7 +170,7 @@ void TestWifiProviderConnects::refusedNew_data()
     QTest::newRow("without a reason") << QString() << text("") << QString();
 }
 
-void TestWifiProviderConnects::refusedNew()
+void TestWifiProviderJoining::refusedNew()
 {
     QFETCH(QString, error);
     QFETCH(ZopVariant, dat);
@@ -197,7 +197,7 @@ void TestWifiProviderConnects::refusedNew()
     }
 }
 
-void TestWifiProviderConnects::refusedSelect()
+void TestWifiProviderJoining::refusedSelect()
 {
     const WifiProviderFixture fixture;
     const ConnectPointer operation = fixture.join();
@@ -213,7 +213,7 @@ void TestWifiProviderConnects::refusedSelect()
     QVERIFY(operation->results().isEmpty());
 }
 
-void TestWifiProviderConnects::disconnectCancels_data()
+void TestWifiProviderJoining::disconnectCancels_data()
 {
     QTest::addColumn<int>("accepted");
     QTest::newRow("before the reply to the first request") << 0;
@@ -221,7 +221,7 @@ void TestWifiProviderConnects::disconnectCancels_data()
     QTest::newRow("before the outcome") << 2;
 }
 
-void TestWifiProviderConnects::disconnectCancels()
+void TestWifiProviderJoining::disconnectCancels()
 {
     QFETCH(int, accepted);
     const WifiProviderFixture fixture;
@@ -256,14 +256,14 @@ void TestWifiProviderConnects::disconnectCancels()
     QCOMPARE(end.text(), QString::fromLatin1(Cancelled));
 }
 
-void TestWifiProviderConnects::lateReplies_data()
+void TestWifiProviderJoining::lateReplies_data()
 {
     QTest::addColumn<bool>("refused");
     QTest::newRow("accepted") << false;
     QTest::newRow("refused") << true;
 }
 
-void TestWifiProviderConnects::lateReplies()
+void TestWifiProviderJoining::lateReplies()
 {
     QFETCH(bool, refused);
     const WifiProviderFixture fixture;
@@ -289,7 +289,7 @@ void TestWifiProviderConnects::lateReplies()
 }
 
 // A reply tells nothing of the connect that it belongs to: it meets whichever is pending.
-void TestWifiProviderConnects::lateRepliesMeetANewConnect()
+void TestWifiProviderJoining::lateRepliesMeetANewConnect()
 {
     const WifiProviderFixture fixture;
     const ConnectPointer first = fixture.join();
@@ -336,7 +336,7 @@ const QList<std::function<void()>> &outcomes()
 
 } // namespace
 
-void TestWifiProviderConnects::deletedConnectStillBlocks_data()
+void TestWifiProviderJoining::deletedConnectStillBlocks_data()
 {
     QTest::addColumn<int>("outcome");
     QTest::newRow("first request refused") << 0;
@@ -348,7 +348,7 @@ void TestWifiProviderConnects::deletedConnectStillBlocks_data()
     QTest::newRow("disconnected") << 6;
 }
 
-void TestWifiProviderConnects::deletedConnectStillBlocks()
+void TestWifiProviderJoining::deletedConnectStillBlocks()
 {
     QFETCH(int, outcome);
     const WifiProviderFixture fixture;
@@ -372,7 +372,7 @@ void TestWifiProviderConnects::deletedConnectStillBlocks()
     QCOMPARE(secondEnd.text(), QString::fromLatin1(Busy));
 }
 
-void TestWifiProviderConnects::passkeyIsNotLogged()
+void TestWifiProviderJoining::passkeyIsNotLogged()
 {
     const WifiProviderFixture fixture;
     LogCapture log(7);
@@ -392,5 +392,5 @@ void TestWifiProviderConnects::passkeyIsNotLogged()
     QVERIFY(logged.filter(QStringLiteral("horse")).isEmpty());
 }
 
-QTEST_GUILESS_MAIN(TestWifiProviderConnects)
-#include "tst_wifiproviderconnects.moc"
+QTEST_GUILESS_MAIN(TestWifiProviderJoining)
+#include "tst_wifiproviderjoining.moc"
