@@ -104,10 +104,10 @@ void WifiDaemonTest::joinsWithAPasskey()
                               + QLatin1String(GarageStatus)}));
     QTRY_COMPARE(wlan0.updates.count(), 3);
     QCOMPARE(updatesOf(wlan0),
-             QStringList({QStringLiteral("connected=false|ip_addresses=[]|ip_gateway=[]|up=false"),
-                          QStringLiteral("up=true"),
-                          QStringLiteral("connected=true|ip_addresses=[\"fe80::11/64\",\"192.168.43.17/255.255.255.0\"]|"
-                                         "ip_gateway=[\"192.168.43.1\"]|manual=no")}));
+             QStringList(
+                 {QStringLiteral("connected=false|ip_addresses=[]|ip_gateway=[]|up=false"), QStringLiteral("up=true"),
+                  QStringLiteral("connected=true|ip_addresses=[\"fe80::11/64\",\"192.168.43.17/255.255.255.0\"]|"
+                                 "ip_gateway=[\"192.168.43.1\"]|manual=no")}));
 }
 
 QTEST_GUILESS_MAIN(WifiDaemonTest)
