@@ -393,7 +393,9 @@ void ScenarioReaderTest::errors()
 void ScenarioReaderTest::shippedScenarios()
 {
     const QStringList names = ScenarioFiles::shipped();
-    for (const char *name : {"headunit", "come-and-go", "refused", "no-reply", "daemon-restart"})
+    for (const char *name :
+         {"headunit", "come-and-go", "refused", "no-reply", "daemon-restart", "wifi-daemon-restart", "wifi-garbage",
+          "wifi-no-reply", "wifi-out-of-range", "wifi-refused", "wifi-roaming", "wifi-security"})
         QVERIFY2(names.contains(QLatin1String(name)), name);
     for (const QString &name : names) {
         Scenario scenario;
@@ -440,7 +442,8 @@ void ScenarioReaderTest::fileErrors()
     QVERIFY(!ScenarioFiles::load(QStringLiteral("nowhere"), &scenario, &error));
     QCOMPARE(error,
              QStringLiteral("nowhere: no such scenario (shipped: come-and-go, daemon-restart, headunit, no-reply, "
-                            "refused; a file's name ends in .json or contains a /)"));
+                            "refused, wifi-daemon-restart, wifi-garbage, wifi-no-reply, wifi-out-of-range, "
+                            "wifi-refused, wifi-roaming, wifi-security; a file's name ends in .json or contains a /)"));
     QVERIFY(!ScenarioFiles::load(QStringLiteral("/nonexistent/x.json"), &scenario, &error));
     QCOMPARE(error, QStringLiteral("/nonexistent/x.json: No such file or directory"));
     QVERIFY(!ScenarioFiles::load(QStringLiteral("/dev/zero"), &scenario, &error));
