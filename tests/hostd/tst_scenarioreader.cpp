@@ -417,9 +417,10 @@ void ScenarioReaderTest::documentedExample()
     Scenario scenario;
     QString error;
     QVERIFY2(readScenario(page.mid(begin, end - begin), &scenario, &error), qPrintable(error));
-    QCOMPARE(scenario.interfaces.size(), 3);
-    QCOMPARE(scenario.timeline.size(), 11);
-    QCOMPARE(scenario.faults.size(), 5);
+    QCOMPARE(scenario.interfaces.size(), 4);
+    QCOMPARE(scenario.wifi.accessPoints.size(), 3);
+    QCOMPARE(scenario.timeline.size(), 21);
+    QCOMPARE(scenario.faults.size(), 7);
 }
 
 void ScenarioReaderTest::files()
