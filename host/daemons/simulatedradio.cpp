@@ -6,8 +6,6 @@
 #include "wirenames.h"
 #include "world.h"
 
-#include <QtCore/QJsonArray>
-
 namespace morvek {
 
 namespace {
@@ -49,6 +47,7 @@ QString powerWord(bool power)
 SimulatedRadio::SimulatedRadio(const Scenario &scenario, World *world, SimulatedNetwork *network, Pace *pace,
                                QObject *parent)
     : QObject(parent),
+      m_air(scenario.wifi.accessPoints),
       m_interface(scenario.wifi.interface),
       m_power(scenario.wifi.power),
       m_current(scenario.wifi.connected),
@@ -57,11 +56,9 @@ SimulatedRadio::SimulatedRadio(const Scenario &scenario, World *world, Simulated
       m_network(network),
       m_pace(pace)
 {
-    for (const ScenarioAccessPoint &settings : scenario.wifi.accessPoints)
-        m_accessPoints += SimulatedAccessPoint(settings);
     ZopChangeset start;
     start.assignments.insert(Wire::WifiPower, powerWord(m_power));
-    if (const SimulatedAccessPoint *current = find(m_current)) {
+    if (const SimulatedAccessPoint *current = m_air.find(m_current)) {
         m_networks += current->network();
         m_selected = 0;
         start.assignments.insert(Wire::WifiStatus, current->status());
@@ -129,7 +126,7 @@ void SimulatedRadio::setPower(bool power)
 
 void SimulatedRadio::setInRange(const QString &bssid, bool inRange)
 {
-    SimulatedAccessPoint *accessPoint = find(bssid);
+    SimulatedAccessPoint *accessPoint = m_air.find(bssid);
     accessPoint->setInRange(inRange);
     if (inRange) {
         const bool waits = m_selected != None && m_current.isEmpty() && !m_joining;
@@ -137,7 +134,7 @@ void SimulatedRadio::setInRange(const QString &bssid, bool inRange)
             join();
     } else if (m_current == bssid) {
         if (const SimulatedAccessPoint *other =
-                strongest([this](const SimulatedAccessPoint &one) { return admits(one); }))
+                m_air.strongest([this](const SimulatedAccessPoint &one) { return admits(one); }))
             associate(*other);
         else
             leave(LostFromSight);
@@ -146,13 +143,13 @@ void SimulatedRadio::setInRange(const QString &bssid, bool inRange)
 
 void SimulatedRadio::setLevel(const QString &bssid, int level)
 {
-    find(bssid)->setLevel(level);
+    m_air.find(bssid)->setLevel(level);
 }
 
 void SimulatedRadio::roam(const QString &bssid)
 {
-    const SimulatedAccessPoint *other = find(bssid);
-    if (!m_current.isEmpty() && m_current != bssid && reaches(*other) && admits(*other))
+    const SimulatedAccessPoint *other = m_air.find(bssid);
+    if (!m_current.isEmpty() && m_current != bssid && other->isInRange() && admits(*other))
         associate(*other);
 }
 
@@ -187,13 +184,8 @@ void SimulatedRadio::scan()
 void SimulatedRadio::finishScan()
 {
     m_scanning = false;
-    QJsonArray results;
-    for (SimulatedAccessPoint &accessPoint : m_accessPoints) {
-        // Every one of them, so that the levels do not depend on who was in range before.
-        accessPoint.drift(m_pace);
-        if (reaches(accessPoint))
-            results += accessPoint.scanResult();
-    }
+    // Without its interface the station hears nothing.
+    const QJsonArray results = isUsable() ? m_air.scan(m_pace) : QJsonArray();
     ZopChangeset changes;
     changes.assignments.insert(Wire::LastEvent, ScanFinished);
     // Text, unlike all other JSON of the daemons.
@@ -211,7 +203,7 @@ void SimulatedRadio::select(int network)
 
 void SimulatedRadio::join()
 {
-    if (m_selected == None || !m_power)
+    if (m_selected == None || !isUsable())
         return;
     m_joining = true;
     m_pace->after(m_delays.associate, this, [this, attempt = ++m_attempt] {
@@ -225,7 +217,7 @@ void SimulatedRadio::finishJoining()
     m_joining = false;
     const WifiNetwork &network = m_networks.at(m_selected);
     const SimulatedAccessPoint *found =
-        strongest([&network](const SimulatedAccessPoint &one) { return one.belongsTo(network); });
+        m_air.strongest([&network](const SimulatedAccessPoint &one) { return one.belongsTo(network); });
     if (!found) {
         tellEvent(NetworkNotFound);
     } else if (found->answers() && !found->accepts(network)) {
@@ -291,34 +283,16 @@ int SimulatedRadio::networkOf(const QString &identifier) const
     return known ? index : None;
 }
 
-SimulatedAccessPoint *SimulatedRadio::find(const QString &bssid)
-{
-    const auto found = std::find_if(m_accessPoints.begin(), m_accessPoints.end(),
-                                    [&bssid](const SimulatedAccessPoint &one) { return one.bssid() == bssid; });
-    return found == m_accessPoints.end() ? nullptr : &*found;
-}
-
-template<typename Condition>
-const SimulatedAccessPoint *SimulatedRadio::strongest(Condition condition) const
-{
-    const SimulatedAccessPoint *best = nullptr;
-    for (const SimulatedAccessPoint &one : m_accessPoints) {
-        if (reaches(one) && condition(one) && (!best || one.level() > best->level()))
-            best = &one;
-    }
-    return best;
-}
-
-bool SimulatedRadio::reaches(const SimulatedAccessPoint &accessPoint) const
-{
-    return accessPoint.isInRange() && m_world->hasInterface(m_interface);
-}
-
 /*! True when the station, connected to the selected network, would be welcome there. */
 bool SimulatedRadio::admits(const SimulatedAccessPoint &accessPoint) const
 {
     const WifiNetwork &network = m_networks.at(m_selected);
     return accessPoint.answers() && accessPoint.belongsTo(network) && accessPoint.accepts(network);
+}
+
+bool SimulatedRadio::isUsable() const
+{
+    return m_power && m_world->hasInterface(m_interface);
 }
 
 } // namespace morvek

@@ -2,7 +2,7 @@
 #ifndef MORVEK_HOSTD_SIMULATEDRADIO_H
 #define MORVEK_HOSTD_SIMULATEDRADIO_H
 
-#include "simulatedaccesspoint.h"
+#include "simulatedair.h"
 #include "wifirequest.h"
 
 #include <QtCore/QObject>
@@ -58,15 +58,12 @@ private:
     void onInterfaceRemoved(const QString &name);
 
     int networkOf(const QString &identifier) const;
-    SimulatedAccessPoint *find(const QString &bssid);
-    template<typename Condition>
-    const SimulatedAccessPoint *strongest(Condition condition) const;
-    bool reaches(const SimulatedAccessPoint &accessPoint) const;
     bool admits(const SimulatedAccessPoint &accessPoint) const;
+    bool isUsable() const;
 
     static constexpr int None = -1;
 
-    QVector<SimulatedAccessPoint> m_accessPoints;
+    SimulatedAir m_air;
     QVector<WifiNetwork> m_networks; // their identifiers count from 0
     QString m_interface;
     bool m_power;
