@@ -17,6 +17,11 @@ ZopChangeset difference(const Attributes &from, const Attributes &to)
     return changes;
 }
 
+bool isEmpty(const ZopChangeset &changes)
+{
+    return changes.assignments.isEmpty() && changes.removals.isEmpty();
+}
+
 void apply(const ZopChangeset &changes, Attributes *attributes)
 {
     for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)

@@ -8,11 +8,12 @@ FaultPlan::FaultPlan(const QVector<Fault> &faults)
 {
 }
 
-const Fault *FaultPlan::next(const QString &message, const QString &interface)
+const Fault *FaultPlan::next(const QString &message, const QString &interface, const QString &ssid)
 {
     for (Fault &fault : m_faults) {
         const bool fits = (fault.message.isEmpty() || fault.message == message)
-            && (fault.interface.isEmpty() || fault.interface == interface);
+            && (fault.interface.isEmpty() || fault.interface == interface)
+            && (fault.ssid.isEmpty() || fault.ssid == ssid);
         if (!fits || fault.times == 0)
             continue;
         if (fault.skip > 0) {

@@ -13,7 +13,7 @@ public:
     explicit FaultPlan(const QVector<Fault> &faults = {});
 
     /*! The first fault that fits the request, counted off; null when the request is to be treated well. */
-    const Fault *next(const QString &message, const QString &interface);
+    const Fault *next(const QString &message, const QString &interface, const QString &ssid);
 
 private:
     QVector<Fault> m_faults;

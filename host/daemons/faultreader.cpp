@@ -3,6 +3,8 @@
 
 #include "jsonnode.h"
 #include "scenarioreader.h"
+#include "wifireader.h"
+#include "wifitext.h"
 #include "wirenames.h"
 
 #include <limits>
@@ -49,19 +51,43 @@ FaultWord readKind(const JsonNode &node)
     return words.first();
 }
 
+/*! Notes a message that nobody knows, and what its requests never name. */
+void readSubject(const JsonNode &node, const Scenario &scenario, Fault *fault)
+{
+    const QStringList networking {Wire::NetConnected, Wire::NetDisconnected};
+    const QStringList wifi {Wire::WifiPower, Wire::Scan, Wire::WnetNew, Wire::WnetSelect, Wire::WnetDisableAll};
+    if (node.has(MessageKey)) {
+        const JsonNode message = node.member(MessageKey);
+        fault->message = message.text();
+        if (wifi.contains(fault->message))
+            expectWifi(message, scenario);
+        else if (!networking.contains(fault->message))
+            message.fail(QStringLiteral("no message \"%1\" (known: %2)")
+                             .arg(fault->message, (networking + wifi).join(QLatin1String(", "))));
+    }
+    if (node.has(InterfaceKey)) {
+        fault->interface = readInterfaceName(node.member(InterfaceKey), scenario);
+        if (node.has(Wire::Ssid) || wifi.contains(fault->message))
+            node.member(InterfaceKey).fail(QStringLiteral("no request of the Wi-Fi daemon names an interface"));
+    }
+    if (node.has(Wire::Ssid)) {
+        const JsonNode ssid = node.member(Wire::Ssid);
+        expectWifi(ssid, scenario);
+        fault->ssid = ssid.text();
+        if (fault->ssid.isEmpty() || !WifiText::isSsid(fault->ssid))
+            ssid.fail(QStringLiteral("must have 1 to 32 bytes"));
+        if (node.has(MessageKey) && fault->message != Wire::WnetNew)
+            ssid.fail(QStringLiteral("only %1 names a network").arg(Wire::WnetNew));
+    }
+}
+
 Fault readFault(const JsonNode &node, const Scenario &scenario)
 {
     const FaultWord word = readKind(node.member(FaultKey));
-    node.expectObject(QStringList {FaultKey, MessageKey, InterfaceKey, SkipKey, TimesKey} + word.keys);
+    node.expectObject(QStringList {FaultKey, MessageKey, InterfaceKey, Wire::Ssid, SkipKey, TimesKey} + word.keys);
     Fault fault;
     fault.kind = word.kind;
-    fault.message = node.textOr(MessageKey, QString());
-    if (node.has(MessageKey) && fault.message != Wire::NetConnected && fault.message != Wire::NetDisconnected)
-        node.member(MessageKey)
-            .fail(QStringLiteral("no message \"%1\" (known: %2, %3)")
-                      .arg(fault.message, Wire::NetConnected, Wire::NetDisconnected));
-    if (node.has(InterfaceKey))
-        fault.interface = readInterfaceName(node.member(InterfaceKey), scenario);
+    readSubject(node, scenario, &fault);
     fault.skip = node.numberOr(SkipKey, 0, LargestNumber, 0);
     fault.times = node.numberOr(TimesKey, 1, LargestNumber, -1);
     if (fault.kind == Fault::Refuse) {

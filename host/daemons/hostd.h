@@ -16,8 +16,10 @@ namespace morvek {
 class InterfaceControl;
 class NetworkingDaemon;
 class SimulatedNetwork;
+class SimulatedRadio;
 class SystemNetwork;
 class TimelinePlayer;
+class WifiDaemon;
 struct HostdOptions;
 struct Scenario;
 
@@ -43,8 +45,12 @@ private:
     FaultPlan m_faults;
     std::unique_ptr<SystemNetwork> m_system;
     std::unique_ptr<SimulatedNetwork> m_simulated;
+    std::unique_ptr<SimulatedRadio> m_radio; // none without Wi-Fi
     std::unique_ptr<NetworkingDaemon> m_networking;
+    std::unique_ptr<WifiDaemon> m_wifi; // none without Wi-Fi
     std::unique_ptr<TimelinePlayer> m_player;
+    bool m_startsNetworking;
+    bool m_startsWifi;
 };
 
 } // namespace morvek

@@ -15,8 +15,9 @@ constexpr double LeastSpeed = 0.01;
 constexpr double MostSpeed = 10000;
 
 const QString Description = QStringLiteral(
-    "Plays the networking daemon of a head unit on a Linux machine: publishes network interfaces and answers\n"
-    "requests to configure them. When everything is published it prints \"ready: ROOT\"; SIGTERM ends it.\n"
+    "Plays the daemons of a head unit on a Linux machine: the networking daemon publishes network interfaces and\n"
+    "answers requests to configure them; the Wi-Fi daemon publishes the state of the radio, scans, and joins and\n"
+    "leaves networks. When everything is published it prints \"ready: ROOT\"; SIGTERM ends it.\n"
     "\n"
     "Exit codes: 0 ended as asked, 1 cannot publish, 2 bad arguments, 3 bad scenario, 4 unusable root,\n"
     "5 another morvek-hostd publishes below the root.");
@@ -30,6 +31,9 @@ struct Switches
     QCommandLineOption interfaces {QStringLiteral("interfaces"),
                                    QStringLiteral("Publishes the scenario's interfaces, or shows this machine's own."),
                                    QStringLiteral("scenario|system"), QStringLiteral("scenario")};
+    QCommandLineOption without {QStringLiteral("without"),
+                                QStringLiteral("Leaves out a daemon, but not its world; may be given more than once."),
+                                QStringLiteral("networking|wifi")};
     QCommandLineOption root {QStringLiteral("root"), QStringLiteral("Publishes below this directory; sets ZOP_ROOT."),
                              QStringLiteral("DIR")};
     QCommandLineOption speed {QStringLiteral("speed"), QStringLiteral("Lets time pass so many times as fast."),
@@ -64,6 +68,20 @@ bool readNumbers(const QCommandLineParser &parser, const Switches &switches, Hos
     return true;
 }
 
+bool readWithout(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
+{
+    const QStringList names = parser.values(switches.without);
+    for (const QString &name : names) {
+        const bool wifi = name == QLatin1String("wifi");
+        if (!wifi && name != QLatin1String("networking")) {
+            *error = QStringLiteral("--without: \"%1\" is neither networking nor wifi").arg(name);
+            return false;
+        }
+        options->without += wifi ? Service::Wifi : Service::Networking;
+    }
+    return true;
+}
+
 bool readPlace(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
 {
     const QString interfaces = parser.value(switches.interfaces);
@@ -93,8 +111,9 @@ bool HostdOptions::parse(const QStringList &arguments, HostdOptions *options, QS
     const Switches switches;
     QCommandLineParser parser;
     parser.setApplicationDescription(Description);
-    parser.addOptions({switches.scenario, switches.list, switches.interfaces, switches.root, switches.speed,
-                       switches.seed, switches.check, switches.verbose, switches.help, switches.version});
+    parser.addOptions({switches.scenario, switches.list, switches.interfaces, switches.without, switches.root,
+                       switches.speed, switches.seed, switches.check, switches.verbose, switches.help,
+                       switches.version});
     if (!parser.parse(arguments)) {
         *error = parser.errorText();
         return false;
@@ -120,7 +139,8 @@ bool HostdOptions::parse(const QStringList &arguments, HostdOptions *options, QS
         options->action = Check;
     options->scenario = parser.value(switches.scenario);
     options->verbose = parser.isSet(switches.verbose);
-    return readNumbers(parser, switches, options, error) && readPlace(parser, switches, options, error);
+    return readNumbers(parser, switches, options, error) && readWithout(parser, switches, options, error)
+        && readPlace(parser, switches, options, error);
 }
 
 } // namespace morvek

@@ -2,7 +2,7 @@
 #ifndef MORVEK_HOSTD_HOSTDOPTIONS_H
 #define MORVEK_HOSTD_HOSTDOPTIONS_H
 
-#include <QtCore/QStringList>
+#include "scenario.h"
 
 namespace morvek {
 
@@ -19,6 +19,7 @@ struct HostdOptions
     QString scenario;
     QString root; //!< an absolute path, or empty: as the environment says
     bool system = false;
+    QVector<Service> without; //!< daemons that are left out
     bool verbose = false;
     double speed = 1;
     qint64 seed = -1; //!< -1: the scenario's

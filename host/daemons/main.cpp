@@ -34,7 +34,7 @@ int listScenarios()
         QString error;
         if (!ScenarioFiles::load(name, &scenario, &error))
             return fail(HostdExitCode::BadScenario, error);
-        print(QStringLiteral("%1  %2\n").arg(name, -16).arg(scenario.description));
+        print(QStringLiteral("%1  %2\n").arg(name, -20).arg(scenario.description));
     }
     return static_cast<int>(HostdExitCode::Success);
 }

@@ -41,7 +41,7 @@ Refusal readAddresses(const QJsonObject &object, InterfaceSettings *settings)
 {
     for (const QLatin1String key : {IpAddressKey, NetmaskKey, GatewayKey}) {
         if (!object.contains(key))
-            return {Refusal::BadAddress, QStringLiteral("manual configuration needs \"%1\"").arg(key)};
+            return {Refusal::BadValue, QStringLiteral("manual configuration needs \"%1\"").arg(key)};
     }
     settings->address = object.value(IpAddressKey).toString();
     settings->netmask = object.value(NetmaskKey).toString();
@@ -52,13 +52,13 @@ Refusal readAddresses(const QJsonObject &object, InterfaceSettings *settings)
     quint32 gateway = 0;
     const QString noHost = QStringLiteral("\"%1\" is not the IPv4 address of a host");
     if (!AddressText::isHostAddress(settings->address, &address))
-        return {Refusal::BadAddress, noHost.arg(settings->address)};
+        return {Refusal::BadValue, noHost.arg(settings->address)};
     if (!AddressText::isNetmask(settings->netmask, &netmask))
-        return {Refusal::BadAddress, QStringLiteral("\"%1\" is not a netmask").arg(settings->netmask)};
+        return {Refusal::BadValue, QStringLiteral("\"%1\" is not a netmask").arg(settings->netmask)};
     if (!AddressText::isHostAddress(settings->gateway, &gateway))
-        return {Refusal::BadAddress, noHost.arg(settings->gateway)};
+        return {Refusal::BadValue, noHost.arg(settings->gateway)};
     if (((address ^ gateway) & netmask) != 0 || address == gateway)
-        return {Refusal::BadAddress,
+        return {Refusal::BadValue,
                 QStringLiteral("the gateway %1 is not a neighbour of %2/%3")
                     .arg(settings->gateway, settings->address, settings->netmask)};
     return {};
@@ -100,10 +100,7 @@ void readDisconnect(NetworkingRequest *request, const ZopVariant &dat)
 
 NetworkingRequest NetworkingRequest::read(const ZopChangeset &changes)
 {
-    NetworkingRequest request;
-    request.message = changes.assignments.value(Wire::Msg).toString();
-    request.id = changes.assignments.value(Wire::Id);
-    request.peer = changes.assignments.value(Wire::Peer);
+    NetworkingRequest request(changes);
     const ZopVariant dat = changes.assignments.value(Wire::Dat);
     if (request.message == Wire::NetConnected) {
         request.kind = Connect;

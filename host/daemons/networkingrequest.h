@@ -2,8 +2,7 @@
 #ifndef MORVEK_HOSTD_NETWORKINGREQUEST_H
 #define MORVEK_HOSTD_NETWORKINGREQUEST_H
 
-#include "refusal.h"
-#include "zopchangeset.h"
+#include "controlrequest.h"
 
 namespace morvek {
 
@@ -17,9 +16,11 @@ struct InterfaceSettings
 };
 
 /*! A request on the networking control object, as far as it can be judged without knowing the interfaces. */
-struct NetworkingRequest
+struct NetworkingRequest : ControlRequest
 {
     enum Kind { Unknown, Connect, Disconnect };
+
+    using ControlRequest::ControlRequest;
 
     /*! Reads the client's update of the control object. What is wrong with it stands in refusal. */
     static NetworkingRequest read(const ZopChangeset &changes);
@@ -28,12 +29,8 @@ struct NetworkingRequest
     QString toString() const;
 
     Kind kind = Unknown;
-    QString message;
-    ZopVariant id;
-    ZopVariant peer;
     QString interface; //!< empty when it could not be read
     InterfaceSettings settings;
-    Refusal refusal;
 };
 
 } // namespace morvek

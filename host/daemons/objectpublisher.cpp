@@ -26,7 +26,7 @@ Attributes attributesOf(ZopObject *object)
 ObjectPublisher::ObjectPublisher() = default;
 ObjectPublisher::~ObjectPublisher() = default;
 
-bool ObjectPublisher::publish(const QString &path, const Attributes &attributes, QString *error)
+bool ObjectPublisher::publish(const QString &path, const Attributes &attributes, Takeover takeover, QString *error)
 {
     ZopChangeset whole;
     whole.assignments = attributes;
@@ -37,8 +37,10 @@ bool ObjectPublisher::publish(const QString &path, const Attributes &attributes,
         return false;
     }
     if (!created) {
-        whole.removals = difference(attributesOf(object.get()), attributes).removals;
-        if (!object->setAttributes(whole)) {
+        ZopChangeset changes = difference(attributesOf(object.get()), attributes);
+        if (takeover == TellAll)
+            changes.assignments = attributes;
+        if (!isEmpty(changes) && !object->setAttributes(changes)) {
             *error = object->errorString();
             return false;
         }

@@ -20,8 +20,11 @@ public:
     ObjectPublisher();
     ~ObjectPublisher();
 
+    /*! How an object of a former run is turned into the new one: everything is told anew, or what differs. */
+    enum Takeover { TellAll, TellDifference };
+
     /*! Creates the object complete, or turns one of a former run into it by one update. */
-    bool publish(const QString &path, const Attributes &attributes, QString *error);
+    bool publish(const QString &path, const Attributes &attributes, Takeover takeover, QString *error);
     /*! Writes one update to a published object. */
     bool update(const QString &path, const ZopChangeset &changes, QString *error);
     bool remove(const QString &path, QString *error);

@@ -13,10 +13,15 @@ Pace::Pace(double speed, quint32 seed)
 {
 }
 
-int Pace::draw(DelayRange range)
+int Pace::pick(int least, int most)
 {
     // A range of one value draws too, so that narrowing a range does not shift the choices that come after it.
-    return real(static_cast<int>(m_random.bounded(range.from, range.to + 1)));
+    return static_cast<int>(m_random.bounded(least, most + 1));
+}
+
+int Pace::draw(DelayRange range)
+{
+    return real(pick(range.from, range.to));
 }
 
 int Pace::real(int milliseconds) const

@@ -20,6 +20,8 @@ class Pace
 public:
     Pace(double speed, quint32 seed);
 
+    /*! Any number from \a least to \a most. */
+    int pick(int least, int most);
     /*! A time of \a range in real milliseconds. */
     int draw(DelayRange range);
     /*! \a milliseconds of the scenario in real ones. */

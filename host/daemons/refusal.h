@@ -12,10 +12,11 @@ struct Refusal
     enum Code {
         UnknownMessage = 1,
         MalformedDat = 2,
-        UnknownInterface = 3,
-        BadAddress = 4,
+        NotFound = 3,
+        BadValue = 4,
         NoLink = 5,
         ReadOnly = 6,
+        RadioOff = 7,
     };
 
     int code = 0;

@@ -8,6 +8,8 @@
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
+#include <algorithm>
+
 namespace morvek {
 
 /*! The addresses of an interface and its gateways, as they are published. */
@@ -38,7 +40,41 @@ struct ScenarioDelays
     DelayRange release {80, 250};
     DelayRange manual {150, 450};
     DelayRange lease {600, 1800};
+    DelayRange scan {800, 2500};
+    DelayRange associate {400, 1200};
 };
+
+struct ScenarioAccessPoint
+{
+    QString bssid;
+    QString ssid;
+    int frequency = 0;
+    int signalLevel = 0;
+    int drift = 0;     //!< how far the signal level strays
+    QStringList flags; //!< as they are published
+    QString passkey;   //!< empty: nobody has one that is right
+    bool inRange = true;
+    bool answers = true; //!< false: an association with it never ends
+    AddressSet lease;    //!< nothing: the interface's own
+};
+
+struct ScenarioWifi
+{
+    QString interface; //!< empty: there is no Wi-Fi
+    bool power = true;
+    QString connected; //!< a bssid, or empty
+    QVector<ScenarioAccessPoint> accessPoints;
+
+    /*! The access point with this bssid, or null. */
+    const ScenarioAccessPoint *accessPoint(const QString &bssid) const
+    {
+        const auto found = std::find_if(accessPoints.begin(), accessPoints.end(),
+                                        [&bssid](const ScenarioAccessPoint &one) { return one.bssid == bssid; });
+        return found == accessPoints.end() ? nullptr : &*found;
+    }
+};
+
+enum class Service { Networking, Wifi };
 
 struct TimelineEvent
 {
@@ -53,15 +89,28 @@ struct TimelineEvent
         FollowDefault,
         SetPriority,
         DaemonDies,
+        OutOfRange,
+        InRange,
+        Signal,
+        Roam,
+        Dropped,
+        RadioOn,
+        RadioOff,
+        TellWifiEvent,
     };
 
     int at = 0;
     Kind kind = Vanish;
-    QString interface;    //!< of an attribute event: empty for the status object
-    ZopChangeset changes; //!< of an attribute event
-    QStringList order;    //!< of SetPriority
-    int backAfter = -1;   //!< of DaemonDies; -1: never
-    QString text;         //!< one line that describes it
+    QString interface;                     //!< of an attribute event: empty for a status object
+    ZopChangeset changes;                  //!< of an attribute event
+    QStringList order;                     //!< of SetPriority
+    Service service = Service::Networking; //!< whose daemon dies, or whose status object it is
+    int backAfter = -1;                    //!< of DaemonDies; -1: never
+    QString bssid;
+    int level = 0;  //!< of Signal
+    int reason = 0; //!< of Dropped
+    QString told;   //!< of TellWifiEvent
+    QString text;   //!< one line that describes it
 };
 
 /*! What happens to a request's reply. */
@@ -72,6 +121,7 @@ struct Fault
     Kind kind = Refuse;
     QString message;   //!< empty: any
     QString interface; //!< empty: any
+    QString ssid;      //!< empty: any
     int skip = 0;      //!< so many requests that fit pass first
     int times = -1;    //!< -1: always
     int code = 0;
@@ -90,7 +140,8 @@ struct Scenario
     QVector<ScenarioInterface> interfaces;
     QStringList priority;
     bool pinsDefault = false;
-    QString defaultInterface;        //!< when it is pinned
+    QString defaultInterface; //!< when it is pinned
+    ScenarioWifi wifi;
     QVector<TimelineEvent> timeline; //!< in order of time
     QVector<Fault> faults;
 };

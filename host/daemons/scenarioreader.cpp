@@ -5,6 +5,7 @@
 #include "faultreader.h"
 #include "jsonnode.h"
 #include "timelinereader.h"
+#include "wifireader.h"
 #include "wirenames.h"
 
 #include <QtCore/QHash>
@@ -20,38 +21,6 @@ namespace {
 
 const auto LeaseKey = QLatin1String("lease");
 
-AddressSet readAddresses(const JsonNode &node)
-{
-    node.expectObject({Wire::IpAddresses, Wire::IpGateway});
-    AddressSet set;
-    const QVector<JsonNode> addresses = node.member(Wire::IpAddresses).items();
-    for (const JsonNode &address : addresses) {
-        set.addresses += address.text();
-        if (!AddressText::isInterfaceAddress(set.addresses.last()))
-            address.fail(QStringLiteral("\"%1\" is not an address with its netmask, "
-                                        "as 10.0.0.5/255.255.255.0 and fe80::1/64 are")
-                             .arg(set.addresses.last()));
-    }
-    if (addresses.isEmpty())
-        node.member(Wire::IpAddresses).fail(QStringLiteral("must not be empty"));
-    if (!node.has(Wire::IpGateway))
-        return set;
-    const QVector<JsonNode> gateways = node.member(Wire::IpGateway).items();
-    for (const JsonNode &gateway : gateways) {
-        set.gateways += gateway.text();
-        if (!AddressText::isGateway(set.gateways.last()))
-            gateway.fail(QStringLiteral("\"%1\" is not an IP address").arg(set.gateways.last()));
-    }
-    return set;
-}
-
-void checkForm(const JsonNode &node, const QString &pattern, const QString &fault)
-{
-    const QRegularExpression form(QStringLiteral("\\A(?:%1)\\z").arg(pattern));
-    if (!form.match(node.text()).hasMatch())
-        node.fail(QStringLiteral("\"%1\" %2").arg(node.text(), fault));
-}
-
 ScenarioInterface readInterface(const JsonNode &node)
 {
     node.expectObject({QStringLiteral("name"), Wire::Type, Wire::LinkAddress, Wire::Mtu, Wire::ParentInterface,
@@ -65,8 +34,7 @@ ScenarioInterface readInterface(const JsonNode &node)
               QStringLiteral("is not one of wired, wifi, usb, cellular, bluetooth_dun, vpn, qv"));
     if (node.has(Wire::LinkAddress)) {
         interface.linkAddress = node.member(Wire::LinkAddress).text();
-        checkForm(node.member(Wire::LinkAddress), QStringLiteral("[0-9A-Fa-f]{2}(?::[0-9A-Fa-f]{2}){5}"),
-                  QStringLiteral("is not a hardware address, as 02:00:00:00:00:01 is"));
+        checkHardwareAddress(node.member(Wire::LinkAddress));
     }
     interface.mtu = node.numberOr(Wire::Mtu, 68, 65536, 0);
     interface.parent = node.textOr(Wire::ParentInterface, QString());
@@ -75,9 +43,9 @@ ScenarioInterface readInterface(const JsonNode &node)
     interface.connected = node.flagOr(Wire::Connected, false);
     interface.manual = node.has(Wire::Manual);
     if (interface.manual)
-        interface.given = readAddresses(node.member(Wire::Manual));
+        interface.given = readAddressSet(node.member(Wire::Manual));
     if (node.has(LeaseKey))
-        interface.lease = readAddresses(node.member(LeaseKey));
+        interface.lease = readAddressSet(node.member(LeaseKey));
     return interface;
 }
 
@@ -155,12 +123,15 @@ ScenarioDelays readDelays(const JsonNode &node)
 {
     const QString reply = QStringLiteral("reply");
     const QString release = QStringLiteral("release");
-    node.expectObject({reply, release, Wire::Manual, LeaseKey});
+    const QString associate = QStringLiteral("associate");
+    node.expectObject({reply, release, Wire::Manual, LeaseKey, Wire::Scan, associate});
     ScenarioDelays delays;
     delays.reply = readDelay(node, reply, delays.reply);
     delays.release = readDelay(node, release, delays.release);
     delays.manual = readDelay(node, Wire::Manual, delays.manual);
     delays.lease = readDelay(node, LeaseKey, delays.lease);
+    delays.scan = readDelay(node, Wire::Scan, delays.scan);
+    delays.associate = readDelay(node, associate, delays.associate);
     return delays;
 }
 
@@ -168,10 +139,11 @@ void readAll(const JsonNode &top, Scenario *scenario)
 {
     const QString circles = QStringLiteral("allow_circular_parents");
     const QString delays = QStringLiteral("delays");
+    const QString wifi = QStringLiteral("wifi");
     const QString timeline = QStringLiteral("timeline");
     const QString faults = QStringLiteral("faults");
     top.expectObject({QStringLiteral("description"), QStringLiteral("seed"), delays, circles,
-                      QStringLiteral("interfaces"), Wire::Priority, Wire::DefaultInterface, timeline, faults});
+                      QStringLiteral("interfaces"), Wire::Priority, Wire::DefaultInterface, wifi, timeline, faults});
     scenario->description = top.textOr(QStringLiteral("description"), QString());
     scenario->seed = quint32(top.numberOr(QStringLiteral("seed"), 0, std::numeric_limits<int>::max(), 1));
     if (top.has(delays))
@@ -182,6 +154,8 @@ void readAll(const JsonNode &top, Scenario *scenario)
     scenario->pinsDefault = top.has(Wire::DefaultInterface);
     if (scenario->pinsDefault && !top.member(Wire::DefaultInterface).text().isEmpty())
         scenario->defaultInterface = readInterfaceName(top.member(Wire::DefaultInterface), *scenario);
+    if (top.has(wifi))
+        scenario->wifi = readWifi(top.member(wifi), *scenario);
     if (top.has(timeline))
         scenario->timeline = readTimeline(top.member(timeline), *scenario);
     if (top.has(faults))
@@ -215,6 +189,44 @@ bool readScenario(const QByteArray &json, Scenario *scenario, QString *error)
     const QJsonValue top = document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object());
     readAll(JsonNode(top, error), scenario);
     return error->isEmpty();
+}
+
+void checkForm(const JsonNode &node, const QString &pattern, const QString &fault)
+{
+    const QRegularExpression form(QStringLiteral("\\A(?:%1)\\z").arg(pattern));
+    if (!form.match(node.text()).hasMatch())
+        node.fail(QStringLiteral("\"%1\" %2").arg(node.text(), fault));
+}
+
+void checkHardwareAddress(const JsonNode &node)
+{
+    checkForm(node, QStringLiteral("[0-9A-Fa-f]{2}(?::[0-9A-Fa-f]{2}){5}"),
+              QStringLiteral("is not a hardware address, as 02:00:00:00:00:01 is"));
+}
+
+AddressSet readAddressSet(const JsonNode &node)
+{
+    node.expectObject({Wire::IpAddresses, Wire::IpGateway});
+    AddressSet set;
+    const QVector<JsonNode> addresses = node.member(Wire::IpAddresses).items();
+    for (const JsonNode &address : addresses) {
+        set.addresses += address.text();
+        if (!AddressText::isInterfaceAddress(set.addresses.last()))
+            address.fail(QStringLiteral("\"%1\" is not an address with its netmask, "
+                                        "as 10.0.0.5/255.255.255.0 and fe80::1/64 are")
+                             .arg(set.addresses.last()));
+    }
+    if (addresses.isEmpty())
+        node.member(Wire::IpAddresses).fail(QStringLiteral("must not be empty"));
+    if (!node.has(Wire::IpGateway))
+        return set;
+    const QVector<JsonNode> gateways = node.member(Wire::IpGateway).items();
+    for (const JsonNode &gateway : gateways) {
+        set.gateways += gateway.text();
+        if (!AddressText::isGateway(set.gateways.last()))
+            gateway.fail(QStringLiteral("\"%1\" is not an IP address").arg(set.gateways.last()));
+    }
+    return set;
 }
 
 QString readInterfaceName(const JsonNode &node, const Scenario &scenario)

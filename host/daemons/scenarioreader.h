@@ -14,6 +14,13 @@ constexpr int LongestTime = 24 * 60 * 60 * 1000;
 /*! Reads and checks a whole scenario. False when something is wrong with it; \a error then names the place. */
 bool readScenario(const QByteArray &json, Scenario *scenario, QString *error);
 
+/*! Notes a text that is not of the form \a pattern, a regular expression, and what is wrong with it then. */
+void checkForm(const JsonNode &node, const QString &pattern, const QString &fault);
+/*! Notes a text that is not a hardware address. */
+void checkHardwareAddress(const JsonNode &node);
+
+AddressSet readAddressSet(const JsonNode &node);
+
 /*! The name of an interface of \a scenario, which has its interfaces already; notes an unknown one. */
 QString readInterfaceName(const JsonNode &node, const Scenario &scenario);
 

@@ -9,6 +9,7 @@ namespace morvek {
 
 SimulatedNetwork::SimulatedNetwork(const Scenario &scenario, World *world, Pace *pace, QObject *parent)
     : QObject(parent),
+      m_wifiInterface(scenario.wifi.interface),
       m_priority(scenario.priority),
       m_pinnedDefault(scenario.defaultInterface),
       m_pinsDefault(scenario.pinsDefault),
@@ -16,12 +17,15 @@ SimulatedNetwork::SimulatedNetwork(const Scenario &scenario, World *world, Pace 
       m_world(world),
       m_pace(pace)
 {
+    const ScenarioAccessPoint *accessPoint = scenario.wifi.accessPoint(scenario.wifi.connected);
     for (const ScenarioInterface &interface : scenario.interfaces) {
         Station station;
         station.state = interface;
         station.link = interface.up;
         // What is up and not connected was left so on purpose; what lacks a link only waits for one.
         station.wanted = interface.connected || !interface.up || !interface.present;
+        if (accessPoint && interface.name == m_wifiInterface)
+            station.offered = accessPoint->lease;
         m_stations.insert(interface.name, station);
         if (interface.present)
             m_world->addInterface(interface.name, attributesOf(station));
@@ -35,7 +39,7 @@ Refusal SimulatedNetwork::refuses(const NetworkingRequest &request) const
 {
     const auto found = m_stations.find(request.interface);
     if (found == m_stations.end() || !found->state.present)
-        return {Refusal::UnknownInterface, QStringLiteral("no interface \"%1\"").arg(request.interface)};
+        return {Refusal::NotFound, QStringLiteral("no interface \"%1\"").arg(request.interface)};
     if (request.kind == NetworkingRequest::Connect && !hasLink(*found))
         return {Refusal::NoLink, QStringLiteral("\"%1\" has no link").arg(request.interface)};
     return {};
@@ -69,7 +73,8 @@ void SimulatedNetwork::vanish(const QString &interface)
 void SimulatedNetwork::appear(const QString &interface)
 {
     Station &station = m_stations[interface];
-    station.link = true;
+    if (interface != m_wifiInterface)
+        station.link = true;
     station.state.present = true;
     station.state.up = hasLink(station);
     m_world->addInterface(interface, attributesOf(station));
@@ -82,6 +87,11 @@ void SimulatedNetwork::setLink(const QString &interface, bool link)
 {
     m_stations[interface].link = link;
     settle();
+}
+
+void SimulatedNetwork::offerLease(const QString &interface, const AddressSet &lease)
+{
+    m_stations[interface].offered = lease;
 }
 
 void SimulatedNetwork::pinDefault(const QString &interface)
@@ -103,10 +113,15 @@ void SimulatedNetwork::setPriority(const QStringList &order)
     updateStatus();
 }
 
+const AddressSet &SimulatedNetwork::leaseOf(const Station &station)
+{
+    return station.offered.addresses.isEmpty() ? station.state.lease : station.offered;
+}
+
 Attributes SimulatedNetwork::attributesOf(const Station &station) const
 {
     const ScenarioInterface &state = station.state;
-    const AddressSet addresses = !state.connected ? AddressSet() : state.manual ? state.given : state.lease;
+    const AddressSet addresses = !state.connected ? AddressSet() : state.manual ? state.given : leaseOf(station);
     Attributes attributes;
     attributes.insert(Wire::Connected, truthValue(state.connected));
     attributes.insert(Wire::IpAddresses, textList(addresses.addresses));
@@ -136,7 +151,7 @@ void SimulatedNetwork::connectLater(Station *station)
         return;
     later(station, station->state.manual ? m_delays.manual : m_delays.lease, [this](Station *late) {
         // Without a lease nobody has answered DHCP, and addresses that it had until now are not valid any more.
-        late->state.connected = late->state.manual || !late->state.lease.addresses.isEmpty();
+        late->state.connected = late->state.manual || !leaseOf(*late).addresses.isEmpty();
         tell(*late, {Wire::Connected, Wire::IpAddresses, Wire::IpGateway, Wire::Manual});
         settle();
     });

@@ -16,7 +16,8 @@ class World;
  * The networks of a scenario: drives the world as links, DHCP servers and the requests of clients would.
  *
  * An interface is up while it has a link: a physical one until the link is lost, a virtual one while its parent is
- * connected. An interface that is meant to be connected connects some time after it has come up.
+ * connected. An interface that is meant to be connected connects some time after it has come up. The interface of the
+ * Wi-Fi station has a link while the station is connected.
  */
 class SimulatedNetwork : public QObject, public InterfaceControl
 {
@@ -34,6 +35,8 @@ public:
     /*! Brings an interface that is not there: up, not connected yet, and configured as it was last. */
     void appear(const QString &interface);
     void setLink(const QString &interface, bool link);
+    /*! From now on DHCP gives the interface \a lease, or its own when there are no addresses in it. */
+    void offerLease(const QString &interface, const AddressSet &lease);
     /*! From now on the default interface is this one, or none when it is empty, whatever is connected. */
     void pinDefault(const QString &interface);
     /*! From now on the default interface is the most preferred one that is connected. */
@@ -44,11 +47,13 @@ private:
     struct Station
     {
         ScenarioInterface state;
+        AddressSet offered; //!< instead of its own lease, when there are addresses in it
         bool link = true;
         bool wanted = false; //!< connects when it is up
         quint32 step = 0;    //!< counts what was begun with it, so that only the latest is finished
     };
 
+    static const AddressSet &leaseOf(const Station &station);
     Attributes attributesOf(const Station &station) const;
     bool hasLink(const Station &station) const;
     void connectLater(Station *station);
@@ -61,6 +66,7 @@ private:
     void later(Station *station, DelayRange delay, Function function);
 
     QMap<QString, Station> m_stations;
+    QString m_wifiInterface; // its link is the radio's affair
     QStringList m_priority;
     QString m_pinnedDefault;
     bool m_pinsDefault;

@@ -139,7 +139,7 @@ bool SystemNetwork::start(QString *error)
 Refusal SystemNetwork::refuses(const NetworkingRequest &request) const
 {
     if (!m_world->hasInterface(request.interface))
-        return {Refusal::UnknownInterface, QStringLiteral("no interface \"%1\"").arg(request.interface)};
+        return {Refusal::NotFound, QStringLiteral("no interface \"%1\"").arg(request.interface)};
     return {Refusal::ReadOnly, QStringLiteral("the machine's own interfaces are only shown, not configured")};
 }
 

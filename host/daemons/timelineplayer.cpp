@@ -1,22 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "timelineplayer.h"
 
+#include "daemon.h"
 #include "eventlog.h"
-#include "networkingdaemon.h"
 #include "simulatednetwork.h"
+#include "simulatedradio.h"
 #include "world.h"
 
 namespace morvek {
 
-TimelinePlayer::TimelinePlayer(const QVector<TimelineEvent> &timeline, const Pace *pace, World *world,
-                               SimulatedNetwork *network, NetworkingDaemon *daemon, const EventLog *log,
-                               QObject *parent)
+TimelinePlayer::TimelinePlayer(const QVector<TimelineEvent> &timeline, const Pace *pace, const Stage &stage,
+                               const EventLog *log, QObject *parent)
     : QObject(parent),
       m_timeline(timeline),
       m_pace(pace),
-      m_world(world),
-      m_network(network),
-      m_daemon(daemon),
+      m_stage(stage),
       m_log(log)
 {
     m_timer.setSingleShot(true);
@@ -46,35 +44,48 @@ void TimelinePlayer::play(const TimelineEvent &event)
     m_log->happened("event", event.text);
     switch (event.kind) {
     case TimelineEvent::Vanish:
-        m_network->vanish(event.interface);
-        break;
+        return m_stage.network->vanish(event.interface);
     case TimelineEvent::Appear:
-        m_network->appear(event.interface);
-        break;
+        return m_stage.network->appear(event.interface);
     case TimelineEvent::LinkLost:
     case TimelineEvent::LinkRegained:
-        m_network->setLink(event.interface, event.kind == TimelineEvent::LinkRegained);
-        break;
+        return m_stage.network->setLink(event.interface, event.kind == TimelineEvent::LinkRegained);
+    case TimelineEvent::PinDefault:
+        return m_stage.network->pinDefault(event.interface);
+    case TimelineEvent::FollowDefault:
+        return m_stage.network->followDefault();
+    case TimelineEvent::SetPriority:
+        return m_stage.network->setPriority(event.order);
+    case TimelineEvent::OutOfRange:
+    case TimelineEvent::InRange:
+        return m_stage.radio->setInRange(event.bssid, event.kind == TimelineEvent::InRange);
+    case TimelineEvent::Signal:
+        return m_stage.radio->setLevel(event.bssid, event.level);
+    case TimelineEvent::Roam:
+        return m_stage.radio->roam(event.bssid);
+    case TimelineEvent::Dropped:
+        return m_stage.radio->drop(event.reason);
+    case TimelineEvent::RadioOn:
+    case TimelineEvent::RadioOff:
+        return m_stage.radio->setPower(event.kind == TimelineEvent::RadioOn);
+    case TimelineEvent::TellWifiEvent:
+        return m_stage.radio->tellEvent(event.told);
     case TimelineEvent::SetAttributes:
     case TimelineEvent::RemoveAttributes:
-        if (event.interface.isEmpty())
-            m_world->changeStatus(event.changes);
-        else
-            m_world->changeInterface(event.interface, event.changes);
-        break;
-    case TimelineEvent::PinDefault:
-        m_network->pinDefault(event.interface);
-        break;
-    case TimelineEvent::FollowDefault:
-        m_network->followDefault();
-        break;
-    case TimelineEvent::SetPriority:
-        m_network->setPriority(event.order);
-        break;
+        return changeAttributes(event);
     case TimelineEvent::DaemonDies:
-        m_daemon->die(event.backAfter);
-        break;
+        return (event.service == Service::Wifi ? m_stage.wifiDaemon : m_stage.networkingDaemon)->die(event.backAfter);
     }
+}
+
+void TimelinePlayer::changeAttributes(const TimelineEvent &event)
+{
+    if (!event.interface.isEmpty())
+        m_stage.world->changeInterface(event.interface, event.changes);
+    else if (event.service == Service::Wifi)
+        m_stage.world->changeWifiStatus(event.changes);
+    else
+        m_stage.world->changeStatus(event.changes);
 }
 
 } // namespace morvek

@@ -10,10 +10,21 @@
 
 namespace morvek {
 
+class Daemon;
 class EventLog;
-class NetworkingDaemon;
 class SimulatedNetwork;
+class SimulatedRadio;
 class World;
+
+/*! What events happen to. There is neither a radio nor its daemon in a scenario without Wi-Fi. */
+struct Stage
+{
+    World *world;
+    SimulatedNetwork *network;
+    SimulatedRadio *radio;
+    Daemon *networkingDaemon;
+    Daemon *wifiDaemon;
+};
 
 /*! Plays a scenario's events, one after the other, each at its time or as soon after it as the machine can. */
 class TimelinePlayer : public QObject
@@ -22,8 +33,8 @@ class TimelinePlayer : public QObject
 
 public:
     /*! Everything that is passed must outlive the player. */
-    TimelinePlayer(const QVector<TimelineEvent> &timeline, const Pace *pace, World *world, SimulatedNetwork *network,
-                   NetworkingDaemon *daemon, const EventLog *log, QObject *parent = nullptr);
+    TimelinePlayer(const QVector<TimelineEvent> &timeline, const Pace *pace, const Stage &stage, const EventLog *log,
+                   QObject *parent = nullptr);
     ~TimelinePlayer() override;
 
     /*! From this moment on the events' times count. */
@@ -34,15 +45,14 @@ private:
 
     void playDue();
     void play(const TimelineEvent &event);
+    void changeAttributes(const TimelineEvent &event);
 
     QVector<TimelineEvent> m_timeline;
     int m_next = 0;
     QTimer m_timer;
     QElapsedTimer m_since;
     const Pace *m_pace;
-    World *m_world;
-    SimulatedNetwork *m_network;
-    NetworkingDaemon *m_daemon;
+    Stage m_stage;
     const EventLog *m_log;
 };
 

@@ -1,128 +1,96 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "timelinereader.h"
 
-#include "attributes.h"
+#include "attributereader.h"
 #include "jsonnode.h"
 #include "scenarioreader.h"
+#include "wifireader.h"
 #include "wirenames.h"
 
 #include <QtCore/QSet>
 
 #include <algorithm>
-#include <limits>
 
 namespace morvek {
 
 namespace {
 
+const auto AttributesKey = QLatin1String("attributes");
+const auto BackAfterKey = QLatin1String("back_after");
+const auto DaemonKey = QLatin1String("daemon");
+const auto EventKey = QLatin1String("event");
+const auto InterfaceKey = QLatin1String("interface");
+const auto ObjectKey = QLatin1String("object");
+const auto OrderKey = QLatin1String("order");
+const auto ReasonKey = QLatin1String("reason");
+const auto TextKey = QLatin1String("text");
+
+// An access point that ends a connection without a reason of its own says that the station's time is over.
+constexpr int UsualReason = 2;
+constexpr int LargestReason = 65535;
+
 struct EventWord
 {
     QLatin1String word;
     TimelineEvent::Kind kind;
+    QStringList keys;
+    bool wifi = false;
 };
 
-const EventWord EventWords[] = {
-    {QLatin1String("vanish"), TimelineEvent::Vanish},
-    {QLatin1String("appear"), TimelineEvent::Appear},
-    {QLatin1String("link-lost"), TimelineEvent::LinkLost},
-    {QLatin1String("link-regained"), TimelineEvent::LinkRegained},
-    {QLatin1String("set"), TimelineEvent::SetAttributes},
-    {QLatin1String("remove"), TimelineEvent::RemoveAttributes},
-    {QLatin1String("default"), TimelineEvent::PinDefault},
-    {QLatin1String("default-follows"), TimelineEvent::FollowDefault},
-    {QLatin1String("priority"), TimelineEvent::SetPriority},
-    {QLatin1String("daemon-dies"), TimelineEvent::DaemonDies},
-};
+EventWord readWord(const JsonNode &node)
+{
+    static const QVector<EventWord> words {
+        {QLatin1String("vanish"), TimelineEvent::Vanish, {InterfaceKey}},
+        {QLatin1String("appear"), TimelineEvent::Appear, {InterfaceKey}},
+        {QLatin1String("link-lost"), TimelineEvent::LinkLost, {InterfaceKey}},
+        {QLatin1String("link-regained"), TimelineEvent::LinkRegained, {InterfaceKey}},
+        {QLatin1String("set"), TimelineEvent::SetAttributes, {InterfaceKey, ObjectKey, AttributesKey}},
+        {QLatin1String("remove"), TimelineEvent::RemoveAttributes, {InterfaceKey, ObjectKey, AttributesKey}},
+        {QLatin1String("default"), TimelineEvent::PinDefault, {InterfaceKey}},
+        {QLatin1String("default-follows"), TimelineEvent::FollowDefault, {}},
+        {QLatin1String("priority"), TimelineEvent::SetPriority, {OrderKey}},
+        {QLatin1String("daemon-dies"), TimelineEvent::DaemonDies, {DaemonKey, BackAfterKey}},
+        {QLatin1String("out-of-range"), TimelineEvent::OutOfRange, {Wire::Bssid}, true},
+        {QLatin1String("in-range"), TimelineEvent::InRange, {Wire::Bssid}, true},
+        {QLatin1String("signal"), TimelineEvent::Signal, {Wire::Bssid, Wire::SignalLevel}, true},
+        {QLatin1String("roam"), TimelineEvent::Roam, {Wire::Bssid}, true},
+        {QLatin1String("dropped"), TimelineEvent::Dropped, {ReasonKey}, true},
+        {QLatin1String("radio-on"), TimelineEvent::RadioOn, {}, true},
+        {QLatin1String("radio-off"), TimelineEvent::RadioOff, {}, true},
+        {QLatin1String("wifi-event"), TimelineEvent::TellWifiEvent, {TextKey}, true},
+    };
+    const QString text = node.text();
+    QStringList known;
+    for (const EventWord &one : words) {
+        if (text == one.word)
+            return one;
+        known += one.word;
+    }
+    node.fail(QStringLiteral("no event \"%1\" (known: %2)").arg(text, known.join(QLatin1String(", "))));
+    return words.first();
+}
 
-const auto AttributesKey = QLatin1String("attributes");
-const auto BackAfterKey = QLatin1String("back_after");
-const auto InterfaceKey = QLatin1String("interface");
-const auto ObjectKey = QLatin1String("object");
-const auto OrderKey = QLatin1String("order");
-
-TimelineEvent::Kind readKind(const JsonNode &node)
+/*! Which daemon \a node names, by one of these words. */
+Service readService(const JsonNode &node, QLatin1String networking, QLatin1String wifi, const Scenario &scenario)
 {
     const QString word = node.text();
-    QStringList known;
-    for (const EventWord &event : EventWords) {
-        if (word == event.word)
-            return event.kind;
-        known += event.word;
+    if (word == wifi) {
+        expectWifi(node, scenario);
+        return Service::Wifi;
     }
-    node.fail(QStringLiteral("no event \"%1\" (known: %2)").arg(word, known.join(QLatin1String(", "))));
-    return TimelineEvent::Vanish;
+    if (word != networking)
+        node.fail(QStringLiteral("must be \"%1\" or \"%2\"").arg(networking, wifi));
+    return Service::Networking;
 }
 
-QStringList keysOf(TimelineEvent::Kind kind)
-{
-    switch (kind) {
-    case TimelineEvent::SetAttributes:
-    case TimelineEvent::RemoveAttributes:
-        return {InterfaceKey, ObjectKey, AttributesKey};
-    case TimelineEvent::FollowDefault:
-        return {};
-    case TimelineEvent::SetPriority:
-        return {OrderKey};
-    case TimelineEvent::DaemonDies:
-        return {BackAfterKey};
-    case TimelineEvent::Vanish:
-    case TimelineEvent::Appear:
-    case TimelineEvent::LinkLost:
-    case TimelineEvent::LinkRegained:
-    case TimelineEvent::PinDefault:
-        break;
-    }
-    return {InterfaceKey};
-}
-
-/*! Bytes that no JSON value stands for: {"encoding": "json", "text": "[1,"} or with "base64". */
-ZopVariant readBytes(const JsonNode &node)
-{
-    const QString encoding = QStringLiteral("encoding");
-    const QString text = QStringLiteral("text");
-    const QString base64 = QStringLiteral("base64");
-    node.expectObject({encoding, text, base64});
-    if (node.has(text) == node.has(base64))
-        node.fail(QStringLiteral("needs either \"text\" or \"base64\""));
-    QByteArray bytes = node.textOr(text, QString()).toUtf8();
-    if (node.has(base64)) {
-        const auto decoded = QByteArray::fromBase64Encoding(node.member(base64).text().toUtf8(),
-                                                            QByteArray::AbortOnBase64DecodingErrors);
-        if (!decoded)
-            node.member(base64).fail(QStringLiteral("is not base64"));
-        bytes = decoded.decoded;
-    }
-    return ZopVariant(bytes, node.textOr(encoding, QStringLiteral("text")).toUtf8());
-}
-
-ZopVariant readValue(const JsonNode &node)
-{
-    switch (node.value().type()) {
-    case QJsonValue::String:
-        return node.text();
-    case QJsonValue::Bool:
-        return truthValue(node.flag());
-    case QJsonValue::Double:
-        return node.number(std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
-    case QJsonValue::Array:
-        return node.value().toArray();
-    case QJsonValue::Object:
-        return readBytes(node);
-    case QJsonValue::Null:
-    case QJsonValue::Undefined:
-        break;
-    }
-    node.fail(QStringLiteral("null is no value; the event \"remove\" removes an attribute"));
-    return {};
-}
-
-void readAttributes(const JsonNode &node, TimelineEvent *event)
+void readAttributes(const JsonNode &node, const Scenario &scenario, TimelineEvent *event)
 {
     const bool interface = node.has(InterfaceKey);
     if (interface == node.has(ObjectKey))
         node.fail(QStringLiteral("needs either \"interface\" or \"object\""));
-    if (!interface && node.member(ObjectKey).text() != QLatin1String("status_public"))
-        node.member(ObjectKey).fail(QStringLiteral("must be \"status_public\""));
+    if (!interface)
+        event->service =
+            readService(node.member(ObjectKey), QLatin1String("status_public"), QLatin1String("wifi/status"), scenario);
     const JsonNode attributes = node.member(AttributesKey);
     if (event->kind == TimelineEvent::RemoveAttributes) {
         const QStringList names = attributes.texts();
@@ -130,52 +98,108 @@ void readAttributes(const JsonNode &node, TimelineEvent *event)
     } else {
         const QVector<JsonNode> members = attributes.members();
         for (const JsonNode &member : members)
-            event->changes.assignments.insert(member.key(), readValue(member));
+            event->changes.assignments.insert(member.key(), readAttributeValue(member));
     }
     if (event->changes.assignments.isEmpty() && event->changes.removals.isEmpty())
         attributes.fail(QStringLiteral("must not be empty"));
 }
 
+void readWifiEvent(const JsonNode &node, const Scenario &scenario, bool bssid, TimelineEvent *event)
+{
+    if (bssid) {
+        event->bssid = readBssid(node.member(Wire::Bssid), scenario);
+        event->text += QLatin1Char(' ') + event->bssid;
+    }
+    if (event->kind == TimelineEvent::Signal)
+        event->level = readSignalLevel(node.member(Wire::SignalLevel));
+    if (event->kind == TimelineEvent::TellWifiEvent)
+        event->told = node.member(TextKey).text();
+    event->reason = node.numberOr(ReasonKey, 1, LargestReason, UsualReason);
+}
+
 TimelineEvent readEvent(const JsonNode &node, const Scenario &scenario)
 {
     const QString at = QStringLiteral("at");
-    const QString word = QStringLiteral("event");
     TimelineEvent event;
     event.at = node.member(at).number(0, LongestTime);
-    event.kind = readKind(node.member(word));
-    const QStringList keys = keysOf(event.kind);
-    node.expectObject(QStringList {at, word} + keys);
-    event.text = node.member(word).text();
+    const EventWord word = readWord(node.member(EventKey));
+    event.kind = word.kind;
+    event.text = word.word;
+    node.expectObject(QStringList {at, EventKey} + word.keys);
+    if (word.wifi) {
+        expectWifi(node.member(EventKey), scenario);
+        readWifiEvent(node, scenario, word.keys.contains(Wire::Bssid), &event);
+    }
 
-    const bool attributes = keys.contains(AttributesKey);
+    const bool attributes = word.keys.contains(AttributesKey);
     const bool none =
         event.kind == TimelineEvent::PinDefault && node.textOr(InterfaceKey, QStringLiteral("?")).isEmpty();
-    if (keys.contains(InterfaceKey) && !none && (!attributes || node.has(InterfaceKey)))
+    if (word.keys.contains(InterfaceKey) && !none && (!attributes || node.has(InterfaceKey)))
         event.interface = readInterfaceName(node.member(InterfaceKey), scenario);
     if (!event.interface.isEmpty())
         event.text += QLatin1Char(' ') + event.interface;
     if (attributes)
-        readAttributes(node, &event);
+        readAttributes(node, scenario, &event);
     if (event.kind == TimelineEvent::SetPriority)
         event.order = readRanking(node.member(OrderKey), scenario);
+    if (node.has(DaemonKey))
+        event.service =
+            readService(node.member(DaemonKey), QLatin1String("networking"), QLatin1String("wifi"), scenario);
     event.backAfter = node.numberOr(BackAfterKey, 0, LongestTime, -1);
     return event;
 }
 
-/*! Notes what happens to an interface that is not there at that time, or comes though it is there. */
-void checkPresence(const JsonNode &node, const TimelineEvent &event, QSet<QString> *present)
+/*! What is there at some time of the timeline. */
+struct Presence
 {
-    if (event.interface.isEmpty() || event.kind == TimelineEvent::PinDefault)
-        return;
-    const bool there = present->contains(event.interface);
-    if (event.kind == TimelineEvent::Appear && there)
-        node.member(InterfaceKey).fail(QStringLiteral("\"%1\" is there at that time").arg(event.interface));
-    if (event.kind != TimelineEvent::Appear && !there)
-        node.member(InterfaceKey).fail(QStringLiteral("\"%1\" is not there at that time").arg(event.interface));
+    explicit Presence(const Scenario &scenario)
+        : wifiInterface(scenario.wifi.interface)
+    {
+        for (const ScenarioInterface &interface : scenario.interfaces) {
+            if (interface.present)
+                interfaces.insert(interface.name);
+        }
+        for (const ScenarioAccessPoint &accessPoint : scenario.wifi.accessPoints) {
+            if (accessPoint.inRange)
+                accessPoints.insert(accessPoint.bssid);
+        }
+    }
+
+    QSet<QString> interfaces;
+    QSet<QString> accessPoints; // in range
+    QString wifiInterface;
+};
+
+/*! Notes what happens to something that is not there at that time, or comes though it is there. */
+void checkPresence(const JsonNode &node, const QString &name, bool comes, const QSet<QString> &present,
+                   const QString &there)
+{
+    if (comes == present.contains(name))
+        node.fail(
+            QStringLiteral("\"%1\" is %2%3 at that time").arg(name, comes ? QString() : QStringLiteral("not "), there));
+}
+
+void follow(const JsonNode &node, const TimelineEvent &event, Presence *presence)
+{
+    const bool link = event.kind == TimelineEvent::LinkLost || event.kind == TimelineEvent::LinkRegained;
+    if (link && event.interface == presence->wifiInterface)
+        node.member(InterfaceKey)
+            .fail(
+                QStringLiteral("the Wi-Fi station gives \"%1\" its link (\"dropped\" takes it)").arg(event.interface));
+    if (!event.interface.isEmpty() && event.kind != TimelineEvent::PinDefault)
+        checkPresence(node.member(InterfaceKey), event.interface, event.kind == TimelineEvent::Appear,
+                      presence->interfaces, QStringLiteral("there"));
+    if (!event.bssid.isEmpty() && event.kind != TimelineEvent::Signal)
+        checkPresence(node.member(Wire::Bssid), event.bssid, event.kind == TimelineEvent::InRange,
+                      presence->accessPoints, QStringLiteral("in range"));
     if (event.kind == TimelineEvent::Appear)
-        present->insert(event.interface);
+        presence->interfaces.insert(event.interface);
     else if (event.kind == TimelineEvent::Vanish)
-        present->remove(event.interface);
+        presence->interfaces.remove(event.interface);
+    else if (event.kind == TimelineEvent::InRange)
+        presence->accessPoints.insert(event.bssid);
+    else if (event.kind == TimelineEvent::OutOfRange)
+        presence->accessPoints.remove(event.bssid);
 }
 
 } // namespace
@@ -190,14 +214,10 @@ QVector<TimelineEvent> readTimeline(const JsonNode &node, const Scenario &scenar
     std::stable_sort(placed.begin(), placed.end(),
                      [](const Placed &a, const Placed &b) { return a.first.at < b.first.at; });
 
-    QSet<QString> present;
-    for (const ScenarioInterface &interface : scenario.interfaces) {
-        if (interface.present)
-            present.insert(interface.name);
-    }
+    Presence presence(scenario);
     QVector<TimelineEvent> events;
     for (const Placed &one : qAsConst(placed)) {
-        checkPresence(one.second, one.first, &present);
+        follow(one.second, one.first, &presence);
         events += one.first;
     }
     return events;

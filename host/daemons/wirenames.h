@@ -6,7 +6,7 @@
 
 namespace morvek {
 
-/*! The words of the networking daemon's objects and messages. */
+/*! The words of the daemons' objects and messages. */
 namespace Wire {
 
 inline const QString InterfacesDirectory = QStringLiteral("/zop/services/networking/all/interfaces");
@@ -27,6 +27,36 @@ inline const QString Up = QStringLiteral("up");
 
 inline const QString NetConnected = QStringLiteral("net_connected");
 inline const QString NetDisconnected = QStringLiteral("net_disconnected");
+
+inline const QString WifiControlObject = QStringLiteral("/zop/services/wifi/control");
+inline const QString WifiStatusObject = QStringLiteral("/zop/services/wifi/status");
+
+inline const QString LastEvent = QStringLiteral("last_event");
+inline const QString ScanResults = QStringLiteral("scan_results");
+inline const QString WifiStatus = QStringLiteral("wifi_status");
+
+inline const QString Scan = QStringLiteral("scan");
+inline const QString WifiPower = QStringLiteral("wifi_power"); // the attribute's name, too
+inline const QString WnetDisableAll = QStringLiteral("wnet_disableall");
+inline const QString WnetNew = QStringLiteral("wnet_new");
+inline const QString WnetSelect = QStringLiteral("wnet_select");
+
+inline const QString Bssid = QStringLiteral("bssid");
+inline const QString Flags = QStringLiteral("flags");
+inline const QString Frequency = QStringLiteral("frequency");
+inline const QString KeyMgmt = QStringLiteral("key_mgmt");
+inline const QString PairwiseCipher = QStringLiteral("pairwise_cipher");
+inline const QString Psk = QStringLiteral("psk");
+inline const QString SignalLevel = QStringLiteral("signal_level");
+inline const QString Ssid = QStringLiteral("ssid");
+
+inline const QString Ccmp = QStringLiteral("CCMP");
+inline const QString None = QStringLiteral("NONE");
+inline const QString Off = QStringLiteral("off");
+inline const QString On = QStringLiteral("on");
+inline const QString Tkip = QStringLiteral("TKIP");
+inline const QString WpaPsk = QStringLiteral("WPA-PSK");
+inline const QString Wpa2Psk = QStringLiteral("WPA2-PSK");
 
 inline const QString Dat = QStringLiteral("dat");
 inline const QString Err = QStringLiteral("err");

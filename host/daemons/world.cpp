@@ -3,15 +3,6 @@
 
 namespace morvek {
 
-namespace {
-
-bool isEmpty(const ZopChangeset &changes)
-{
-    return changes.assignments.isEmpty() && changes.removals.isEmpty();
-}
-
-} // namespace
-
 World::World(QObject *parent)
     : QObject(parent)
 {
@@ -44,6 +35,12 @@ void World::changeStatus(const ZopChangeset &changes)
 {
     apply(changes, &m_status);
     Q_EMIT statusChanged(changes);
+}
+
+void World::changeWifiStatus(const ZopChangeset &changes)
+{
+    apply(changes, &m_wifiStatus);
+    Q_EMIT wifiStatusChanged(changes);
 }
 
 void World::updateInterface(const QString &name, const Attributes &attributes)

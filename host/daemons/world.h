@@ -9,7 +9,8 @@
 namespace morvek {
 
 /*!
- * What there is to publish, as the daemons see it: the network interfaces and the status that ranks them.
+ * What there is to publish, as the daemons see it: the network interfaces, the status that ranks them, and the status
+ * of the Wi-Fi station.
  *
  * It outlives every daemon: while one is dead the world goes on, and the daemon publishes it as it has become when
  * it is back. Something else drives the world: a scenario, or the machine's kernel.
@@ -26,12 +27,14 @@ public:
     bool hasInterface(const QString &name) const { return m_interfaces.contains(name); }
     Attributes interfaceAttributes(const QString &name) const { return m_interfaces.value(name); }
     Attributes status() const { return m_status; }
+    Attributes wifiStatus() const { return m_wifiStatus; }
 
     void addInterface(const QString &name, const Attributes &attributes);
     void removeInterface(const QString &name);
     /*! Tells \a changes as they are, even what sets a value to what it was. */
     void changeInterface(const QString &name, const ZopChangeset &changes);
     void changeStatus(const ZopChangeset &changes);
+    void changeWifiStatus(const ZopChangeset &changes);
 
     /*! Tells what differs from the present attributes, or nothing. */
     void updateInterface(const QString &name, const Attributes &attributes);
@@ -42,11 +45,13 @@ Q_SIGNALS:
     void interfaceRemoved(const QString &name);
     void interfaceChanged(const QString &name, const morvek::ZopChangeset &changes);
     void statusChanged(const morvek::ZopChangeset &changes);
+    void wifiStatusChanged(const morvek::ZopChangeset &changes);
 
 private:
     Q_DISABLE_COPY(World)
     QMap<QString, Attributes> m_interfaces;
     Attributes m_status;
+    Attributes m_wifiStatus;
 };
 
 } // namespace morvek

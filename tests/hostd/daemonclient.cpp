@@ -33,7 +33,8 @@ Request::Request(ZopObject *control, const char *message, const char *dat)
       finished(&command, &ZopControlCommand::finished)
 {
     command.setMessage(QLatin1String(message));
-    command.setDat(QString::fromUtf8(unquoted(dat)));
+    if (dat)
+        command.setDat(QString::fromUtf8(unquoted(dat)));
     command.start();
 }
 

@@ -15,6 +15,8 @@ constexpr int Patience = 20000;
 const char Interfaces[] = "/zop/services/networking/all/interfaces";
 const char Status[] = "/zop/services/networking/all/status_public";
 const char Control[] = "/zop/services/networking/control";
+const char WifiStatus[] = "/zop/services/wifi/status";
+const char WifiControl[] = "/zop/services/wifi/control";
 
 QString interfacePath(const char *name);
 
@@ -33,10 +35,12 @@ struct Seen
 /*! One request and its reply. Single quotes in its payload stand for double ones. */
 struct Request
 {
-    Request(morvek::ZopObject *control, const char *message, const char *dat);
+    Request(morvek::ZopObject *control, const char *message, const char *dat = nullptr);
 
     /*! "ok", or "CODE TEXT". */
     QString outcome();
+    /*! The payload of the reply, as text. */
+    QString answer() { return outcome() == QLatin1String("ok") ? command.datResponse().toString() : outcome(); }
 
     morvek::ZopControlCommand command;
     QSignalSpy finished;

@@ -41,44 +41,44 @@ private Q_SLOTS:
 void FaultPlanTest::withoutFaults()
 {
     FaultPlan plan;
-    QVERIFY(!plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0")));
+    QVERIFY(!plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"), QString()));
 }
 
 void FaultPlanTest::matchesMessageAndInterface()
 {
     FaultPlan plan({makeFault(7, "net_connected", "eth0", 0, -1)});
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_disconnected"), QStringLiteral("eth0"))), 0);
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("wlan0"))), 0);
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QString())), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_disconnected"), QStringLiteral("eth0"), QString())), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("wlan0"), QString())), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QString(), QString())), 0);
     for (int i = 0; i < 3; ++i)
-        QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 7);
+        QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"), QString())), 7);
 }
 
 void FaultPlanTest::countsTimes()
 {
     FaultPlan plan({makeFault(7, "", "", 0, 2)});
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 7);
-    QCOMPARE(codeOf(plan.next(QStringLiteral("nonsense"), QString())), 7);
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"), QString())), 7);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("nonsense"), QString(), QString())), 7);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"), QString())), 0);
 }
 
 void FaultPlanTest::skipsFirst()
 {
     FaultPlan plan({makeFault(7, "net_connected", "", 2, 1)});
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 0);
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_disconnected"), QStringLiteral("eth0"))), 0);
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("wlan0"))), 0);
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 7);
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"), QString())), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_disconnected"), QStringLiteral("eth0"), QString())), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("wlan0"), QString())), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"), QString())), 7);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"), QString())), 0);
 }
 
 void FaultPlanTest::firstThatFits()
 {
     FaultPlan plan(
         {makeFault(1, "", "wlan0", 0, -1), makeFault(2, "net_connected", "", 0, 1), makeFault(3, "", "", 0, -1)});
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("wlan0"))), 1);
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 2);
-    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"))), 3);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("wlan0"), QString())), 1);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"), QString())), 2);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"), QString())), 3);
 }
 
 QTEST_GUILESS_MAIN(FaultPlanTest)

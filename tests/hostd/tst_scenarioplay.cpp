@@ -131,11 +131,11 @@ void ScenarioPlayTest::diesAtARequest()
 void ScenarioPlayTest::diesAtItsTime()
 {
     QVERIFY(m_daemon->start(QStringLiteral("daemon-restart"), {QStringLiteral("--speed"), QStringLiteral("100")}));
-    QTRY_VERIFY(m_daemon->process().errors().contains("daemon  back\n"));
+    QTRY_VERIFY(m_daemon->process().errors().contains("daemon  networking back\n"));
     const QByteArray log = m_daemon->process().errors();
-    const int dead = log.indexOf("daemon  dead\n");
+    const int dead = log.indexOf("daemon  networking dead\n");
     const int changed = log.indexOf("event   link-lost eth0\n");
-    QVERIFY(dead != -1 && dead < changed && changed < log.indexOf("daemon  back\n"));
+    QVERIFY(dead != -1 && dead < changed && changed < log.indexOf("daemon  networking back\n"));
     const Seen eth0(interfacePath("eth0"));
     QCOMPARE(eth0.text("up"), QStringLiteral("false"));
     ZopObject control(QLatin1String(Control), ZopObject::ReadWrite, true);
@@ -163,7 +163,7 @@ void ScenarioPlayTest::publishesAnewWhenItIsBack()
         "{'at': 0, 'event': 'daemon-dies', 'back_after': 100}, {'at': 1, 'event': 'vanish', 'interface': 'b'}, "
         "{'at': 2, 'event': 'link-lost', 'interface': 'a'}]}";
     QVERIFY(m_daemon->startWith(scenario));
-    QTRY_VERIFY(m_daemon->process().errors().contains("daemon  back\n"));
+    QTRY_VERIFY(m_daemon->process().errors().contains("daemon  networking back\n"));
     QVERIFY(ZopObject(QLatin1String(Control), ZopObject::ReadWrite, true).isValid());
     QCOMPARE(Seen(interfacePath("a")).text("up"), QStringLiteral("false"));
     QVERIFY(!ZopObject(interfacePath("b"), ZopObject::Subscribe, false).isValid());

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "daemon.h"
+
+#include "eventlog.h"
+#include "faultplan.h"
+#include "wirenames.h"
+#include "world.h"
+#include "zopobject.h"
+
+namespace morvek {
+
+Daemon::Daemon(const QString &name, const QString &controlPath, const DaemonTools &tools, QObject *parent)
+    : QObject(parent),
+      m_name(name),
+      m_controlPath(controlPath),
+      m_tools(tools)
+{
+}
+
+Daemon::~Daemon() = default;
+
+bool Daemon::start(QString *error)
+{
+    // A daemon that has the control object already keeps what it has published; and whoever finds a state object can
+    // open the control object too. Requests are heard from the event loop only.
+    if (!serveControl(error))
+        return false;
+    if (publish(error))
+        return true;
+    m_controlObject.reset();
+    return false;
+}
+
+void Daemon::die(int backAfter)
+{
+    if (!m_controlObject)
+        return;
+    m_tools.world->disconnect(this);
+    m_controlObject.reset();
+    m_publisher.abandon();
+    m_tools.log->happened("daemon", m_name + QStringLiteral(" dead"));
+    if (backAfter == -1)
+        return;
+    m_tools.pace->after(backAfter, this, [this] {
+        QString error;
+        if (start(&error))
+            m_tools.log->happened("daemon", m_name + QStringLiteral(" back"));
+        else
+            m_tools.log->trouble(QStringLiteral("the %1 daemon cannot come back: %2").arg(m_name, error));
+    });
+}
+
+bool Daemon::serveControl(QString *error)
+{
+    auto object = std::make_unique<ZopObject>(m_controlPath, ZopObject::Publish, true);
+    if (!object->isValid()) {
+        *error = object->errorString();
+        return false;
+    }
+    connect(object.get(), &ZopObject::attributesChanged, this, &Daemon::onRequest);
+    m_controlObject = std::move(object);
+    return true;
+}
+
+void Daemon::onRequest(const ZopChangeset &changes)
+{
+    const Task task = read(changes);
+    m_tools.log->happened("request", task.text);
+    if (const Fault *fault = m_tools.faults->next(task.request.message, task.interface, task.ssid))
+        treat(task, *fault);
+    else
+        answerLater(task, 1);
+}
+
+void Daemon::treat(const Task &task, const Fault &fault)
+{
+    ZopObject *context = m_controlObject.get();
+    switch (fault.kind) {
+    case Fault::Refuse:
+        m_tools.pace->after(m_replyDelay, context,
+                            [this, request = task.request, refusal = Refusal {fault.code, fault.text}] {
+                                reply(request, {refusal, {}});
+                            });
+        break;
+    case Fault::NoReply:
+        m_tools.log->happened("fault", QStringLiteral("no reply to ") + task.text);
+        if (fault.performs)
+            answerLater(task, 0);
+        break;
+    case Fault::Late:
+        m_tools.pace->after(fault.delay, context, [this, task] { answer(task, 1); });
+        break;
+    case Fault::Double:
+        answerLater(task, 2);
+        break;
+    case Fault::Die:
+        // Not at once: the control object must not be destroyed inside its own signal.
+        m_tools.pace->after(0, this, [this, backAfter = fault.backAfter] { die(backAfter); });
+        break;
+    }
+}
+
+void Daemon::answerLater(const Task &task, int replies)
+{
+    // The control object is the context: what a dead daemon has not answered stays unanswered.
+    m_tools.pace->after(m_replyDelay, m_controlObject.get(), [this, task, replies] { answer(task, replies); });
+}
+
+void Daemon::answer(const Task &task, int replies)
+{
+    const Answer judgement = task.request.refusal ? Answer {task.request.refusal, {}} : task.judge();
+    for (int i = 0; i < replies; ++i)
+        reply(task.request, judgement);
+    if (!judgement.refusal)
+        task.perform();
+}
+
+void Daemon::reply(const ControlRequest &request, const Answer &answer)
+{
+    ZopChangeset changes;
+    changes.assignments.insert(Wire::Res, request.message);
+    changes.assignments.insert(Wire::Id, request.id);
+    changes.assignments.insert(Wire::Peer, request.peer);
+    if (answer.refusal) {
+        changes.assignments.insert(Wire::Err, answer.refusal.code);
+        changes.assignments.insert(Wire::ErrMsg, answer.refusal.text);
+    }
+    if (answer.dat.isValid())
+        changes.assignments.insert(Wire::Dat, answer.dat);
+    const bool sent = m_controlObject->setAttributes(changes);
+    const QString outcome = answer.refusal
+        ? QStringLiteral("refused (%1): %2").arg(answer.refusal.code).arg(answer.refusal.text)
+        : QStringLiteral("ok");
+    m_tools.log->happened("reply",
+                          QStringLiteral("%1 id=%2 %3%4")
+                              .arg(request.message, request.id.toString(), outcome,
+                                   sent ? QString() : QStringLiteral(" (the client is gone)")));
+}
+
+void Daemon::update(const QString &path, const ZopChangeset &changes)
+{
+    QString error;
+    const bool done = m_publisher.update(path, changes, &error);
+    report(path, done, error);
+}
+
+void Daemon::report(const QString &path, bool done, const QString &error) const
+{
+    if (!done)
+        m_tools.log->trouble(QStringLiteral("cannot publish \"%1\": %2").arg(path, error));
+}
+
+} // namespace morvek

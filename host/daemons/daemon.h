@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_DAEMON_H
+#define MORVEK_HOSTD_DAEMON_H
+
+#include "controlrequest.h"
+#include "objectpublisher.h"
+#include "pace.h"
+
+#include <QtCore/QObject>
+
+#include <functional>
+
+namespace morvek {
+
+class EventLog;
+class FaultPlan;
+class World;
+class ZopObject;
+struct Fault;
+
+/*! What all daemons work with. It must outlive them. */
+struct DaemonTools
+{
+    World *world;
+    FaultPlan *faults;
+    Pace *pace;
+    const EventLog *log;
+};
+
+/*! Serves a control object: reads requests, lets faults happen to them, replies in time, dies and comes back. */
+class Daemon : public QObject
+{
+    Q_OBJECT
+
+public:
+    ~Daemon() override;
+
+    /*! How long a reply takes. */
+    void setReplyDelay(DelayRange delay) { m_replyDelay = delay; }
+
+    /*! Serves the control object, then publishes everything. */
+    bool start(QString *error);
+
+    /*!
+     * Ends as a killed process does: requests stay open, state objects stay as they are. After \a backAfter
+     * milliseconds it starts again; never, when that is -1. A dead daemon does not die again.
+     */
+    void die(int backAfter);
+
+protected:
+    /*! What a request is answered with. */
+    struct Answer
+    {
+        Refusal refusal;
+        ZopVariant dat;
+    };
+
+    /*! A request, and what it comes to. */
+    struct Task
+    {
+        ControlRequest request;
+        QString text;                  //!< one line that describes it, for the log
+        QString interface;             //!< that it names, if any
+        QString ssid;                  //!< that it names, if any
+        std::function<Answer()> judge; //!< called when it is well-formed, and before the reply
+        std::function<void()> perform; //!< called when it is not refused, and after the reply
+    };
+
+    /*! \a name is for the log. */
+    Daemon(const QString &name, const QString &controlPath, const DaemonTools &tools, QObject *parent);
+
+    virtual Task read(const ZopChangeset &changes) = 0;
+    /*! Publishes the world as it is, and follows it from then on. */
+    virtual bool publish(QString *error) = 0;
+
+    World *world() const { return m_tools.world; }
+    ObjectPublisher &publisher() { return m_publisher; }
+    void update(const QString &path, const ZopChangeset &changes);
+    void report(const QString &path, bool done, const QString &error) const;
+
+private:
+    Q_DISABLE_COPY(Daemon)
+
+    bool serveControl(QString *error);
+    void onRequest(const ZopChangeset &changes);
+    void treat(const Task &task, const Fault &fault);
+    void answerLater(const Task &task, int replies);
+    void answer(const Task &task, int replies);
+    void reply(const ControlRequest &request, const Answer &answer);
+
+    QString m_name;
+    QString m_controlPath;
+    DaemonTools m_tools;
+    DelayRange m_replyDelay;
+    ObjectPublisher m_publisher;
+    std::unique_ptr<ZopObject> m_controlObject; // none while the daemon is dead
+};
+
+} // namespace morvek
+
+#endif

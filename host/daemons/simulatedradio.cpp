@@ -1,0 +1,298 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulatedradio.h"
+
+#include "simulatednetwork.h"
+#include "wifitext.h"
+#include "wirenames.h"
+#include "world.h"
+
+namespace morvek {
+
+namespace {
+
+// What the station says when it leaves by itself, and when it hears its access point no more.
+constexpr int LeftByItself = 3;
+constexpr int LostFromSight = 4;
+
+// The words end with a blank.
+const QString ScanStarted = QStringLiteral("CTRL-EVENT-SCAN-STARTED ");
+const QString ScanFinished = QStringLiteral("CTRL-EVENT-SCAN-RESULTS ");
+const QString NetworkNotFound = QStringLiteral("CTRL-EVENT-NETWORK-NOT-FOUND ");
+
+QString connectedEvent(const QString &bssid, int identifier)
+{
+    return QStringLiteral("CTRL-EVENT-CONNECTED - Connection to %1 completed [id=%2 id_str=]")
+        .arg(bssid)
+        .arg(identifier);
+}
+
+QString disconnectedEvent(const QString &bssid, int reason)
+{
+    return QStringLiteral("CTRL-EVENT-DISCONNECTED bssid=%1 reason=%2").arg(bssid).arg(reason);
+}
+
+QString wrongKeyEvent(int identifier, const QString &ssid)
+{
+    return QStringLiteral("CTRL-EVENT-SSID-TEMP-DISABLED id=%1 ssid=%2 auth_failures=1 duration=10 reason=WRONG_KEY")
+        .arg(QString::number(identifier), WifiText::quoted(ssid));
+}
+
+QString powerWord(bool power)
+{
+    return power ? Wire::On : Wire::Off;
+}
+
+} // namespace
+
+SimulatedRadio::SimulatedRadio(const Scenario &scenario, World *world, SimulatedNetwork *network, Pace *pace,
+                               QObject *parent)
+    : QObject(parent),
+      m_air(scenario.wifi.accessPoints),
+      m_interface(scenario.wifi.interface),
+      m_power(scenario.wifi.power),
+      m_current(scenario.wifi.connected),
+      m_delays(scenario.delays),
+      m_world(world),
+      m_network(network),
+      m_pace(pace)
+{
+    ZopChangeset start;
+    start.assignments.insert(Wire::WifiPower, powerWord(m_power));
+    if (const SimulatedAccessPoint *current = m_air.find(m_current)) {
+        m_networks += current->network();
+        m_selected = 0;
+        start.assignments.insert(Wire::WifiStatus, current->status());
+    }
+    m_world->changeWifiStatus(start);
+    connect(m_world, &World::interfaceAdded, this, &SimulatedRadio::onInterfaceAdded);
+    connect(m_world, &World::interfaceRemoved, this, &SimulatedRadio::onInterfaceRemoved);
+}
+
+SimulatedRadio::~SimulatedRadio() = default;
+
+Refusal SimulatedRadio::refuses(const WifiRequest &request) const
+{
+    const bool selects = request.kind == WifiRequest::SelectNetwork;
+    if (selects && networkOf(request.identifier) == None)
+        return {Refusal::NotFound, QStringLiteral("no such network")};
+    if ((selects || request.kind == WifiRequest::Scan) && !m_power)
+        return {Refusal::RadioOff, QStringLiteral("the radio is off")};
+    return {};
+}
+
+QString SimulatedRadio::addNetwork(const WifiNetwork &network)
+{
+    m_networks += network;
+    return QString::number(m_networks.size() - 1);
+}
+
+void SimulatedRadio::perform(const WifiRequest &request)
+{
+    switch (request.kind) {
+    case WifiRequest::Power:
+        setPower(request.power);
+        break;
+    case WifiRequest::Scan:
+        scan();
+        break;
+    case WifiRequest::SelectNetwork:
+        select(networkOf(request.identifier));
+        break;
+    case WifiRequest::DisableAll:
+        select(None);
+        break;
+    case WifiRequest::NewNetwork:
+    case WifiRequest::Unknown:
+        break;
+    }
+}
+
+void SimulatedRadio::setPower(bool power)
+{
+    if (m_power == power)
+        return;
+    m_power = power;
+    ZopChangeset changes;
+    changes.assignments.insert(Wire::WifiPower, powerWord(power));
+    if (power) {
+        m_world->changeWifiStatus(changes);
+        join();
+        return;
+    }
+    ++m_scan;
+    m_scanning = false;
+    leave(LeftByItself, changes);
+}
+
+void SimulatedRadio::setInRange(const QString &bssid, bool inRange)
+{
+    SimulatedAccessPoint *accessPoint = m_air.find(bssid);
+    accessPoint->setInRange(inRange);
+    if (inRange) {
+        const bool waits = m_selected != None && m_current.isEmpty() && !m_joining;
+        if (waits && accessPoint->belongsTo(m_networks.at(m_selected)))
+            join();
+    } else if (m_current == bssid) {
+        if (const SimulatedAccessPoint *other =
+                m_air.strongest([this](const SimulatedAccessPoint &one) { return admits(one); }))
+            associate(*other);
+        else
+            leave(LostFromSight);
+    }
+}
+
+void SimulatedRadio::setLevel(const QString &bssid, int level)
+{
+    m_air.find(bssid)->setLevel(level);
+}
+
+void SimulatedRadio::roam(const QString &bssid)
+{
+    const SimulatedAccessPoint *other = m_air.find(bssid);
+    if (!m_current.isEmpty() && m_current != bssid && other->isInRange() && admits(*other))
+        associate(*other);
+}
+
+void SimulatedRadio::drop(int reason)
+{
+    if (m_current.isEmpty())
+        return;
+    leave(reason);
+    join();
+}
+
+void SimulatedRadio::tellEvent(const QString &event)
+{
+    ZopChangeset changes;
+    changes.assignments.insert(Wire::LastEvent, event);
+    m_world->changeWifiStatus(changes);
+}
+
+void SimulatedRadio::scan()
+{
+    // Who asks while a scan is under way gets its results.
+    if (m_scanning)
+        return;
+    m_scanning = true;
+    tellEvent(ScanStarted);
+    m_pace->after(m_delays.scan, this, [this, scan = ++m_scan] {
+        if (scan == m_scan)
+            finishScan();
+    });
+}
+
+void SimulatedRadio::finishScan()
+{
+    m_scanning = false;
+    // Without its interface the station hears nothing.
+    const QJsonArray results = isUsable() ? m_air.scan(m_pace) : QJsonArray();
+    ZopChangeset changes;
+    changes.assignments.insert(Wire::LastEvent, ScanFinished);
+    // Text, unlike all other JSON of the daemons.
+    changes.assignments.insert(Wire::ScanResults,
+                               QString::fromUtf8(QJsonDocument(results).toJson(QJsonDocument::Compact)));
+    m_world->changeWifiStatus(changes);
+}
+
+void SimulatedRadio::select(int network)
+{
+    leave(LeftByItself);
+    m_selected = network;
+    join();
+}
+
+void SimulatedRadio::join()
+{
+    if (m_selected == None || !isUsable())
+        return;
+    m_joining = true;
+    m_pace->after(m_delays.associate, this, [this, attempt = ++m_attempt] {
+        if (attempt == m_attempt)
+            finishJoining();
+    });
+}
+
+void SimulatedRadio::finishJoining()
+{
+    m_joining = false;
+    const WifiNetwork &network = m_networks.at(m_selected);
+    const SimulatedAccessPoint *found =
+        m_air.strongest([&network](const SimulatedAccessPoint &one) { return one.belongsTo(network); });
+    if (!found) {
+        tellEvent(NetworkNotFound);
+    } else if (found->answers() && !found->accepts(network)) {
+        // Whoever wants to try this network again has to select it.
+        const QString event = wrongKeyEvent(m_selected, network.ssid);
+        m_selected = None;
+        tellEvent(event);
+    } else if (found->answers()) {
+        associate(*found);
+    }
+}
+
+void SimulatedRadio::associate(const SimulatedAccessPoint &accessPoint)
+{
+    const bool roams = !m_current.isEmpty();
+    m_current = accessPoint.bssid();
+    ZopChangeset changes;
+    changes.assignments.insert(Wire::LastEvent, connectedEvent(m_current, m_selected));
+    changes.assignments.insert(Wire::WifiStatus, accessPoint.status());
+    m_world->changeWifiStatus(changes);
+    // All access points of one network lead to the same DHCP server.
+    if (roams)
+        return;
+    m_network->offerLease(m_interface, accessPoint.lease());
+    m_network->setLink(m_interface, true);
+}
+
+/*! Ends the connection, or the attempt to get one, and tells that together with \a changes. */
+void SimulatedRadio::leave(int reason, ZopChangeset changes)
+{
+    ++m_attempt;
+    m_joining = false;
+    const bool connected = !m_current.isEmpty();
+    if (connected) {
+        changes.assignments.insert(Wire::LastEvent, disconnectedEvent(m_current, reason));
+        changes.removals.insert(Wire::WifiStatus);
+        m_current.clear();
+    }
+    if (!isEmpty(changes))
+        m_world->changeWifiStatus(changes);
+    if (connected)
+        m_network->setLink(m_interface, false);
+}
+
+void SimulatedRadio::onInterfaceAdded(const QString &name)
+{
+    if (name == m_interface)
+        join();
+}
+
+void SimulatedRadio::onInterfaceRemoved(const QString &name)
+{
+    if (name == m_interface)
+        leave(LeftByItself);
+}
+
+int SimulatedRadio::networkOf(const QString &identifier) const
+{
+    bool ok = false;
+    const int index = identifier.toInt(&ok);
+    // An identifier has one spelling only.
+    const bool known = ok && index >= 0 && index < m_networks.size() && identifier == QString::number(index);
+    return known ? index : None;
+}
+
+/*! True when the station, connected to the selected network, would be welcome there. */
+bool SimulatedRadio::admits(const SimulatedAccessPoint &accessPoint) const
+{
+    const WifiNetwork &network = m_networks.at(m_selected);
+    return accessPoint.answers() && accessPoint.belongsTo(network) && accessPoint.accepts(network);
+}
+
+bool SimulatedRadio::isUsable() const
+{
+    return m_power && m_world->hasInterface(m_interface);
+}
+
+} // namespace morvek

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "wifidaemon.h"
+
+#include "simulatedradio.h"
+#include "wirenames.h"
+#include "world.h"
+
+namespace morvek {
+
+WifiDaemon::WifiDaemon(SimulatedRadio *radio, const DaemonTools &tools, QObject *parent)
+    : Daemon(QStringLiteral("wifi"), Wire::WifiControlObject, tools, parent),
+      m_radio(radio)
+{
+}
+
+WifiDaemon::~WifiDaemon() = default;
+
+Daemon::Task WifiDaemon::read(const ZopChangeset &changes)
+{
+    const WifiRequest request = WifiRequest::read(changes);
+    Task task;
+    task.request = request;
+    task.text = request.toString();
+    task.ssid = request.network.ssid;
+    task.judge = [this, request] {
+        const Refusal refusal = m_radio->refuses(request);
+        // The reply carries the identifier, so the network must be known before it.
+        if (!refusal && request.kind == WifiRequest::NewNetwork)
+            return Answer {{}, m_radio->addNetwork(request.network)};
+        return Answer {refusal, {}};
+    };
+    task.perform = [this, request] { m_radio->perform(request); };
+    return task;
+}
+
+bool WifiDaemon::publish(QString *error)
+{
+    // Only what differs: old scan results must not be told as new ones.
+    if (!publisher().publish(Wire::WifiStatusObject, world()->wifiStatus(), ObjectPublisher::TellDifference, error))
+        return false;
+    connect(world(), &World::wifiStatusChanged, this, &WifiDaemon::onStatusChanged);
+    return true;
+}
+
+void WifiDaemon::onStatusChanged(const ZopChangeset &changes)
+{
+    update(Wire::WifiStatusObject, changes);
+}
+
+} // namespace morvek

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_WIFIDAEMON_H
+#define MORVEK_HOSTD_WIFIDAEMON_H
+
+#include "daemon.h"
+
+namespace morvek {
+
+class SimulatedRadio;
+
+/*! Publishes the Wi-Fi status of the world, and answers requests to the radio. */
+class WifiDaemon : public Daemon
+{
+    Q_OBJECT
+
+public:
+    /*! \a radio must outlive the daemon. */
+    WifiDaemon(SimulatedRadio *radio, const DaemonTools &tools, QObject *parent = nullptr);
+    ~WifiDaemon() override;
+
+protected:
+    Task read(const ZopChangeset &changes) override;
+    bool publish(QString *error) override;
+
+private:
+    Q_DISABLE_COPY(WifiDaemon)
+    void onStatusChanged(const ZopChangeset &changes);
+
+    SimulatedRadio *m_radio;
+};
+
+} // namespace morvek
+
+#endif
