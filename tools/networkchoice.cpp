@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "networkchoice.h"
 
-#include "wificommand.h"
-#include "wifitext.h"
+#include "accesspointtext.h"
 
 #include <algorithm>
 
@@ -44,12 +43,11 @@ NetworkChoice refuseUnknown(const QList<WifiAccessPoint> &accessPoints, const QS
 
 NetworkChoice chooseNetwork(const QList<WifiAccessPoint> &accessPoints, const QString &ssid, bool withPasskey)
 {
-    const QList<WifiAccessPoint> sorted = sortedBySignal(accessPoints);
     QList<WifiAccessPoint> named;
-    std::copy_if(sorted.begin(), sorted.end(), std::back_inserter(named),
+    std::copy_if(accessPoints.begin(), accessPoints.end(), std::back_inserter(named),
                  [&](const WifiAccessPoint &accessPoint) { return accessPoint.ssid() == ssid; });
     if (named.isEmpty())
-        return refuseUnknown(sorted, ssid);
+        return refuseUnknown(accessPoints, ssid);
 
     const auto canBeJoined = [&](const WifiAccessPoint &accessPoint) {
         return takesPasskey(accessPoint) || (isOpen(accessPoint) && !withPasskey);

@@ -19,8 +19,8 @@ struct NetworkChoice
 };
 
 /*!
- * The strongest access point of \a ssid that can be joined. With \a withPasskey open ones are left out: a passkey is
- * given for a network that is protected, and whoever plays it without protection must not get its traffic.
+ * The first one of \a ssid among \a accessPoints that can be joined. With \a withPasskey open ones are left out: a
+ * passkey is given for a network that is protected, and whoever plays it without protection must not get its traffic.
  */
 NetworkChoice chooseNetwork(const QList<WifiAccessPoint> &accessPoints, const QString &ssid, bool withPasskey);
 

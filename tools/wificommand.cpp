@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wificommand.h"
 
+#include "accesspointtext.h"
 #include "output.h"
 #include "texts.h"
-#include "wifitext.h"
-
-#include <algorithm>
-#include <climits>
-#include <tuple>
 
 namespace morvek {
 
@@ -50,19 +46,6 @@ void WifiCommand::fail(const QString &sentence, ExitCode code)
 QString silenceReason()
 {
     return QStringLiteral("; the Wi-Fi daemon may have refused, or does not answer");
-}
-
-QList<WifiAccessPoint> sortedBySignal(QList<WifiAccessPoint> accessPoints)
-{
-    // A level that is not known is 0, which would be the strongest.
-    const auto level = [](const WifiAccessPoint &accessPoint) {
-        return accessPoint.rssi() == 0 ? INT_MIN : accessPoint.rssi();
-    };
-    std::stable_sort(accessPoints.begin(), accessPoints.end(), [&](const WifiAccessPoint &a, const WifiAccessPoint &b) {
-        return std::make_tuple(-qint64(level(a)), a.ssid(), a.bssid())
-            < std::make_tuple(-qint64(level(b)), b.ssid(), b.bssid());
-    });
-    return accessPoints;
 }
 
 } // namespace morvek

@@ -26,14 +26,8 @@ protected:
     void fail(const QString &sentence, ExitCode code = Failed);
 };
 
-/*! How long a scan may take, in milliseconds. */
-constexpr int ScanTime = 15000;
-
 /*! What is said when something that was asked for does not happen, after what has not. */
 QString silenceReason();
-
-/*! \a accessPoints with the strongest first. */
-QList<WifiAccessPoint> sortedBySignal(QList<WifiAccessPoint> accessPoints);
 
 } // namespace morvek
 

@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wificonnectcommand.h"
 
+#include "accesspointtext.h"
 #include "networkchoice.h"
 #include "output.h"
 #include "passkey.h"
 #include "passkeyprompt.h"
+#include "scanningcommand.h"
 #include "terminationsignals.h"
 #include "texts.h"
-#include "wificommand.h"
-#include "wifitext.h"
 
 #include <asyncwificonnectoperation.h>
-#include <asyncwifiscanoperation.h>
 #include <wificonnectionconfig.h>
 
 namespace morvek {
@@ -39,12 +38,12 @@ WifiConnectionConfig configurationFor(const WifiAccessPoint &accessPoint, const 
     return config;
 }
 
-class ConnectCommand : public WifiCommand
+class ConnectCommand : public ScanningCommand
 {
 public:
     /*! Asks for a passkey when one is needed and \a passkey is empty. */
     ConnectCommand(const CommandLine &line, const QString &passkey)
-        : WifiCommand(line),
+        : ScanningCommand(line),
           m_ssid(line.words.first()),
           m_withPasskey(line.has(passkeyOption())),
           m_passkey(passkey)
@@ -54,31 +53,11 @@ public:
     }
 
 protected:
-    void run() override
-    {
-        if (!needRadio())
-            return;
-        tellStep(QStringLiteral("looking for %1").arg(quoted(m_ssid)));
-        setOverdue(QStringLiteral("no scan results have come") + silenceReason());
-        setDeadline(ScanTime);
-        m_scan.reset(service()->scan());
-        connect(m_scan.get(), &AsyncWifiScanOperation::success, this, &ConnectCommand::onFound);
-        connect(m_scan.get(), &AsyncWifiScanOperation::failure, this, [this] { fail(m_scan->error().message()); });
-    }
+    void onScanStarted() override { tellStep(QStringLiteral("looking for %1").arg(quoted(m_ssid))); }
 
-    void withdraw() override
+    void onScanned(const QList<WifiAccessPoint> &accessPoints) override
     {
-        m_prompt.reset();
-        // Otherwise the daemon would go on trying, and join some time when nobody expects it any more.
-        if (m_join && !m_joinEnded)
-            service()->disconnectAccessPoint();
-        m_joinEnded = true;
-    }
-
-private:
-    void onFound()
-    {
-        const NetworkChoice choice = chooseNetwork(m_scan->results(), m_ssid, m_withPasskey);
+        const NetworkChoice choice = chooseNetwork(accessPoints, m_ssid, m_withPasskey);
         if (!choice.complaint.isEmpty()) {
             fail(choice.complaint, choice.code);
             return;
@@ -94,30 +73,46 @@ private:
                  WrongUsage);
     }
 
+    void withdraw() override
+    {
+        ScanningCommand::withdraw();
+        m_prompt.reset();
+        // Otherwise the daemon would go on trying, and join some time when nobody expects it any more.
+        if (m_join && !m_joinEnded)
+            service()->disconnectAccessPoint();
+        m_joinEnded = true;
+    }
+
+private:
     void askForPasskey()
     {
         setOverdue(QStringLiteral("no passkey was typed"));
         setDeadline(-1);
         m_prompt = std::make_unique<PasskeyPrompt>(QStringLiteral("Passkey of %1: ").arg(quoted(m_ssid)));
-        connect(m_prompt.get(), &PasskeyPrompt::typed, this, [this](const QString &passkey) {
-            m_passkey = passkey;
-            if (passkey.isEmpty())
-                notJoined(QStringLiteral(": no passkey was typed"));
-            else
-                join();
-        });
+        // Queued, as the answer may be the end of the prompt.
+        connect(m_prompt.get(), &PasskeyPrompt::typed, this, &ConnectCommand::onTyped, Qt::QueuedConnection);
+    }
+
+    void onTyped(const QString &passkey)
+    {
+        m_passkey = passkey;
+        if (passkey.isEmpty())
+            notJoined(QStringLiteral(": no passkey was typed"));
+        else
+            join();
     }
 
     void join()
     {
-        tellStep(QStringLiteral("joining %1 (%2), strongest by %3 %4")
-                     .arg(quoted(m_ssid), securityName(m_accessPoint), m_accessPoint.bssid(), signalText(m_accessPoint))
-                     .trimmed());
+        const QString signal = signalText(m_accessPoint);
+        tellStep(QStringLiteral("joining %1 (%2), strongest by %3")
+                     .arg(quoted(m_ssid), securityName(m_accessPoint), m_accessPoint.bssid())
+                 + (signal.isEmpty() ? QString() : QStringLiteral(" with ") + signal));
         setOverdue(QStringLiteral("%1 has not been joined, and is not tried any longer; it may be out of range now")
                        .arg(quoted(m_ssid)));
         setDeadline(JoinTime);
         m_join.reset(service()->connectAccessPoint(configurationFor(m_accessPoint, m_passkey)));
-        m_passkey.fill(QChar());
+        m_passkey.fill(QChar()); // nobody needs it here any more
         connect(m_join.get(), &AsyncWifiConnectOperation::success, this, &ConnectCommand::onJoined);
         connect(m_join.get(), &AsyncWifiConnectOperation::failure, this, &ConnectCommand::onRefused);
     }
@@ -164,7 +159,6 @@ private:
     const bool m_withPasskey;
     QString m_passkey;
     WifiAccessPoint m_accessPoint;
-    std::unique_ptr<AsyncWifiScanOperation> m_scan;
     std::unique_ptr<PasskeyPrompt> m_prompt;
     std::unique_ptr<AsyncWifiConnectOperation> m_join;
     bool m_joinEnded = false;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wifimonitorcommand.h"
 
+#include "accesspointtext.h"
 #include "monitor.h"
 #include "wificommand.h"
-#include "wifitext.h"
 
 namespace morvek {
 

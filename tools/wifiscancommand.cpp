@@ -1,19 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wifiscancommand.h"
 
+#include "accesspointtext.h"
 #include "output.h"
 #include "progress.h"
+#include "scanningcommand.h"
 #include "texts.h"
-#include "wificommand.h"
-#include "wifitext.h"
-
-#include <asyncwifiscanoperation.h>
-
-#include <QtCore/QJsonArray>
 
 namespace morvek {
 
 namespace {
+
+void writeJson(const QList<WifiAccessPoint> &accessPoints)
+{
+    QJsonArray array;
+    for (const WifiAccessPoint &accessPoint : accessPoints)
+        array.append(toJson(accessPoint));
+    writeLine(jsonLine(array));
+}
 
 void writeList(const QList<WifiAccessPoint> &accessPoints)
 {
@@ -29,45 +33,35 @@ void writeList(const QList<WifiAccessPoint> &accessPoints)
     writeTable(rows);
 }
 
-class ScanCommand : public WifiCommand
+class ScanCommand : public ScanningCommand
 {
 public:
-    using WifiCommand::WifiCommand;
+    using ScanningCommand::ScanningCommand;
 
 protected:
-    void run() override
+    void onScanStarted() override
     {
-        if (!needRadio())
-            return;
-        setOverdue(QStringLiteral("no scan results have come") + silenceReason());
-        setDeadline(ScanTime);
-        m_operation.reset(service()->scan());
-        connect(m_operation.get(), &AsyncWifiScanOperation::success, this, &ScanCommand::onSuccess);
-        connect(m_operation.get(), &AsyncWifiScanOperation::failure, this,
-                [this] { fail(m_operation->error().message()); });
         if (!json())
             m_progress = std::make_unique<Progress>(QStringLiteral("Scanning"));
     }
 
-    void withdraw() override { m_progress.reset(); }
-
-private:
-    void onSuccess()
+    void onScanned(const QList<WifiAccessPoint> &accessPoints) override
     {
         m_progress.reset();
-        const QList<WifiAccessPoint> accessPoints = sortedBySignal(m_operation->results());
-        if (json()) {
-            QJsonArray array;
-            for (const WifiAccessPoint &accessPoint : accessPoints)
-                array.append(toJson(accessPoint));
-            writeLine(jsonLine(array));
-        } else {
+        if (json())
+            writeJson(accessPoints);
+        else
             writeList(accessPoints);
-        }
         finish(Done);
     }
 
-    std::unique_ptr<AsyncWifiScanOperation> m_operation;
+    void withdraw() override
+    {
+        m_progress.reset();
+        ScanningCommand::withdraw();
+    }
+
+private:
     std::unique_ptr<Progress> m_progress;
 };
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wifistatecommands.h"
 
+#include "accesspointtext.h"
 #include "output.h"
 #include "texts.h"
 #include "wificommand.h"
-#include "wifitext.h"
 
 namespace morvek {
 

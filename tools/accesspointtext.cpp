@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "wifitext.h"
+#include "accesspointtext.h"
 
 #include "texts.h"
 

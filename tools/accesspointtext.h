@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef MORVEK_WIFITEXT_H
-#define MORVEK_WIFITEXT_H
+#ifndef MORVEK_ACCESSPOINTTEXT_H
+#define MORVEK_ACCESSPOINTTEXT_H
 
 #include <wifiaccesspoint.h>
 
