@@ -26,7 +26,7 @@ QString nameWithoutWps(const WifiAccessPoint &accessPoint)
 {
     if (isOpen(accessPoint))
         return QStringLiteral("open");
-    const QString names = protocolNames(accessPoint.securityProtocols());
+    QString names = protocolNames(accessPoint.securityProtocols());
     const bool enterprise = accessPoint.keyManagementTypes().testFlag(WifiKeyManagementEap);
     if (takesPasskey(accessPoint))
         return enterprise ? names + QStringLiteral(" + Enterprise") : names;

@@ -551,12 +551,12 @@ void TestMorvekctlWifi::waitsForDaemonThatDied()
     QCOMPARE(inVain.code, 4);
 
     Tool tool(m_root->path());
-    tool.start({QStringLiteral("wifi"), QStringLiteral("scan"), QStringLiteral("--wait")});
+    tool.start({QStringLiteral("wifi"), QStringLiteral("off"), QStringLiteral("--wait")});
     QVERIFY(QTest::qWaitFor([&tool] { return tool.errors().contains(QLatin1String("WifiProviderZop")); }, 60000));
     m_daemon = std::make_unique<Daemon>(m_root->path());
     QVERIFY(m_daemon->publish(QStringLiteral("wifi-refused"), {QStringLiteral("--speed=100")}));
     // What the library says is told again once the service is there.
-    QVERIFY(QTest::qWaitFor([&tool] { return tool.errors().contains(QLatin1String("msg: scan")); }, 60000));
+    QVERIFY(QTest::qWaitFor([&tool] { return tool.errors().contains(QLatin1String("msg: wifi_power")); }, 60000));
 }
 
 void TestMorvekctlWifi::waitsInVain()
