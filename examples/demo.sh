@@ -112,10 +112,29 @@ tell "It comes back; the application that follows the changes has outlived it."
 start_daemon
 try morvekctl configure eth0 manual --address 10.20.0.77 --netmask 255.255.0.0 --gateway 10.20.0.1 --applied
 sleep 1
-show_command kill "$monitor" "$daemon"
+show_command kill "$monitor"
 kill "$monitor"
 tail --pid="$monitor" -f /dev/null
 monitor=
+
+tell "The Wi-Fi station is at home. A scan tells what else is in range, and how it is protected."
+try morvekctl wifi status
+try morvekctl wifi scan
+
+tell "A passkey comes from a file or is typed unseen, never from an argument. This one is wrong."
+printf 'open sesame 24\n' >"$work/wrong.key"
+try morvekctl wifi connect Garage --passkey-file "$work/wrong.key"
+
+tell "With the right one the station joins the network, and its interface gets an address there."
+printf 'open sesame 42\n' >"$work/garage.key"
+try morvekctl wifi connect Garage --passkey-file "$work/garage.key"
+sleep 2
+try morvekctl interfaces
+
+tell "It leaves the network again."
+try morvekctl wifi disconnect
+try morvekctl wifi status --json
+show_command kill "$daemon"
 stop_daemon TERM
 
 tell "The same list for the interfaces of this machine itself, which are not touched."

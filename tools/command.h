@@ -31,8 +31,9 @@ private:
 /*! A word that follows a command. */
 struct Word
 {
-    QString name;                //!< as the help calls it
-    QStringList (*candidates)(); //!< what a shell may complete it to
+    QString name; //!< as the help calls it
+    /*! What a shell may complete it to, when \a before are the words between the command and it. */
+    QStringList (*candidates)(const QStringList &before);
 };
 
 struct Option
@@ -51,7 +52,7 @@ struct Usage
 /*! A command: what the command line, the help and the shell's completion know of it, and how it is made. */
 struct CommandInfo
 {
-    QString name;
+    QString name; //!< of a group's member: the group's name, a blank, its own
     std::vector<Word> words;
     int optionalWords; //!< how many of the words, from the last one back, may be left out
     std::vector<Option> options;

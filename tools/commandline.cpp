@@ -96,15 +96,16 @@ bool parseCommandLine(const QStringList &arguments, CommandLine *line, QString *
         } else if (line->command) {
             line->words.append(argument);
         } else {
-            line->command = findCommand(argument);
-            if (!line->command)
-                return fail(error, noSuchCommand(argument));
+            line->name = longerName(line->name, argument);
+            line->command = findCommand(line->name);
+            if (!line->command && (argument.isEmpty() || nextWords(line->name).isEmpty()))
+                return fail(error, noSuchCommand(line->name));
         }
     }
     if (line->has(helpOption().name) || line->has(versionOption().name))
         return true;
     if (!line->command)
-        return fail(error, QStringLiteral("a command is missing: see 'morvekctl --help'"));
+        return fail(error, QStringLiteral("a command is missing: see %1").arg(helpFor(line->name)));
     return checkOptions(*line, error) && checkWords(*line, error) && readTimeout(line, error);
 }
 

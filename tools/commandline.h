@@ -12,7 +12,8 @@ struct CommandInfo;
 /*! What was typed, sorted but not yet understood. */
 struct CommandLine
 {
-    const CommandInfo *command = nullptr; //!< null when only options were given
+    QString name;                         //!< of a command, or the beginning of one
+    const CommandInfo *command = nullptr; //!< null when the name is not complete
     QStringList words;                    //!< those that follow the command
     QMap<QString, QString> options;       //!< by name, without dashes; those without a value hold an empty text
     int timeout = -1;                     //!< in milliseconds, -1 for none

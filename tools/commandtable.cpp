@@ -5,6 +5,10 @@
 #include "helpcommand.h"
 #include "listcommands.h"
 #include "monitorcommand.h"
+#include "wificonnectcommand.h"
+#include "wifimonitorcommand.h"
+#include "wifiscancommand.h"
+#include "wifistatecommands.h"
 
 #include <algorithm>
 
@@ -24,7 +28,9 @@ auto findByName(const Table &table, const QString &name) -> decltype(table.data(
 const std::vector<CommandInfo> &commands()
 {
     static const std::vector<CommandInfo> table {
-        interfacesCommand(), showCommand(), preferredCommand(), configureCommand(), monitorCommand(), helpCommand(),
+        interfacesCommand(),     showCommand(),        preferredCommand(), configureCommand(), monitorCommand(),
+        wifiStatusCommand(),     wifiOnCommand(),      wifiOffCommand(),   wifiScanCommand(),  wifiConnectCommand(),
+        wifiDisconnectCommand(), wifiMonitorCommand(), helpCommand(),
     };
     return table;
 }
@@ -34,9 +40,33 @@ const CommandInfo *findCommand(const QString &name)
     return findByName(commands(), name);
 }
 
+QString longerName(const QString &name, const QString &word)
+{
+    return name.isEmpty() ? word : name + QLatin1Char(' ') + word;
+}
+
+QStringList nextWords(const QString &name)
+{
+    const QString beginning = longerName(name, QString());
+    QStringList words;
+    for (const CommandInfo &command : commands()) {
+        if (command.name.startsWith(beginning))
+            words += command.name.mid(beginning.size()).section(QLatin1Char(' '), 0, 0);
+    }
+    words.removeDuplicates();
+    return words;
+}
+
 QString noSuchCommand(const QString &name)
 {
-    return QStringLiteral("there is no command \"%1\": see 'morvekctl --help'").arg(name);
+    const QString group = name.section(QLatin1Char(' '), 0, -2);
+    return QStringLiteral("there is no command \"%1\": see %2")
+        .arg(name, helpFor(nextWords(group).isEmpty() ? QString() : group));
+}
+
+QString helpFor(const QString &name)
+{
+    return name.isEmpty() ? QStringLiteral("'morvekctl --help'") : QStringLiteral("'morvekctl help %1'").arg(name);
 }
 
 const Option *findOption(const QString &name)

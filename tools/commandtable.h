@@ -10,8 +10,14 @@ namespace morvek {
 const std::vector<CommandInfo> &commands();
 /*! Null when there is none of that name. */
 const CommandInfo *findCommand(const QString &name);
-/*! What is said when findCommand() finds none. */
+/*! \a name, which may be empty, with \a word added. */
+QString longerName(const QString &name, const QString &word);
+/*! The words that lead on from \a name, which is empty or a group's; none when it is neither. */
+QStringList nextWords(const QString &name);
+/*! What is said when \a name is neither a command's nor a group's. */
 QString noSuchCommand(const QString &name);
+/*! How to ask for the help of \a name, a command's or a group's; of the program when it is empty. */
+QString helpFor(const QString &name);
 /*! The option of that name of any command; it means the same wherever it is taken. Null when there is none. */
 const Option *findOption(const QString &name);
 

@@ -7,28 +7,26 @@ namespace morvek {
 
 namespace {
 
-QStringList optionNames(const CommandInfo *command, const QStringList &given)
+QStringList optionNames(const CommandLine &line, const QStringList &given)
 {
     QStringList names {QStringLiteral("--") + helpOption().name};
-    if (!command)
-        return names << QStringLiteral("--") + versionOption().name;
-    for (const Option &option : command->options)
-        names += QStringLiteral("--") + option.name;
+    if (line.name.isEmpty())
+        names += QStringLiteral("--") + versionOption().name;
+    if (line.command) {
+        for (const Option &option : line.command->options)
+            names += QStringLiteral("--") + option.name;
+    }
     for (const QString &option : given)
         names.removeAll(option);
     return names;
 }
 
-QStringList candidates(const CommandInfo *command, int position, const QStringList &given)
+QStringList candidates(const CommandLine &line, const QStringList &given)
 {
-    QStringList names;
-    if (!command) {
-        for (const CommandInfo &known : commands())
-            names += known.name;
-    } else if (position < int(command->words.size())) {
-        return command->words[size_t(position)].candidates();
-    }
-    return names + optionNames(command, given);
+    const size_t position = size_t(line.words.size());
+    if (line.command && position < line.command->words.size())
+        return line.command->words[position].candidates(line.words);
+    return (line.command ? QStringList() : nextWords(line.name)) + optionNames(line, given);
 }
 
 } // namespace
@@ -37,8 +35,7 @@ QStringList completions(const QStringList &words)
 {
     if (words.isEmpty())
         return completions({QString()});
-    const CommandInfo *command = nullptr;
-    int position = 0;
+    CommandLine line;
     QStringList given;
     for (int i = 0; i + 1 < words.size(); ++i) {
         const QString &word = words[i];
@@ -47,15 +44,18 @@ QStringList completions(const QStringList &words)
             const Option *option = findOption(word.mid(2));
             if (option && !option->value.isEmpty() && ++i + 1 == words.size())
                 return {}; // the value of an option
-        } else if (command) {
-            ++position;
-        } else if (!(command = findCommand(word))) {
-            return {};
+        } else if (line.command) {
+            line.words += word;
+        } else {
+            line.name = longerName(line.name, word);
+            line.command = findCommand(line.name);
+            if (!line.command && nextWords(line.name).isEmpty())
+                return {};
         }
     }
     const QString &typed = words.last();
     const bool isOption = typed.startsWith(QLatin1Char('-'));
-    const QStringList all = isOption ? optionNames(command, given) : candidates(command, position, given);
+    const QStringList all = isOption ? optionNames(line, given) : candidates(line, given);
     QStringList fitting;
     for (const QString &candidate : all) {
         if (candidate.startsWith(typed))

@@ -8,7 +8,6 @@
 #include "output.h"
 
 #include <asyncnetworkinterfaceoperation.h>
-#include <networkinterfaceservice.h>
 
 #include <algorithm>
 
@@ -91,7 +90,7 @@ private:
     std::unique_ptr<AsyncNetworkInterfaceOperation> m_operation;
 };
 
-QStringList modes()
+QStringList modes(const QStringList & = {})
 {
     return {QStringLiteral("auto"), QStringLiteral("manual")};
 }
@@ -144,13 +143,11 @@ CommandInfo configureCommand()
     options.push_back({QStringLiteral("applied"),
                        {},
                        QStringLiteral("return only when the interface is connected and reports the new addresses")});
-    const std::vector<Option> common = interfaceOptions();
-    options.insert(options.end(), common.begin(), common.end());
     return {
         QStringLiteral("configure"),
         {interfaceWord(), {QStringLiteral("auto|manual"), modes}},
         0,
-        options,
+        withServiceOptions(options),
         {{QStringLiteral("NAME auto"), QStringLiteral("let the interface obtain its addresses by DHCP")},
          {QStringLiteral("NAME manual --address A --netmask M|--prefix N --gateway G"),
           QStringLiteral("give it these addresses")}},

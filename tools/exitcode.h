@@ -11,7 +11,7 @@ enum ExitCode {
     WrongUsage = 2,
     NotReady = 3,
     TimedOut = 4,
-    UnknownInterface = 5,
+    NotFound = 5,
 };
 
 } // namespace morvek

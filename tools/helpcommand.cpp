@@ -3,6 +3,7 @@
 
 #include "commandtable.h"
 #include "output.h"
+#include "servicecommand.h"
 
 #include <QtCore/QTextStream>
 
@@ -34,12 +35,23 @@ Entries optionEntries(const std::vector<Option> &options)
     return entries;
 }
 
-Entries usageEntries()
+/*! Those of the commands whose names begin with \a beginning. */
+std::vector<const CommandInfo *> commandsOf(const QString &beginning)
+{
+    std::vector<const CommandInfo *> found;
+    for (const CommandInfo &command : commands()) {
+        if (command.name.startsWith(beginning))
+            found.push_back(&command);
+    }
+    return found;
+}
+
+Entries usageEntries(const QString &beginning)
 {
     Entries entries;
-    for (const CommandInfo &command : commands()) {
-        for (const Usage &usage : command.usages)
-            entries.emplace_back(QStringLiteral("%1 %2").arg(command.name, usage.arguments).trimmed(), usage.help);
+    for (const CommandInfo *command : commandsOf(beginning)) {
+        for (const Usage &usage : command->usages)
+            entries.emplace_back(QStringLiteral("%1 %2").arg(command->name, usage.arguments).trimmed(), usage.help);
     }
     return entries;
 }
@@ -53,10 +65,19 @@ Entries exitCodeEntries()
         entry(Done, QStringLiteral("done")),
         entry(Failed, QStringLiteral("the operation failed: its code and message are on standard error")),
         entry(WrongUsage, QStringLiteral("the command line makes no sense")),
-        entry(NotReady, QStringLiteral("the networking daemon is not there")),
-        entry(TimedOut, QStringLiteral("the time of --timeout is up")),
-        entry(UnknownInterface, QStringLiteral("there is no interface of that name")),
+        entry(NotReady, QStringLiteral("the daemon is not there")),
+        entry(TimedOut, QStringLiteral("the time is up: that of --timeout, or the command's own")),
+        entry(NotFound, QStringLiteral("there is no interface or network of that name")),
     };
+}
+
+void writeExamples(QTextStream &stream, const QString &beginning)
+{
+    stream << "\nExamples:\n";
+    for (const CommandInfo *command : commandsOf(beginning)) {
+        for (const QString &example : command->examples)
+            stream << "  " << example << '\n';
+    }
 }
 
 QString programHelp()
@@ -64,23 +85,31 @@ QString programHelp()
     QString text;
     QTextStream stream(&text);
     stream << "Usage: morvekctl COMMAND [ARGUMENT]... [OPTION]...\n\n"
-              "Shows and changes the network interfaces of this unit.\n\nCommands:\n";
-    writeEntries(stream, usageEntries());
+              "Shows and changes the network interfaces and the Wi-Fi station of this unit.\n\nCommands:\n";
+    writeEntries(stream, usageEntries(QString()));
     stream << "\nOptions of most commands ('morvekctl help COMMAND' tells all):\n";
-    writeEntries(stream, optionEntries(commands().front().options));
+    writeEntries(stream, optionEntries(serviceOptions()));
     writeEntries(stream, optionEntries({helpOption(), versionOption()}));
     stream << "\nExit codes:\n";
     writeEntries(stream, exitCodeEntries());
-    stream << "\nExamples:\n";
-    for (const CommandInfo &command : commands()) {
-        for (const QString &example : command.examples)
-            stream << "  " << example << '\n';
-    }
+    writeExamples(stream, QString());
     stream << "\nEnvironment:\n";
     writeEntries(stream,
                  {{QStringLiteral("ZOP_ROOT"), QStringLiteral("root of the daemons' objects")},
                   {QStringLiteral("KREL_VERBOSITY"),
                    QStringLiteral("what the library logs on standard error: 0 (nothing) to 7")}});
+    stream.flush();
+    return text;
+}
+
+QString groupHelp(const QString &name)
+{
+    QString text;
+    QTextStream stream(&text);
+    stream << "Usage: morvekctl " << name << " COMMAND [ARGUMENT]... [OPTION]...\n\nCommands:\n";
+    writeEntries(stream, usageEntries(longerName(name, QString())));
+    stream << "\nOptions: 'morvekctl help " << name << " COMMAND' tells them.\n";
+    writeExamples(stream, longerName(name, QString()));
     stream.flush();
     return text;
 }
@@ -108,37 +137,32 @@ QString commandHelp(const CommandInfo &command)
 class HelpCommand : public Command
 {
 public:
-    explicit HelpCommand(const CommandInfo *command)
-        : m_command(command)
+    explicit HelpCommand(const QString &name)
+        : m_name(name)
     {
     }
 
     void start() override
     {
-        writeText(helpText(m_command));
+        writeText(helpText(m_name));
         Q_EMIT finished(Done);
     }
 
 private:
-    const CommandInfo *const m_command;
+    const QString m_name;
 };
 
-QStringList commandNames()
+QStringList nextWordsAfter(const QStringList &before)
 {
-    QStringList names;
-    for (const CommandInfo &command : commands())
-        names += command.name;
-    return names;
+    return nextWords(before.join(QLatin1Char(' ')));
 }
 
 std::unique_ptr<Command> create(const CommandLine &line, QString *error)
 {
-    if (line.words.isEmpty())
-        return std::make_unique<HelpCommand>(nullptr);
-    const CommandInfo *command = findCommand(line.words.first());
-    if (command)
-        return std::make_unique<HelpCommand>(command);
-    *error = noSuchCommand(line.words.first());
+    const QString name = line.words.join(QLatin1Char(' '));
+    if (findCommand(name) || !nextWords(name).isEmpty())
+        return std::make_unique<HelpCommand>(name);
+    *error = noSuchCommand(name);
     return nullptr;
 }
 
@@ -147,18 +171,21 @@ std::unique_ptr<Command> create(const CommandLine &line, QString *error)
 CommandInfo helpCommand()
 {
     return {QStringLiteral("help"),
-            {{QStringLiteral("COMMAND"), commandNames}},
-            1,
+            {{QStringLiteral("COMMAND"), nextWordsAfter}, {QStringLiteral("COMMAND"), nextWordsAfter}},
+            2,
             {},
             {{QStringLiteral("[COMMAND]"), QStringLiteral("tell how morvekctl, or one command, is used")}},
             {},
-            {QStringLiteral("morvekctl help configure")},
+            {QStringLiteral("morvekctl help configure"), QStringLiteral("morvekctl help wifi connect")},
             create};
 }
 
-QString helpText(const CommandInfo *command)
+QString helpText(const QString &name)
 {
-    return command ? commandHelp(*command) : programHelp();
+    if (name.isEmpty())
+        return programHelp();
+    const CommandInfo *command = findCommand(name);
+    return command ? commandHelp(*command) : groupHelp(name);
 }
 
 } // namespace morvek

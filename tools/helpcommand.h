@@ -8,8 +8,8 @@ namespace morvek {
 
 CommandInfo helpCommand();
 
-/*! The help of \a command; that of the whole program when it is null. */
-QString helpText(const CommandInfo *command);
+/*! The help of \a name, a command's or a group's; that of the whole program when it is empty. */
+QString helpText(const QString &name);
 
 } // namespace morvek
 

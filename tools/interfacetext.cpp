@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "interfacetext.h"
 
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
+#include "texts.h"
 
 namespace morvek {
 
@@ -16,11 +15,6 @@ QString addressText(const QNetworkAddressEntry &address)
     if (!address.netmask().isNull())
         return QStringLiteral("%1/%2").arg(address.ip().toString(), address.netmask().toString());
     return address.ip().toString();
-}
-
-QJsonValue textOrNull(const QString &text)
-{
-    return text.isEmpty() ? QJsonValue() : QJsonValue(text);
 }
 
 QJsonObject toJson(const QNetworkAddressEntry &address)
@@ -51,11 +45,6 @@ QJsonObject toJson(const NetworkInterfaceConfig &config)
 }
 
 } // namespace
-
-QString word(bool value)
-{
-    return value ? QStringLiteral("yes") : QStringLiteral("no");
-}
 
 QString typeName(NetworkInterface::InterfaceType type)
 {
@@ -106,7 +95,6 @@ QString gatewayText(const NetworkInterfaceConfig &config)
 QJsonObject toJson(const NetworkInterface &networkInterface)
 {
     const int priority = networkInterface.priority();
-    const int mtu = networkInterface.maxTransmissionUnit();
     return {
         {QStringLiteral("name"), networkInterface.name()},
         {QStringLiteral("type"), typeName(networkInterface.type())},
@@ -114,16 +102,11 @@ QJsonObject toJson(const NetworkInterface &networkInterface)
         {QStringLiteral("connected"), networkInterface.connected()},
         {QStringLiteral("priority"), priority < 0 ? QJsonValue() : QJsonValue(priority)},
         {QStringLiteral("mac"), textOrNull(networkInterface.macAddress())},
-        {QStringLiteral("mtu"), mtu == 0 ? QJsonValue() : QJsonValue(mtu)},
+        {QStringLiteral("mtu"), numberOrNull(networkInterface.maxTransmissionUnit())},
         {QStringLiteral("virtual"), networkInterface.isVirtual()},
         {QStringLiteral("parent"), textOrNull(networkInterface.parent().name())},
         {QStringLiteral("configuration"), toJson(networkInterface.configuration())},
     };
-}
-
-QString jsonLine(const QJsonObject &object)
-{
-    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 
 } // namespace morvek

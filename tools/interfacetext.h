@@ -5,12 +5,9 @@
 #include <networkinterface.h>
 
 #include <QtCore/QJsonObject>
-#include <QtCore/QStringList>
 
 namespace morvek {
 
-/*! "yes" or "no". */
-QString word(bool value);
 /*! "wired", "wifi" and so on. */
 QString typeName(NetworkInterface::InterfaceType type);
 /*! "auto" or "manual". */
@@ -22,7 +19,6 @@ QString gatewayText(const NetworkInterfaceConfig &config);
 
 /*! Everything known of \a networkInterface; what is not known is null. */
 QJsonObject toJson(const NetworkInterface &networkInterface);
-QString jsonLine(const QJsonObject &object);
 
 } // namespace morvek
 

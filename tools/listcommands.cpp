@@ -4,11 +4,7 @@
 #include "interfacecommand.h"
 #include "interfacetext.h"
 #include "output.h"
-
-#include <networkinterfaceservice.h>
-
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
+#include "texts.h"
 
 namespace morvek {
 
@@ -36,7 +32,7 @@ void writeJson(const QList<NetworkInterface> &interfaces, const NetworkInterface
     QJsonArray array;
     for (const NetworkInterface &networkInterface : interfaces)
         array.append(toJson(networkInterface, preferred));
-    writeLine(QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact)));
+    writeLine(jsonLine(array));
 }
 
 void writeList(const QList<NetworkInterface> &interfaces, const NetworkInterface &preferred)
@@ -111,12 +107,6 @@ protected:
     }
 };
 
-template<typename Made>
-std::unique_ptr<Command> create(const CommandLine &line, QString *)
-{
-    return std::make_unique<Made>(line);
-}
-
 } // namespace
 
 void writeInterface(const NetworkInterface &networkInterface, const NetworkInterface &preferred, bool json)
@@ -150,13 +140,13 @@ CommandInfo interfacesCommand()
         QStringLiteral("interfaces"),
         {},
         0,
-        interfaceOptions(),
+        serviceOptions(),
         {{QString(), QStringLiteral("list the network interfaces")}},
         QStringLiteral("PRIORITY is 1 for the most preferred interface; MODE is auto for addresses obtained by DHCP,\n"
                        "manual for those given by hand. What is not known is \"-\", in JSON null."),
         {QStringLiteral("morvekctl interfaces"),
          QStringLiteral("morvekctl interfaces --json | jq -r '.[] | select(.connected).name'")},
-        create<InterfacesCommand>};
+        createFrom<InterfacesCommand>};
 }
 
 CommandInfo showCommand()
@@ -164,11 +154,11 @@ CommandInfo showCommand()
     return {QStringLiteral("show"),
             {interfaceWord()},
             0,
-            interfaceOptions(),
+            serviceOptions(),
             {{QStringLiteral("NAME"), QStringLiteral("tell everything that is known of one interface")}},
             {},
             {QStringLiteral("morvekctl show eth0")},
-            create<ShowCommand>};
+            createFrom<ShowCommand>};
 }
 
 CommandInfo preferredCommand()
@@ -176,11 +166,11 @@ CommandInfo preferredCommand()
     return {QStringLiteral("preferred"),
             {},
             0,
-            interfaceOptions(),
+            serviceOptions(),
             {{QString(), QStringLiteral("tell which interface the unit prefers now")}},
             QStringLiteral("When there is none, this says so, in JSON by null, and succeeds."),
             {QStringLiteral("morvekctl preferred"), QStringLiteral("morvekctl preferred --json | jq -r .name")},
-            create<PreferredCommand>};
+            createFrom<PreferredCommand>};
 }
 
 } // namespace morvek

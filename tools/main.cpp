@@ -79,7 +79,7 @@ int main(int argc, char *argv[])
         return ended(Done);
     }
     if (line.has(helpOption().name)) {
-        writeText(helpText(line.command));
+        writeText(helpText(line.name));
         return ended(Done);
     }
     return runCommand(line);

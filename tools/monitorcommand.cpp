@@ -3,12 +3,7 @@
 
 #include "interfacecommand.h"
 #include "interfacetext.h"
-#include "output.h"
-#include "terminationsignals.h"
-
-#include <networkinterfaceservice.h>
-
-#include <QtCore/QDateTime>
+#include "monitor.h"
 
 namespace morvek {
 
@@ -20,74 +15,52 @@ const QString configurationEvent = QStringLiteral("configuration");
 const QString connectedEvent = QStringLiteral("connected");
 const QString disconnectedEvent = QStringLiteral("disconnected");
 
-class MonitorCommand : public InterfaceCommand
+class MonitorCommand : public Monitor<InterfaceCommand>
 {
 public:
-    /*! Ends after \a count signals of the service; never when that is 0. */
-    MonitorCommand(const CommandLine &line, int count)
-        : InterfaceCommand(line),
-          m_count(count)
-    {
-        connect(&m_signals, &TerminationSignals::received, this, [this] { finish(Done); });
-    }
+    using Monitor::Monitor;
 
 protected:
-    void run() override
+    void follow() override
     {
-        if (m_count > 0)
-            setOverdue(QStringLiteral("fewer changes than --count came"));
-        else
-            setOverdue(QString(), Done);
-
-        const auto follow = [this](void (NetworkInterfaceService::*signal)(const NetworkInterface &),
+        const auto tellOf = [this](void (NetworkInterfaceService::*signal)(const NetworkInterface &),
                                    const QString &event) {
-            connect(service(), signal, this,
-                    [this, event](const NetworkInterface &networkInterface) { onChange(event, networkInterface); });
+            connect(service(), signal, this, [this, event](const NetworkInterface &networkInterface) {
+                tellChange(toJson(event, networkInterface), text(event, networkInterface));
+            });
         };
-        follow(&NetworkInterfaceService::interfaceConfigurationChanged, configurationEvent);
-        follow(&NetworkInterfaceService::preferredInterfaceChanged, preferredEvent);
-        follow(&NetworkInterfaceService::interfaceConnected, connectedEvent);
-        follow(&NetworkInterfaceService::interfaceDisconnected, disconnectedEvent);
+        tellOf(&NetworkInterfaceService::interfaceConfigurationChanged, configurationEvent);
+        tellOf(&NetworkInterfaceService::preferredInterfaceChanged, preferredEvent);
+        tellOf(&NetworkInterfaceService::interfaceConnected, connectedEvent);
+        tellOf(&NetworkInterfaceService::interfaceDisconnected, disconnectedEvent);
 
         const QList<NetworkInterface> interfaces = service()->interfaces();
         for (const NetworkInterface &networkInterface : interfaces)
             m_nameWidth = std::max(m_nameWidth, printable(networkInterface.name()).size());
         for (const NetworkInterface &networkInterface : interfaces)
-            tell(presentEvent, networkInterface);
-        tell(preferredEvent, service()->preferredInterface());
+            tellPresent(presentEvent, networkInterface);
+        tellPresent(preferredEvent, service()->preferredInterface());
     }
 
 private:
-    void onChange(const QString &event, const NetworkInterface &networkInterface)
+    void tellPresent(const QString &event, const NetworkInterface &networkInterface)
     {
-        tell(event, networkInterface);
-        if (m_count > 0 && --m_count == 0)
-            finish(Done);
+        tell(toJson(event, networkInterface), text(event, networkInterface));
     }
 
-    void tell(const QString &event, const NetworkInterface &networkInterface)
-    {
-        const QDateTime now = QDateTime::currentDateTime();
-        writeLine(json() ? jsonLine(event, networkInterface, now) : textLine(event, networkInterface, now));
-        if (outputError() != 0)
-            finish(Failed);
-    }
-
-    static QString jsonLine(const QString &event, const NetworkInterface &networkInterface, const QDateTime &now)
+    static QJsonObject toJson(const QString &event, const NetworkInterface &networkInterface)
     {
         const bool none = networkInterface.isEmpty();
-        return morvek::jsonLine({
-            {QStringLiteral("time"), now.toUTC().toString(Qt::ISODateWithMs)},
+        return {
             {QStringLiteral("event"), event},
-            {QStringLiteral("interface"), none ? QJsonValue() : QJsonValue(toJson(networkInterface))},
-        });
+            {QStringLiteral("interface"), none ? QJsonValue() : QJsonValue(morvek::toJson(networkInterface))},
+        };
     }
 
-    QString textLine(const QString &event, const NetworkInterface &networkInterface, const QDateTime &now) const
+    QString text(const QString &event, const NetworkInterface &networkInterface) const
     {
         const QString name = networkInterface.isEmpty() ? QStringLiteral("-") : printable(networkInterface.name());
-        QStringList line {now.toString(QStringLiteral("HH:mm:ss.zzz")), padded(event, configurationEvent.size()),
-                          padded(name, m_nameWidth)};
+        QStringList line {padded(event, configurationEvent.size()), padded(name, m_nameWidth)};
         if (!networkInterface.isEmpty())
             line += stateText(networkInterface);
         return line.join(QLatin1String("  ")).trimmed();
@@ -106,39 +79,17 @@ private:
         return words.join(QLatin1String(", "));
     }
 
-    TerminationSignals m_signals;
-    int m_count;
     int m_nameWidth = 0;
 };
-
-std::unique_ptr<Command> create(const CommandLine &line, QString *error)
-{
-    int count = 0;
-    if (line.has(QStringLiteral("count"))) {
-        const QString text = line.options.value(QStringLiteral("count"));
-        count = text.toInt();
-        if (count < 1) {
-            *error = QStringLiteral("--count \"%1\" is no number of changes: give 1 or more").arg(text);
-            return nullptr;
-        }
-    }
-    return std::make_unique<MonitorCommand>(line, count);
-}
 
 } // namespace
 
 CommandInfo monitorCommand()
 {
-    std::vector<Option> options {
-        {QStringLiteral("count"), QStringLiteral("N"),
-         QStringLiteral("stop after N changes, the present state not counted")},
-    };
-    const std::vector<Option> common = interfaceOptions();
-    options.insert(options.end(), common.begin(), common.end());
     return {QStringLiteral("monitor"),
             {},
             0,
-            options,
+            monitorOptions(),
             {{QString(), QStringLiteral("tell each change as it comes, after the present state")}},
             QStringLiteral(
                 "Each line tells one event and the interface's state at that moment:\n"
@@ -149,7 +100,7 @@ CommandInfo monitorCommand()
                 "With --json each line is one object: \"time\" (UTC), \"event\", \"interface\". The command ends well\n"
                 "by SIGINT (Ctrl-C), SIGTERM, --count, or, without --count, --timeout."),
             {QStringLiteral("morvekctl monitor"), QStringLiteral("morvekctl monitor --json --count 1 --timeout 60")},
-            create};
+            createMonitor<MonitorCommand>};
 }
 
 } // namespace morvek

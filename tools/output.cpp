@@ -34,9 +34,8 @@ int displayWidth(const QString &text)
     return width;
 }
 
-bool writeTo(FILE *file, const QString &line)
+bool writeTo(FILE *file, const QByteArray &bytes)
 {
-    const QByteArray bytes = printable(line).toUtf8() + '\n';
     const bool written = std::fwrite(bytes.constData(), 1, size_t(bytes.size()), file) == size_t(bytes.size());
     return std::fflush(file) == 0 && written;
 }
@@ -66,7 +65,7 @@ QString padded(const QString &text, int width)
 
 void writeLine(const QString &line)
 {
-    if (!writeTo(stdout, line) && firstError == 0)
+    if (!writeTo(stdout, printable(line).toUtf8() + '\n') && firstError == 0)
         firstError = errno;
 }
 
@@ -103,7 +102,22 @@ int outputError()
 
 void complain(const QString &sentence)
 {
-    writeTo(stderr, QLatin1String("morvekctl: ") + sentence);
+    writeTo(stderr, printable(QLatin1String("morvekctl: ") + sentence).toUtf8() + '\n');
+}
+
+void ask(const QString &question)
+{
+    writeTo(stderr, printable(question).toUtf8());
+}
+
+void endQuestion()
+{
+    writeTo(stderr, "\n");
+}
+
+void replaceNote(const QString &note)
+{
+    writeTo(stderr, "\r\x1b[K" + printable(note).toUtf8());
 }
 
 } // namespace morvek

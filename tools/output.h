@@ -28,6 +28,13 @@ int outputError();
 /*! Writes "morvekctl: " and \a sentence as one line to standard error. */
 void complain(const QString &sentence);
 
+/*! Writes \a question to standard error, for an answer on the same line. */
+void ask(const QString &question);
+/*! Ends the line of a question, the answer to which was not shown. */
+void endQuestion();
+/*! Writes \a note over the last one on the present line of standard error, which is a terminal. */
+void replaceNote(const QString &note);
+
 } // namespace morvek
 
 #endif

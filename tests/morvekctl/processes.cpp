@@ -27,7 +27,8 @@ int exitCode(const QProcess &process)
 
 } // namespace
 
-ToolResult runTool(const QString &root, const QStringList &arguments, const QStringList &variables)
+ToolResult runTool(const QString &root, const QStringList &arguments, const QStringList &variables,
+                   const QByteArray &input)
 {
     QProcessEnvironment environment = environmentFor(root);
     for (const QString &variable : variables)
@@ -35,6 +36,8 @@ ToolResult runTool(const QString &root, const QStringList &arguments, const QStr
     QProcess process;
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(MORVEKCTL), arguments);
+    process.write(input);
+    process.closeWriteChannel();
     if (!process.waitForFinished(Minute))
         return {};
     return {exitCode(process), QString::fromUtf8(process.readAllStandardOutput()),
@@ -73,6 +76,13 @@ QString LineProcess::nextLine()
             return QString();
     }
     return QString::fromUtf8(m_process.readLine()).chopped(1);
+}
+
+void LineProcess::feed(const QByteArray &bytes)
+{
+    m_process.write(bytes);
+    m_process.waitForBytesWritten(Minute);
+    m_process.closeWriteChannel();
 }
 
 void LineProcess::signal(int signal)

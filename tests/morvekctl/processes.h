@@ -15,8 +15,12 @@ struct ToolResult
     QString errors;
 };
 
-/*! Runs morvekctl on \a root with \a variables ("NAME=value") added to the environment, until it ends. */
-ToolResult runTool(const QString &root, const QStringList &arguments, const QStringList &variables = {});
+/*!
+ * Runs morvekctl on \a root with \a variables ("NAME=value") added to the environment and \a input on its standard
+ * input, until it ends.
+ */
+ToolResult runTool(const QString &root, const QStringList &arguments, const QStringList &variables = {},
+                   const QByteArray &input = {});
 
 /*! A process whose standard output is read line by line. */
 class LineProcess
@@ -30,6 +34,9 @@ public:
     void start(const QStringList &arguments);
     /*! The next line, waited for; null when the output has ended or nothing came within a minute. */
     QString nextLine();
+    qint64 processId() const { return m_process.processId(); }
+    /*! Writes \a bytes to its standard input, and closes that. */
+    void feed(const QByteArray &bytes);
     /*! Sends \a signal. */
     void signal(int signal);
     /*! The exit code, waited for; -1 when it was killed, -2 when it did not end within a minute. */

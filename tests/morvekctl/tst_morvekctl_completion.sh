@@ -31,7 +31,8 @@ offers() {
     fi
 }
 
-general=(interfaces show preferred configure monitor help)
+general=(interfaces show preferred configure monitor wifi help)
+wifi=(status on off scan connect disconnect monitor)
 offers "commands and options" "morvekctl " "${general[@]}" --help --version
 offers "the start of a command" "morvekctl in" interfaces
 offers "a whole command" "morvekctl preferred" preferred
@@ -46,6 +47,17 @@ offers "modes" "morvekctl configure eth0 " auto manual
 offers "the start of a mode" "morvekctl configure eth0 m" manual
 offers "options after the last word" "morvekctl configure eth0 auto --ap" --applied
 offers "commands that have help" "morvekctl help " "${general[@]}"
+offers "commands of a group" "morvekctl wifi " "${wifi[@]}" --help
+offers "the start of a command of a group" "morvekctl wifi s" status scan
+offers "commands of a group after an option" "morvekctl wifi --json d" disconnect
+offers "options of a group" "morvekctl wifi --" --help
+offers "options of a command of a group" "morvekctl wifi connect Garage --" \
+    --help --passkey-file --json --wait --timeout
+offers "no networks, as a scan takes time" "morvekctl wifi connect "
+offers "commands of a group that have help" "morvekctl help wifi " "${wifi[@]}"
+offers "nothing more to have help for" "morvekctl help wifi scan " --help
+offers "nothing below a command" "morvekctl help show "
+offers "nothing after an unknown command of a group" "morvekctl wifi scna "
 offers "no interfaces without a daemon" "morvekctl show "
 
 cat >"$work/scenario.json" <<'END'

@@ -14,6 +14,8 @@ class TestMorvekctlUsage : public QObject
 private Q_SLOTS:
     void nonsense_data();
     void nonsense();
+    void emptyWords_data();
+    void emptyWords();
     void version();
     void help_data();
     void help();
@@ -47,6 +49,25 @@ void TestMorvekctlUsage::nonsense_data()
     row("show what", "show", "NAME is missing: morvekctl show NAME");
     row("show two", "show eth0 eth1", "\"eth1\" is too much: morvekctl show NAME");
     row("help of what", "help me", "there is no command \"me\": see 'morvekctl --help'");
+    row("group alone", "wifi", "a command is missing: see 'morvekctl help wifi'");
+    row("group and an option", "wifi --json", "a command is missing: see 'morvekctl help wifi'");
+    row("unknown command of a group", "wifi scna", "there is no command \"wifi scna\": see 'morvekctl help wifi'");
+    row("command of a group alone", "connect Garage", "there is no command \"connect\": see 'morvekctl --help'");
+    row("help of an unknown command of a group", "help wifi scna",
+        "there is no command \"wifi scna\": see 'morvekctl help wifi'");
+    row("help of more than a command", "help show eth0", "there is no command \"show eth0\": see 'morvekctl --help'");
+    row("help of too much", "help wifi scan now", "\"now\" is too much: morvekctl help [COMMAND]");
+    row("word too much for a command of a group", "wifi scan all", "\"all\" is too much: morvekctl wifi scan");
+    row("option of another command of the group", "wifi scan --passkey-file f",
+        "'wifi scan' takes no --passkey-file: see 'morvekctl help wifi scan'");
+    row("connect to what", "wifi connect", "SSID is missing: morvekctl wifi connect SSID");
+    row("passkey as an argument", "wifi connect Garage sesame", "\"sesame\" is too much: morvekctl wifi connect SSID");
+    row("no passkey file", "wifi connect Garage --passkey-file /nowhere/key",
+        "--passkey-file \"/nowhere/key\" cannot be read: No such file or directory");
+    row("folder as passkey file", "wifi connect Garage --passkey-file /",
+        "--passkey-file \"/\" cannot be read: Is a directory");
+    row("count of the group's monitor", "wifi monitor --count 0",
+        "--count \"0\" is no number of changes: give 1 or more");
     row("steering characters", "\x1b[31mred", "there is no command \"\\u001b[31mred\": see 'morvekctl --help'");
     row("characters that turn the writing round", "a\u202Eb",
         "there is no command \"a\\u202eb\": see 'morvekctl --help'");
@@ -151,6 +172,26 @@ void TestMorvekctlUsage::nonsense()
     QCOMPARE(result.code, 2);
 }
 
+void TestMorvekctlUsage::emptyWords_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("sentence");
+    QTest::newRow("command") << QStringList {QString()} << "there is no command \"\": see 'morvekctl --help'";
+    QTest::newRow("command of a group") << QStringList {QStringLiteral("wifi"), QString()}
+                                        << "there is no command \"wifi \": see 'morvekctl help wifi'";
+    QTest::newRow("SSID") << QStringList {QStringLiteral("wifi"), QStringLiteral("connect"), QString()}
+                          << "the SSID is empty: a network is joined by its name";
+}
+
+void TestMorvekctlUsage::emptyWords()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, sentence);
+    const ToolResult result = runTool(m_root.path(), arguments);
+    QCOMPARE(result.errors, QStringLiteral("morvekctl: %1\n").arg(sentence));
+    QCOMPARE(result.code, 2);
+}
+
 void TestMorvekctlUsage::version()
 {
     const ToolResult result = runTool(m_root.path(), {QStringLiteral("--version")});
@@ -170,6 +211,17 @@ void TestMorvekctlUsage::help_data()
     QTest::newRow("help") << QStringList {QStringLiteral("help")} << program;
     QTest::newRow("help show") << QStringList {QStringLiteral("help"), QStringLiteral("show")} << show;
     QTest::newRow("show --help") << QStringList {QStringLiteral("show"), QStringLiteral("--help")} << show;
+    const QString group = QStringLiteral("Usage: morvekctl wifi COMMAND [ARGUMENT]... [OPTION]...\n\nCommands:\n"
+                                         "  wifi status ");
+    QTest::newRow("help wifi") << QStringList {QStringLiteral("help"), QStringLiteral("wifi")} << group;
+    QTest::newRow("wifi --help") << QStringList {QStringLiteral("wifi"), QStringLiteral("--help")} << group;
+    const QString scan = QStringLiteral("Usage:\n  morvekctl wifi scan\n      look for access points");
+    QTest::newRow("help wifi scan") << QStringList {QStringLiteral("help"), QStringLiteral("wifi"),
+                                                    QStringLiteral("scan")}
+                                    << scan;
+    QTest::newRow("wifi --help scan") << QStringList {QStringLiteral("wifi"), QStringLiteral("--help"),
+                                                      QStringLiteral("scan")}
+                                      << scan;
     QTest::newRow("--help show") << QStringList {QStringLiteral("--help"), QStringLiteral("show")} << show;
 }
 
@@ -195,6 +247,13 @@ void TestMorvekctlUsage::helpNamesEverything()
         "\n  configure NAME auto ",
         "\n  configure NAME manual --address A --netmask M|--prefix N --gateway G\n",
         "\n  monitor ",
+        "\n  wifi status ",
+        "\n  wifi on ",
+        "\n  wifi off ",
+        "\n  wifi scan ",
+        "\n  wifi connect SSID ",
+        "\n  wifi disconnect ",
+        "\n  wifi monitor ",
         "\n  help [COMMAND] ",
         "\n  --json ",
         "\n  --wait ",
@@ -202,9 +261,9 @@ void TestMorvekctlUsage::helpNamesEverything()
         "\n  0                     done\n",
         "\n  1                     the operation failed",
         "\n  2                     the command line makes no sense\n",
-        "\n  3                     the networking daemon is not there\n",
-        "\n  4                     the time of --timeout is up\n",
-        "\n  5                     there is no interface of that name\n",
+        "\n  3                     the daemon is not there\n",
+        "\n  4                     the time is up: that of --timeout, or the command's own\n",
+        "\n  5                     there is no interface or network of that name\n",
         "\n  ZOP_ROOT ",
     };
     for (const char *part : parts)
@@ -215,6 +274,15 @@ void TestMorvekctlUsage::helpNamesEverything()
     const QString configure = runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("configure")}).output;
     for (const char *option : {"--address A ", "--netmask M ", "--prefix N ", "--gateway G ", "--applied "})
         QVERIFY2(configure.contains(QLatin1String("\n  ") + QLatin1String(option)), option);
+
+    const QString group = runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("wifi")}).output;
+    for (const char *command : {"status ", "on ", "off ", "scan ", "connect SSID ", "disconnect ", "monitor "})
+        QVERIFY2(group.contains(QLatin1String("\n  wifi ") + QLatin1String(command)), command);
+    QVERIFY(!group.contains(QLatin1String("interfaces")));
+    const QString connect =
+        runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("wifi"), QStringLiteral("connect")}).output;
+    for (const char *option : {"--passkey-file FILE ", "--json ", "--wait ", "--timeout SECONDS "})
+        QVERIFY2(connect.contains(QLatin1String("\n  ") + QLatin1String(option)), option);
 }
 
 QTEST_GUILESS_MAIN(TestMorvekctlUsage)

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "terminaltool.h"
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QVector>
+
+#include <csignal>
+#include <cstdlib>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace morvek {
+
+namespace {
+
+constexpr int Minute = 60000;
+
+} // namespace
+
+TerminalTool::~TerminalTool()
+{
+    if (m_process > 0) {
+        ::kill(m_process, SIGKILL);
+        ::waitpid(m_process, nullptr, 0);
+    }
+    if (m_terminal >= 0)
+        ::close(m_terminal);
+}
+
+bool TerminalTool::start(const QString &root, const QStringList &arguments)
+{
+    QVector<QByteArray> words {MORVEKCTL};
+    for (const QString &argument : arguments)
+        words.append(argument.toUtf8());
+    QVector<char *> pointers;
+    for (QByteArray &word : words)
+        pointers.append(word.data());
+    pointers.append(nullptr);
+    const QByteArray folder = root.toUtf8();
+
+    m_process = ::forkpty(&m_terminal, nullptr, nullptr, nullptr);
+    if (m_process == 0) {
+        ::setenv("ZOP_ROOT", folder.constData(), 1);
+        ::unsetenv("KREL_VERBOSITY");
+        ::execv(pointers.first(), pointers.data());
+        ::_exit(127);
+    }
+    return m_process > 0;
+}
+
+bool TerminalTool::waitFor(const QString &text)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!shown().contains(text)) {
+        if (timer.elapsed() > Minute || !read(Minute))
+            return false;
+    }
+    return true;
+}
+
+void TerminalTool::type(const QByteArray &keys)
+{
+    const ssize_t ignored = ::write(m_terminal, keys.constData(), size_t(keys.size()));
+    Q_UNUSED(ignored)
+}
+
+termios TerminalTool::modes() const
+{
+    termios modes = {};
+    ::tcgetattr(m_terminal, &modes);
+    return modes;
+}
+
+int TerminalTool::wait()
+{
+    while (read(Minute)) { }
+    int status = 0;
+    ::waitpid(m_process, &status, 0);
+    m_process = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/*! False when nothing came in that time, or nobody can write any more. */
+bool TerminalTool::read(int milliseconds)
+{
+    pollfd state = {m_terminal, POLLIN, 0};
+    char bytes[1000];
+    if (::poll(&state, 1, milliseconds) != 1)
+        return false;
+    const ssize_t count = ::read(m_terminal, bytes, sizeof(bytes));
+    m_shown.append(bytes, int(std::max(ssize_t(0), count)));
+    return count > 0;
+}
+
+} // namespace morvek

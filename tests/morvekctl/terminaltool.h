@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_TEST_TERMINALTOOL_H
+#define MORVEK_TEST_TERMINALTOOL_H
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <sys/types.h>
+#include <termios.h>
+
+namespace morvek {
+
+/*! morvekctl on a terminal of its own: standard input, output and error are that terminal. */
+class TerminalTool
+{
+public:
+    TerminalTool() = default;
+    ~TerminalTool();
+
+    bool start(const QString &root, const QStringList &arguments);
+    pid_t processId() const { return m_process; }
+    /*! Waits until \a text has been shown; false when it was not within a minute. */
+    bool waitFor(const QString &text);
+    void type(const QByteArray &keys);
+    /*! How the terminal is set. */
+    termios modes() const;
+    /*! The exit code, waited for; -1 when it was killed. */
+    int wait();
+    /*! Everything that was shown so far. */
+    QString shown() const { return QString::fromUtf8(m_shown); }
+
+private:
+    Q_DISABLE_COPY(TerminalTool)
+    bool read(int milliseconds);
+
+    pid_t m_process = -1;
+    int m_terminal = -1;
+    QByteArray m_shown;
+};
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,571 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "processes.h"
+#include "terminaltool.h"
+
+#include <zopobject.h>
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+#include <csignal>
+
+using namespace morvek;
+
+/*! wifi status, on, off, scan and disconnect, and what all commands of the group have in common. */
+class TestMorvekctlWifi : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void status_data();
+    void status();
+    void statusOfUnknownSecurity();
+
+    void power_data();
+    void power();
+    void disconnects();
+    void disconnectsAsJson();
+    void notConnected();
+    void disconnectGivesUpWhatIsPending();
+
+    void scan();
+    void scanAsJson();
+    void scanFindsNothing();
+    void scanWithoutRadio_data();
+    void scanWithoutRadio();
+    void radioGoesOffDuringScan();
+    void anotherApplicationsResults();
+    void progressIsShownOnTerminals();
+    void noProgressAsJson();
+    void libraryIsQuietWhenTheScanSucceeds();
+    void libraryIsLoudWhenAskedTo();
+    void refusedScanIsExplained();
+
+    void timeIsUp_data();
+    void timeIsUp();
+    void ownDeadlines();
+
+    void daemonNeverThere_data();
+    void daemonNeverThere();
+    void daemonDied();
+    void waitsForDaemon();
+    void waitsForDaemonThatDied();
+    void waitsInVain();
+
+private:
+    ToolResult run(const QString &arguments, const QStringList &variables = {}) const
+    {
+        return runTool(m_root->path(), arguments.split(QLatin1Char(' ')), variables);
+    }
+    /*! Writes one attribute of the Wi-Fi daemon's status, as another daemon or application would make it change. */
+    static bool publish(const QString &attribute, const ZopVariant &value)
+    {
+        ZopChangeset changes;
+        changes.assignments.insert(attribute, value);
+        return ZopObject(QStringLiteral("/zop/services/wifi/status"), ZopObject::Publish, false).setAttributes(changes);
+    }
+    /*! Waits until the daemon, which tells what it does, has told \a line. */
+    bool waitForDaemon(const QString &line);
+
+    std::unique_ptr<QTemporaryDir> m_root;
+    std::unique_ptr<Daemon> m_daemon;
+    QString m_told;
+};
+
+void TestMorvekctlWifi::init()
+{
+    m_root = std::make_unique<QTemporaryDir>();
+    m_daemon = std::make_unique<Daemon>(m_root->path());
+    m_told.clear();
+    qputenv("ZOP_ROOT", m_root->path().toUtf8());
+}
+
+void TestMorvekctlWifi::cleanup()
+{
+    m_daemon.reset();
+    m_root.reset();
+}
+
+bool TestMorvekctlWifi::waitForDaemon(const QString &line)
+{
+    return QTest::qWaitFor(
+        [&] {
+            m_told += m_daemon->errors();
+            return m_told.contains(line);
+        },
+        60000);
+}
+
+void TestMorvekctlWifi::status_data()
+{
+    QTest::addColumn<QString>("scenario");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("json");
+
+    QTest::newRow("connected") << "town"
+                               << "Radio      on\n"
+                                  "Connected  yes\n"
+                                  "SSID       Home\n"
+                                  "BSSID      02:00:00:00:70:01\n"
+                                  "Security   WPA2\n"
+                                  "Cipher     CCMP\n"
+                               << R"({"accessPoint":{"bssid":"02:00:00:00:70:01","channel":null,"cipher":"CCMP",)"
+                                  R"("frequency":null,"security":"WPA2","signal":null,"ssid":"Home"},)"
+                                  R"("connected":true,"powered":true})"
+                                  "\n";
+    QTest::newRow("not connected") << "empty-air"
+                                   << "Radio      on\n"
+                                      "Connected  no\n"
+                                      "SSID       -\n"
+                                      "BSSID      -\n"
+                                      "Security   -\n"
+                                      "Cipher     -\n"
+                                   << "{\"accessPoint\":null,\"connected\":false,\"powered\":true}\n";
+    QTest::newRow("off") << "radio-off"
+                         << "Radio      off\n"
+                            "Connected  no\n"
+                            "SSID       -\n"
+                            "BSSID      -\n"
+                            "Security   -\n"
+                            "Cipher     -\n"
+                         << "{\"accessPoint\":null,\"connected\":false,\"powered\":false}\n";
+}
+
+void TestMorvekctlWifi::status()
+{
+    QFETCH(QString, scenario);
+    QFETCH(QString, text);
+    QFETCH(QString, json);
+    QVERIFY(m_daemon->publish(scenario));
+
+    const ToolResult asText = run(QStringLiteral("wifi status"));
+    QCOMPARE(asText.output, text);
+    QCOMPARE(asText.errors, QString());
+    QCOMPARE(asText.code, 0);
+    const ToolResult asJson = run(QStringLiteral("wifi --json status"));
+    QCOMPARE(asJson.output, json);
+    QCOMPARE(asJson.errors, QString());
+    QCOMPARE(asJson.code, 0);
+}
+
+void TestMorvekctlWifi::statusOfUnknownSecurity()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    QVERIFY(publish(
+        QStringLiteral("wifi_status"),
+        ZopVariant(QByteArray(R"({"bssid":"02:00:00:00:70:0d","key_mgmt":"SAE","pairwise_cipher":"GCMP"})"), "json")));
+    QCOMPARE(run(QStringLiteral("wifi status")).output,
+             QStringLiteral("Radio      on\n"
+                            "Connected  yes\n"
+                            "SSID       -\n"
+                            "BSSID      02:00:00:00:70:0d\n"
+                            "Security   unknown\n"
+                            "Cipher     unknown\n"));
+    QVERIFY(publish(
+        QStringLiteral("wifi_status"),
+        ZopVariant(QByteArray(R"({"bssid":"02:00:00:00:70:0d","key_mgmt":"NONE","pairwise_cipher":"NONE"})"), "json")));
+    const QString open = run(QStringLiteral("wifi status")).output;
+    QVERIFY(open.endsWith(QLatin1String("\nSecurity   open\nCipher     none\n")));
+}
+
+void TestMorvekctlWifi::power_data()
+{
+    QTest::addColumn<QString>("scenario");
+    QTest::addColumn<QString>("arguments");
+    QTest::addColumn<QString>("output");
+    QTest::addColumn<QString>("published");
+
+    QTest::newRow("on") << "radio-off"
+                        << "wifi on"
+                        << "The radio is on.\n"
+                        << "on";
+    QTest::newRow("off") << "town"
+                         << "wifi off"
+                         << "The radio is off.\n"
+                         << "off";
+    QTest::newRow("on already") << "town"
+                                << "wifi on"
+                                << "The radio is on already.\n"
+                                << "on";
+    QTest::newRow("off already") << "radio-off"
+                                 << "wifi off"
+                                 << "The radio is off already.\n"
+                                 << "off";
+    QTest::newRow("on as JSON") << "radio-off"
+                                << "wifi on --json"
+                                << "{\"accessPoint\":null,\"connected\":false,\"powered\":true}\n"
+                                << "on";
+    QTest::newRow("off already as JSON") << "radio-off"
+                                         << "wifi off --json"
+                                         << "{\"accessPoint\":null,\"connected\":false,\"powered\":false}\n"
+                                         << "off";
+}
+
+void TestMorvekctlWifi::power()
+{
+    QFETCH(QString, scenario);
+    QFETCH(QString, arguments);
+    QFETCH(QString, output);
+    QFETCH(QString, published);
+    QVERIFY(m_daemon->publish(scenario));
+
+    const ToolResult result = run(arguments);
+    QCOMPARE(result.output, output);
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+    ZopObject object(QStringLiteral("/zop/services/wifi/status"), ZopObject::Subscribe, false);
+    object.setAttributeCacheEnabled(true);
+    QCOMPARE(object.attribute(QStringLiteral("wifi_power")).toString(), published);
+}
+
+void TestMorvekctlWifi::disconnects()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    const ToolResult result = run(QStringLiteral("wifi disconnect"));
+    QCOMPARE(result.output, QStringLiteral("Disconnected from \"Home\".\n"));
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+    QVERIFY(run(QStringLiteral("wifi status")).output.contains(QLatin1String("\nConnected  no\n")));
+}
+
+void TestMorvekctlWifi::disconnectsAsJson()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    const ToolResult result = run(QStringLiteral("wifi disconnect --json"));
+    QCOMPARE(result.output, QStringLiteral("{\"accessPoint\":null,\"connected\":false,\"powered\":true}\n"));
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+}
+
+void TestMorvekctlWifi::notConnected()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("empty-air")));
+    const ToolResult result = run(QStringLiteral("wifi disconnect"));
+    QCOMPARE(result.output, QStringLiteral("The station is not connected.\n"));
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+    QCOMPARE(run(QStringLiteral("wifi disconnect --json")).output,
+             QStringLiteral("{\"accessPoint\":null,\"connected\":false,\"powered\":true}\n"));
+}
+
+void TestMorvekctlWifi::disconnectGivesUpWhatIsPending()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("empty-air"), {QStringLiteral("--verbose")}));
+    QCOMPARE(run(QStringLiteral("wifi disconnect")).code, 0);
+    QVERIFY(waitForDaemon(QStringLiteral("request wnet_disableall")));
+}
+
+void TestMorvekctlWifi::scan()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("air")));
+    const ToolResult result = run(QStringLiteral("wifi scan"));
+    QCOMPARE(result.output,
+             QString::fromUtf8(
+                 "SSID                    BSSID              SIGNAL    FREQUENCY  CHANNEL  SECURITY\n"
+                 "Mixed                   02:00:00:00:70:04  -9 dBm    5160 MHz   32       WPA/WPA2 + WPS\n"
+                 "Annex                   02:00:00:00:70:02  -50 dBm   2484 MHz   14       WPA\n"
+                 "Zoo                     02:00:00:00:70:01  -50 dBm   2472 MHz   13       WPA2\n"
+                 "Zoo                     02:00:00:00:70:03  -50 dBm   2412 MHz   1        WPA2\n"
+                 "Corp                    02:00:00:00:70:05  -56 dBm   5885 MHz   177      WPA2 Enterprise\n"
+                 "Old corp                02:00:00:00:70:06  -57 dBm   5180 MHz   36       WPA/WPA2 Enterprise\n"
+                 "Both                    02:00:00:00:70:07  -58 dBm   2411 MHz   -        WPA2 + Enterprise\n"
+                 "Museum                  02:00:00:00:70:08  -59 dBm   2477 MHz   -        WEP\n"
+                 "Depot                   02:00:00:00:70:09  -60 dBm   5155 MHz   -        WEP + WPS\n"
+                 "Café Łódź               02:00:00:00:70:0a  -61 dBm   2437 MHz   6        open\n"
+                 "Future                  02:00:00:00:70:0b  -62 dBm   5890 MHz   -        unknown\n"
+                 "Newer                   02:00:00:00:70:0c  -63 dBm   5183 MHz   -        unknown\n"
+                 "Nearly                  02:00:00:00:70:0d  -64 dBm   2438 MHz   -        unknown\n"
+                 "Button                  02:00:00:00:70:0e  -65 dBm   2447 MHz   8        unknown + WPS\n"
+                 "Both new                02:00:00:00:70:0f  -66 dBm   2452 MHz   9        unknown + WPS\n"
+                 "Unreadable              02:00:00:00:70:10  -67 dBm   2457 MHz   10       open\n"
+                 "-                       02:00:00:00:70:11  -68 dBm   2462 MHz   11       WPA2\n"
+                 "red\\u001b[31m\\u0009tab  02:00:00:00:70:12  -100 dBm  2467 MHz   12       open\n"
+                 "No level                02:00:00:00:70:13  -         58320 MHz  -        open\n"));
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+}
+
+void TestMorvekctlWifi::scanAsJson()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("air")));
+    const ToolResult result = run(QStringLiteral("wifi scan --json"));
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+    QCOMPARE(result.output.count(QLatin1Char('\n')), 1);
+
+    QJsonParseError error;
+    const QJsonArray list = QJsonDocument::fromJson(result.output.toUtf8(), &error).array();
+    QCOMPARE(error.error, QJsonParseError::NoError);
+    QCOMPARE(list.size(), 19);
+    const auto line = [&](int index) {
+        return QString::fromUtf8(QJsonDocument(list[index].toObject()).toJson(QJsonDocument::Compact));
+    };
+    QCOMPARE(line(0),
+             QStringLiteral(R"({"bssid":"02:00:00:00:70:04","channel":32,"cipher":"TKIP+CCMP","frequency":5160,)"
+                            R"("security":"WPA/WPA2 + WPS","signal":-9,"ssid":"Mixed"})"));
+    QCOMPARE(line(1),
+             QStringLiteral(R"({"bssid":"02:00:00:00:70:02","channel":14,"cipher":"TKIP","frequency":2484,)"
+                            R"("security":"WPA","signal":-50,"ssid":"Annex"})"));
+    QCOMPARE(line(9),
+             QString::fromUtf8(R"({"bssid":"02:00:00:00:70:0a","channel":6,"cipher":"none","frequency":2437,)"
+                               R"("security":"open","signal":-61,"ssid":"Café Łódź"})"));
+    QCOMPARE(line(16),
+             QStringLiteral(R"({"bssid":"02:00:00:00:70:11","channel":11,"cipher":"unknown","frequency":2462,)"
+                            R"("security":"WPA2","signal":-68,"ssid":null})"));
+    QCOMPARE(list[17][QLatin1String("ssid")].toString(), QStringLiteral("red\x1b[31m\ttab"));
+    QCOMPARE(line(18),
+             QStringLiteral(R"({"bssid":"02:00:00:00:70:13","channel":null,"cipher":"none","frequency":58320,)"
+                            R"("security":"open","signal":null,"ssid":"No level"})"));
+}
+
+void TestMorvekctlWifi::scanFindsNothing()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("empty-air")));
+    const ToolResult table = run(QStringLiteral("wifi scan"));
+    QCOMPARE(table.output, QStringLiteral("SSID  BSSID  SIGNAL  FREQUENCY  CHANNEL  SECURITY\n"));
+    QCOMPARE(table.code, 0);
+    QCOMPARE(run(QStringLiteral("wifi scan --json")).output, QStringLiteral("[]\n"));
+}
+
+void TestMorvekctlWifi::scanWithoutRadio_data()
+{
+    QTest::addColumn<QString>("arguments");
+    for (const char *arguments : {"wifi scan", "wifi scan --json", "wifi connect Home"})
+        QTest::newRow(arguments) << QString::fromLatin1(arguments);
+}
+
+void TestMorvekctlWifi::scanWithoutRadio()
+{
+    QFETCH(QString, arguments);
+    QVERIFY(m_daemon->publish(QStringLiteral("radio-off")));
+    const ToolResult result = run(arguments);
+    QCOMPARE(result.errors, QStringLiteral("morvekctl: the radio is off: switch it on with 'morvekctl wifi on'\n"));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 1);
+}
+
+void TestMorvekctlWifi::radioGoesOffDuringScan()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("deaf"), {QStringLiteral("--verbose")}));
+    Tool tool(m_root->path());
+    tool.start({QStringLiteral("wifi"), QStringLiteral("scan")});
+    QVERIFY(waitForDaemon(QStringLiteral("request scan")));
+    QVERIFY(publish(QStringLiteral("wifi_power"), QStringLiteral("off")));
+    QCOMPARE(tool.wait(), 1);
+    QCOMPARE(tool.errors(), QStringLiteral("morvekctl: the radio is off: switch it on with 'morvekctl wifi on'\n"));
+}
+
+void TestMorvekctlWifi::anotherApplicationsResults()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("deaf"), {QStringLiteral("--verbose")}));
+    Tool tool(m_root->path());
+    tool.start({QStringLiteral("wifi"), QStringLiteral("scan"), QStringLiteral("--json")});
+    QVERIFY(waitForDaemon(QStringLiteral("request scan")));
+    // Numbers that are not in quotes are none.
+    QVERIFY(publish(QStringLiteral("scan_results"),
+                    QString(QStringLiteral(R"([{"bssid":"b","ssid":"s","signal_level":-9,"frequency":2412}])"))));
+    QCOMPARE(tool.nextLine(),
+             QStringLiteral(R"([{"bssid":"b","channel":null,"cipher":"none","frequency":null,"security":"open",)"
+                            R"("signal":null,"ssid":"s"}])"));
+    QCOMPARE(tool.wait(), 0);
+}
+
+void TestMorvekctlWifi::progressIsShownOnTerminals()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("deaf")));
+    TerminalTool tool;
+    QVERIFY(tool.start(m_root->path(), {QStringLiteral("wifi"), QStringLiteral("scan")}));
+    QVERIFY(tool.waitFor(QStringLiteral("\r\x1b[KScanning ... 0 s")));
+    QVERIFY(tool.waitFor(QStringLiteral("\r\x1b[KScanning ... 1 s")));
+    QVERIFY(publish(QStringLiteral("scan_results"), QStringLiteral("[]")));
+    QCOMPARE(tool.wait(), 0);
+    QVERIFY2(tool.shown().endsWith(QLatin1String(" s\r\x1b[KSSID  BSSID  SIGNAL  FREQUENCY  CHANNEL  SECURITY\r\n")),
+             qPrintable(tool.shown()));
+
+    TerminalTool other;
+    QVERIFY(
+        other.start(m_root->path(), {QStringLiteral("wifi"), QStringLiteral("scan"), QStringLiteral("--timeout=0.3")}));
+    QCOMPARE(other.wait(), 4);
+    QVERIFY2(other.shown().startsWith(QLatin1String("\r\x1b[KScanning ... 0 s\r\x1b[Kmorvekctl: the time is up: ")),
+             qPrintable(other.shown()));
+}
+
+void TestMorvekctlWifi::noProgressAsJson()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("empty-air")));
+    TerminalTool tool;
+    QVERIFY(tool.start(m_root->path(), {QStringLiteral("wifi"), QStringLiteral("scan"), QStringLiteral("--json")}));
+    QCOMPARE(tool.wait(), 0);
+    QCOMPARE(tool.shown(), QStringLiteral("[]\r\n"));
+}
+
+void TestMorvekctlWifi::libraryIsQuietWhenTheScanSucceeds()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("air")));
+    QCOMPARE(run(QStringLiteral("wifi scan")).errors, QString());
+}
+
+void TestMorvekctlWifi::libraryIsLoudWhenAskedTo()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("air")));
+    const ToolResult result = run(QStringLiteral("wifi scan"), {QStringLiteral("KREL_VERBOSITY=2")});
+    QVERIFY(result.errors.contains(
+        QLatin1String(" error 1300 Unrecognized access point flag security protocol: \"WPA3\"\n")));
+    QCOMPARE(result.code, 0);
+}
+
+void TestMorvekctlWifi::refusedScanIsExplained()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("wifi-refused"), {QStringLiteral("--speed=100")}));
+    const ToolResult refused = run(QStringLiteral("wifi scan --timeout 2"));
+    QCOMPARE(refused.errors,
+             QStringLiteral("morvekctl: the library says: Wi-Fi service control command failed, msg: scan, error code: "
+                            "16, error: device or resource busy\n"
+                            "morvekctl: the time is up: no scan results have come; the Wi-Fi daemon may have refused, "
+                            "or does not answer\n"));
+    QCOMPARE(refused.output, QString());
+    QCOMPARE(refused.code, 4);
+    QCOMPARE(run(QStringLiteral("wifi scan")).code, 0);
+}
+
+void TestMorvekctlWifi::timeIsUp_data()
+{
+    QTest::addColumn<QString>("scenario");
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("what");
+
+    QTest::newRow("off") << "deaf"
+                         << "off"
+                         << "the radio is still on";
+    QTest::newRow("disconnect") << "deaf"
+                                << "disconnect"
+                                << "the station is still connected to \"Home\"";
+    QTest::newRow("scan") << "deaf"
+                          << "scan"
+                          << "no scan results have come";
+    QTest::newRow("connect") << "deaf"
+                             << "connect Home"
+                             << "no scan results have come";
+}
+
+void TestMorvekctlWifi::timeIsUp()
+{
+    QFETCH(QString, scenario);
+    QFETCH(QString, command);
+    QFETCH(QString, what);
+    QVERIFY(m_daemon->publish(scenario));
+    const ToolResult result = run(QStringLiteral("wifi %1 --timeout 0.3").arg(command));
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: the time is up: %1; the Wi-Fi daemon may have refused, or does not answer\n")
+                 .arg(what));
+    QCOMPARE(result.code, 4);
+}
+
+void TestMorvekctlWifi::ownDeadlines()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("deaf")));
+    const QTemporaryDir secondRoot;
+    Daemon second(secondRoot.path());
+    QVERIFY(second.publish(QStringLiteral("town")));
+
+    QElapsedTimer timer;
+    timer.start();
+    Tool off(m_root->path());
+    Tool disconnect(m_root->path());
+    Tool scan(m_root->path());
+    Tool connect(secondRoot.path());
+    off.start({QStringLiteral("wifi"), QStringLiteral("off")});
+    disconnect.start({QStringLiteral("wifi"), QStringLiteral("disconnect")});
+    scan.start({QStringLiteral("wifi"), QStringLiteral("scan")});
+    connect.start({QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Mute"),
+                   QStringLiteral("--passkey-file"), QStringLiteral("-")});
+    connect.feed("silence is golden\n");
+
+    // A coarse timer may fire a twentieth early; the machine may be slow, but not by a third.
+    const auto endedAfter = [&timer](Tool *tool, int seconds) {
+        return tool->wait() == 4 && timer.elapsed() > seconds * 940 && timer.elapsed() < seconds * 1300;
+    };
+    QVERIFY(endedAfter(&off, 10));
+    QVERIFY(endedAfter(&disconnect, 10));
+    QVERIFY(endedAfter(&scan, 15));
+    QVERIFY(endedAfter(&connect, 30));
+}
+
+void TestMorvekctlWifi::daemonNeverThere_data()
+{
+    QTest::addColumn<QString>("arguments");
+    for (const char *arguments : {"wifi status", "wifi on", "wifi off", "wifi scan", "wifi connect Home",
+                                  "wifi disconnect", "wifi monitor", "wifi status --json"})
+        QTest::newRow(arguments) << QString::fromLatin1(arguments);
+}
+
+void TestMorvekctlWifi::daemonNeverThere()
+{
+    QFETCH(QString, arguments);
+    const ToolResult result = run(arguments);
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: the Wi-Fi daemon is not there: start morvek-hostd, or set ZOP_ROOT to its root "
+                            "(it is \"%1\"), or add --wait\n")
+                 .arg(m_root->path()));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 3);
+}
+
+void TestMorvekctlWifi::daemonDied()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    m_daemon->signal(SIGKILL);
+    QCOMPARE(m_daemon->wait(), -1);
+
+    const ToolResult result = run(QStringLiteral("wifi status"));
+    QVERIFY(result.errors.contains(QLatin1String("\nmorvekctl: the Wi-Fi daemon is not there: ")));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 3);
+}
+
+void TestMorvekctlWifi::waitsForDaemon()
+{
+    Tool tool(m_root->path());
+    tool.start({QStringLiteral("wifi"), QStringLiteral("status"), QStringLiteral("--json"), QStringLiteral("--wait")});
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    const QJsonDocument status = QJsonDocument::fromJson(tool.nextLine().toUtf8());
+    QCOMPARE(status[QLatin1String("accessPoint")][QLatin1String("ssid")].toString(), QStringLiteral("Home"));
+    QCOMPARE(tool.wait(), 0);
+}
+
+void TestMorvekctlWifi::waitsForDaemonThatDied()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    m_daemon->signal(SIGKILL);
+    QCOMPARE(m_daemon->wait(), -1);
+    // It begins with the service that cannot be used, and tells so once, however often it tries.
+    const ToolResult inVain = run(QStringLiteral("wifi scan --wait --timeout 2.5"));
+    QCOMPARE(inVain.errors.count(QLatin1String("Unable to initialize WifiProviderZop")), 1);
+    QCOMPARE(inVain.code, 4);
+
+    Tool tool(m_root->path());
+    tool.start({QStringLiteral("wifi"), QStringLiteral("off"), QStringLiteral("--wait")});
+    QVERIFY(QTest::qWaitFor([&tool] { return tool.errors().contains(QLatin1String("WifiProviderZop")); }, 60000));
+    m_daemon = std::make_unique<Daemon>(m_root->path());
+    QVERIFY(m_daemon->publish(QStringLiteral("wifi-refused"), {QStringLiteral("--speed=100")}));
+    // What the library says is told again once the service is there.
+    QVERIFY(QTest::qWaitFor([&tool] { return tool.errors().contains(QLatin1String("msg: wifi_power")); }, 60000));
+}
+
+void TestMorvekctlWifi::waitsInVain()
+{
+    const ToolResult result = run(QStringLiteral("wifi status --wait --timeout 0.3"));
+    QCOMPARE(result.errors, QStringLiteral("morvekctl: the time is up: the Wi-Fi daemon is still not there\n"));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 4);
+}
+
+QTEST_GUILESS_MAIN(TestMorvekctlWifi)
+#include "tst_morvekctl_wifi.moc"

@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "processes.h"
+
+#include <zopobject.h>
+
+#include <QtCore/QDateTime>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+#include <csignal>
+
+using namespace morvek;
+
+/*! wifi monitor: what it tells, in which order, and how it ends. */
+class TestMorvekctlWifiMonitor : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void changes();
+    void changesAsJson();
+    void present_data();
+    void present();
+    void roamingIsNotTold();
+    void outlivesDaemon();
+    void waitsForDaemon();
+    void endsBySignal_data();
+    void endsBySignal();
+    void endsAfterCount();
+    void endsByTimeout();
+    void countWithinTimeout();
+
+private:
+    void follow(const QString &options = {});
+    ToolResult run(const QString &arguments, const QByteArray &input = {}) const
+    {
+        return runTool(m_root->path(), arguments.split(QLatin1Char(' ')), {}, input);
+    }
+    /*! The next line without its time; null when it has none. */
+    QString nextLine();
+    /*! The next line of JSON without its time; null when that is none. */
+    QString nextJson();
+
+    const QString atHome = QStringLiteral("present       radio on, connected to \"Home\" by 02:00:00:00:70:01 "
+                                          "(WPA2, CCMP)");
+
+    std::unique_ptr<QTemporaryDir> m_root;
+    std::unique_ptr<Daemon> m_daemon;
+    std::unique_ptr<Tool> m_tool;
+};
+
+void TestMorvekctlWifiMonitor::init()
+{
+    m_root = std::make_unique<QTemporaryDir>();
+    qputenv("ZOP_ROOT", m_root->path().toUtf8());
+    m_daemon = std::make_unique<Daemon>(m_root->path());
+    m_tool = std::make_unique<Tool>(m_root->path());
+}
+
+void TestMorvekctlWifiMonitor::cleanup()
+{
+    m_tool.reset();
+    m_daemon.reset();
+    m_root.reset();
+}
+
+void TestMorvekctlWifiMonitor::follow(const QString &options)
+{
+    m_tool->start(QStringLiteral("wifi monitor %1").arg(options).split(QLatin1Char(' '), Qt::SkipEmptyParts));
+}
+
+QString TestMorvekctlWifiMonitor::nextLine()
+{
+    static const QRegularExpression form(QStringLiteral("\\A\\d\\d:\\d\\d:\\d\\d\\.\\d{3}  (.*)\\z"));
+    const QRegularExpressionMatch match = form.match(m_tool->nextLine());
+    return match.hasMatch() ? match.captured(1) : QString();
+}
+
+QString TestMorvekctlWifiMonitor::nextJson()
+{
+    QJsonObject object = QJsonDocument::fromJson(m_tool->nextLine().toUtf8()).object();
+    const QString time = object.take(QLatin1String("time")).toString();
+    if (!time.endsWith(QLatin1Char('Z')) || !QDateTime::fromString(time, Qt::ISODateWithMs).isValid())
+        return QString();
+    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+}
+
+void TestMorvekctlWifiMonitor::changes()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    follow();
+    QCOMPARE(nextLine(), atHome);
+
+    QCOMPARE(run(QStringLiteral("wifi connect Garage --passkey-file -"), "open sesame 42").code, 0);
+    QCOMPARE(nextLine(), QStringLiteral("disconnected  radio on, not connected"));
+    QCOMPARE(nextLine(),
+             QStringLiteral("connected     radio on, connected to \"Garage\" by 02:00:00:00:70:03 (WPA2, CCMP)"));
+    QCOMPARE(run(QStringLiteral("wifi disconnect")).code, 0);
+    QCOMPARE(nextLine(), QStringLiteral("disconnected  radio on, not connected"));
+    QCOMPARE(run(QStringLiteral("wifi off")).code, 0);
+    QCOMPARE(nextLine(), QStringLiteral("off           radio off, not connected"));
+    QCOMPARE(run(QStringLiteral("wifi on")).code, 0);
+    QCOMPARE(nextLine(), QStringLiteral("on            radio on, not connected"));
+}
+
+void TestMorvekctlWifiMonitor::changesAsJson()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    follow(QStringLiteral("--json"));
+    QCOMPARE(nextJson(),
+             QStringLiteral(R"({"accessPoint":{"bssid":"02:00:00:00:70:01","channel":null,"cipher":"CCMP",)"
+                            R"("frequency":null,"security":"WPA2","signal":null,"ssid":"Home"},"connected":true,)"
+                            R"("event":"present","powered":true})"));
+    QCOMPARE(run(QStringLiteral("wifi disconnect")).code, 0);
+    QCOMPARE(nextJson(),
+             QStringLiteral(R"({"accessPoint":null,"connected":false,"event":"disconnected","powered":true})"));
+    QCOMPARE(run(QStringLiteral("wifi off")).code, 0);
+    QCOMPARE(nextJson(), QStringLiteral(R"({"accessPoint":null,"connected":false,"event":"off","powered":false})"));
+    QCOMPARE(run(QStringLiteral("wifi on")).code, 0);
+    QCOMPARE(nextJson(), QStringLiteral(R"({"accessPoint":null,"connected":false,"event":"on","powered":true})"));
+    QCOMPARE(run(QStringLiteral("wifi connect Twins")).code, 0);
+    QCOMPARE(nextJson(),
+             QStringLiteral(R"({"accessPoint":{"bssid":"02:00:00:00:70:07","channel":null,"cipher":"none",)"
+                            R"("frequency":null,"security":"open","signal":null,"ssid":"Twins"},"connected":true,)"
+                            R"("event":"connected","powered":true})"));
+}
+
+void TestMorvekctlWifiMonitor::present_data()
+{
+    QTest::addColumn<QString>("scenario");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("not connected") << "empty-air"
+                                   << "present       radio on, not connected";
+    QTest::newRow("off") << "radio-off"
+                         << "present       radio off, not connected";
+}
+
+void TestMorvekctlWifiMonitor::present()
+{
+    QFETCH(QString, scenario);
+    QFETCH(QString, line);
+    QVERIFY(m_daemon->publish(scenario));
+    follow();
+    QCOMPARE(nextLine(), line);
+}
+
+void TestMorvekctlWifiMonitor::roamingIsNotTold()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    follow();
+    QCOMPARE(nextLine(), atHome);
+
+    ZopChangeset roamed;
+    roamed.assignments.insert(QStringLiteral("wifi_status"),
+                              ZopVariant(QByteArray(R"({"bssid":"02:00:00:00:70:99","ssid":"Home"})"), "json"));
+    QVERIFY(ZopObject(QStringLiteral("/zop/services/wifi/status"), ZopObject::Publish, false).setAttributes(roamed));
+    QCOMPARE(run(QStringLiteral("wifi disconnect")).code, 0);
+    QCOMPARE(nextLine(), QStringLiteral("disconnected  radio on, not connected"));
+}
+
+void TestMorvekctlWifiMonitor::outlivesDaemon()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    follow();
+    QCOMPARE(nextLine(), atHome);
+    m_daemon->signal(SIGKILL);
+    QCOMPARE(m_daemon->wait(), -1);
+
+    m_daemon = std::make_unique<Daemon>(m_root->path());
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    QCOMPARE(run(QStringLiteral("wifi disconnect")).code, 0);
+    QCOMPARE(nextLine(), QStringLiteral("disconnected  radio on, not connected"));
+}
+
+void TestMorvekctlWifiMonitor::waitsForDaemon()
+{
+    follow(QStringLiteral("--wait"));
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    QCOMPARE(nextLine(), atHome);
+}
+
+void TestMorvekctlWifiMonitor::endsBySignal_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("SIGINT") << SIGINT;
+    QTest::newRow("SIGTERM") << SIGTERM;
+}
+
+void TestMorvekctlWifiMonitor::endsBySignal()
+{
+    QFETCH(int, signal);
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    follow();
+    QCOMPARE(nextLine(), atHome);
+    m_tool->signal(signal);
+    QCOMPARE(m_tool->wait(), 0);
+    QCOMPARE(m_tool->errors(), QString());
+}
+
+void TestMorvekctlWifiMonitor::endsAfterCount()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    follow(QStringLiteral("--count 2"));
+    QCOMPARE(nextLine(), atHome);
+    QCOMPARE(run(QStringLiteral("wifi disconnect")).code, 0);
+    QCOMPARE(nextLine(), QStringLiteral("disconnected  radio on, not connected"));
+    QCOMPARE(run(QStringLiteral("wifi off")).code, 0);
+    QCOMPARE(nextLine(), QStringLiteral("off           radio off, not connected"));
+    QCOMPARE(m_tool->wait(), 0);
+    QVERIFY(m_tool->nextLine().isNull());
+}
+
+void TestMorvekctlWifiMonitor::endsByTimeout()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    const ToolResult result = run(QStringLiteral("wifi monitor --timeout 0.3"));
+    QCOMPARE(result.output.count(QLatin1Char('\n')), 1);
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+}
+
+void TestMorvekctlWifiMonitor::countWithinTimeout()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    const ToolResult result = run(QStringLiteral("wifi monitor --timeout 0.3 --count 1"));
+    QCOMPARE(result.errors, QStringLiteral("morvekctl: the time is up: fewer changes than --count came\n"));
+    QCOMPARE(result.code, 4);
+}
+
+QTEST_GUILESS_MAIN(TestMorvekctlWifiMonitor)
+#include "tst_morvekctl_wifimonitor.moc"

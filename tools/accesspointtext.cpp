@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "accesspointtext.h"
+
+#include "texts.h"
+
+namespace morvek {
+
+namespace {
+
+const QString unknown = QStringLiteral("unknown");
+
+QString protocolNames(QFlags<WifiSecurityProtocol> protocols)
+{
+    QStringList names;
+    if (protocols.testFlag(WifiSecurityProtocolWep))
+        names += QStringLiteral("WEP");
+    if (protocols.testFlag(WifiSecurityProtocolWpa))
+        names += QStringLiteral("WPA");
+    if (protocols.testFlag(WifiSecurityProtocolWpa2))
+        names += QStringLiteral("WPA2");
+    return names.join(QLatin1Char('/'));
+}
+
+// The library says "none" beside whatever else it has read, and alone beside what it could not read.
+QString nameWithoutWps(const WifiAccessPoint &accessPoint)
+{
+    if (isOpen(accessPoint))
+        return QStringLiteral("open");
+    QString names = protocolNames(accessPoint.securityProtocols());
+    const bool enterprise = accessPoint.keyManagementTypes().testFlag(WifiKeyManagementEap);
+    if (takesPasskey(accessPoint))
+        return enterprise ? names + QStringLiteral(" + Enterprise") : names;
+    if (accessPoint.securityProtocols().testFlag(WifiSecurityProtocolWep))
+        return names;
+    return enterprise && !names.isEmpty() ? names + QStringLiteral(" Enterprise") : unknown;
+}
+
+} // namespace
+
+bool isOpen(const WifiAccessPoint &accessPoint)
+{
+    return accessPoint.securityProtocols() == WifiSecurityProtocolNone
+        && accessPoint.keyManagementTypes() == WifiKeyManagementNone && accessPoint.ciphers() == WifiCipherNone;
+}
+
+bool takesPasskey(const WifiAccessPoint &accessPoint)
+{
+    return (accessPoint.securityProtocols() & (WifiSecurityProtocolWpa | WifiSecurityProtocolWpa2))
+        && accessPoint.keyManagementTypes().testFlag(WifiKeyManagementPsk);
+}
+
+QString securityName(const WifiAccessPoint &accessPoint)
+{
+    const QString name = nameWithoutWps(accessPoint);
+    const bool wps = accessPoint.securityProtocols().testFlag(WifiSecurityProtocolWps);
+    return wps ? name + QStringLiteral(" + WPS") : name;
+}
+
+QString cipherName(const WifiAccessPoint &accessPoint)
+{
+    QStringList names;
+    if (accessPoint.ciphers().testFlag(WifiCipherTkip))
+        names += QStringLiteral("TKIP");
+    if (accessPoint.ciphers().testFlag(WifiCipherCcmp))
+        names += QStringLiteral("CCMP");
+    if (names.isEmpty())
+        return accessPoint.ciphers() ? QStringLiteral("none") : unknown;
+    return names.join(QLatin1Char('+'));
+}
+
+int channelOf(const WifiAccessPoint &accessPoint)
+{
+    const unsigned int frequency = accessPoint.frequency();
+    if (frequency == 2484)
+        return 14;
+    if (frequency >= 2412 && frequency <= 2472 && frequency % 5 == 2)
+        return int(frequency - 2407) / 5;
+    if (frequency >= 5160 && frequency <= 5885 && frequency % 5 == 0)
+        return int(frequency - 5000) / 5;
+    return 0;
+}
+
+QString signalText(const WifiAccessPoint &accessPoint)
+{
+    return accessPoint.rssi() == 0 ? QString() : QStringLiteral("%1 dBm").arg(accessPoint.rssi());
+}
+
+QString quoted(const QString &ssid)
+{
+    return QLatin1Char('"') + ssid + QLatin1Char('"');
+}
+
+QString connectionText(const WifiAccessPoint &accessPoint)
+{
+    return quoted(accessPoint.ssid()) + QLatin1String(" by ") + accessPoint.bssid() + QLatin1String(" (")
+        + securityName(accessPoint) + QLatin1String(", ") + cipherName(accessPoint) + QLatin1Char(')');
+}
+
+QJsonObject toJson(const WifiAccessPoint &accessPoint)
+{
+    return {
+        {QStringLiteral("ssid"), textOrNull(accessPoint.ssid())},
+        {QStringLiteral("bssid"), textOrNull(accessPoint.bssid())},
+        {QStringLiteral("signal"), numberOrNull(accessPoint.rssi())},
+        {QStringLiteral("frequency"), numberOrNull(accessPoint.frequency())},
+        {QStringLiteral("channel"), numberOrNull(channelOf(accessPoint))},
+        {QStringLiteral("security"), securityName(accessPoint)},
+        {QStringLiteral("cipher"), cipherName(accessPoint)},
+    };
+}
+
+QJsonObject stateJson(bool powered, const WifiAccessPoint &accessPoint)
+{
+    const bool connected = !accessPoint.isEmpty();
+    return {
+        {QStringLiteral("powered"), powered},
+        {QStringLiteral("connected"), connected},
+        {QStringLiteral("accessPoint"), connected ? QJsonValue(toJson(accessPoint)) : QJsonValue()},
+    };
+}
+
+} // namespace morvek

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_ACCESSPOINTTEXT_H
+#define MORVEK_ACCESSPOINTTEXT_H
+
+#include <wifiaccesspoint.h>
+
+#include <QtCore/QJsonObject>
+
+namespace morvek {
+
+/*! Nothing but what stands for an open network is known of it; also what the library cannot read at all looks so. */
+bool isOpen(const WifiAccessPoint &accessPoint);
+/*! It takes a pre-shared key, for WPA or WPA2. */
+bool takesPasskey(const WifiAccessPoint &accessPoint);
+
+/*! "open", "WPA/WPA2", "WPA2 Enterprise + WPS", "unknown" and so on. */
+QString securityName(const WifiAccessPoint &accessPoint);
+/*! "TKIP+CCMP", "none", or "unknown". */
+QString cipherName(const WifiAccessPoint &accessPoint);
+/*! The number of the channel, for the frequencies in MHz that surely have one; else 0. */
+int channelOf(const WifiAccessPoint &accessPoint);
+/*! "-48 dBm"; empty when it is not known. */
+QString signalText(const WifiAccessPoint &accessPoint);
+
+/*! The name in quotes. */
+QString quoted(const QString &ssid);
+/*! One that the station is connected to: "Garage" by 02:00:00:00:00:01 (WPA2, CCMP), the name in quotes. */
+QString connectionText(const WifiAccessPoint &accessPoint);
+
+/*! Everything known of \a accessPoint; what is not known is null. */
+QJsonObject toJson(const WifiAccessPoint &accessPoint);
+/*! The station's state; \a accessPoint is empty when it is not connected. */
+QJsonObject stateJson(bool powered, const WifiAccessPoint &accessPoint);
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_MONITOR_H
+#define MORVEK_MONITOR_H
+
+#include "output.h"
+#include "servicecommand.h"
+#include "terminationsignals.h"
+#include "texts.h"
+
+#include <QtCore/QDateTime>
+
+namespace morvek {
+
+/*! --count, and what every command with a service takes. */
+std::vector<Option> monitorOptions();
+/*! What --count holds, 0 when it is not given. False, with a sentence in \a error, when that is no such number. */
+bool readCount(const CommandLine &line, int *count, QString *error);
+
+/*! A command of the kind \a Base that tells changes: until a signal, --count or --timeout ends it. */
+template<typename Base>
+class Monitor : public Base
+{
+public:
+    /*! Ends after \a count changes; never when that is 0. */
+    Monitor(const CommandLine &line, int count)
+        : Base(line),
+          m_count(count)
+    {
+        QObject::connect(&m_signals, &TerminationSignals::received, this, [this] { this->finish(Done); });
+    }
+
+protected:
+    /*! Tells the present state, and connects to the changes. */
+    virtual void follow() = 0;
+
+    /*! Writes a line with the time: \a object with --json, else \a text. */
+    void tell(QJsonObject object, const QString &text)
+    {
+        const QDateTime now = QDateTime::currentDateTime();
+        object.insert(QStringLiteral("time"), now.toUTC().toString(Qt::ISODateWithMs));
+        writeLine(this->json() ? jsonLine(object) : now.toString(QStringLiteral("HH:mm:ss.zzz  ")) + text);
+        if (outputError() != 0)
+            this->finish(Failed);
+    }
+
+    void tellChange(const QJsonObject &object, const QString &text)
+    {
+        tell(object, text);
+        if (m_count > 0 && --m_count == 0)
+            this->finish(Done);
+    }
+
+private:
+    void run() override
+    {
+        if (m_count > 0)
+            this->setOverdue(QStringLiteral("fewer changes than --count came"));
+        else
+            this->setOverdue(QString(), Done);
+        follow();
+    }
+
+    TerminationSignals m_signals;
+    int m_count;
+};
+
+template<typename Made>
+std::unique_ptr<Command> createMonitor(const CommandLine &line, QString *error)
+{
+    int count = 0;
+    if (!readCount(line, &count, error))
+        return nullptr;
+    return std::make_unique<Made>(line, count);
+}
+
+} // namespace morvek
+
+#endif

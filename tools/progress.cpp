@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "progress.h"
+
+#include "output.h"
+
+#include <unistd.h>
+
+namespace morvek {
+
+Progress::Progress(const QString &deed)
+    : m_deed(deed)
+{
+    if (!::isatty(STDERR_FILENO))
+        return;
+    m_since.start();
+    m_timer.setInterval(1000);
+    connect(&m_timer, &QTimer::timeout, this, &Progress::show);
+    m_timer.start();
+    show();
+}
+
+Progress::~Progress()
+{
+    if (m_timer.isActive())
+        replaceNote(QString());
+}
+
+void Progress::show()
+{
+    replaceNote(QStringLiteral("%1 ... %2 s").arg(m_deed).arg(m_since.elapsed() / 1000));
+}
+
+} // namespace morvek

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "servicecommand.h"
+
+#include "output.h"
+
+#include <krellogger.h>
+#include <servicebase.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace morvek {
+
+namespace {
+
+constexpr int LeastPatience = 100;
+
+QString notReadySentence(const QString &daemon)
+{
+    const QString root = qEnvironmentVariable("ZOP_ROOT");
+    const QString place = root.isEmpty() ? QStringLiteral("set ZOP_ROOT to its root (it is not set)")
+                                         : QStringLiteral("set ZOP_ROOT to its root (it is \"%1\")").arg(root);
+    return QStringLiteral("the %1 daemon is not there: start morvek-hostd, or %2, or add --wait").arg(daemon, place);
+}
+
+} // namespace
+
+std::vector<Option> serviceOptions()
+{
+    return {
+        {QStringLiteral("json"), {}, QStringLiteral("write JSON, for scripts")},
+        {QStringLiteral("wait"), {}, QStringLiteral("wait for the daemon when it is not there")},
+        {QStringLiteral("timeout"), QStringLiteral("SECONDS"),
+         QStringLiteral("stop waiting after that time, for whatever it is")},
+    };
+}
+
+std::vector<Option> withServiceOptions(std::vector<Option> own)
+{
+    const std::vector<Option> common = serviceOptions();
+    own.insert(own.end(), common.begin(), common.end());
+    return own;
+}
+
+ServiceCommand::ServiceCommand(const CommandLine &line, const QString &daemon, int patience)
+    : m_daemon(daemon),
+      m_verbosity(KrelLogger::getVerbosity()),
+      m_json(line.has(QStringLiteral("json"))),
+      m_wait(line.has(QStringLiteral("wait"))),
+      m_hasTimeout(line.timeout >= 0)
+{
+    m_timeout.setSingleShot(true);
+    m_timeout.setInterval(line.timeout);
+    connect(&m_timeout, &QTimer::timeout, this, &ServiceCommand::onTimeout);
+    setOverdue(QStringLiteral("the %1 daemon is still not there").arg(daemon));
+
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(m_wait ? std::max(patience, LeastPatience) : patience);
+    connect(&m_patience, &QTimer::timeout, this, &ServiceCommand::onNotReady);
+}
+
+void ServiceCommand::start()
+{
+    if (m_hasTimeout)
+        m_timeout.start();
+    tryService();
+}
+
+void ServiceCommand::tryService()
+{
+    m_service = renewService();
+    connect(m_service, &ServiceBase::readyChanged, this, &ServiceCommand::onReady);
+    m_patience.start();
+    if (m_service->ready())
+        onReady();
+}
+
+void ServiceCommand::onReady()
+{
+    if (std::exchange(m_running, true))
+        return;
+    m_patience.stop();
+    KrelLogger::setVerbosity(m_verbosity);
+    run();
+}
+
+void ServiceCommand::onNotReady()
+{
+    if (m_wait) {
+        KrelLogger::setVerbosity(0); // the library has said what is wrong; it would say so at each try
+        tryService();
+        return;
+    }
+    complain(notReadySentence(m_daemon));
+    finish(NotReady);
+}
+
+void ServiceCommand::onTimeout()
+{
+    withdraw();
+    if (!m_overdue.isEmpty())
+        complain(QStringLiteral("the time is up: %1").arg(m_overdue));
+    finish(m_overdueCode);
+}
+
+void ServiceCommand::withdraw() { }
+
+void ServiceCommand::setOverdue(const QString &sentence, ExitCode code)
+{
+    m_overdue = sentence;
+    m_overdueCode = code;
+}
+
+void ServiceCommand::setDeadline(int milliseconds)
+{
+    if (m_hasTimeout)
+        return;
+    if (milliseconds < 0)
+        m_timeout.stop();
+    else
+        m_timeout.start(milliseconds);
+}
+
+void ServiceCommand::finish(ExitCode code)
+{
+    if (std::exchange(m_finished, true))
+        return;
+    m_timeout.stop();
+    m_patience.stop();
+    // The service may have more to tell before the event loop ends.
+    if (m_service)
+        m_service->disconnect(this);
+    Q_EMIT finished(code);
+}
+
+} // namespace morvek

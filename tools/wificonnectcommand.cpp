@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "wificonnectcommand.h"
+
+#include "accesspointtext.h"
+#include "networkchoice.h"
+#include "output.h"
+#include "passkey.h"
+#include "passkeyprompt.h"
+#include "scanningcommand.h"
+#include "terminationsignals.h"
+#include "texts.h"
+
+#include <asyncwificonnectoperation.h>
+#include <wificonnectionconfig.h>
+
+namespace morvek {
+
+namespace {
+
+constexpr int JoinTime = 30000;
+const QLatin1String FailedToConnect("Failed to connect to Access Point");
+
+QString passkeyOption()
+{
+    return QStringLiteral("passkey-file");
+}
+
+WifiConnectionConfig configurationFor(const WifiAccessPoint &accessPoint, const QString &passkey)
+{
+    WifiConnectionConfig config;
+    config.setSsid(accessPoint.ssid());
+    if (!takesPasskey(accessPoint))
+        return config;
+    const bool wpa2 = accessPoint.securityProtocols().testFlag(WifiSecurityProtocolWpa2);
+    config.setKeyManagementType(WifiKeyManagementPsk);
+    config.setSecurityProtocol(wpa2 ? WifiSecurityProtocolWpa2 : WifiSecurityProtocolWpa);
+    config.setPasskey(passkey);
+    return config;
+}
+
+class ConnectCommand : public ScanningCommand
+{
+public:
+    /*! Asks for a passkey when one is needed and \a passkey is empty. */
+    ConnectCommand(const CommandLine &line, const QString &passkey)
+        : ScanningCommand(line),
+          m_ssid(line.words.first()),
+          m_withPasskey(line.has(passkeyOption())),
+          m_passkey(passkey)
+    {
+        connect(&m_signals, &TerminationSignals::received, this,
+                [this] { notJoined(QStringLiteral(": interrupted")); });
+    }
+
+protected:
+    void onScanStarted() override { tellStep(QStringLiteral("looking for %1").arg(quoted(m_ssid))); }
+
+    void onScanned(const QList<WifiAccessPoint> &accessPoints) override
+    {
+        const NetworkChoice choice = chooseNetwork(accessPoints, m_ssid, m_withPasskey);
+        if (!choice.complaint.isEmpty()) {
+            fail(choice.complaint, choice.code);
+            return;
+        }
+        m_accessPoint = choice.accessPoint;
+        if (!takesPasskey(m_accessPoint) || !m_passkey.isEmpty())
+            join();
+        else if (PasskeyPrompt::isPossible())
+            askForPasskey();
+        else
+            fail(QStringLiteral("%1 needs a passkey: give --passkey-file FILE, \"-\" for standard input")
+                     .arg(quoted(m_ssid)),
+                 WrongUsage);
+    }
+
+    void withdraw() override
+    {
+        ScanningCommand::withdraw();
+        m_prompt.reset();
+        // Otherwise the daemon would go on trying, and join some time when nobody expects it any more.
+        if (m_join && !m_joinEnded)
+            service()->disconnectAccessPoint();
+        m_joinEnded = true;
+    }
+
+private:
+    void askForPasskey()
+    {
+        setOverdue(QStringLiteral("no passkey was typed"));
+        setDeadline(-1);
+        m_prompt = std::make_unique<PasskeyPrompt>(QStringLiteral("Passkey of %1: ").arg(quoted(m_ssid)));
+        // Queued, as the answer may be the end of the prompt.
+        connect(m_prompt.get(), &PasskeyPrompt::typed, this, &ConnectCommand::onTyped, Qt::QueuedConnection);
+    }
+
+    void onTyped(const QString &passkey)
+    {
+        m_passkey = passkey;
+        if (passkey.isEmpty())
+            notJoined(QStringLiteral(": no passkey was typed"));
+        else
+            join();
+    }
+
+    void join()
+    {
+        const QString signal = signalText(m_accessPoint);
+        tellStep(QStringLiteral("joining %1 (%2), strongest by %3")
+                     .arg(quoted(m_ssid), securityName(m_accessPoint), m_accessPoint.bssid())
+                 + (signal.isEmpty() ? QString() : QStringLiteral(" with ") + signal));
+        setOverdue(QStringLiteral("%1 has not been joined, and is not tried any longer; it may be out of range now")
+                       .arg(quoted(m_ssid)));
+        setDeadline(JoinTime);
+        m_join.reset(service()->connectAccessPoint(configurationFor(m_accessPoint, m_passkey)));
+        m_passkey.fill(QChar()); // nobody needs it here any more
+        connect(m_join.get(), &AsyncWifiConnectOperation::success, this, &ConnectCommand::onJoined);
+        connect(m_join.get(), &AsyncWifiConnectOperation::failure, this, &ConnectCommand::onRefused);
+    }
+
+    void onJoined()
+    {
+        m_joinEnded = true;
+        const WifiAccessPoint joined = m_join->results().first();
+        if (joined.ssid() != m_ssid) {
+            notJoined(QStringLiteral(": the station is connected to %1, as another application has asked for")
+                          .arg(quoted(joined.ssid())));
+            return;
+        }
+        if (json())
+            writeLine(jsonLine(stateJson(service()->powered(), joined)));
+        else
+            tellStep(QStringLiteral("connected to ") + connectionText(joined));
+        finish(Done);
+    }
+
+    void onRefused()
+    {
+        m_joinEnded = true;
+        const AsyncOperationError error = m_join->error();
+        QString reason;
+        if (error.message() == FailedToConnect)
+            reason = takesPasskey(m_accessPoint) ? QStringLiteral(" (the passkey is wrong, as a rule)")
+                                                 : QStringLiteral(" (it may not be open after all)");
+        notJoined(QStringLiteral(", code %1: ").arg(error.code()) + error.message() + reason);
+    }
+
+    void notJoined(const QString &why) { fail(quoted(m_ssid) + QLatin1String(" was not joined") + why); }
+
+    void tellStep(const QString &step) const
+    {
+        if (json())
+            complain(step);
+        else
+            writeLine(step.left(1).toUpper() + step.mid(1) + QLatin1Char('.'));
+    }
+
+    TerminationSignals m_signals;
+    const QString m_ssid;
+    const bool m_withPasskey;
+    QString m_passkey;
+    WifiAccessPoint m_accessPoint;
+    std::unique_ptr<PasskeyPrompt> m_prompt;
+    std::unique_ptr<AsyncWifiConnectOperation> m_join;
+    bool m_joinEnded = false;
+};
+
+// A file is read before anything is asked of the daemon; a terminal only when a passkey turns out to be needed.
+std::unique_ptr<Command> create(const CommandLine &line, QString *error)
+{
+    if (line.words.first().isEmpty()) {
+        *error = QStringLiteral("the SSID is empty: a network is joined by its name");
+        return nullptr;
+    }
+    const QString file = line.options.value(passkeyOption());
+    const bool typed = file == QLatin1String("-") && PasskeyPrompt::isPossible();
+    QString passkey;
+    if (line.has(passkeyOption()) && !typed && !readPasskeyFile(file, &passkey, error))
+        return nullptr;
+    return std::make_unique<ConnectCommand>(line, passkey);
+}
+
+} // namespace
+
+CommandInfo wifiConnectCommand()
+{
+    return {QStringLiteral("wifi connect"),
+            {{QStringLiteral("SSID"), [](const QStringList &) { return QStringList(); }}},
+            0,
+            withServiceOptions({{passkeyOption(), QStringLiteral("FILE"),
+                                 QStringLiteral("the passkey is the one line of FILE, \"-\" for standard input")}}),
+            {{QStringLiteral("SSID"), QStringLiteral("leave the present network, and join the one of that name")}},
+            QStringLiteral(
+                "Looks for the network, and takes the security of its strongest access point that can be joined:\n"
+                "WPA or WPA2 with a passkey, or open. With --passkey-file a network is only joined with it.\n"
+                "Without, the passkey is asked for on the terminal.\n\n"
+                "When there are no scan results within 15 seconds, or the network is not joined within 30, or\n"
+                "when the time of --timeout is up, the attempt is withdrawn and the command ends with code 4;\n"
+                "by Ctrl-C with code 1. With --json the steps are told on standard error, and the outcome is\n"
+                "what 'wifi status --json' would write."),
+            {QStringLiteral("morvekctl wifi connect Garage"),
+             QStringLiteral("morvekctl wifi connect Garage --passkey-file garage.key --json")},
+            create};
+}
+
+} // namespace morvek
