@@ -11,7 +11,8 @@ namespace morvek {
 /*!
  * A scan for access points.
  *
- * On success results() holds every access point of the scan in the daemon's order; none were found when it is empty.
+ * On success results() holds every access point of the scan in the daemon's order. It is empty when none were found,
+ * or when what the daemon has published cannot be read.
  */
 class MORVEK_NETWORK_EXPORT AsyncWifiScanOperation : public AsyncOperation<WifiAccessPoint>
 {

@@ -17,6 +17,11 @@ namespace morvek {
  * One Wi-Fi access point: found by a scan, or the one that the station is connected to.
  *
  * A default-constructed one is an open network with empty names. A copy shares nothing with its source.
+ *
+ * In what a scan finds, security that is not known adds nothing, and a network without any known protocol has the
+ * flags of an open one. So a network is taken for open only when protocols, key management and ciphers are "none" and
+ * nothing else. Even then it may be protected in a way that the daemon has described in words unknown here. In the
+ * access point that the station is connected to, the three are 0 when they are not known.
  */
 class MORVEK_NETWORK_EXPORT WifiAccessPoint
 {

@@ -22,7 +22,7 @@ enum WifiKeyManagementType {
 
 /*! Security protocols of a network. */
 enum WifiSecurityProtocol {
-    WifiSecurityProtocolNone = 0x1, //!< open network
+    WifiSecurityProtocolNone = 0x1, //!< none, or none that is known
     WifiSecurityProtocolWep = 0x2,
     WifiSecurityProtocolWpa = 0x4,
     WifiSecurityProtocolWpa2 = 0x8,

@@ -18,6 +18,10 @@ class WifiConnectionConfig;
  * The unit's Wi-Fi station: switches the radio, finds access points, joins a network and leaves it.
  *
  * \code
+ * #include <asyncwifiscanoperation.h>
+ * #include <networklibraryexports.h>
+ * #include <wifiservice.h>
+ *
  * WifiService *service = newWifiService();
  * connect(service, &WifiService::readyChanged, this, [this, service] {
  *     AsyncWifiScanOperation *operation = service->scan();
@@ -30,13 +34,19 @@ class WifiConnectionConfig;
  * deleteWifiService(&service);
  * \endcode
  *
- * The service is usable on the thread that created it. A new service is not ready: it becomes so, from the event
- * loop, when the Wi-Fi daemon has published its status, and tells it with readyChanged(). Once ready, it outlives
- * any restart of the daemon. When one of the daemon's two objects cannot be opened at that moment, it does not become
- * ready any more: make a new one to try again. Slots may delete the service.
+ * The service is usable on the thread that created it. Slots may delete it.
+ *
+ * A new service is not ready: it becomes so, from the event loop, when the Wi-Fi daemon has published its status, and
+ * tells it with readyChanged(). It tries once: when the status is there and the daemon is not, such as while it
+ * restarts, the service does not become ready any more, and no signal tells that. An application that is still
+ * waiting after a second or two makes a new service. Once ready, it outlives any restart of the daemon; what it tells
+ * is what the daemon has published last, also while the daemon is dead.
  *
  * The caller owns the operations that are returned, which are never null, and may delete them at any time. Their
  * failures carry code -1. Deleting the service leaves its operations open for ever.
+ *
+ * Names of networks pass through the locale's encoding. Let the application run in a UTF-8 locale: in another one, a
+ * name that does not fit can cost the whole result of a scan.
  */
 class MORVEK_NETWORK_EXPORT WifiService : public ServiceBase
 {
@@ -53,7 +63,7 @@ public:
 
     /*!
      * Asks the Wi-Fi daemon to switch the radio on. poweredChanged() tells when it is; nothing tells a refusal.
-     * Does nothing while the service is not ready.
+     * Changes nothing while the service is not ready.
      */
     void powerOn();
     /*! The same for switching the radio off. */
@@ -63,15 +73,17 @@ public:
 
     /*!
      * Looks for access points. The operation succeeds with the next results that the Wi-Fi daemon publishes, be it for
-     * another application's scan. It fails with "Service is not ready" only.
+     * another application's scan. It fails with "Service is not ready" only. The results are as the daemon lists
+     * them: not sorted, and nothing is merged or left out.
      *
      * There is no time limit: when the daemon refuses to scan, the operation waits until it publishes results again.
      */
     AsyncWifiScanOperation *scan();
 
     /*!
-     * Leaves the present network and joins the one of \a config. The operation succeeds with the access point when the
-     * station is connected. It fails with one of these messages:
+     * Has the station leave the present network, if it is connected to one, and join that of \a config. The operation
+     * succeeds with the access point when the station is connected; connectedChanged() has told that then. It fails
+     * with one of these messages:
      *
      * - "Service is not ready"
      * - "Wifi Configuration provided is not valid": see WifiConnectionConfig::isValid().
@@ -79,24 +91,27 @@ public:
      * - "Cancelling connect operation, due to issued disconnect command": disconnectAccessPoint() was called.
      * - "Failed to connect to Access Point": the passkey is wrong as a rule.
      *
-     * or with the daemon's own text, when it refuses the network or is not there.
+     * or with the daemon's own text, when it refuses the network or is not there. After that, the station may still be
+     * connected to the network that it was to leave.
      *
      * There is no time limit: joining a network that is out of range stays pending until disconnectAccessPoint() is
      * called, even when the operation is deleted meanwhile. Which network the station has joined is not compared with
-     * \a config: when another application joins one at the same time, the operation may succeed with that.
+     * \a config: the operation succeeds with the next connection that the daemon publishes, which may be one that
+     * another application has asked for.
      */
     AsyncWifiConnectOperation *connectAccessPoint(const WifiConnectionConfig &config);
 
     /*!
      * Leaves the network, and ends a pending connectAccessPoint(). connectedChanged() tells when the station has left;
-     * nothing tells a refusal. Does nothing while the service is not ready.
+     * nothing tells a refusal. Changes nothing while the service is not ready.
      */
     void disconnectAccessPoint();
 
     /*!
      * The access point that the station is connected to; empty when there is none or the service is not ready.
      * Its rssi(), frequency() and serviceSet() are not known here and have their defaults; what the Wi-Fi daemon
-     * does not name of its security is 0. It changes without a signal when the station roams.
+     * does not name of its security is 0. It changes without a signal when the station goes from one access point
+     * straight to another.
      */
     WifiAccessPoint connectedAccessPoint() const;
     /*! Whether the station is connected to an access point; false while the service is not ready. */
@@ -105,7 +120,7 @@ public:
 Q_SIGNALS:
     /*! The radio has been switched on or off, by whomever. */
     void poweredChanged(bool powered);
-    /*! The station has joined a network, or left it or lost it. */
+    /*! The station is connected to an access point now, or it is to none any more. */
     void connectedChanged(bool connected);
 
 private:

@@ -81,7 +81,7 @@ QJsonObject networkEntry(const WifiConnectionConfig &config)
 {
     QJsonObject entry {{Ssid, config.ssid()}};
     if (config.keyManagementType() == WifiKeyManagementPsk) {
-        entry.insert(KeyManagement, QStringLiteral("WPA-PSK")); // for WPA2 too: the daemon finds out
+        entry.insert(KeyManagement, QStringLiteral("WPA-PSK")); // also for WPA2
         entry.insert(QStringLiteral("psk"), config.passkey());
     } else {
         entry.insert(KeyManagement, QStringLiteral("NONE"));
@@ -273,7 +273,7 @@ void WifiProviderZop::onAddAccessPointComplete(ZopControlCommand *command)
 {
     if (command->hasError())
         failFirstConnect(command->errorString());
-    // After a refusal too, as the daemon is used to.
+    // After a refusal too: daemons see every "wnet_new" followed by a "wnet_select".
     enableAccessPoint(command->datResponse().toString());
 }
 

@@ -17,6 +17,12 @@ const char UnknownProtocolText[] = "Unrecognized access point flag security prot
 const char UnknownKeyManagementText[] = "Unrecognized access point flag key management: \"";
 const char UnknownCipherText[] = "Unrecognized access point cipher: \"";
 
+/*! What the locale's encoding leaves of \a text. */
+QString inLocalEncoding(QStringView text)
+{
+    return QString::fromLocal8Bit(text.toLocal8Bit());
+}
+
 template<typename Value>
 struct Token
 {
@@ -78,7 +84,7 @@ void addPart(const Table &table, QStringView part, const char *unknownText, Set 
     if (const auto *token = find(table, part))
         set |= token->value;
     else
-        NetworkLog::error(unknownText, part.toLocal8Bit(), '"');
+        NetworkLog::error(unknownText, inLocalEncoding(part), '"');
 }
 
 } // namespace
@@ -89,7 +95,7 @@ void WifiProviderZopParserUtilities::parseStatusKeyManagement(const QString &val
 {
     const auto *token = find(StatusKeyManagements, value);
     if (!token) {
-        NetworkLog::warning(UnknownStatusKeyManagementText, value.toLocal8Bit(), '"');
+        NetworkLog::warning(UnknownStatusKeyManagementText, inLocalEncoding(value), '"');
         return;
     }
     protocols = token->value.protocol;
@@ -101,7 +107,7 @@ void WifiProviderZopParserUtilities::parseStatusCipher(const QString &value, QFl
     if (const auto *token = find(StatusCiphers, value))
         ciphers = token->value;
     else
-        NetworkLog::warning(UnknownStatusCipherText, value.toLocal8Bit(), '"');
+        NetworkLog::warning(UnknownStatusCipherText, inLocalEncoding(value), '"');
 }
 
 void WifiProviderZopParserUtilities::parseScanResultFlags(const QJsonArray &flags,
@@ -124,7 +130,7 @@ void WifiProviderZopParserUtilities::parseScanResultFlags(const QJsonArray &flag
             ciphers |= WifiCipherNone;
         } else if (flag.startsWith(QLatin1String("WPA"))) {
             if (flag.count(QLatin1Char('-')) != 2) {
-                NetworkLog::error(UnreadableFlagText, flag.toLocal8Bit(), '"');
+                NetworkLog::error(UnreadableFlagText, inLocalEncoding(flag), '"');
                 continue;
             }
             const QStringView text(flag);

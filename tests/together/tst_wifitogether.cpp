@@ -6,6 +6,7 @@
 #include "networklibraryexports.h"
 #include "wificonnectionconfig.h"
 #include "wifiservice.h"
+#include "zopdirwatcher.h"
 
 #include <QtTest/QtTest>
 
@@ -98,8 +99,10 @@ private Q_SLOTS:
     void cancelsWhenLeaving();
     void twoApplicationsScan();
     void twoApplicationsJoin();
+    void twoProcesses();
     void laterScanWaitsForLaterResults();
     void outlivesTheDaemon();
+    void madeWhileTheDaemonIsDead();
     void oldResultsCompleteNothing();
     void hostileResults_data();
     void hostileResults();
@@ -344,8 +347,29 @@ void WifiTogetherTest::twoApplicationsJoin()
     QCOMPARE(connect.outcome(), QStringLiteral("ok"));
     QCOMPARE(othersConnect.outcome(), QStringLiteral("ok"));
     QTRY_COMPARE_WITH_TIMEOUT(first->connectedAccessPoint().ssid(), second->connectedAccessPoint().ssid(), Patience);
+    QVERIFY(first->connected());
     QCOMPARE(connect.success.count(), 1);
     QCOMPARE(othersConnect.success.count(), 1);
+}
+
+/*! Their requests carry the same identifiers, and yet each gets its own replies. */
+void WifiTogetherTest::twoProcesses()
+{
+    const Application service = application();
+    for (int i = 0; i < 3; ++i) {
+        QProcess other;
+        other.start(
+            QStringLiteral(MORVEKCTL),
+            {QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Nowhere"), QStringLiteral("--json")});
+        QVERIFY(other.waitForStarted(Patience));
+        Connect connect(service->connectAccessPoint(protectedBy("too few")));
+        Scan scan(service->scan());
+        QCOMPARE(connect.outcome(),
+                 QStringLiteral("-1 \"psk\" must be 8 to 63 ASCII characters or 64 hexadecimal digits"));
+        QCOMPARE(scan.outcome(), QStringLiteral("ok"));
+        QTRY_COMPARE_WITH_TIMEOUT(other.state(), QProcess::NotRunning, Patience);
+        QCOMPARE(other.exitCode(), 5); // it has scanned too, and found no such network
+    }
 }
 
 void WifiTogetherTest::laterScanWaitsForLaterResults()
@@ -379,6 +403,22 @@ void WifiTogetherTest::outlivesTheDaemon()
     QVERIFY(waiting.operation->results() == scan.operation->results());
     Connect connect(service->connectAccessPoint(protectedBy("open sesame 42")));
     QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+}
+
+void WifiTogetherTest::madeWhileTheDaemonIsDead()
+{
+    m_daemon->kill();
+    const Application tooEarly(newWifiService());
+    QSignalSpy ready(tooEarly.get(), &ServiceBase::readyChanged);
+    // It has looked when a watcher that was made later has announced the status.
+    ZopDirWatcher watcher(QStringLiteral("/zop/services/wifi/"));
+    QSignalSpy announced(&watcher, &ZopDirWatcher::objectAdded);
+    QTRY_VERIFY_WITH_TIMEOUT(!announced.isEmpty(), Patience);
+    QVERIFY(m_daemon->start(QStringLiteral("headunit")));
+    const Application inTime = application();
+    QVERIFY(inTime->ready());
+    QVERIFY(ready.isEmpty());
+    QVERIFY(!tooEarly->ready());
 }
 
 void WifiTogetherTest::oldResultsCompleteNothing()
@@ -468,8 +508,10 @@ void WifiTogetherTest::deletedInItsOwnSlot()
     QVERIFY(!service);
     // The daemon and the platform go on: another service sees them well.
     const Application next = application();
+    next->powerOn();
+    QTRY_VERIFY_WITH_TIMEOUT(next->powered(), Patience);
     Scan scan(next->scan());
-    QVERIFY(next->ready());
+    QCOMPARE(scan.outcome(), QStringLiteral("ok"));
 }
 
 void WifiTogetherTest::deletedWithOperationsOpen()
