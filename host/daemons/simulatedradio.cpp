@@ -129,7 +129,7 @@ void SimulatedRadio::setInRange(const QString &bssid, bool inRange)
     SimulatedAccessPoint *accessPoint = m_air.find(bssid);
     accessPoint->setInRange(inRange);
     if (inRange) {
-        const bool waits = m_selected != None && m_current.isEmpty() && !m_joining;
+        const bool waits = m_selected != None && m_current.isEmpty();
         if (waits && accessPoint->belongsTo(m_networks.at(m_selected)))
             join();
     } else if (m_current == bssid) {
@@ -205,7 +205,6 @@ void SimulatedRadio::join()
 {
     if (m_selected == None || !isUsable())
         return;
-    m_joining = true;
     m_pace->after(m_delays.associate, this, [this, attempt = ++m_attempt] {
         if (attempt == m_attempt)
             finishJoining();
@@ -214,7 +213,6 @@ void SimulatedRadio::join()
 
 void SimulatedRadio::finishJoining()
 {
-    m_joining = false;
     const WifiNetwork &network = m_networks.at(m_selected);
     const SimulatedAccessPoint *found =
         m_air.strongest([&network](const SimulatedAccessPoint &one) { return one.belongsTo(network); });
@@ -249,7 +247,6 @@ void SimulatedRadio::associate(const SimulatedAccessPoint &accessPoint)
 void SimulatedRadio::leave(int reason, ZopChangeset changes)
 {
     ++m_attempt;
-    m_joining = false;
     const bool connected = !m_current.isEmpty();
     if (connected) {
         changes.assignments.insert(Wire::LastEvent, disconnectedEvent(m_current, reason));

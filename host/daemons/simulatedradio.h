@@ -69,7 +69,6 @@ private:
     bool m_power;
     int m_selected = None; // of m_networks
     QString m_current;     // bssid; empty while the station is not connected
-    bool m_joining = false;
     quint32 m_attempt = 0; // counts attempts to join, so that only the latest is finished
     bool m_scanning = false;
     quint32 m_scan = 0; // counts scans, likewise

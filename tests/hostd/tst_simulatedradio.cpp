@@ -25,10 +25,10 @@ const char HomeScenario[] = R"({
          'lease': {'ip_addresses': ['172.20.0.83/255.255.252.0'], 'ip_gateway': ['172.20.0.1']}},
         {'bssid': '02:00:00:00:00:05', 'ssid': 'Garage', 'frequency': 2412, 'signal_level': -57,
          'flags': ['WPA-PSK-TKIP', 'ESS'], 'passkey': 'open sesame 42'},
-        {'bssid': '02:00:00:00:00:06', 'ssid': 'Mute', 'frequency': 2412, 'signal_level': -57, 'flags': ['ESS'],
-         'answers': false},
+        {'bssid': '02:00:00:00:00:06', 'ssid': 'Mute', 'frequency': 2412, 'signal_level': -57,
+         'flags': ['ESS'], 'passkey': 'silence is golden', 'answers': false},
         {'bssid': '02:00:00:00:00:07', 'ssid': 'Far', 'frequency': 2412, 'signal_level': -90, 'flags': ['ESS'],
-         'in_range': false}]}
+         'passkey': 'silence is golden', 'in_range': false}]}
 })";
 
 const QString Down = QStringLiteral("wlan0: connected=false ip_addresses=[] ip_gateway=[] up=false");
@@ -94,6 +94,7 @@ private Q_SLOTS:
     void strongestIsTaken();
     void associationTakesItsTime();
     void neverAnswers();
+    void anotherAnswers();
     void newerSelectionOverrides();
     void disableAll();
     void disableAllOverridesAnAssociation();
@@ -316,12 +317,12 @@ void SimulatedRadioTest::escapesNames()
 void SimulatedRadioTest::notInRange()
 {
     WorldFixture fixture(HomeScenario);
-    fixture.radio->addNetwork({QStringLiteral("Far"), QString()});
+    fixture.radio->addNetwork({QStringLiteral("Far"), QStringLiteral("silence is golden")});
     QCOMPARE(fixture.wifiRequest("wnet_select", "1"), 0);
     fixture.take();
     QCOMPARE(fixture.settle(), QStringList {QStringLiteral("wifi: last_event=CTRL-EVENT-NETWORK-NOT-FOUND ")});
     fixture.radio->setInRange(bssid(7), true);
-    QCOMPARE(fixture.settle(), QStringList({joined(7, 1, "Far", "NONE", "NONE"), Up, Leased, Default}));
+    QCOMPARE(fixture.settle(), QStringList({joined(7, 1, "Far", "WPA2-PSK", "CCMP"), Up, Leased, Default}));
 }
 
 void SimulatedRadioTest::securityThatDoesNotMatch_data()
@@ -366,12 +367,24 @@ void SimulatedRadioTest::strongestIsTaken()
 void SimulatedRadioTest::neverAnswers()
 {
     WorldFixture fixture(HomeScenario);
-    fixture.radio->addNetwork({QStringLiteral("Mute"), QString()});
+    fixture.radio->addNetwork({QStringLiteral("Mute"), QStringLiteral("not even whether it is right")});
     QCOMPARE(fixture.wifiRequest("wnet_select", "1"), 0);
     fixture.take();
     QCOMPARE(fixture.settle(), QStringList());
     QCOMPARE(fixture.wifiRequest("wnet_select", "0"), 0);
     QCOMPARE(fixture.settle(), QStringList({home(1), Up, Leased, Default}));
+}
+
+void SimulatedRadioTest::anotherAnswers()
+{
+    QByteArray scenario(HomeScenario);
+    scenario.replace("'ssid': 'Far'", "'ssid': 'Mute'").replace("'signal_level': -90", "'signal_level': -30");
+    WorldFixture fixture(scenario.constData());
+    fixture.radio->addNetwork({QStringLiteral("Mute"), QStringLiteral("silence is golden")});
+    QCOMPARE(fixture.wifiRequest("wnet_select", "1"), 0);
+    fixture.settle();
+    fixture.radio->setInRange(bssid(7), true);
+    QCOMPARE(fixture.settle(), QStringList({joined(7, 1, "Mute", "WPA2-PSK", "CCMP"), Up, Leased, Default}));
 }
 
 void SimulatedRadioTest::newerSelectionOverrides()
@@ -563,7 +576,6 @@ void SimulatedRadioTest::roamsOnlyWhereItIsWelcome()
     fixture.radio->roam(bssid(2)); // not connected
     QCOMPARE(fixture.settle(), QStringList());
 
-    fixture.radio->addNetwork({QStringLiteral("Mute"), QString()});
     WorldFixture mute(R"({'interfaces': [{'name': 'wlan0', 'type': 'wifi', 'connected': true,
             'lease': {'ip_addresses': ['192.168.1.7/255.255.255.0']}}],
         'wifi': {'interface': 'wlan0', 'connected': '02:00:00:00:00:01', 'access_points': [

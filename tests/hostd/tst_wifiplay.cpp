@@ -44,6 +44,7 @@ private Q_SLOTS:
     void noReply();
     void late();
     void doubled();
+    void repliesTakeTheirTime();
     void noReplyButPerformed();
     void neverAnswers();
     void diesInAConnect();
@@ -292,6 +293,16 @@ void WifiPlayTest::doubled()
     // It became known once.
     QCOMPARE(Request(m_control.get(), "wnet_new", "{'ssid':'Other','key_mgmt':'NONE'}").answer(), QStringLiteral("2"));
     QCOMPARE(messages.count(), 2);
+}
+
+void WifiPlayTest::repliesTakeTheirTime()
+{
+    QVERIFY(startWith("{'delays': {'reply': 86400000}, 'interfaces': [{'name': 'wlan0', 'type': 'wifi', 'up': false}],"
+                      "'wifi': {'interface': 'wlan0', 'access_points': []},"
+                      "'faults': [{'fault': 'late', 'message': 'scan', 'delay': 50}]}"));
+    const Request slow(m_control.get(), "wnet_disableall");
+    QCOMPARE(Request(m_control.get(), "scan").outcome(), QStringLiteral("ok"));
+    QCOMPARE(slow.finished.count(), 0);
 }
 
 void WifiPlayTest::noReplyButPerformed()

@@ -12,26 +12,44 @@ namespace {
 const char *const EventThere = "debug1 1300 Wi-Fi status ZOP object last_event attribute is present. Identifying event";
 const char *const Failed = "failure -1 Failed to connect to Access Point";
 
-/*! What the provider's state is each time that it logs a line. */
-class StateWhenLogged
+/*!
+ * What the provider's state is each time that it logs a line or tells a signal: the first word of the line or "Told",
+ * then powered, connected, whether there is an access point, and the number of results of a connect.
+ */
+class States
 {
 public:
-    explicit StateWhenLogged(const WifiProvider &provider, const AsyncWifiConnectOperation *operation = nullptr)
+    States(const WifiProvider &provider, const AsyncWifiConnectOperation &operation)
     {
-        KrelLogger::setSink([=, &provider](KrelLogger::Level, unsigned short, const QString &text) {
-            m_states.append(text.section(QLatin1Char(' '), 0, 0)
-                            + QStringLiteral(" %1%2%3")
-                                  .arg(provider.powered())
-                                  .arg(provider.connected())
-                                  .arg(operation ? operation->results().size() : 0));
+        const auto append = [this, &provider, &operation](const QString &event) {
+            m_states.append(QStringLiteral("%1 %2%3%4%5")
+                                .arg(event)
+                                .arg(provider.powered())
+                                .arg(provider.connected())
+                                .arg(!provider.connectedAccessPoint().isEmpty())
+                                .arg(operation.results().size()));
+        };
+        KrelLogger::setSink([append](KrelLogger::Level, unsigned short, const QString &text) {
+            append(text.section(QLatin1Char(' '), 0, 0));
         });
+        const auto told = [append] { append(QStringLiteral("Told")); };
+        QObject::connect(&provider, &WifiProvider::poweredChanged, &m_context, told);
+        QObject::connect(&provider, &WifiProvider::connectedChanged, &m_context, told);
     }
 
-    QStringList states() const { return m_states; }
+    /*! Since the last call. */
+    QStringList take()
+    {
+        const QStringList states = m_states;
+        m_states.clear();
+        return states;
+    }
 
 private:
-    Q_DISABLE_COPY(StateWhenLogged)
+    Q_DISABLE_COPY(States)
+
     const LogCapture m_restores {7};
+    QObject m_context;
     QStringList m_states;
 };
 
@@ -105,6 +123,7 @@ void TestWifiProviderConnection::accessPoints_data()
     for (const char *none :
          {"", "on", "{", R"({"bssid":"a")", "[]", R"([{"bssid":"a"}])", R"("a")", "1", "null", "{\"bssid\":\"a\xff\"}"})
         row(QByteArray("none: ") + none, none, QString(), QString(), "0 0 0", {noKeyManagement, noCipher});
+    row("invalid UTF-8", "{\"bssid\":\"a\xff\"}", QString(), QString(), "0 0 0", {noKeyManagement, noCipher});
     row("deep", "{\"bssid\":" + QByteArray(10000, '[') + QByteArray(10000, ']') + '}', QString(), QString(), "0 0 0",
         {noKeyManagement, noCipher});
     row("huge", "{\"bssid\":\"a\",\"ssid\":\"" + QByteArray(2000000, 's') + "\"}", a,
@@ -298,27 +317,30 @@ void TestWifiProviderConnection::changesBetweenItsLines()
 {
     const WifiProviderFixture fixture;
     const ConnectPointer operation = fixture.join();
-    const StateWhenLogged log(*fixture.provider, operation.get());
+    States states(*fixture.provider, *operation);
     change("wifi_power", text("on"));
-    change("wifi_status", connection());
-    // Powered, connected, and the number of results.
-    QCOMPARE(log.states(),
-             lines({"Updating 000", "Emitting 100", "Wi-Fi 100", "Setting 100", "Updating 101", "Emitting 111"}));
+    QCOMPARE(states.take(), lines({"Updating 0000", "Emitting 1000", "Told 1000"}));
+    change("wifi_status", json(R"({"bssid":"a"})"));
+    QCOMPARE(states.take(),
+             lines({"Wi-Fi 1000", "Unrecognized 1000", "Unrecognized 1000", "Setting 1010", "Updating 1011",
+                    "Emitting 1111", "Told 1111"}));
+    removeAttribute("wifi_status");
+    QCOMPARE(states.take(), lines({"Wi-Fi 1111", "Updating 1101", "Emitting 1001", "Told 1001"}));
 }
 
 void TestWifiProviderConnection::lastEvents_data()
 {
     QTest::addColumn<QByteArray>("value");
     QTest::addColumn<bool>("fails");
-    const auto row = [](const QByteArray &value, bool fails) { QTest::addRow("'%s'", value.data()) << value << fails; };
+    QTest::newRow("zero byte") << QByteArray("\0\xff"
+                                             "CTRL-EVENT-SSID-TEMP-DISABLED",
+                                             31)
+                               << true;
+    QTest::newRow("huge") << QByteArray(2000000, '-') + "CTRL-EVENT-SSID-TEMP-DISABLED" << true;
+    const auto row = [](const char *value, bool fails) { QTest::addRow("'%s'", value) << QByteArray(value) << fails; };
     row("CTRL-EVENT-SSID-TEMP-DISABLED", true);
     row("<3>CTRL-EVENT-SSID-TEMP-DISABLED id=0 ssid=\"Home\" auth_failures=1 reason=WRONG_KEY", true);
     row("CTRL-EVENT-SSID-TEMP-DISABLEDCTRL-EVENT-CONNECTED", true);
-    row(QByteArray("\0\xff"
-                   "CTRL-EVENT-SSID-TEMP-DISABLED",
-                   31),
-        true);
-    row(QByteArray(2000000, '-') + "CTRL-EVENT-SSID-TEMP-DISABLED", true);
     row("", false);
     row("ctrl-event-ssid-temp-disabled", false);
     row("CTRL-EVENT-SSID-TEMP-DISABLE", false);

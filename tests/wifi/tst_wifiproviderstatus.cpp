@@ -172,7 +172,9 @@ void TestWifiProviderStatus::opensItsObjectsOnce()
 {
     WifiProviderZop provider;
     WifiEvents events(provider);
+    QObject::connect(&provider, &ServiceProviderBase::readyChanged, [] { announce("status"); });
     start();
+    QCOMPARE(ZopDouble::objects(QLatin1String(Status)).size(), 1);
     ZopDouble::clearJournal();
     announce("status");
     QVERIFY(ZopDouble::journal().isEmpty());

@@ -111,7 +111,7 @@ public:
     bool ready() const override { return true; }
 };
 
-/*! Asks \a service for one thing; an operation that comes back is failed or not. */
+/*! Asks \a service for one thing and says what came back. */
 using Call = std::function<QString(WifiService &service)>;
 
 template<typename Operation>
