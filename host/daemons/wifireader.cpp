@@ -104,7 +104,7 @@ int readSignalLevel(const JsonNode &node)
 
 QString readBssid(const JsonNode &node, const Scenario &scenario)
 {
-    const QString bssid = node.text();
+    QString bssid = node.text();
     expectWifi(node, scenario);
     if (!scenario.wifi.accessPoint(bssid))
         node.fail(QStringLiteral("no access point \"%1\"").arg(bssid));

@@ -28,6 +28,23 @@ Seen::Seen(const QString &path)
     updates.clear();
 }
 
+QStringList Seen::lines() const
+{
+    QStringList lines;
+    for (int i = 0; i < updates.count(); ++i) {
+        const ZopChangeset changes = update(i);
+        QStringList words;
+        for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)
+            words += it.key() + QLatin1Char('=') + it.value().toString();
+        QStringList removals = changes.removals.values();
+        removals.sort();
+        for (const QString &name : qAsConst(removals))
+            words += QLatin1Char('-') + name;
+        lines += words.join(QLatin1Char(' '));
+    }
+    return lines;
+}
+
 Request::Request(ZopObject *control, const char *message, const char *dat)
     : command(control),
       finished(&command, &ZopControlCommand::finished)

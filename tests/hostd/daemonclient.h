@@ -25,8 +25,12 @@ struct Seen
 {
     explicit Seen(const QString &path);
 
+    bool has(const char *name) const { return object.attribute(QLatin1String(name)).isValid(); }
     QString text(const char *name) const { return object.attribute(QLatin1String(name)).toString(); }
     morvek::ZopChangeset update(int i) const { return updates.at(i).at(0).value<morvek::ZopChangeset>(); }
+
+    /*! One line for each update: NAME=TEXT for what is set, in name order, then -NAME for what is removed. */
+    QStringList lines() const;
 
     morvek::ZopObject object;
     QSignalSpy updates; //!< since it was opened

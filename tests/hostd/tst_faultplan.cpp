@@ -33,6 +33,7 @@ class FaultPlanTest : public QObject
 private Q_SLOTS:
     void withoutFaults();
     void matchesMessageAndInterface();
+    void matchesName();
     void countsTimes();
     void skipsFirst();
     void firstThatFits();
@@ -52,6 +53,17 @@ void FaultPlanTest::matchesMessageAndInterface()
     QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QString(), QString())), 0);
     for (int i = 0; i < 3; ++i)
         QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"), QString())), 7);
+}
+
+void FaultPlanTest::matchesName()
+{
+    Fault fault = makeFault(7, "wnet_new", "", 0, -1);
+    fault.ssid = QStringLiteral("Garage");
+    FaultPlan plan({fault});
+    QCOMPARE(codeOf(plan.next(QStringLiteral("wnet_new"), QString(), QStringLiteral("Home"))), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("wnet_new"), QString(), QString())), 0);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("wnet_new"), QString(), QStringLiteral("Garage"))), 7);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("wnet_select"), QString(), QStringLiteral("Garage"))), 0);
 }
 
 void FaultPlanTest::countsTimes()

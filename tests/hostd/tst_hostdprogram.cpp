@@ -60,6 +60,8 @@ void HostdProgramTest::badArguments_data()
     row("system, checked", {QStringLiteral("--interfaces"), QStringLiteral("system"), QStringLiteral("--check")},
         "morvek-hostd: --interfaces system shows this machine: it goes with neither --scenario nor --check (--help "
         "lists the options)\n");
+    row("daemon that there is none", {QStringLiteral("--without"), QStringLiteral("cellular")},
+        "morvek-hostd: --without: \"cellular\" is neither networking nor wifi (--help lists the options)\n");
     row("empty root", {QStringLiteral("--root"), QString()},
         "morvek-hostd: --root: needs a directory (--help lists the options)\n");
 }
@@ -80,8 +82,8 @@ void HostdProgramTest::informs()
     const auto help = HostdProcess::run({QStringLiteral("--help")});
     QCOMPARE(help.code, 0);
     QCOMPARE(help.errors, QByteArray());
-    for (const char *option : {"--scenario", "--list-scenarios", "--interfaces", "--root", "--speed", "--seed",
-                               "--check", "--verbose", "--help", "--version"})
+    for (const char *option : {"--scenario", "--list-scenarios", "--interfaces", "--without", "--root", "--speed",
+                               "--seed", "--check", "--verbose", "--help", "--version"})
         QVERIFY2(help.output.contains(option), option);
 
     const auto version = HostdProcess::run({QStringLiteral("--version")});
@@ -94,12 +96,15 @@ void HostdProgramTest::informs()
     const auto list = HostdProcess::run({QStringLiteral("--list-scenarios")});
     QCOMPARE(list.code, 0);
     const QList<QByteArray> lines = list.output.split('\n');
-    QCOMPARE(lines.size(), 6);
-    QVERIFY(lines.at(0).startsWith("come-and-go "));
-    QVERIFY(lines.at(1).startsWith("daemon-restart "));
-    QVERIFY(lines.at(2).startsWith("headunit "));
-    QVERIFY(lines.at(3).startsWith("no-reply "));
-    QVERIFY(lines.at(4).startsWith("refused "));
+    QStringList names;
+    for (const QByteArray &line : lines)
+        names += QString::fromUtf8(line.left(line.indexOf("  ")));
+    QCOMPARE(names,
+             QStringList({QStringLiteral("come-and-go"), QStringLiteral("daemon-restart"), QStringLiteral("headunit"),
+                          QStringLiteral("no-reply"), QStringLiteral("refused"), QStringLiteral("wifi-daemon-restart"),
+                          QStringLiteral("wifi-garbage"), QStringLiteral("wifi-no-reply"),
+                          QStringLiteral("wifi-out-of-range"), QStringLiteral("wifi-refused"),
+                          QStringLiteral("wifi-roaming"), QStringLiteral("wifi-security"), QString()}));
 }
 
 void HostdProgramTest::checksScenarios()

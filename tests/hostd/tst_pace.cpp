@@ -12,6 +12,7 @@ class PaceTest : public QObject
 private Q_SLOTS:
     void factor();
     void drawsWithinTheRange();
+    void picksWithoutTheFactor();
     void seedRepeatsEveryChoice();
     void calls();
     void doesNotCallWhatIsGone();
@@ -34,6 +35,15 @@ void PaceTest::drawsWithinTheRange()
         drawn += pace.draw({3, 5});
     QCOMPARE(drawn, QSet<int>({3, 4, 5}));
     QCOMPARE(pace.draw({7, 7}), 7);
+}
+
+void PaceTest::picksWithoutTheFactor()
+{
+    Pace pace(100, 42);
+    QSet<int> picked;
+    for (int i = 0; i < 200; ++i)
+        picked += pace.pick(-1, 2);
+    QCOMPARE(picked, QSet<int>({-1, 0, 1, 2}));
 }
 
 void PaceTest::seedRepeatsEveryChoice()

@@ -393,7 +393,9 @@ void ScenarioReaderTest::errors()
 void ScenarioReaderTest::shippedScenarios()
 {
     const QStringList names = ScenarioFiles::shipped();
-    for (const char *name : {"headunit", "come-and-go", "refused", "no-reply", "daemon-restart"})
+    for (const char *name :
+         {"headunit", "come-and-go", "refused", "no-reply", "daemon-restart", "wifi-daemon-restart", "wifi-garbage",
+          "wifi-no-reply", "wifi-out-of-range", "wifi-refused", "wifi-roaming", "wifi-security"})
         QVERIFY2(names.contains(QLatin1String(name)), name);
     for (const QString &name : names) {
         Scenario scenario;
@@ -415,9 +417,10 @@ void ScenarioReaderTest::documentedExample()
     Scenario scenario;
     QString error;
     QVERIFY2(readScenario(page.mid(begin, end - begin), &scenario, &error), qPrintable(error));
-    QCOMPARE(scenario.interfaces.size(), 3);
-    QCOMPARE(scenario.timeline.size(), 11);
-    QCOMPARE(scenario.faults.size(), 5);
+    QCOMPARE(scenario.interfaces.size(), 4);
+    QCOMPARE(scenario.wifi.accessPoints.size(), 3);
+    QCOMPARE(scenario.timeline.size(), 21);
+    QCOMPARE(scenario.faults.size(), 7);
 }
 
 void ScenarioReaderTest::files()
@@ -440,7 +443,8 @@ void ScenarioReaderTest::fileErrors()
     QVERIFY(!ScenarioFiles::load(QStringLiteral("nowhere"), &scenario, &error));
     QCOMPARE(error,
              QStringLiteral("nowhere: no such scenario (shipped: come-and-go, daemon-restart, headunit, no-reply, "
-                            "refused; a file's name ends in .json or contains a /)"));
+                            "refused, wifi-daemon-restart, wifi-garbage, wifi-no-reply, wifi-out-of-range, "
+                            "wifi-refused, wifi-roaming, wifi-security; a file's name ends in .json or contains a /)"));
     QVERIFY(!ScenarioFiles::load(QStringLiteral("/nonexistent/x.json"), &scenario, &error));
     QCOMPARE(error, QStringLiteral("/nonexistent/x.json: No such file or directory"));
     QVERIFY(!ScenarioFiles::load(QStringLiteral("/dev/zero"), &scenario, &error));

@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "networkingrequest.h"
-#include "scenarioreader.h"
-#include "simulatednetwork.h"
-#include "world.h"
+#include "worldfixture.h"
 
 #include <QtTest/QtTest>
 
@@ -25,84 +22,6 @@ const char HomeScenario[] = R"({
          'lease': {'ip_addresses': ['192.168.1.7/255.255.255.0'], 'ip_gateway': ['192.168.1.1']}}],
     'priority': ['usb0', 'wlan0', 'eth0', 'tun0']
 })";
-
-/*! A network and its world, and all that the world has told. */
-struct Fixture
-{
-    explicit Fixture(const char *text)
-    {
-        QString error;
-        if (!readScenario(QByteArray(text).replace('\'', '"'), &scenario, &error))
-            qFatal("%s", qPrintable(error));
-        network = std::make_unique<SimulatedNetwork>(scenario, &world, &pace);
-        QObject::connect(&world, &World::interfaceAdded,
-                         [this](const QString &name) { told += name + QStringLiteral(" added"); });
-        QObject::connect(&world, &World::interfaceRemoved,
-                         [this](const QString &name) { told += name + QStringLiteral(" removed"); });
-        QObject::connect(&world, &World::interfaceChanged, [this](const QString &name, const ZopChangeset &changes) {
-            told += name + QStringLiteral(": ") + toString(changes);
-        });
-        QObject::connect(&world, &World::statusChanged, [this](const ZopChangeset &changes) {
-            told += QStringLiteral("status: ") + toString(changes);
-        });
-    }
-
-    static QString toString(const ZopChangeset &changes)
-    {
-        QStringList words;
-        for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)
-            words += it.key() + QLatin1Char('=') + it.value().toString();
-        for (const QString &name : changes.removals)
-            words += QLatin1Char('-') + name;
-        return words.join(QLatin1Char(' '));
-    }
-
-    QString attribute(const char *interface, const char *name) const
-    {
-        return world.interfaceAttributes(QLatin1String(interface)).value(QLatin1String(name)).toString();
-    }
-
-    QString status(const char *name) const { return world.status().value(QLatin1String(name)).toString(); }
-
-    /*! The refusal's code, or 0 when the request is being carried out. */
-    int request(const char *message, const char *dat)
-    {
-        ZopChangeset changes;
-        changes.assignments.insert(QStringLiteral("msg"), QString::fromUtf8(message));
-        changes.assignments.insert(QStringLiteral("dat"),
-                                   QString::fromUtf8(dat).replace(QLatin1Char('\''), QLatin1Char('"')));
-        const auto request = NetworkingRequest::read(changes);
-        const Refusal refusal = request.refusal ? request.refusal : network->refuses(request);
-        if (!refusal)
-            network->perform(request);
-        return refusal.code;
-    }
-
-    /*! All that was told until everything that is under way is done: each step takes a turn of the event loop. */
-    QStringList settle()
-    {
-        for (int turn = 0; turn < 20; ++turn) {
-            bool done = false;
-            pace.after(0, &world, [&done] { done = true; });
-            while (!done)
-                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        }
-        return take();
-    }
-
-    QStringList take()
-    {
-        QStringList result;
-        result.swap(told);
-        return result;
-    }
-
-    Scenario scenario;
-    World world;
-    Pace pace {10000, 1}; // every delay becomes 0, in the order in which they began
-    std::unique_ptr<SimulatedNetwork> network;
-    QStringList told;
-};
 
 } // namespace
 
@@ -135,7 +54,7 @@ private Q_SLOTS:
 
 void SimulatedNetworkTest::start()
 {
-    const Fixture home(HomeScenario);
+    const WorldFixture home(HomeScenario);
     QCOMPARE(home.world.interfaces(),
              QStringList(
                  {QStringLiteral("eth0"), QStringLiteral("mute0"), QStringLiteral("tun0"), QStringLiteral("wlan0")}));
@@ -169,7 +88,7 @@ void SimulatedNetworkTest::start()
 
 void SimulatedNetworkTest::disconnectAndConnectManually()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     QCOMPARE(home.request("net_disconnected", "'eth0'"), 0);
     QCOMPARE(home.take(), QStringList());
     QCOMPARE(home.settle(),
@@ -186,7 +105,7 @@ void SimulatedNetworkTest::disconnectAndConnectManually()
 
 void SimulatedNetworkTest::backToDhcp()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     QCOMPARE(home.request("net_connected",
                           "['eth0',{'gateway':'10.1.1.1','ip_address':'10.1.1.20','manual':'yes','manual6':'off',"
                           "'netmask':'255.255.255.0'}]"),
@@ -201,7 +120,7 @@ void SimulatedNetworkTest::backToDhcp()
 // A client that took an interface for connected waits for the addresses to go, even when they went before.
 void SimulatedNetworkTest::disconnectingTwiceTellsTwice()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     const QStringList gone {QStringLiteral("eth0: connected=false ip_addresses=[] ip_gateway=[] up=true")};
     QCOMPARE(home.request("net_disconnected", "'eth0'"), 0);
     QCOMPARE(home.settle(), gone);
@@ -211,7 +130,7 @@ void SimulatedNetworkTest::disconnectingTwiceTellsTwice()
 
 void SimulatedNetworkTest::latestRequestWins()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     QCOMPARE(home.request("net_disconnected", "'eth0'"), 0);
     QCOMPARE(home.request("net_connected", "['eth0',{'manual':'no'}]"), 0);
     QCOMPARE(
@@ -225,7 +144,7 @@ void SimulatedNetworkTest::latestRequestWins()
 
 void SimulatedNetworkTest::nobodyAnswersDhcp()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     QCOMPARE(home.request("net_connected", "['mute0',{'manual':'no'}]"), 0);
     QCOMPARE(home.settle(),
              QStringList {QStringLiteral("mute0: connected=false ip_addresses=[] ip_gateway=[] manual=no")});
@@ -233,7 +152,7 @@ void SimulatedNetworkTest::nobodyAnswersDhcp()
 
 void SimulatedNetworkTest::refusals()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     QCOMPARE(home.request("explode", "'eth0'"), 1);
     QCOMPARE(home.request("net_connected", "['eth0']"), 2);
     QCOMPARE(home.request("net_disconnected", "'wlan9'"), 3);
@@ -248,7 +167,7 @@ void SimulatedNetworkTest::refusals()
 
 void SimulatedNetworkTest::linkLostAndRegained()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     home.network->setLink(QStringLiteral("eth0"), false);
     QCOMPARE(home.take(), QStringList {QStringLiteral("eth0: connected=false ip_addresses=[] ip_gateway=[] up=false")});
     home.network->setLink(QStringLiteral("eth0"), true);
@@ -260,7 +179,7 @@ void SimulatedNetworkTest::linkLostAndRegained()
 
 void SimulatedNetworkTest::connectsWhenTheFirstLinkComes()
 {
-    Fixture one(R"({'delays': {'lease': 1}, 'interfaces': [{'name': 'a', 'type': 'wired', 'up': false,
+    WorldFixture one(R"({'delays': {'lease': 1}, 'interfaces': [{'name': 'a', 'type': 'wired', 'up': false,
                     'lease': {'ip_addresses': ['10.0.0.5/255.0.0.0']}}]})");
     QCOMPARE(one.attribute("a", "up"), QStringLiteral("false"));
     one.network->setLink(QStringLiteral("a"), true);
@@ -273,7 +192,7 @@ void SimulatedNetworkTest::connectsWhenTheFirstLinkComes()
 
 void SimulatedNetworkTest::disconnectedStaysSoWithANewLink()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     QCOMPARE(home.request("net_disconnected", "'eth0'"), 0);
     home.settle();
     home.network->setLink(QStringLiteral("eth0"), false);
@@ -285,7 +204,7 @@ void SimulatedNetworkTest::disconnectedStaysSoWithANewLink()
 
 void SimulatedNetworkTest::virtualFollowsItsParent()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     home.network->setLink(QStringLiteral("wlan0"), false);
     QCOMPARE(home.take(),
              QStringList({QStringLiteral("wlan0: connected=false ip_addresses=[] ip_gateway=[] up=false"),
@@ -304,7 +223,7 @@ void SimulatedNetworkTest::virtualFollowsItsParent()
 
 void SimulatedNetworkTest::virtualFollowsAVanishedParent()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     home.network->vanish(QStringLiteral("wlan0"));
     QCOMPARE(home.take(),
              QStringList({QStringLiteral("wlan0 removed"),
@@ -315,7 +234,7 @@ void SimulatedNetworkTest::virtualFollowsAVanishedParent()
 
 void SimulatedNetworkTest::appearsAndVanishes()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     home.network->appear(QStringLiteral("usb0"));
     QCOMPARE(home.take(),
              QStringList({QStringLiteral("usb0 added"),
@@ -334,7 +253,7 @@ void SimulatedNetworkTest::appearsAndVanishes()
 
 void SimulatedNetworkTest::vanishesWhileItConnects()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     QCOMPARE(home.request("net_connected", "['eth0',{'manual':'no'}]"), 0);
     home.network->vanish(QStringLiteral("eth0"));
     QCOMPARE(home.settle(),
@@ -343,7 +262,7 @@ void SimulatedNetworkTest::vanishesWhileItConnects()
 
 void SimulatedNetworkTest::pinnedDefault()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     home.network->pinDefault(QStringLiteral("eth0"));
     QCOMPARE(home.take(), QStringList {QStringLiteral("status: default_interface=eth0")});
     home.network->setLink(QStringLiteral("eth0"), false);
@@ -357,7 +276,7 @@ void SimulatedNetworkTest::pinnedDefault()
 
 void SimulatedNetworkTest::pinnedFromTheStart()
 {
-    const Fixture one(R"({'default_interface': '', 'interfaces': [{'name': 'a', 'type': 'wired', 'connected': true,
+    const WorldFixture one(R"({'default_interface': '', 'interfaces': [{'name': 'a', 'type': 'wired', 'connected': true,
                           'lease': {'ip_addresses': ['10.0.0.5/255.0.0.0']}}]})");
     QCOMPARE(one.status("default_interface"), QString());
     QVERIFY(one.world.status().contains(QStringLiteral("default_interface")));
@@ -365,7 +284,7 @@ void SimulatedNetworkTest::pinnedFromTheStart()
 
 void SimulatedNetworkTest::unrankedInterfaceIsNeverDefault()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     home.network->setPriority({QStringLiteral("tun0")});
     home.network->setLink(QStringLiteral("wlan0"), false);
     QCOMPARE(home.status("default_interface"), QString());
@@ -374,14 +293,14 @@ void SimulatedNetworkTest::unrankedInterfaceIsNeverDefault()
 
 void SimulatedNetworkTest::priority()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     home.network->setPriority({QStringLiteral("eth0"), QStringLiteral("wlan0")});
     QCOMPARE(home.take(), QStringList {QStringLiteral("status: default_interface=eth0 priority=[\"eth0\",\"wlan0\"]")});
 }
 
 void SimulatedNetworkTest::rawAttributesStayUntilTheyAreConcerned()
 {
-    Fixture home(HomeScenario);
+    WorldFixture home(HomeScenario);
     ZopChangeset garbage;
     garbage.assignments.insert(QStringLiteral("mtu"), QStringLiteral("many"));
     garbage.assignments.insert(QStringLiteral("connected"), QStringLiteral("perhaps"));
@@ -396,7 +315,7 @@ void SimulatedNetworkTest::rawAttributesStayUntilTheyAreConcerned()
 
 void SimulatedNetworkTest::circularParents()
 {
-    Fixture circle(R"({'allow_circular_parents': true, 'delays': {'manual': 1}, 'interfaces': [
+    WorldFixture circle(R"({'allow_circular_parents': true, 'delays': {'manual': 1}, 'interfaces': [
         {'name': 'a', 'type': 'vpn', 'parent_interface': 'b', 'connected': true, 'manual': {'ip_addresses': ['::1/64']}},
         {'name': 'b', 'type': 'vpn', 'parent_interface': 'a', 'connected': true, 'manual': {'ip_addresses': ['::2/64']}}]})");
     circle.network->setLink(QStringLiteral("a"), false);

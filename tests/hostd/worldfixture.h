@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_TEST_WORLDFIXTURE_H
+#define MORVEK_TEST_WORLDFIXTURE_H
+
+#include "networkingrequest.h"
+#include "scenarioreader.h"
+#include "simulatednetwork.h"
+#include "simulatedradio.h"
+#include "world.h"
+
+#include <QtTest/QtTest>
+
+/*! What drives a world, without daemons, and all that the world has told. */
+struct WorldFixture
+{
+    /*! Single quotes in \a text, a scenario, stand for double ones. */
+    explicit WorldFixture(const char *text)
+    {
+        QString error;
+        if (!morvek::readScenario(QByteArray(text).replace('\'', '"'), &scenario, &error))
+            qFatal("%s", qPrintable(error));
+        network = std::make_unique<morvek::SimulatedNetwork>(scenario, &world, &pace);
+        if (!scenario.wifi.interface.isEmpty())
+            radio = std::make_unique<morvek::SimulatedRadio>(scenario, &world, network.get(), &pace);
+        listen();
+    }
+
+    QString attribute(const char *interface, const char *name) const
+    {
+        return world.interfaceAttributes(QLatin1String(interface)).value(QLatin1String(name)).toString();
+    }
+
+    QString status(const char *name) const { return world.status().value(QLatin1String(name)).toString(); }
+    QString wifi(const char *name) const { return world.wifiStatus().value(QLatin1String(name)).toString(); }
+
+    /*! The refusal's code, or 0 when the request is being carried out. */
+    int request(const char *message, const char *dat)
+    {
+        const auto request = morvek::NetworkingRequest::read(makeUpdate(message, dat));
+        const morvek::Refusal refusal = request.refusal ? request.refusal : network->refuses(request);
+        if (!refusal)
+            network->perform(request);
+        return refusal.code;
+    }
+
+    /*! The same for the radio. */
+    int wifiRequest(const char *message, const char *dat = "")
+    {
+        const auto request = morvek::WifiRequest::read(makeUpdate(message, dat));
+        const morvek::Refusal refusal = request.refusal ? request.refusal : radio->refuses(request);
+        if (!refusal)
+            radio->perform(request);
+        return refusal.code;
+    }
+
+    /*! Lets those things happen that are due. */
+    void turn()
+    {
+        bool done = false;
+        pace.after(0, &world, [&done] { done = true; });
+        while (!done)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+
+    /*! All that was told until everything that is under way is done: each step takes a turn of the event loop. */
+    QStringList settle()
+    {
+        for (int i = 0; i < 20; ++i)
+            turn();
+        return take();
+    }
+
+    QStringList take()
+    {
+        QStringList result;
+        result.swap(told);
+        return result;
+    }
+
+    morvek::Scenario scenario;
+    morvek::World world;
+    morvek::Pace pace {10000, 1}; // every delay becomes 0, in the order in which they began
+    std::unique_ptr<morvek::SimulatedNetwork> network;
+    std::unique_ptr<morvek::SimulatedRadio> radio;
+    QStringList told;
+
+private:
+    static morvek::ZopChangeset makeUpdate(const char *message, const char *dat)
+    {
+        morvek::ZopChangeset changes;
+        changes.assignments.insert(QStringLiteral("msg"), QString::fromUtf8(message));
+        changes.assignments.insert(QStringLiteral("dat"),
+                                   QString::fromUtf8(dat).replace(QLatin1Char('\''), QLatin1Char('"')));
+        return changes;
+    }
+
+    static QString toString(const morvek::ZopChangeset &changes)
+    {
+        QStringList words;
+        for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)
+            words += it.key() + QLatin1Char('=') + it.value().toString();
+        for (const QString &name : changes.removals)
+            words += QLatin1Char('-') + name;
+        return words.join(QLatin1Char(' '));
+    }
+
+    void listen()
+    {
+        using morvek::World;
+        using morvek::ZopChangeset;
+        QObject::connect(&world, &World::interfaceAdded,
+                         [this](const QString &name) { told += name + QStringLiteral(" added"); });
+        QObject::connect(&world, &World::interfaceRemoved,
+                         [this](const QString &name) { told += name + QStringLiteral(" removed"); });
+        QObject::connect(&world, &World::interfaceChanged, [this](const QString &name, const ZopChangeset &changes) {
+            told += name + QStringLiteral(": ") + toString(changes);
+        });
+        QObject::connect(&world, &World::statusChanged, [this](const ZopChangeset &changes) {
+            told += QStringLiteral("status: ") + toString(changes);
+        });
+        QObject::connect(&world, &World::wifiStatusChanged,
+                         [this](const ZopChangeset &changes) { told += QStringLiteral("wifi: ") + toString(changes); });
+    }
+};
+
+#endif
