@@ -41,6 +41,8 @@ read -r -t 20 ready <&"$output" || mistake "the installed daemon does not start"
 [[ $ready == "ready: "* ]] || mistake "the installed daemon says '$ready'"
 name=$("$prefix/bin/morvekctl" interfaces --json | jq -r '.[0].name')
 [[ -n $name && $name != null ]] || mistake "the installed morvekctl lists nothing"
+connected=$("$prefix/bin/morvekctl" wifi status --json | jq .connected)
+[[ $connected == true ]] || mistake "the installed morvekctl does not see the Wi-Fi station connected"
 
 for application in "$work/cmake/interfaces-example" "$work/with-pkg-config"; do
     [[ -x $application ]] || continue

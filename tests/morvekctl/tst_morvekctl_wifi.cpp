@@ -286,6 +286,8 @@ void TestMorvekctlWifi::scan()
                  "Both new                02:00:00:00:70:0f  -66 dBm   2452 MHz   9        unknown + WPS\n"
                  "Unreadable              02:00:00:00:70:10  -67 dBm   2457 MHz   10       open\n"
                  "-                       02:00:00:00:70:11  -68 dBm   2462 MHz   11       WPA2\n"
+                 "Unknown cipher          02:00:00:00:70:14  -69 dBm   2467 MHz   12       unknown\n"
+                 "New corp                02:00:00:00:70:15  -70 dBm   2467 MHz   12       unknown\n"
                  "red\\u001b[31m\\u0009tab  02:00:00:00:70:12  -100 dBm  2467 MHz   12       open\n"
                  "No level                02:00:00:00:70:13  -         58320 MHz  -        open\n"));
     QCOMPARE(result.errors, QString());
@@ -303,7 +305,7 @@ void TestMorvekctlWifi::scanAsJson()
     QJsonParseError error;
     const QJsonArray list = QJsonDocument::fromJson(result.output.toUtf8(), &error).array();
     QCOMPARE(error.error, QJsonParseError::NoError);
-    QCOMPARE(list.size(), 19);
+    QCOMPARE(list.size(), 21);
     const auto line = [&](int index) {
         return QString::fromUtf8(QJsonDocument(list[index].toObject()).toJson(QJsonDocument::Compact));
     };
@@ -319,8 +321,8 @@ void TestMorvekctlWifi::scanAsJson()
     QCOMPARE(line(16),
              QStringLiteral(R"({"bssid":"02:00:00:00:70:11","channel":11,"cipher":"unknown","frequency":2462,)"
                             R"("security":"WPA2","signal":-68,"ssid":null})"));
-    QCOMPARE(list[17][QLatin1String("ssid")].toString(), QStringLiteral("red\x1b[31m\ttab"));
-    QCOMPARE(line(18),
+    QCOMPARE(list[19][QLatin1String("ssid")].toString(), QStringLiteral("red\x1b[31m\ttab"));
+    QCOMPARE(line(20),
              QStringLiteral(R"({"bssid":"02:00:00:00:70:13","channel":null,"cipher":"none","frequency":58320,)"
                             R"("security":"open","signal":null,"ssid":"No level"})"));
 }
@@ -488,6 +490,11 @@ void TestMorvekctlWifi::ownDeadlines()
                    QStringLiteral("--passkey-file"), QStringLiteral("-")});
     connect.feed("silence is golden\n");
 
+    TerminalTool prompt;
+    QVERIFY(
+        prompt.start(secondRoot.path(), {QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Home")}));
+    QVERIFY(prompt.waitFor(QStringLiteral("Passkey of \"Home\": ")));
+
     // A coarse timer may fire a twentieth early; the machine may be slow, but not by a third.
     const auto endedAfter = [&timer](Tool *tool, int seconds) {
         return tool->wait() == 4 && timer.elapsed() > seconds * 940 && timer.elapsed() < seconds * 1300;
@@ -496,6 +503,8 @@ void TestMorvekctlWifi::ownDeadlines()
     QVERIFY(endedAfter(&disconnect, 10));
     QVERIFY(endedAfter(&scan, 15));
     QVERIFY(endedAfter(&connect, 30));
+    prompt.type("correct horse 7\n"); // nobody hurries who types
+    QCOMPARE(prompt.wait(), 0);
 }
 
 void TestMorvekctlWifi::daemonNeverThere_data()
