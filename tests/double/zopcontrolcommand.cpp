@@ -53,6 +53,8 @@ void ZopControlCommand::start()
     registry.nextId.clear();
     registry.commands.append({this, d->path, d->message, d->dat});
     registry.journal.append(QStringLiteral("start %1 %2 %3").arg(d->message, d->id, connectedText(connected)));
+    if (registry.startHook)
+        registry.startHook(d->message);
 }
 
 QString ZopControlCommand::id() const

@@ -143,6 +143,11 @@ QList<ZopDouble::Command> ZopDouble::commands()
     return registry().commands;
 }
 
+void ZopDouble::onStart(const std::function<void(const QString &message)> &hook)
+{
+    ZopRegistry::instance().startHook = hook;
+}
+
 void ZopDouble::setNextId(const QString &id)
 {
     registry().nextId = id;

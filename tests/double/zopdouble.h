@@ -11,6 +11,8 @@
 #include <QtCore/QPointer>
 #include <QtCore/QStringList>
 
+#include <functional>
+
 /*!
  * A publish/subscribe service in memory that takes the platform's place in a test: it records what a client does
  * with it and does what the test says. Updates, names and replies reach the client inside the call.
@@ -52,6 +54,8 @@ public:
 
     /*! Every started command, in order. */
     static QList<Command> commands();
+    /*! Calls \a hook with the name of each request inside start(), until the next reset(). */
+    static void onStart(const std::function<void(const QString &message)> &hook);
     /*! The identifier of the next command; they are numbered from 1 otherwise. */
     static void setNextId(const QString &id);
     /*! Ends the command at \a index with success. */

@@ -44,6 +44,7 @@ struct ZopRegistry
     QList<WatcherState *> watchers;
     QList<CommandState *> commandStates;
     QList<ZopDouble::Command> commands;
+    std::function<void(const QString &message)> startHook;
     QString nextId;
     QStringList journal;
 };

@@ -64,8 +64,11 @@ void TestNetworkLibraryExports::makesAndDeletesAService()
         QVERIFY(service->available());
         QVERIFY(!service->ready());
         const QPointer<QObject> alive(service);
+        bool wasThere = false;
+        connect(service, &QObject::destroyed, [&] { wasThere = service; });
         entry.deleteService(&service);
         QVERIFY(!alive);
+        QVERIFY(wasThere); // the pointer is cleared after the service is gone
         QVERIFY(!service);
         entry.deleteService(&service);
         QVERIFY(!service);

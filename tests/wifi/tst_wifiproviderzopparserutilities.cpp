@@ -309,20 +309,21 @@ void TestWifiProviderZopParserUtilities::logsInTheLocalEncoding()
 {
     const LocalEncoding encoding("ISO-8859-1");
     LogCapture log(7);
-    const QString euro = QString::fromUtf8("\xe2\x82\xac");
+    // One that the encoding has, and one that it has not.
+    const QString mixed = QString::fromUtf8("\u00e9\u20ac");
     QFlags<WifiSecurityProtocol> protocols;
     QFlags<WifiKeyManagementType> keyManagement;
     QFlags<WifiCipher> ciphers;
-    Utilities::parseStatusKeyManagement(euro, protocols, keyManagement);
-    Utilities::parseStatusCipher(euro, ciphers);
-    parse("[\"WPA\xe2\x82\xac\",\"WPA\xe2\x82\xac-\xe2\x82\xac-\xe2\x82\xac\"]");
+    Utilities::parseStatusKeyManagement(mixed, protocols, keyManagement);
+    Utilities::parseStatusCipher(mixed, ciphers);
+    parse("[\"WPA\u00e9\u20ac\",\"WPA\u00e9\u20ac-\u00e9\u20ac-\u00e9\u20ac\"]");
     QCOMPARE(log.take(),
-             lines({"warning 1300 Unrecognized Wi-Fi status key management value: \"?\"",
-                    "warning 1300 Unrecognized Wi-Fi status cipher: \"?\"",
-                    "error 1300 Unable to parse access point WPA flag \"WPA?\"",
-                    "error 1300 Unrecognized access point flag security protocol: \"WPA?\"",
-                    "error 1300 Unrecognized access point flag key management: \"?\"",
-                    "error 1300 Unrecognized access point cipher: \"?\""}));
+             lines({"warning 1300 Unrecognized Wi-Fi status key management value: \"\u00e9?\"",
+                    "warning 1300 Unrecognized Wi-Fi status cipher: \"\u00e9?\"",
+                    "error 1300 Unable to parse access point WPA flag \"WPA\u00e9?\"",
+                    "error 1300 Unrecognized access point flag security protocol: \"WPA\u00e9?\"",
+                    "error 1300 Unrecognized access point flag key management: \"\u00e9?\"",
+                    "error 1300 Unrecognized access point cipher: \"\u00e9?\""}));
 }
 
 QTEST_GUILESS_MAIN(TestWifiProviderZopParserUtilities)
