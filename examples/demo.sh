@@ -16,6 +16,7 @@ end() {
     local pid
     for pid in $monitor $daemon; do
         kill "$pid" 2>/dev/null || true
+        tail --pid="$pid" -f /dev/null # what it still writes would be in the way
     done
     rm -rf "$work"
 }

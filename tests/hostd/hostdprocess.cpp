@@ -19,7 +19,7 @@ QString HostdProcess::program()
 
 HostdProcess::Ended HostdProcess::run(const QStringList &arguments, const QString &root)
 {
-    QProcess process;
+    ChildProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     if (!root.isEmpty())
         environment.insert(QStringLiteral("ZOP_ROOT"), root);

@@ -2,7 +2,8 @@
 #ifndef MORVEK_TEST_HOSTDPROCESS_H
 #define MORVEK_TEST_HOSTDPROCESS_H
 
-#include <QtCore/QProcess>
+#include "childprocess.h"
+
 #include <QtCore/QStringList>
 
 /*! A run of morvek-hostd. It is killed with its owner. */
@@ -33,7 +34,7 @@ public:
     QByteArray errors() { return m_errors += m_process.readAllStandardError(); }
 
 private:
-    QProcess m_process;
+    ChildProcess m_process;
     QByteArray m_output;
     QByteArray m_errors;
 };

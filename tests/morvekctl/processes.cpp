@@ -33,7 +33,7 @@ ToolResult runTool(const QString &root, const QStringList &arguments, const QStr
     QProcessEnvironment environment = environmentFor(root);
     for (const QString &variable : variables)
         environment.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
-    QProcess process;
+    ChildProcess process;
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(MORVEKCTL), arguments);
     process.write(input);

@@ -2,7 +2,8 @@
 #ifndef MORVEK_TEST_PROCESSES_H
 #define MORVEK_TEST_PROCESSES_H
 
-#include <QtCore/QProcess>
+#include "childprocess.h"
+
 #include <QtCore/QStringList>
 
 namespace morvek {
@@ -44,7 +45,7 @@ public:
     QString errors();
 
 private:
-    QProcess m_process;
+    ChildProcess m_process;
 };
 
 /*! morvekctl in the background. */

@@ -10,7 +10,14 @@ source "$3"
 
 work=$(mktemp -d)
 daemon=
-trap '[[ -z $daemon ]] || kill "$daemon"; rm -rf "$work"' EXIT
+end() {
+    if [[ -n $daemon ]]; then
+        kill "$daemon"
+        tail --pid="$daemon" -f /dev/null # what it still writes would be in the way
+    fi
+    rm -rf "$work"
+}
+trap end EXIT
 export ZOP_ROOT=$work
 failed=0
 number=0
