@@ -31,14 +31,6 @@ const char *const DisconnectLine =
     "debug1 1300 int morvek::NetworkInterfaceProviderZop::disconnectInterface(morvek::NetworkInterfaceProviderZop::"
     "ZopInterfaceConnection*) (";
 
-QStringList lines(std::initializer_list<const char *> texts)
-{
-    QStringList list;
-    for (const char *text : texts)
-        list.append(QString::fromUtf8(text));
-    return list;
-}
-
 QNetworkAddressEntry entry(const char *ip, const char *netmask)
 {
     QNetworkAddressEntry entry;
@@ -1018,4 +1010,5 @@ void TestInterfaceConfiguration::deletedProviderForgets()
 }
 
 QTEST_GUILESS_MAIN(TestInterfaceConfiguration)
+#include "textlines.h"
 #include "tst_interfaceconfiguration.moc"

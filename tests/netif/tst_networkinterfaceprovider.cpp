@@ -18,14 +18,6 @@ namespace {
 const char *const Signature = "debug1 1300 bool morvek::NetworkInterfaceProviderZop::init()";
 const char *const NotInitialized = "warning 1300 NetworkInterfaceProviderZop was not initialized successfully";
 
-QStringList lines(std::initializer_list<const char *> texts)
-{
-    QStringList list;
-    for (const char *text : texts)
-        list.append(QString::fromUtf8(text));
-    return list;
-}
-
 QStringList names(const NetworkInterfaceProvider &provider)
 {
     QStringList names;
@@ -988,4 +980,5 @@ void TestNetworkInterfaceProvider::slotMayChangeTheInterfaces()
 }
 
 QTEST_GUILESS_MAIN(TestNetworkInterfaceProvider)
+#include "textlines.h"
 #include "tst_networkinterfaceprovider.moc"

@@ -3,7 +3,6 @@
 #include "logcapture.h"
 #include "networkingdaemon.h"
 #include "networkinterfaceservice.h"
-#include "networklibraryexports.h"
 #include "operationend.h"
 #include "textform.h"
 
@@ -17,12 +16,7 @@ using namespace NetworkingDaemon;
 
 namespace {
 
-/*! A service, obtained and given back as an application does it. */
-struct ServiceDeleter
-{
-    void operator()(NetworkInterfaceService *service) const { deleteNetworkInterfaceService(&service); }
-};
-using ServicePointer = std::unique_ptr<NetworkInterfaceService, ServiceDeleter>;
+using ServicePointer = NetworkInterfaceServicePointer;
 using OperationPointer = std::unique_ptr<AsyncNetworkInterfaceOperation>;
 using End = OperationEnd<AsyncNetworkInterfaceOperation>;
 
@@ -491,4 +485,5 @@ void TestShippedService::slotAsksTheService()
 }
 
 QTEST_GUILESS_MAIN(TestShippedService)
+#include "servicepointer.h"
 #include "tst_shippedservice.moc"

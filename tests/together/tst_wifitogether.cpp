@@ -70,11 +70,7 @@ WifiAccessPoint found(const Scan &scan, const char *bssid)
     return WifiAccessPoint();
 }
 
-struct DeleteWifiService
-{
-    void operator()(WifiService *service) const { deleteWifiService(&service); }
-};
-using Application = std::unique_ptr<WifiService, DeleteWifiService>;
+using Application = WifiServicePointer;
 
 } // namespace
 
@@ -528,4 +524,5 @@ void WifiTogetherTest::deletedWithOperationsOpen()
 }
 
 QTEST_GUILESS_MAIN(WifiTogetherTest)
+#include "servicepointer.h"
 #include "tst_wifitogether.moc"

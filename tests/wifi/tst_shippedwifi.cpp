@@ -3,7 +3,6 @@
 #include "asyncwifiscanoperation.h"
 #include "localencoding.h"
 #include "logcapture.h"
-#include "networklibraryexports.h"
 #include "operationend.h"
 #include "textform.h"
 #include "wificonnectionconfig.h"
@@ -21,12 +20,7 @@ using namespace WifiDaemon;
 
 namespace {
 
-/*! A service, obtained and given back as an application does it. */
-struct ServiceDeleter
-{
-    void operator()(WifiService *service) const { deleteWifiService(&service); }
-};
-using ServicePointer = std::unique_ptr<WifiService, ServiceDeleter>;
+using ServicePointer = WifiServicePointer;
 using ScanPointer = std::unique_ptr<AsyncWifiScanOperation>;
 using ScanEnd = OperationEnd<AsyncWifiScanOperation>;
 using ConnectPointer = std::unique_ptr<AsyncWifiConnectOperation>;
@@ -45,14 +39,6 @@ WifiConnectionConfig home()
     config.setKeyManagementType(WifiKeyManagementPsk);
     config.setSecurityProtocol(WifiSecurityProtocolWpa2);
     return config;
-}
-
-QStringList lines(std::initializer_list<const char *> texts)
-{
-    QStringList list;
-    for (const char *text : texts)
-        list.append(QString::fromUtf8(text));
-    return list;
 }
 
 /*! The names of the commands that were sent. */
@@ -373,4 +359,6 @@ void TestShippedWifi::slotAsksTheService()
 }
 
 QTEST_GUILESS_MAIN(TestShippedWifi)
+#include "servicepointer.h"
+#include "textlines.h"
 #include "tst_shippedwifi.moc"

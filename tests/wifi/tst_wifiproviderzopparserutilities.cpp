@@ -41,14 +41,6 @@ Outputs parse(const QByteArray &flags, const Outputs &start = {0, 0, 0, 2})
     return {uint(protocols), uint(keyManagement), uint(ciphers), int(serviceSet)};
 }
 
-QStringList lines(std::initializer_list<const char *> texts)
-{
-    QStringList list;
-    for (const char *text : texts)
-        list.append(QString::fromUtf8(text));
-    return list;
-}
-
 } // namespace
 
 class TestWifiProviderZopParserUtilities : public QObject
@@ -327,4 +319,5 @@ void TestWifiProviderZopParserUtilities::logsInTheLocalEncoding()
 }
 
 QTEST_GUILESS_MAIN(TestWifiProviderZopParserUtilities)
+#include "textlines.h"
 #include "tst_wifiproviderzopparserutilities.moc"

@@ -6,26 +6,18 @@
 #include "asyncwifiscanoperation.h"
 #include "operationend.h"
 #include "textform.h"
+#include "textlines.h"
 #include "wificonnectionconfig.h"
 #include "wifidaemon.h"
 #include "wifievents.h"
 #include "wifiproviderzop_p.h"
 
-#include <initializer_list>
 #include <memory>
 
 using ScanPointer = std::unique_ptr<morvek::AsyncWifiScanOperation>;
 using ScanEnd = OperationEnd<morvek::AsyncWifiScanOperation>;
 using ConnectPointer = std::unique_ptr<morvek::AsyncWifiConnectOperation>;
 using ConnectEnd = OperationEnd<morvek::AsyncWifiConnectOperation>;
-
-inline QStringList lines(std::initializer_list<const char *> texts)
-{
-    QStringList list;
-    for (const char *text : texts)
-        list.append(QString::fromUtf8(text));
-    return list;
-}
 
 /*! The numbers are those of the two enumerations. */
 inline morvek::WifiConnectionConfig wifiConfig(const QString &ssid, const QString &passkey, int keyManagement,
