@@ -230,15 +230,12 @@ void SimulatedRadio::finishJoining()
 
 void SimulatedRadio::associate(const SimulatedAccessPoint &accessPoint)
 {
-    const bool roams = !m_current.isEmpty();
     m_current = accessPoint.bssid();
     ZopChangeset changes;
     changes.assignments.insert(Wire::LastEvent, connectedEvent(m_current, m_selected));
     changes.assignments.insert(Wire::WifiStatus, accessPoint.status());
     m_world->changeWifiStatus(changes);
-    // All access points of one network lead to the same DHCP server.
-    if (roams)
-        return;
+    // Whoever has roamed has its link already, and keeps its addresses.
     m_network->offerLease(m_interface, accessPoint.lease());
     m_network->setLink(m_interface, true);
 }

@@ -92,12 +92,12 @@ bool DaemonFixture::start(const QString &scenario, const QStringList &arguments)
         root(), QStringList {QStringLiteral("--verbose"), QStringLiteral("--scenario"), scenario} + arguments);
 }
 
-bool DaemonFixture::startWith(const char *scenario)
+bool DaemonFixture::startWith(const char *scenario, const QStringList &arguments)
 {
     QFile file(m_folder.filePath(QStringLiteral("scenario.json")));
     const QByteArray json = unquoted(scenario);
     if (!file.open(QIODevice::WriteOnly) || file.write(json) != json.size())
         return false;
     file.close();
-    return start(file.fileName());
+    return start(file.fileName(), arguments);
 }

@@ -66,7 +66,7 @@ public:
 
     bool start(const QString &scenario, const QStringList &arguments = {});
     /*! Starts with a scenario given as text; single quotes stand for double ones. */
-    bool startWith(const char *scenario);
+    bool startWith(const char *scenario, const QStringList &arguments = {});
 
 private:
     QTemporaryDir m_folder;

@@ -2,11 +2,11 @@
 #include "eventlog.h"
 #include "faultplan.h"
 #include "wifidaemon.h"
-#include "wirenames.h"
 #include "worldfixture.h"
 #include "zopcontrolcommand.h"
 #include "zopobject.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
 
 using namespace morvek;
@@ -19,6 +19,7 @@ class DaemonTest : public QObject
 private Q_SLOTS:
     void repliesBeforeTheWorldChanges_data();
     void repliesBeforeTheWorldChanges();
+    void servesNothingWhenItCannotPublish();
 };
 
 void DaemonTest::repliesBeforeTheWorldChanges_data()
@@ -65,6 +66,22 @@ void DaemonTest::repliesBeforeTheWorldChanges()
     QTRY_VERIFY(arrived != -1);
     QCOMPARE(arrived, 1);
     QVERIFY2(!command.hasError(), qPrintable(command.errorString()));
+}
+
+void DaemonTest::servesNothingWhenItCannotPublish()
+{
+    const QTemporaryDir root;
+    qputenv("ZOP_ROOT", QFile::encodeName(root.path()));
+    QVERIFY(QDir().mkpath(root.filePath(QStringLiteral("zop/services/wifi/status/directory"))));
+    WorldFixture fixture(R"({'interfaces': [{'name': 'wlan0', 'type': 'wifi', 'up': false}],
+        'wifi': {'interface': 'wlan0', 'access_points': []}})");
+    FaultPlan faults;
+    const EventLog log(false);
+    WifiDaemon daemon(fixture.radio.get(), {&fixture.world, &faults, &fixture.pace, &log});
+    QString error;
+    QVERIFY(!daemon.start(&error));
+    QVERIFY(!error.isEmpty());
+    QVERIFY(!ZopObject(QStringLiteral("/zop/services/wifi/control"), ZopObject::ReadWrite, true).isValid());
 }
 
 QTEST_GUILESS_MAIN(DaemonTest)

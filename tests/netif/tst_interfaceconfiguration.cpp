@@ -4,6 +4,7 @@
 #include "networkinterfaceproviderzop_p.h"
 #include "privatehalf.h"
 #include "providerevents.h"
+#include "textlines.h"
 #include "zopinterfaceconnection_p.h"
 
 #include <QtTest/QtTest>
@@ -1010,5 +1011,4 @@ void TestInterfaceConfiguration::deletedProviderForgets()
 }
 
 QTEST_GUILESS_MAIN(TestInterfaceConfiguration)
-#include "textlines.h"
 #include "tst_interfaceconfiguration.moc"

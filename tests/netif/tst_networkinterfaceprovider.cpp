@@ -4,6 +4,7 @@
 #include "networkingdaemon.h"
 #include "networkinterfaceproviderzop_p.h"
 #include "providerevents.h"
+#include "textlines.h"
 
 #include <QtTest/QtTest>
 
@@ -980,5 +981,4 @@ void TestNetworkInterfaceProvider::slotMayChangeTheInterfaces()
 }
 
 QTEST_GUILESS_MAIN(TestNetworkInterfaceProvider)
-#include "textlines.h"
 #include "tst_networkinterfaceprovider.moc"

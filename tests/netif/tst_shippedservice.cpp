@@ -4,6 +4,7 @@
 #include "networkingdaemon.h"
 #include "networkinterfaceservice.h"
 #include "operationend.h"
+#include "servicepointer.h"
 #include "textform.h"
 
 #include <QtTest/QtTest>
@@ -485,5 +486,4 @@ void TestShippedService::slotAsksTheService()
 }
 
 QTEST_GUILESS_MAIN(TestShippedService)
-#include "servicepointer.h"
 #include "tst_shippedservice.moc"

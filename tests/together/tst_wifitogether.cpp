@@ -4,6 +4,7 @@
 #include "daemonclient.h"
 #include "networkinterfaceservice.h"
 #include "networklibraryexports.h"
+#include "servicepointer.h"
 #include "wificonnectionconfig.h"
 #include "wifiservice.h"
 #include "zopdirwatcher.h"
@@ -524,5 +525,4 @@ void WifiTogetherTest::deletedWithOperationsOpen()
 }
 
 QTEST_GUILESS_MAIN(WifiTogetherTest)
-#include "servicepointer.h"
 #include "tst_wifitogether.moc"

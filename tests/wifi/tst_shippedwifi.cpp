@@ -4,7 +4,9 @@
 #include "localencoding.h"
 #include "logcapture.h"
 #include "operationend.h"
+#include "servicepointer.h"
 #include "textform.h"
+#include "textlines.h"
 #include "wificonnectionconfig.h"
 #include "wifidaemon.h"
 #include "wifievents.h"
@@ -359,6 +361,4 @@ void TestShippedWifi::slotAsksTheService()
 }
 
 QTEST_GUILESS_MAIN(TestShippedWifi)
-#include "servicepointer.h"
-#include "textlines.h"
 #include "tst_shippedwifi.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "localencoding.h"
 #include "logcapture.h"
+#include "textlines.h"
 #include "wifiproviderzopparserutilities.h"
 
 #include <QtCore/QJsonArray>
@@ -319,5 +320,4 @@ void TestWifiProviderZopParserUtilities::logsInTheLocalEncoding()
 }
 
 QTEST_GUILESS_MAIN(TestWifiProviderZopParserUtilities)
-#include "textlines.h"
 #include "tst_wifiproviderzopparserutilities.moc"
