@@ -26,18 +26,23 @@ bool WifiCommand::needRadio()
             fail(QStringLiteral("the radio is off: switch it on with 'morvekctl wifi on'"));
         return powered;
     };
-    connect(service(), &WifiService::poweredChanged, this, failWithout);
+    // The connection of the same update is told after the radio.
+    connect(service(), &WifiService::poweredChanged, this, failWithout, Qt::QueuedConnection);
     return failWithout(service()->powered());
 }
 
 void WifiCommand::tellState(const QString &sentence)
 {
+    if (isFinished())
+        return;
     writeLine(json() ? jsonLine(stateJson(service()->powered(), service()->connectedAccessPoint())) : sentence);
     finish(Done);
 }
 
 void WifiCommand::fail(const QString &sentence, ExitCode code)
 {
+    if (isFinished())
+        return;
     withdraw();
     complain(sentence);
     finish(code);

@@ -22,7 +22,7 @@ protected:
     bool needRadio();
     /*! Ends the command well: with the station's state in JSON, or with \a sentence. */
     void tellState(const QString &sentence);
-    /*! Stops what is under way, and ends the command with a complaint. */
+    /*! Stops what is under way, and ends the command with a complaint; both do nothing when it has ended. */
     void fail(const QString &sentence, ExitCode code = Failed);
 };
 

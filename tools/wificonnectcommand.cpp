@@ -49,7 +49,7 @@ public:
           m_passkey(passkey)
     {
         connect(&m_signals, &TerminationSignals::received, this,
-                [this] { notJoined(QStringLiteral(": interrupted")); });
+                [this] { notJoined(QStringLiteral(": interrupted") + stillConnected()); });
     }
 
 protected:
@@ -77,10 +77,16 @@ protected:
     {
         ScanningCommand::withdraw();
         m_prompt.reset();
-        // Otherwise the daemon would go on trying, and join some time when nobody expects it any more.
-        if (m_join && !m_joinEnded)
+        if (!m_joining)
+            return;
+        const QString reason = QStringLiteral(": it may be out of range now, or the Wi-Fi daemon does not answer");
+        setOverdue(quoted(m_ssid) + QLatin1String(" has not been joined")
+                   + (service()->connected() ? stillConnected() : reason));
+        m_joining = false;
+        // Otherwise the daemon would go on trying, and join some time when nobody expects it any more. A network that
+        // was not left yet would be lost by that.
+        if (!service()->connected())
             service()->disconnectAccessPoint();
-        m_joinEnded = true;
     }
 
 private:
@@ -108,22 +114,33 @@ private:
         tellStep(QStringLiteral("joining %1 (%2), strongest by %3")
                      .arg(quoted(m_ssid), securityName(m_accessPoint), m_accessPoint.bssid())
                  + (signal.isEmpty() ? QString() : QStringLiteral(" with ") + signal));
-        setOverdue(QStringLiteral("%1 has not been joined, and is not tried any longer; it may be out of range now")
-                       .arg(quoted(m_ssid)));
         setDeadline(JoinTime);
+        m_joining = true;
+        m_former = service()->connectedAccessPoint();
+        m_left = !service()->connected();
+        connect(service(), &WifiService::connectedChanged, this, &ConnectCommand::onConnectedChanged);
         m_join.reset(service()->connectAccessPoint(configurationFor(m_accessPoint, m_passkey)));
-        m_passkey.fill(QChar()); // nobody needs it here any more
-        connect(m_join.get(), &AsyncWifiConnectOperation::success, this, &ConnectCommand::onJoined);
+        connect(m_join.get(), &AsyncWifiConnectOperation::success, this, &ConnectCommand::onConnection);
         connect(m_join.get(), &AsyncWifiConnectOperation::failure, this, &ConnectCommand::onRefused);
     }
 
-    void onJoined()
+    void onConnectedChanged(bool connected)
     {
-        m_joinEnded = true;
-        const WifiAccessPoint joined = m_join->results().first();
+        m_left = true;
+        if (connected)
+            onConnection();
+    }
+
+    void onConnection()
+    {
+        const WifiAccessPoint joined = service()->connectedAccessPoint();
+        // The operation also takes for its outcome what the former network tells until the station leaves it.
+        const bool isFormer = !m_left && joined.ssid() == m_former.ssid();
+        if (isFinished() || joined.isEmpty() || isFormer)
+            return;
+        m_joining = false;
         if (joined.ssid() != m_ssid) {
-            notJoined(QStringLiteral(": the station is connected to %1, as another application has asked for")
-                          .arg(quoted(joined.ssid())));
+            notJoined(QStringLiteral(": the station is connected to %1 in its place").arg(quoted(joined.ssid())));
             return;
         }
         if (json())
@@ -135,13 +152,22 @@ private:
 
     void onRefused()
     {
-        m_joinEnded = true;
+        m_joining = false;
         const AsyncOperationError error = m_join->error();
         QString reason;
         if (error.message() == FailedToConnect)
             reason = takesPasskey(m_accessPoint) ? QStringLiteral(" (the passkey is wrong, as a rule)")
                                                  : QStringLiteral(" (it may not be open after all)");
         notJoined(QStringLiteral(", code %1: ").arg(error.code()) + error.message() + reason);
+    }
+
+    /*! What is added when the station has not even left its network to join another one; else empty. */
+    QString stillConnected() const
+    {
+        if (!m_joining || !service()->connected())
+            return QString();
+        return QStringLiteral("; the station is still connected to ")
+            + quoted(service()->connectedAccessPoint().ssid());
     }
 
     void notJoined(const QString &why) { fail(quoted(m_ssid) + QLatin1String(" was not joined") + why); }
@@ -161,7 +187,9 @@ private:
     WifiAccessPoint m_accessPoint;
     std::unique_ptr<PasskeyPrompt> m_prompt;
     std::unique_ptr<AsyncWifiConnectOperation> m_join;
-    bool m_joinEnded = false;
+    WifiAccessPoint m_former; //!< what the station was connected to before
+    bool m_left = false; //!< the station is not, or no longer, connected to that
+    bool m_joining = false;
 };
 
 // A file is read before anything is asked of the daemon; a terminal only when a passkey turns out to be needed.

@@ -39,6 +39,9 @@ private Q_SLOTS:
     void refused();
     void openOneThatIsNot();
     void anotherApplicationJoins();
+    void roamingIsNoOutcome();
+    void roamingHidesNoFailure();
+    void withoutLeaving();
     void radioGoesOff();
     void daemonDies();
 
@@ -46,6 +49,8 @@ private Q_SLOTS:
     void withdrawnBySignal_data();
     void withdrawnBySignal();
     void whatFailedIsNotWithdrawn();
+    void presentConnectionIsKept_data();
+    void presentConnectionIsKept();
 
     void passkeyStaysSecret();
 
@@ -64,6 +69,8 @@ private:
     }
     /*! Begins to join a network that never answers, and waits until the daemon was asked to. */
     bool beginToJoin(Tool *tool);
+    /*! Begins to join \a ssid of a scenario that is late with "wnet_new", and has the station roam meanwhile. */
+    bool beginAndRoam(Tool *tool, const QString &ssid, const QByteArray &passkey, const QStringList &options = {});
     static bool publish(const QString &attribute, const ZopVariant &value)
     {
         ZopChangeset changes;
@@ -110,6 +117,22 @@ bool TestMorvekctlWifiConnect::beginToJoin(Tool *tool)
                  QStringLiteral("--passkey-file"), QStringLiteral("-")});
     tool->feed("silence is golden\n");
     return waitForDaemon(QStringLiteral("reply   wnet_select"));
+}
+
+bool TestMorvekctlWifiConnect::beginAndRoam(Tool *tool, const QString &ssid, const QByteArray &passkey,
+                                            const QStringList &options)
+{
+    if (!m_daemon->publish(QStringLiteral("late"), {QStringLiteral("--verbose")}))
+        return false;
+    tool->start(QStringList {QStringLiteral("wifi"), QStringLiteral("connect"), ssid,
+                             QStringLiteral("--passkey-file"), QStringLiteral("-")}
+                + options);
+    tool->feed(passkey);
+    return waitForDaemon(QStringLiteral("request wnet_new"))
+        && publish(QStringLiteral("wifi_status"),
+                   ZopVariant(QByteArray(R"({"bssid":"02:00:00:00:70:09","ssid":"Home","key_mgmt":"WPA2-PSK",)"
+                                         R"("pairwise_cipher":"CCMP"})"),
+                              "json"));
 }
 
 void TestMorvekctlWifiConnect::joins_data()
@@ -334,8 +357,45 @@ void TestMorvekctlWifiConnect::anotherApplicationJoins()
                                "json")));
     QCOMPARE(tool.wait(), 1);
     QCOMPARE(tool.errors(),
-             QStringLiteral("morvekctl: \"Mute\" was not joined: the station is connected to \"Home\", as another "
-                            "application has asked for\n"));
+             QStringLiteral("morvekctl: \"Mute\" was not joined: the station is connected to \"Home\" in its "
+                            "place\n"));
+}
+
+void TestMorvekctlWifiConnect::roamingIsNoOutcome()
+{
+    Tool tool(m_root->path());
+    QVERIFY(beginAndRoam(&tool, QStringLiteral("Garage"), "open sesame 42"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("Looking for \"Garage\"."));
+    QCOMPARE(tool.nextLine(),
+             QStringLiteral("Joining \"Garage\" (WPA2), strongest by 02:00:00:00:70:02 with -57 dBm."));
+    QCOMPARE(tool.nextLine(), QStringLiteral("Connected to \"Garage\" by 02:00:00:00:70:02 (WPA2, CCMP)."));
+    QCOMPARE(tool.wait(), 0);
+    QCOMPARE(tool.errors(), QString());
+}
+
+void TestMorvekctlWifiConnect::roamingHidesNoFailure()
+{
+    Tool tool(m_root->path());
+    QVERIFY(beginAndRoam(&tool, QStringLiteral("Home"), "correct horse 8", {QStringLiteral("--timeout=4")}));
+    QVERIFY(waitForDaemon(QStringLiteral("reply   wnet_select")));
+    QCOMPARE(tool.wait(), 4);
+    QCOMPARE(tool.errors(),
+             QStringLiteral("morvekctl: the time is up: \"Home\" has not been joined: it may be out of range now, or "
+                            "the Wi-Fi daemon does not answer\n"));
+    QVERIFY(waitForDaemon(QStringLiteral("request wnet_disableall")));
+}
+
+/*! A daemon may go from one network straight to another. */
+void TestMorvekctlWifiConnect::withoutLeaving()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("new-ignored"), {QStringLiteral("--verbose")}));
+    Tool tool(m_root->path());
+    tool.start({QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Garage"), QStringLiteral("--json")});
+    QVERIFY(waitForDaemon(QStringLiteral("request wnet_new")));
+    QVERIFY(publish(QStringLiteral("wifi_status"),
+                    ZopVariant(QByteArray(R"({"bssid":"02:00:00:00:70:02","ssid":"Garage"})"), "json")));
+    QCOMPARE(tool.wait(), 0);
+    QVERIFY(tool.nextLine().contains(QLatin1String("\"ssid\":\"Garage\"")));
 }
 
 void TestMorvekctlWifiConnect::radioGoesOff()
@@ -362,8 +422,8 @@ void TestMorvekctlWifiConnect::withdrawnByTimeout()
     const ToolResult result =
         connect(QStringLiteral("Mute"), "silence is golden", {QStringLiteral("--timeout"), QStringLiteral("2")});
     QCOMPARE(result.errors,
-             QStringLiteral("morvekctl: the time is up: \"Mute\" has not been joined, and is not tried any longer; it "
-                            "may be out of range now\n"));
+             QStringLiteral("morvekctl: the time is up: \"Mute\" has not been joined: it may be out of range now, or "
+                            "the Wi-Fi daemon does not answer\n"));
     QCOMPARE(result.code, 4);
     QVERIFY(waitForDaemon(QStringLiteral("request wnet_disableall")));
 }
@@ -391,6 +451,39 @@ void TestMorvekctlWifiConnect::whatFailedIsNotWithdrawn()
     QVERIFY(m_daemon->publish(QStringLiteral("town"), {QStringLiteral("--verbose")}));
     QCOMPARE(connect(QStringLiteral("Garage"), "open sesame 43").code, 1);
     QCOMPARE(connect(QStringLiteral("Garage"), "open sesame 42").code, 0);
+    QCOMPARE(runTool(m_root->path(), {QStringLiteral("wifi"), QStringLiteral("off")}).code, 0);
+    QVERIFY(waitForDaemon(QStringLiteral("request wifi_power")));
+    QVERIFY(!m_told.contains(QLatin1String("wnet_disableall")));
+}
+
+void TestMorvekctlWifiConnect::presentConnectionIsKept_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<int>("code");
+    QTest::newRow("deadline") << 0
+                              << "the time is up: \"Garage\" has not been joined; the station is still connected to "
+                                 "\"Home\""
+                              << 4;
+    QTest::newRow("Ctrl-C") << SIGINT
+                            << "\"Garage\" was not joined: interrupted; the station is still connected to \"Home\""
+                            << 1;
+}
+
+void TestMorvekctlWifiConnect::presentConnectionIsKept()
+{
+    QFETCH(int, signal);
+    QFETCH(QString, message);
+    QFETCH(int, code);
+    QVERIFY(m_daemon->publish(QStringLiteral("new-ignored"), {QStringLiteral("--verbose")}));
+    Tool tool(m_root->path());
+    tool.start({QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Garage"),
+                QStringLiteral("--timeout=%1").arg(signal == 0 ? 2 : 60)});
+    QVERIFY(waitForDaemon(QStringLiteral("request wnet_new")));
+    if (signal != 0)
+        tool.signal(signal);
+    QCOMPARE(tool.wait(), code);
+    QCOMPARE(tool.errors(), QStringLiteral("morvekctl: %1\n").arg(message));
     QCOMPARE(runTool(m_root->path(), {QStringLiteral("wifi"), QStringLiteral("off")}).code, 0);
     QVERIFY(waitForDaemon(QStringLiteral("request wifi_power")));
     QVERIFY(!m_told.contains(QLatin1String("wnet_disableall")));
