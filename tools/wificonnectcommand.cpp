@@ -17,7 +17,6 @@ namespace morvek {
 
 namespace {
 
-constexpr int JoinTime = 30000;
 const QLatin1String FailedToConnect("Failed to connect to Access Point");
 
 QString passkeyOption()
@@ -55,27 +54,29 @@ public:
 protected:
     void onScanStarted() override { tellStep(QStringLiteral("looking for %1").arg(quoted(m_ssid))); }
 
-    void onScanned(const QList<WifiAccessPoint> &accessPoints) override
+    void onScanned(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen) override
     {
-        const NetworkChoice choice = chooseNetwork(accessPoints, m_ssid, m_withPasskey);
+        const NetworkChoice choice = chooseNetwork(accessPoints, sureOfOpen, m_ssid, m_withPasskey);
         if (!choice.complaint.isEmpty()) {
             fail(choice.complaint, choice.code);
             return;
         }
         m_accessPoint = choice.accessPoint;
+        m_security = securityName(m_accessPoint, sureOfOpen);
         if (!takesPasskey(m_accessPoint) || !m_passkey.isEmpty())
             join();
         else if (PasskeyPrompt::isPossible())
             askForPasskey();
         else
             fail(QStringLiteral("%1 needs a passkey: give --passkey-file FILE, \"-\" for standard input")
-                     .arg(quoted(m_ssid)),
+                         .arg(quoted(m_ssid))
+                     + (choice.hasOpenTwin ? QStringLiteral("; the open one of that name is not taken for it")
+                                           : QString()),
                  WrongUsage);
     }
 
     void withdraw() override
     {
-        ScanningCommand::withdraw();
         m_prompt.reset();
         if (!m_joining)
             return;
@@ -104,6 +105,8 @@ private:
         m_passkey = passkey;
         if (passkey.isEmpty())
             notJoined(QStringLiteral(": no passkey was typed"));
+        else if (!isPossiblePasskey(passkey))
+            notJoined(QStringLiteral(": ") + possiblePasskeys());
         else
             join();
     }
@@ -111,9 +114,9 @@ private:
     void join()
     {
         const QString signal = signalText(m_accessPoint);
-        tellStep(QStringLiteral("joining %1 (%2), strongest by %3")
-                     .arg(quoted(m_ssid), securityName(m_accessPoint), m_accessPoint.bssid())
-                 + (signal.isEmpty() ? QString() : QStringLiteral(" with ") + signal));
+        tellStep(
+            QStringLiteral("joining %1 (%2), strongest by %3").arg(quoted(m_ssid), m_security, m_accessPoint.bssid())
+            + (signal.isEmpty() ? QString() : QStringLiteral(" with ") + signal));
         setDeadline(JoinTime);
         m_joining = true;
         m_former = service()->connectedAccessPoint();
@@ -185,10 +188,11 @@ private:
     const bool m_withPasskey;
     QString m_passkey;
     WifiAccessPoint m_accessPoint;
+    QString m_security;
     std::unique_ptr<PasskeyPrompt> m_prompt;
     std::unique_ptr<AsyncWifiConnectOperation> m_join;
     WifiAccessPoint m_former; //!< what the station was connected to before
-    bool m_left = false; //!< the station is not, or no longer, connected to that
+    bool m_left = false;      //!< the station is not, or no longer, connected to that
     bool m_joining = false;
 };
 
@@ -218,13 +222,14 @@ CommandInfo wifiConnectCommand()
                                  QStringLiteral("the passkey is the one line of FILE, \"-\" for standard input")}}),
             {{QStringLiteral("SSID"), QStringLiteral("leave the present network, and join the one of that name")}},
             QStringLiteral(
-                "Looks for the network, and takes the security of its strongest access point that can be joined:\n"
-                "WPA or WPA2 with a passkey, or open. With --passkey-file a network is only joined with it.\n"
-                "Without, the passkey is asked for on the terminal.\n\n"
-                "When there are no scan results within 15 seconds, or the network is not joined within 30, or\n"
-                "when the time of --timeout is up, the attempt is withdrawn and the command ends with code 4;\n"
-                "by Ctrl-C with code 1. With --json the steps are told on standard error, and the outcome is\n"
-                "what 'wifi status --json' would write."),
+                "Looks for the network, and takes the security of its strongest access point with a passkey (WPA\n"
+                "or WPA2); an open network only when none of that name is protected, and never with\n"
+                "--passkey-file. Without that, the passkey is asked for on the terminal.\n\n"
+                "The file is read before any time counts. When there are no scan results within %1, or\n"
+                "the network is not joined within %2, or when the time of --timeout is up, the attempt\n"
+                "is withdrawn and the command ends with code 4; by Ctrl-C with code 1. With --json the steps are\n"
+                "told on standard error, and the outcome is what 'wifi status --json' would write.")
+                .arg(inSeconds(ScanTime), inSeconds(JoinTime)),
             {QStringLiteral("morvekctl wifi connect Garage"),
              QStringLiteral("morvekctl wifi connect Garage --passkey-file garage.key --json")},
             create};

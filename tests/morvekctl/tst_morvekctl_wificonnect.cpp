@@ -30,11 +30,19 @@ private Q_SLOTS:
     void passkeyFile();
     void unusablePasskeyFile_data();
     void unusablePasskeyFile();
+    void impossiblePasskey_data();
+    void impossiblePasskey();
+    void possiblePasskey_data();
+    void possiblePasskey();
+    void closedStandardInput();
 
     void fails_data();
     void fails();
     void failsAsJson();
     void nothingInRange();
+    void manyInRange();
+    void openOrUnknown();
+    void openTwinOfWhatCannotBeJoined();
     void refused_data();
     void refused();
     void openOneThatIsNot();
@@ -44,6 +52,7 @@ private Q_SLOTS:
     void withoutLeaving();
     void radioGoesOff();
     void daemonDies();
+    void daemonDiesLater();
 
     void withdrawnByTimeout();
     void withdrawnBySignal_data();
@@ -68,7 +77,7 @@ private:
         return runTool(m_root->path(), QStringList {QStringLiteral("wifi"), QStringLiteral("connect"), ssid} + options);
     }
     /*! Begins to join a network that never answers, and waits until the daemon was asked to. */
-    bool beginToJoin(Tool *tool);
+    bool beginToJoin(Tool *tool, const QStringList &options = {});
     /*! Begins to join \a ssid of a scenario that is late with "wnet_new", and has the station roam meanwhile. */
     bool beginAndRoam(Tool *tool, const QString &ssid, const QByteArray &passkey, const QStringList &options = {});
     static bool publish(const QString &attribute, const ZopVariant &value)
@@ -109,12 +118,13 @@ bool TestMorvekctlWifiConnect::waitForDaemon(const QString &line)
         60000);
 }
 
-bool TestMorvekctlWifiConnect::beginToJoin(Tool *tool)
+bool TestMorvekctlWifiConnect::beginToJoin(Tool *tool, const QStringList &options)
 {
     if (!m_daemon->publish(QStringLiteral("town"), {QStringLiteral("--verbose")}))
         return false;
-    tool->start({QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Mute"),
-                 QStringLiteral("--passkey-file"), QStringLiteral("-")});
+    tool->start(QStringList {QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Mute"),
+                             QStringLiteral("--passkey-file"), QStringLiteral("-")}
+                + options);
     tool->feed("silence is golden\n");
     return waitForDaemon(QStringLiteral("reply   wnet_select"));
 }
@@ -124,8 +134,8 @@ bool TestMorvekctlWifiConnect::beginAndRoam(Tool *tool, const QString &ssid, con
 {
     if (!m_daemon->publish(QStringLiteral("late"), {QStringLiteral("--verbose")}))
         return false;
-    tool->start(QStringList {QStringLiteral("wifi"), QStringLiteral("connect"), ssid,
-                             QStringLiteral("--passkey-file"), QStringLiteral("-")}
+    tool->start(QStringList {QStringLiteral("wifi"), QStringLiteral("connect"), ssid, QStringLiteral("--passkey-file"),
+                             QStringLiteral("-")}
                 + options);
     tool->feed(passkey);
     return waitForDaemon(QStringLiteral("request wnet_new"))
@@ -154,10 +164,6 @@ void TestMorvekctlWifiConnect::joins_data()
                           << QString::fromUtf8(
                                  "Joining \"Café ☕\" (open), strongest by 02:00:00:00:70:06 with -60 dBm.\n"
                                  "Connected to \"Café ☕\" by 02:00:00:00:70:06 (open, none).\n");
-    QTest::newRow("open twin without a passkey")
-        << "Twins" << QString()
-        << "Joining \"Twins\" (open), strongest by 02:00:00:00:70:07 with -61 dBm.\n"
-           "Connected to \"Twins\" by 02:00:00:00:70:07 (open, none).\n";
     QTest::newRow("protected twin with a passkey")
         << "Twins"
         << "correct horse 7"
@@ -249,6 +255,52 @@ void TestMorvekctlWifiConnect::unusablePasskeyFile()
     QCOMPARE(result.code, 2);
 }
 
+void TestMorvekctlWifiConnect::impossiblePasskey_data()
+{
+    QTest::addColumn<QByteArray>("passkey");
+    QTest::newRow("too short") << QByteArray("sesame7");
+    QTest::newRow("too long, no digits") << QByteArray(64, 'g');
+    QTest::newRow("too long, digits") << QByteArray(65, '7');
+    QTest::newRow("no ASCII") << QByteArray("open s\xc3\xa9same");
+}
+
+void TestMorvekctlWifiConnect::impossiblePasskey()
+{
+    QFETCH(QByteArray, passkey);
+    const ToolResult result = connect(QStringLiteral("Garage"), passkey);
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: --passkey-file \"-\" holds no passkey: a passkey has 8 to 63 plain letters, "
+                            "digits, blanks and signs (ASCII), or 64 hexadecimal digits\n"));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 2);
+}
+
+void TestMorvekctlWifiConnect::possiblePasskey_data()
+{
+    QTest::addColumn<QByteArray>("passkey");
+    QTest::newRow("shortest") << QByteArray(" \"~sam~ ");
+    QTest::newRow("longest") << QByteArray(63, 'g');
+    QTest::newRow("digits") << QByteArray("0123456789abcdefABCDEF0123456789abcdefABCDEF0123456789abcdefABCD");
+}
+
+/*! Another one than that of the network, which only the daemon can tell. */
+void TestMorvekctlWifiConnect::possiblePasskey()
+{
+    QFETCH(QByteArray, passkey);
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    const ToolResult result = connect(QStringLiteral("Garage"), passkey);
+    QVERIFY2(result.errors.endsWith(QLatin1String("(the passkey is wrong, as a rule)\n")), qPrintable(result.errors));
+    QCOMPARE(result.code, 1);
+}
+
+void TestMorvekctlWifiConnect::closedStandardInput()
+{
+    const ToolResult result =
+        runWithClosedInput(m_root->path(), QStringLiteral("wifi connect Garage --passkey-file -"));
+    QCOMPARE(result.errors, QStringLiteral("morvekctl: --passkey-file \"-\" cannot be read: Bad file descriptor\n"));
+    QCOMPARE(result.code, 2);
+}
+
 void TestMorvekctlWifiConnect::fails_data()
 {
     QTest::addColumn<QString>("ssid");
@@ -262,8 +314,11 @@ void TestMorvekctlWifiConnect::fails_data()
     };
     row("wrong passkey", "Garage", "open sesame 43",
         "\"Garage\" was not joined, code -1: Failed to connect to Access Point (the passkey is wrong, as a rule)", 1);
-    row("passkey that none can be", "Garage", "sesame",
-        "\"Garage\" was not joined, code -1: \"psk\" must be 8 to 63 ASCII characters or 64 hexadecimal digits", 1);
+    row("open twin without a passkey", "Twins", "",
+        "\"Twins\" needs a passkey: give --passkey-file FILE, \"-\" for standard input; the open one of that name is "
+        "not "
+        "taken for it",
+        2);
     row("not in range", "garage", "open sesame 42",
         "there is no network \"garage\" in range: use one of \"Garage\", \"Home\", \"Attic\", \"Café ☕\", \"Twins\", "
         "\"Office\", \"Museum\", \"Future\", \"Mute\", \"No level\"",
@@ -312,6 +367,42 @@ void TestMorvekctlWifiConnect::nothingInRange()
         result.errors,
         QStringLiteral("morvekctl: there is no network \"Garage\" in range: there is none at all at the moment\n"));
     QCOMPARE(result.code, 5);
+}
+
+void TestMorvekctlWifiConnect::manyInRange()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("air")));
+    const ToolResult result = connectWithoutPasskey(QStringLiteral("Garage"));
+    QCOMPARE(result.errors,
+             QString::fromUtf8("morvekctl: there is no network \"Garage\" in range: use one of \"Mixed\", \"Annex\", "
+                               "\"Zoo\", \"Corp\", \"Old corp\", \"Both\", \"Museum\", \"Depot\", \"Café Łódź\", "
+                               "\"Future\" and 9 more\n"));
+    QCOMPARE(result.code, 5);
+}
+
+void TestMorvekctlWifiConnect::openOrUnknown()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("air")));
+    const ToolResult joined = connectWithoutPasskey(QStringLiteral("No level"));
+    QCOMPARE(joined.output,
+             QStringLiteral("Looking for \"No level\".\n"
+                            "Joining \"No level\" (open or unknown), strongest by 02:00:00:00:70:13.\n"
+                            "Connected to \"No level\" by 02:00:00:00:70:13 (open, none).\n"));
+    QCOMPARE(joined.code, 0);
+    const ToolResult refused = connect(QStringLiteral("Unreadable"), "correct horse 7");
+    QCOMPARE(refused.errors,
+             QStringLiteral("morvekctl: \"Unreadable\" is open or unknown: leave --passkey-file out to join it without "
+                            "protection\n"));
+    QCOMPARE(refused.code, 1);
+}
+
+void TestMorvekctlWifiConnect::openTwinOfWhatCannotBeJoined()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("office-twin")));
+    const ToolResult result = connectWithoutPasskey(QStringLiteral("Office"));
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: \"Office\" cannot be joined: its security is open, WPA2 Enterprise\n"));
+    QCOMPARE(result.code, 1);
 }
 
 void TestMorvekctlWifiConnect::refused_data()
@@ -414,6 +505,18 @@ void TestMorvekctlWifiConnect::daemonDies()
     const ToolResult result = connect(QStringLiteral("Home"), "correct horse 7");
     QCOMPARE(result.errors, QStringLiteral("morvekctl: \"Home\" was not joined, code -1: the daemon is gone\n"));
     QCOMPARE(result.code, 1);
+}
+
+/*! Nothing tells it, so nothing is claimed of the daemon. */
+void TestMorvekctlWifiConnect::daemonDiesLater()
+{
+    Tool tool(m_root->path());
+    QVERIFY(beginToJoin(&tool, {QStringLiteral("--timeout=4")}));
+    m_daemon->signal(SIGKILL);
+    QCOMPARE(tool.wait(), 4);
+    QCOMPARE(tool.errors(),
+             QStringLiteral("morvekctl: the time is up: \"Mute\" has not been joined: it may be out of range now, or "
+                            "the Wi-Fi daemon does not answer\n"));
 }
 
 void TestMorvekctlWifiConnect::withdrawnByTimeout()
