@@ -89,8 +89,8 @@ CommandInfo wifiMonitorCommand()
                 "  connected, disconnected\n"
                 "A station that changes to another access point of its network (roaming) is not told, nor is the\n"
                 "daemon's death. With --json each line is what 'wifi status --json' would write, with \"time\"\n"
-                "(UTC) and \"event\". The command ends well by SIGINT (Ctrl-C), SIGTERM, --count, or, without\n"
-                "--count, --timeout."),
+                "(UTC) and \"event\". The command ends well by SIGINT (Ctrl-C), SIGTERM, SIGHUP, SIGQUIT,\n"
+                "--count, or, without --count, --timeout."),
             {QStringLiteral("morvekctl wifi monitor"),
              QStringLiteral("morvekctl wifi monitor --json --count 1 --timeout 60")},
             createMonitor<WifiMonitorCommand>};

@@ -215,6 +215,8 @@ void TestMorvekctlWifiMonitor::endsBySignal_data()
     QTest::addColumn<int>("signal");
     QTest::newRow("SIGINT") << SIGINT;
     QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGHUP") << SIGHUP;
+    QTest::newRow("SIGQUIT") << SIGQUIT;
 }
 
 void TestMorvekctlWifiMonitor::endsBySignal()
