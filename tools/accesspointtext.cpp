@@ -22,10 +22,10 @@ QString protocolNames(QFlags<WifiSecurityProtocol> protocols)
 }
 
 // The library says "none" beside whatever else it has read, and alone beside what it could not read.
-QString nameWithoutWps(const WifiAccessPoint &accessPoint)
+QString nameWithoutWps(const WifiAccessPoint &accessPoint, bool sureOfOpen)
 {
     if (isOpen(accessPoint))
-        return QStringLiteral("open");
+        return sureOfOpen ? QStringLiteral("open") : QStringLiteral("open or unknown");
     QString names = protocolNames(accessPoint.securityProtocols());
     const bool enterprise = accessPoint.keyManagementTypes().testFlag(WifiKeyManagementEap);
     if (takesPasskey(accessPoint))
@@ -49,9 +49,9 @@ bool takesPasskey(const WifiAccessPoint &accessPoint)
         && accessPoint.keyManagementTypes().testFlag(WifiKeyManagementPsk);
 }
 
-QString securityName(const WifiAccessPoint &accessPoint)
+QString securityName(const WifiAccessPoint &accessPoint, bool sureOfOpen)
 {
-    const QString name = nameWithoutWps(accessPoint);
+    const QString name = nameWithoutWps(accessPoint, sureOfOpen);
     const bool wps = accessPoint.securityProtocols().testFlag(WifiSecurityProtocolWps);
     return wps ? name + QStringLiteral(" + WPS") : name;
 }
@@ -87,7 +87,7 @@ QString signalText(const WifiAccessPoint &accessPoint)
 
 QString quoted(const QString &ssid)
 {
-    return QLatin1Char('"') + ssid + QLatin1Char('"');
+    return ssid.isEmpty() ? QStringLiteral("a network without a name") : QLatin1Char('"') + ssid + QLatin1Char('"');
 }
 
 QString connectionText(const WifiAccessPoint &accessPoint)
@@ -96,7 +96,7 @@ QString connectionText(const WifiAccessPoint &accessPoint)
         + securityName(accessPoint) + QLatin1String(", ") + cipherName(accessPoint) + QLatin1Char(')');
 }
 
-QJsonObject toJson(const WifiAccessPoint &accessPoint)
+QJsonObject toJson(const WifiAccessPoint &accessPoint, bool sureOfOpen)
 {
     return {
         {QStringLiteral("ssid"), textOrNull(accessPoint.ssid())},
@@ -104,7 +104,7 @@ QJsonObject toJson(const WifiAccessPoint &accessPoint)
         {QStringLiteral("signal"), numberOrNull(accessPoint.rssi())},
         {QStringLiteral("frequency"), numberOrNull(accessPoint.frequency())},
         {QStringLiteral("channel"), numberOrNull(channelOf(accessPoint))},
-        {QStringLiteral("security"), securityName(accessPoint)},
+        {QStringLiteral("security"), securityName(accessPoint, sureOfOpen)},
         {QStringLiteral("cipher"), cipherName(accessPoint)},
     };
 }

@@ -13,8 +13,8 @@ bool isOpen(const WifiAccessPoint &accessPoint);
 /*! It takes a pre-shared key, for WPA or WPA2. */
 bool takesPasskey(const WifiAccessPoint &accessPoint);
 
-/*! "open", "WPA/WPA2", "WPA2 Enterprise + WPS", "unknown" and so on. */
-QString securityName(const WifiAccessPoint &accessPoint);
+/*! "open", "WPA/WPA2", "WPA2 Enterprise + WPS", "unknown" and so on; unless \a sureOfOpen "open or unknown", too. */
+QString securityName(const WifiAccessPoint &accessPoint, bool sureOfOpen = true);
 /*! "TKIP+CCMP", "none", or "unknown". */
 QString cipherName(const WifiAccessPoint &accessPoint);
 /*! The number of the channel, for the frequencies in MHz that surely have one; else 0. */
@@ -22,13 +22,13 @@ int channelOf(const WifiAccessPoint &accessPoint);
 /*! "-48 dBm"; empty when it is not known. */
 QString signalText(const WifiAccessPoint &accessPoint);
 
-/*! The name in quotes. */
+/*! The name in quotes; "a network without a name", without them, when it is hidden. */
 QString quoted(const QString &ssid);
 /*! One that the station is connected to: "Garage" by 02:00:00:00:00:01 (WPA2, CCMP), the name in quotes. */
 QString connectionText(const WifiAccessPoint &accessPoint);
 
 /*! Everything known of \a accessPoint; what is not known is null. */
-QJsonObject toJson(const WifiAccessPoint &accessPoint);
+QJsonObject toJson(const WifiAccessPoint &accessPoint, bool sureOfOpen = true);
 /*! The station's state; \a accessPoint is empty when it is not connected. */
 QJsonObject stateJson(bool powered, const WifiAccessPoint &accessPoint);
 

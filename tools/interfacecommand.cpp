@@ -2,6 +2,7 @@
 #include "interfacecommand.h"
 
 #include "output.h"
+#include "texts.h"
 
 namespace morvek {
 
@@ -38,7 +39,7 @@ bool InterfaceCommand::find(const QString &name, NetworkInterface *networkInterf
             return true;
         }
     }
-    const QString known = interfaceNames(*service()).join(QLatin1String(", "));
+    const QString known = shortList(interfaceNames(*service()));
     complain(QStringLiteral("there is no interface \"%1\": %2")
                  .arg(name,
                       known.isEmpty() ? QStringLiteral("there is none at all at the moment")

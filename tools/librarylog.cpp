@@ -1,27 +1,70 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "librarylog.h"
 
-#include "output.h"
-
-#include <krellogger.h>
+#include <algorithm>
 
 namespace morvek {
 
-LibraryLog::LibraryLog()
+namespace {
+
+/*! What the library does when nobody listens. */
+void write(KrelLogger::Level level, unsigned short code, const QString &text)
 {
-    if (!qEnvironmentVariableIsSet("KREL_VERBOSITY"))
-        KrelLogger::setSink([this](KrelLogger::Level, unsigned short, const QString &text) { m_lines += text; });
+    switch (level) {
+    case KrelLogger::Error:
+        KrelLogger().error(code) << text;
+        break;
+    case KrelLogger::Warning:
+        KrelLogger().warning(code) << text;
+        break;
+    case KrelLogger::Debug1:
+        KrelLogger().debug1(code) << text;
+        break;
+    case KrelLogger::Debug2:
+        KrelLogger().debug2(code) << text;
+        break;
+    }
+}
+
+} // namespace
+
+LibraryLog::LibraryLog(const Listener &listener)
+    : m_listener(listener),
+      m_verbosity(KrelLogger::getVerbosity())
+{
+    KrelLogger::setVerbosity(std::max(m_verbosity, int(KrelLogger::Error)));
+    listen();
 }
 
 LibraryLog::~LibraryLog()
 {
     KrelLogger::setSink({});
+    KrelLogger::setVerbosity(m_verbosity);
 }
 
-void LibraryLog::tell() const
+bool LibraryLog::hasHeard(const QString &beginning) const
 {
-    for (const QString &line : m_lines)
-        complain(QStringLiteral("the library says: ") + QString(line).replace(QLatin1Char('\n'), QLatin1String(", ")));
+    return std::any_of(m_errors.begin(), m_errors.end(),
+                       [&](const QString &error) { return error.startsWith(beginning); });
+}
+
+void LibraryLog::listen()
+{
+    KrelLogger::setSink(
+        [this](KrelLogger::Level level, unsigned short code, const QString &text) { hear(level, code, text); });
+}
+
+void LibraryLog::hear(KrelLogger::Level level, unsigned short code, const QString &text)
+{
+    if (qEnvironmentVariableIsSet("KREL_VERBOSITY") && level <= m_verbosity) {
+        KrelLogger::setSink({});
+        write(level, code, text);
+        listen();
+    }
+    if (level != KrelLogger::Error)
+        return;
+    m_errors += text;
+    m_listener(text);
 }
 
 } // namespace morvek

@@ -2,26 +2,36 @@
 #ifndef MORVEK_LIBRARYLOG_H
 #define MORVEK_LIBRARYLOG_H
 
+#include <krellogger.h>
+
 #include <QtCore/QStringList>
 
 namespace morvek {
 
 /*!
- * While it lives, what the library logs is kept, not written; unless KREL_VERBOSITY is set: then it is the user's
- * wish to see it.
+ * While it lives, the library's errors are heard. What the library logs is written only when KREL_VERBOSITY is set:
+ * then it is the user's wish to see it.
  */
 class LibraryLog
 {
 public:
-    LibraryLog();
+    using Listener = std::function<void(const QString &error)>;
+
+    /*! \a listener must not end this. */
+    explicit LibraryLog(const Listener &listener);
     ~LibraryLog();
 
-    /*! Complains of everything that was kept. */
-    void tell() const;
+    /*! Whether an error began with \a beginning. */
+    bool hasHeard(const QString &beginning) const;
 
 private:
     Q_DISABLE_COPY(LibraryLog)
-    QStringList m_lines;
+    void listen();
+    void hear(KrelLogger::Level level, unsigned short code, const QString &text);
+
+    const Listener m_listener;
+    const int m_verbosity;
+    QStringList m_errors;
 };
 
 } // namespace morvek

@@ -12,7 +12,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <langinfo.h>
+#include <unistd.h>
 
 using namespace morvek;
 
@@ -23,6 +25,16 @@ void useUtf8()
 {
     if (!std::setlocale(LC_CTYPE, "") || std::strcmp(::nl_langinfo(CODESET), "UTF-8") != 0)
         ::setenv("LC_ALL", "C.UTF-8", 1);
+}
+
+// Otherwise the next file that is opened would be taken for what is missing. These fail as a closed one does.
+void fillStandardStreams()
+{
+    const int modes[] = {O_WRONLY, O_RDONLY, O_RDONLY};
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        if (::fcntl(stream, F_GETFD) < 0)
+            ::open("/dev/null", modes[stream]); // takes the lowest number that is free
+    }
 }
 
 int ended(ExitCode code)
@@ -63,6 +75,7 @@ int complete(const QStringList &words)
 
 int main(int argc, char *argv[])
 {
+    fillStandardStreams();
     useUtf8();
     std::signal(SIGPIPE, SIG_IGN); // a write that fails ends the command in order
     const QCoreApplication application(argc, argv);

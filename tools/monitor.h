@@ -45,6 +45,8 @@ protected:
 
     void tellChange(const QJsonObject &object, const QString &text)
     {
+        if (this->isFinished())
+            return;
         tell(object, text);
         if (m_count > 0 && --m_count == 0)
             this->finish(Done);

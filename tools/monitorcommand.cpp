@@ -98,7 +98,7 @@ CommandInfo monitorCommand()
                 "  configuration  a property of the interface has changed\n"
                 "  connected, disconnected\n"
                 "With --json each line is one object: \"time\" (UTC), \"event\", \"interface\". The command ends well\n"
-                "by SIGINT (Ctrl-C), SIGTERM, --count, or, without --count, --timeout."),
+                "by SIGINT (Ctrl-C), SIGTERM, SIGHUP, SIGQUIT, --count, or, without --count, --timeout."),
             {QStringLiteral("morvekctl monitor"), QStringLiteral("morvekctl monitor --json --count 1 --timeout 60")},
             createMonitor<MonitorCommand>};
 }

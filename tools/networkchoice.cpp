@@ -2,6 +2,7 @@
 #include "networkchoice.h"
 
 #include "accesspointtext.h"
+#include "texts.h"
 
 #include <algorithm>
 
@@ -17,7 +18,7 @@ QString distinct(const QList<WifiAccessPoint> &accessPoints, Text text)
         texts += text(accessPoint);
     texts.removeAll(QString());
     texts.removeDuplicates();
-    return texts.join(QLatin1String(", "));
+    return shortList(texts);
 }
 
 NetworkChoice refuse(ExitCode code, const QString &complaint)
@@ -41,7 +42,8 @@ NetworkChoice refuseUnknown(const QList<WifiAccessPoint> &accessPoints, const QS
 
 } // namespace
 
-NetworkChoice chooseNetwork(const QList<WifiAccessPoint> &accessPoints, const QString &ssid, bool withPasskey)
+NetworkChoice chooseNetwork(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen, const QString &ssid,
+                            bool withPasskey)
 {
     QList<WifiAccessPoint> named;
     std::copy_if(accessPoints.begin(), accessPoints.end(), std::back_inserter(named),
@@ -49,22 +51,24 @@ NetworkChoice chooseNetwork(const QList<WifiAccessPoint> &accessPoints, const QS
     if (named.isEmpty())
         return refuseUnknown(accessPoints, ssid);
 
-    const auto canBeJoined = [&](const WifiAccessPoint &accessPoint) {
-        return takesPasskey(accessPoint) || (isOpen(accessPoint) && !withPasskey);
-    };
-    const auto best = std::find_if(named.begin(), named.end(), canBeJoined);
-    if (best != named.end()) {
+    const int openOnes = int(std::count_if(named.begin(), named.end(), isOpen));
+    const bool allOpen = openOnes == named.size();
+    const auto protectedOne = std::find_if(named.begin(), named.end(), takesPasskey);
+    if (protectedOne != named.end() || (allOpen && !withPasskey)) {
         NetworkChoice choice;
-        choice.accessPoint = *best;
+        choice.accessPoint = allOpen ? named.first() : *protectedOne;
+        choice.hasOpenTwin = !allOpen && openOnes > 0;
         return choice;
     }
-    if (std::any_of(named.begin(), named.end(), isOpen))
-        return refuse(
-            Failed,
-            QStringLiteral("%1 is open: leave --passkey-file out to join it without protection").arg(quoted(ssid)));
-    return refuse(Failed,
-                  QStringLiteral("%1 cannot be joined: its security is ").arg(quoted(ssid))
-                      + distinct(named, securityName));
+    const auto security = [sureOfOpen](const WifiAccessPoint &accessPoint) {
+        return securityName(accessPoint, sureOfOpen);
+    };
+    if (allOpen)
+        return refuse(Failed,
+                      QStringLiteral("%1 is %2: leave --passkey-file out to join it without protection")
+                          .arg(quoted(ssid), security(named.first())));
+    return refuse(
+        Failed, QStringLiteral("%1 cannot be joined: its security is ").arg(quoted(ssid)) + distinct(named, security));
 }
 
 } // namespace morvek

@@ -14,15 +14,18 @@ namespace morvek {
 struct NetworkChoice
 {
     WifiAccessPoint accessPoint;
-    QString complaint; //!< empty when there is something to join
+    bool hasOpenTwin = false; //!< an open one has the same name, and was left out
+    QString complaint;        //!< empty when there is something to join
     ExitCode code = Done;
 };
 
 /*!
- * The first one of \a ssid among \a accessPoints that can be joined. With \a withPasskey open ones are left out: a
- * passkey is given for a network that is protected, and whoever plays it without protection must not get its traffic.
+ * The first one of \a ssid among \a accessPoints that takes a passkey. Open ones are joined only when there is no
+ * protected one of that name, and none at all \a withPasskey: whoever plays a protected network without protection
+ * must not get its traffic.
  */
-NetworkChoice chooseNetwork(const QList<WifiAccessPoint> &accessPoints, const QString &ssid, bool withPasskey);
+NetworkChoice chooseNetwork(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen, const QString &ssid,
+                            bool withPasskey);
 
 } // namespace morvek
 

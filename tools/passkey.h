@@ -6,6 +6,10 @@
 
 namespace morvek {
 
+/*! Whether any network can have \a passkey; what else there is, daemons refuse. */
+bool isPossiblePasskey(const QString &passkey);
+/*! "8 to 63 ..." */
+QString possiblePasskeys();
 /*! Reads the one line of \a file, "-" for standard input. False, with a sentence in \a error, when that fails. */
 bool readPasskeyFile(const QString &file, QString *passkey, QString *error);
 /*! Reads the line that was typed at the terminal on standard input; empty when it is none. */

@@ -11,7 +11,8 @@ namespace morvek {
 
 namespace {
 
-constexpr int ScanTime = 15000;
+// What the library tells of an access point that it lists without that flag.
+const QString UnreadableFlag = QStringLiteral("Unable to parse access point WPA flag ");
 
 QList<WifiAccessPoint> sortedBySignal(QList<WifiAccessPoint> accessPoints)
 {
@@ -43,7 +44,7 @@ void ScanningCommand::run()
     setOverdue(QStringLiteral("no scan results have come") + silenceReason());
     setDeadline(ScanTime);
     onScanStarted();
-    m_log.emplace();
+    hearRefusals(QStringLiteral("nothing was scanned"));
     m_operation.reset(service()->scan());
     connect(m_operation.get(), &AsyncWifiScanOperation::success, this, &ScanningCommand::onSuccess);
     connect(m_operation.get(), &AsyncWifiScanOperation::failure, this,
@@ -52,15 +53,9 @@ void ScanningCommand::run()
 
 void ScanningCommand::onSuccess()
 {
-    m_log.reset();
-    onScanned(sortedBySignal(m_operation->results()));
-}
-
-void ScanningCommand::withdraw()
-{
-    if (m_log)
-        m_log->tell();
-    m_log.reset();
+    const bool sureOfOpen = !hasHeard(UnreadableFlag);
+    hearNoMore();
+    onScanned(sortedBySignal(m_operation->results()), sureOfOpen);
 }
 
 } // namespace morvek

@@ -2,10 +2,9 @@
 #ifndef MORVEK_SCANNINGCOMMAND_H
 #define MORVEK_SCANNINGCOMMAND_H
 
-#include "librarylog.h"
 #include "wificommand.h"
 
-#include <optional>
+#include <memory>
 
 namespace morvek {
 
@@ -22,18 +21,17 @@ public:
 
 protected:
     virtual void onScanStarted() = 0;
-    /*! Called once; the strongest of \a accessPoints comes first. */
-    virtual void onScanned(const QList<WifiAccessPoint> &accessPoints) = 0;
-
-    void withdraw() override;
+    /*!
+     * Called once; the strongest of \a accessPoints comes first. Those that look open surely are only when
+     * \a sureOfOpen.
+     */
+    virtual void onScanned(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen) = 0;
 
 private:
     void run() override;
     void onSuccess();
 
     std::unique_ptr<AsyncWifiScanOperation> m_operation;
-    // What the library cannot read of an access point is no concern of the user's; why there are no results is.
-    std::optional<LibraryLog> m_log;
 };
 
 } // namespace morvek

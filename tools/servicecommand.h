@@ -41,6 +41,7 @@ protected:
     void setDeadline(int milliseconds);
     /*! Ends the command; later calls do nothing. */
     void finish(ExitCode code);
+    bool isFinished() const { return m_finished; }
 
 private:
     void tryService();

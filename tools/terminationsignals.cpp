@@ -12,7 +12,7 @@ namespace morvek {
 
 namespace {
 
-constexpr int Signals[] = {SIGINT, SIGTERM};
+constexpr int Signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 int ends[2] = {-1, -1};
 
 // Only what is safe in a signal handler: the event loop wakes up by the pipe.
@@ -30,8 +30,12 @@ void setHandler(void (*handler)(int))
     struct sigaction action = {};
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
-    for (const int signal : Signals)
-        ::sigaction(signal, &action, nullptr);
+    for (const int signal : Signals) {
+        struct sigaction present = {};
+        ::sigaction(signal, nullptr, &present);
+        if (signal != SIGHUP || present.sa_handler != SIG_IGN)
+            ::sigaction(signal, &action, nullptr);
+    }
 }
 
 } // namespace

@@ -6,7 +6,10 @@
 
 namespace morvek {
 
-/*! While it lives, SIGINT and SIGTERM do not end the program but emit received() from the event loop. One at a time. */
+/*!
+ * While it lives, SIGINT, SIGTERM, SIGHUP and SIGQUIT do not end the program but emit received() from the event loop.
+ * One at a time. A SIGHUP that was ignored before stays so: somebody wants the program to outlive its terminal.
+ */
 class TerminationSignals : public QObject
 {
     Q_OBJECT

@@ -15,6 +15,13 @@ QString onOrOff(bool value)
     return value ? QStringLiteral("on") : QStringLiteral("off");
 }
 
+QString shortList(const QStringList &texts)
+{
+    const int most = 10;
+    const QString list = texts.mid(0, most).join(QLatin1String(", "));
+    return texts.size() <= most ? list : QStringLiteral("%1 and %2 more").arg(list).arg(texts.size() - most);
+}
+
 QJsonValue textOrNull(const QString &text)
 {
     return text.isEmpty() ? QJsonValue() : QJsonValue(text);

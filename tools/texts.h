@@ -4,7 +4,7 @@
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
-#include <QtCore/QString>
+#include <QtCore/QStringList>
 
 namespace morvek {
 
@@ -12,6 +12,9 @@ namespace morvek {
 QString word(bool value);
 /*! "on" or "off". */
 QString onOrOff(bool value);
+
+/*! The first ten of \a texts, and how many more there are. */
+QString shortList(const QStringList &texts);
 
 /*! \a text, or null when it is empty. */
 QJsonValue textOrNull(const QString &text);

@@ -5,12 +5,25 @@
 #include "output.h"
 #include "texts.h"
 
+#include <QtCore/QRegularExpression>
+
 namespace morvek {
 
 namespace {
 
 // The service opens the daemon's objects from the event loop. Not much later, as a rule: when it has seen their folder.
 constexpr int Patience = 1000;
+
+/*! What follows a failure when \a error of the library tells a refusal; else empty. */
+QString refusalIn(const QString &error)
+{
+    if (error == QLatin1String("Failed to disconnet from Access Point"))
+        return QStringLiteral(": the Wi-Fi daemon has refused, or is gone");
+    static const QRegularExpression form(
+        QStringLiteral("\\AWi-Fi service control command failed\nmsg: .*\nerror code: (.*)\nerror: (.*)\\z"));
+    const QRegularExpressionMatch match = form.match(error);
+    return match.hasMatch() ? QStringLiteral(", code %1: %2").arg(match.captured(1), match.captured(2)) : QString();
+}
 
 } // namespace
 
@@ -26,18 +39,32 @@ bool WifiCommand::needRadio()
             fail(QStringLiteral("the radio is off: switch it on with 'morvekctl wifi on'"));
         return powered;
     };
-    connect(service(), &WifiService::poweredChanged, this, failWithout);
+    // The connection of the same update is told after the radio.
+    connect(service(), &WifiService::poweredChanged, this, failWithout, Qt::QueuedConnection);
     return failWithout(service()->powered());
+}
+
+void WifiCommand::hearRefusals(const QString &failure)
+{
+    m_log.emplace([this, failure](const QString &error) {
+        const QString refusal = refusalIn(error);
+        if (!refusal.isEmpty())
+            QTimer::singleShot(0, this, [this, failure, refusal] { fail(failure + refusal); });
+    });
 }
 
 void WifiCommand::tellState(const QString &sentence)
 {
+    if (isFinished())
+        return;
     writeLine(json() ? jsonLine(stateJson(service()->powered(), service()->connectedAccessPoint())) : sentence);
     finish(Done);
 }
 
 void WifiCommand::fail(const QString &sentence, ExitCode code)
 {
+    if (isFinished())
+        return;
     withdraw();
     complain(sentence);
     finish(code);
@@ -45,7 +72,12 @@ void WifiCommand::fail(const QString &sentence, ExitCode code)
 
 QString silenceReason()
 {
-    return QStringLiteral("; the Wi-Fi daemon may have refused, or does not answer");
+    return QStringLiteral("; the Wi-Fi daemon has not told why");
+}
+
+QString inSeconds(int milliseconds)
+{
+    return QStringLiteral("%1 seconds").arg(milliseconds / 1000);
 }
 
 } // namespace morvek

@@ -2,12 +2,23 @@
 #ifndef MORVEK_WIFICOMMAND_H
 #define MORVEK_WIFICOMMAND_H
 
+#include "librarylog.h"
 #include "servicecommand.h"
 
 #include <networklibraryexports.h>
 #include <wifiservice.h>
 
+#include <optional>
+
 namespace morvek {
+
+/*! How long is waited, in milliseconds: for a change that was asked for, for scan results, for a network to be joined.
+ */
+constexpr int ChangeTime = 10000;
+constexpr int ScanTime = 15000;
+constexpr int JoinTime = 30000;
+/*! \a milliseconds as the help tells them. */
+QString inSeconds(int milliseconds);
 
 /*! A command that needs the Wi-Fi service. */
 class WifiCommand : public CommandWith<WifiService, newWifiService, deleteWifiService>
@@ -20,10 +31,20 @@ public:
 protected:
     /*! False when the radio is off; that ends the command, with a complaint, now and whenever it happens later. */
     bool needRadio();
+    /*!
+     * From now on the command ends when a request is refused, with a complaint that begins with \a failure. The library
+     * tells refusals in its log only.
+     */
+    void hearRefusals(const QString &failure);
+    bool hasHeard(const QString &error) const { return m_log && m_log->hasHeard(error); }
+    void hearNoMore() { m_log.reset(); }
     /*! Ends the command well: with the station's state in JSON, or with \a sentence. */
     void tellState(const QString &sentence);
-    /*! Stops what is under way, and ends the command with a complaint. */
+    /*! Stops what is under way, and ends the command with a complaint; both do nothing when it has ended. */
     void fail(const QString &sentence, ExitCode code = Failed);
+
+private:
+    std::optional<LibraryLog> m_log;
 };
 
 /*! What is said when something that was asked for does not happen, after what has not. */

@@ -17,7 +17,6 @@ namespace morvek {
 
 namespace {
 
-constexpr int JoinTime = 30000;
 const QLatin1String FailedToConnect("Failed to connect to Access Point");
 
 QString passkeyOption()
@@ -49,38 +48,46 @@ public:
           m_passkey(passkey)
     {
         connect(&m_signals, &TerminationSignals::received, this,
-                [this] { notJoined(QStringLiteral(": interrupted")); });
+                [this] { notJoined(QStringLiteral(": interrupted") + stillConnected()); });
     }
 
 protected:
     void onScanStarted() override { tellStep(QStringLiteral("looking for %1").arg(quoted(m_ssid))); }
 
-    void onScanned(const QList<WifiAccessPoint> &accessPoints) override
+    void onScanned(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen) override
     {
-        const NetworkChoice choice = chooseNetwork(accessPoints, m_ssid, m_withPasskey);
+        const NetworkChoice choice = chooseNetwork(accessPoints, sureOfOpen, m_ssid, m_withPasskey);
         if (!choice.complaint.isEmpty()) {
             fail(choice.complaint, choice.code);
             return;
         }
         m_accessPoint = choice.accessPoint;
+        m_security = securityName(m_accessPoint, sureOfOpen);
         if (!takesPasskey(m_accessPoint) || !m_passkey.isEmpty())
             join();
         else if (PasskeyPrompt::isPossible())
             askForPasskey();
         else
             fail(QStringLiteral("%1 needs a passkey: give --passkey-file FILE, \"-\" for standard input")
-                     .arg(quoted(m_ssid)),
+                         .arg(quoted(m_ssid))
+                     + (choice.hasOpenTwin ? QStringLiteral("; the open one of that name is not taken for it")
+                                           : QString()),
                  WrongUsage);
     }
 
     void withdraw() override
     {
-        ScanningCommand::withdraw();
         m_prompt.reset();
-        // Otherwise the daemon would go on trying, and join some time when nobody expects it any more.
-        if (m_join && !m_joinEnded)
+        if (!m_joining)
+            return;
+        const QString reason = QStringLiteral(": it may be out of range now, or the Wi-Fi daemon does not answer");
+        setOverdue(quoted(m_ssid) + QLatin1String(" has not been joined")
+                   + (service()->connected() ? stillConnected() : reason));
+        m_joining = false;
+        // Otherwise the daemon would go on trying, and join some time when nobody expects it any more. A network that
+        // was not left yet would be lost by that.
+        if (!service()->connected())
             service()->disconnectAccessPoint();
-        m_joinEnded = true;
     }
 
 private:
@@ -98,6 +105,8 @@ private:
         m_passkey = passkey;
         if (passkey.isEmpty())
             notJoined(QStringLiteral(": no passkey was typed"));
+        else if (!isPossiblePasskey(passkey))
+            notJoined(QStringLiteral(": ") + possiblePasskeys());
         else
             join();
     }
@@ -105,25 +114,36 @@ private:
     void join()
     {
         const QString signal = signalText(m_accessPoint);
-        tellStep(QStringLiteral("joining %1 (%2), strongest by %3")
-                     .arg(quoted(m_ssid), securityName(m_accessPoint), m_accessPoint.bssid())
-                 + (signal.isEmpty() ? QString() : QStringLiteral(" with ") + signal));
-        setOverdue(QStringLiteral("%1 has not been joined, and is not tried any longer; it may be out of range now")
-                       .arg(quoted(m_ssid)));
+        tellStep(
+            QStringLiteral("joining %1 (%2), strongest by %3").arg(quoted(m_ssid), m_security, m_accessPoint.bssid())
+            + (signal.isEmpty() ? QString() : QStringLiteral(" with ") + signal));
         setDeadline(JoinTime);
+        m_joining = true;
+        m_former = service()->connectedAccessPoint();
+        m_left = !service()->connected();
+        connect(service(), &WifiService::connectedChanged, this, &ConnectCommand::onConnectedChanged);
         m_join.reset(service()->connectAccessPoint(configurationFor(m_accessPoint, m_passkey)));
-        m_passkey.fill(QChar()); // nobody needs it here any more
-        connect(m_join.get(), &AsyncWifiConnectOperation::success, this, &ConnectCommand::onJoined);
+        connect(m_join.get(), &AsyncWifiConnectOperation::success, this, &ConnectCommand::onConnection);
         connect(m_join.get(), &AsyncWifiConnectOperation::failure, this, &ConnectCommand::onRefused);
     }
 
-    void onJoined()
+    void onConnectedChanged(bool connected)
     {
-        m_joinEnded = true;
-        const WifiAccessPoint joined = m_join->results().first();
+        m_left = true;
+        if (connected)
+            onConnection();
+    }
+
+    void onConnection()
+    {
+        const WifiAccessPoint joined = service()->connectedAccessPoint();
+        // The operation also takes for its outcome what the former network tells until the station leaves it.
+        const bool isFormer = !m_left && joined.ssid() == m_former.ssid();
+        if (isFinished() || joined.isEmpty() || isFormer)
+            return;
+        m_joining = false;
         if (joined.ssid() != m_ssid) {
-            notJoined(QStringLiteral(": the station is connected to %1, as another application has asked for")
-                          .arg(quoted(joined.ssid())));
+            notJoined(QStringLiteral(": the station is connected to %1 in its place").arg(quoted(joined.ssid())));
             return;
         }
         if (json())
@@ -135,13 +155,22 @@ private:
 
     void onRefused()
     {
-        m_joinEnded = true;
+        m_joining = false;
         const AsyncOperationError error = m_join->error();
         QString reason;
         if (error.message() == FailedToConnect)
             reason = takesPasskey(m_accessPoint) ? QStringLiteral(" (the passkey is wrong, as a rule)")
                                                  : QStringLiteral(" (it may not be open after all)");
         notJoined(QStringLiteral(", code %1: ").arg(error.code()) + error.message() + reason);
+    }
+
+    /*! What is added when the station has not even left its network to join another one; else empty. */
+    QString stillConnected() const
+    {
+        if (!m_joining || !service()->connected())
+            return QString();
+        return QStringLiteral("; the station is still connected to ")
+            + quoted(service()->connectedAccessPoint().ssid());
     }
 
     void notJoined(const QString &why) { fail(quoted(m_ssid) + QLatin1String(" was not joined") + why); }
@@ -159,9 +188,12 @@ private:
     const bool m_withPasskey;
     QString m_passkey;
     WifiAccessPoint m_accessPoint;
+    QString m_security;
     std::unique_ptr<PasskeyPrompt> m_prompt;
     std::unique_ptr<AsyncWifiConnectOperation> m_join;
-    bool m_joinEnded = false;
+    WifiAccessPoint m_former; //!< what the station was connected to before
+    bool m_left = false;      //!< the station is not, or no longer, connected to that
+    bool m_joining = false;
 };
 
 // A file is read before anything is asked of the daemon; a terminal only when a passkey turns out to be needed.
@@ -190,13 +222,14 @@ CommandInfo wifiConnectCommand()
                                  QStringLiteral("the passkey is the one line of FILE, \"-\" for standard input")}}),
             {{QStringLiteral("SSID"), QStringLiteral("leave the present network, and join the one of that name")}},
             QStringLiteral(
-                "Looks for the network, and takes the security of its strongest access point that can be joined:\n"
-                "WPA or WPA2 with a passkey, or open. With --passkey-file a network is only joined with it.\n"
-                "Without, the passkey is asked for on the terminal.\n\n"
-                "When there are no scan results within 15 seconds, or the network is not joined within 30, or\n"
-                "when the time of --timeout is up, the attempt is withdrawn and the command ends with code 4;\n"
-                "by Ctrl-C with code 1. With --json the steps are told on standard error, and the outcome is\n"
-                "what 'wifi status --json' would write."),
+                "Looks for the network, and takes the security of its strongest access point with a passkey (WPA\n"
+                "or WPA2); an open network only when none of that name is protected, and never with\n"
+                "--passkey-file. Without that, the passkey is asked for on the terminal.\n\n"
+                "The file is read before any time counts. When there are no scan results within %1, or\n"
+                "the network is not joined within %2, or when the time of --timeout is up, the attempt\n"
+                "is withdrawn and the command ends with code 4; by Ctrl-C with code 1. With --json the steps are\n"
+                "told on standard error, and the outcome is what 'wifi status --json' would write.")
+                .arg(inSeconds(ScanTime), inSeconds(JoinTime)),
             {QStringLiteral("morvekctl wifi connect Garage"),
              QStringLiteral("morvekctl wifi connect Garage --passkey-file garage.key --json")},
             create};

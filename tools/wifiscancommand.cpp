@@ -5,21 +5,22 @@
 #include "output.h"
 #include "progress.h"
 #include "scanningcommand.h"
+#include "terminationsignals.h"
 #include "texts.h"
 
 namespace morvek {
 
 namespace {
 
-void writeJson(const QList<WifiAccessPoint> &accessPoints)
+void writeJson(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen)
 {
     QJsonArray array;
     for (const WifiAccessPoint &accessPoint : accessPoints)
-        array.append(toJson(accessPoint));
+        array.append(toJson(accessPoint, sureOfOpen));
     writeLine(jsonLine(array));
 }
 
-void writeList(const QList<WifiAccessPoint> &accessPoints)
+void writeList(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen)
 {
     QVector<QStringList> rows {{QStringLiteral("SSID"), QStringLiteral("BSSID"), QStringLiteral("SIGNAL"),
                                 QStringLiteral("FREQUENCY"), QStringLiteral("CHANNEL"), QStringLiteral("SECURITY")}};
@@ -28,7 +29,7 @@ void writeList(const QList<WifiAccessPoint> &accessPoints)
             accessPoint.frequency() == 0 ? QString() : QStringLiteral("%1 MHz").arg(accessPoint.frequency());
         const QString channel = channelOf(accessPoint) == 0 ? QString() : QString::number(channelOf(accessPoint));
         rows.append({accessPoint.ssid(), accessPoint.bssid(), signalText(accessPoint), frequency, channel,
-                     securityName(accessPoint)});
+                     securityName(accessPoint, sureOfOpen)});
     }
     writeTable(rows);
 }
@@ -36,7 +37,12 @@ void writeList(const QList<WifiAccessPoint> &accessPoints)
 class ScanCommand : public ScanningCommand
 {
 public:
-    using ScanningCommand::ScanningCommand;
+    explicit ScanCommand(const CommandLine &line)
+        : ScanningCommand(line)
+    {
+        connect(&m_signals, &TerminationSignals::received, this,
+                [this] { fail(QStringLiteral("nothing was scanned: interrupted")); });
+    }
 
 protected:
     void onScanStarted() override
@@ -45,23 +51,20 @@ protected:
             m_progress = std::make_unique<Progress>(QStringLiteral("Scanning"));
     }
 
-    void onScanned(const QList<WifiAccessPoint> &accessPoints) override
+    void onScanned(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen) override
     {
         m_progress.reset();
         if (json())
-            writeJson(accessPoints);
+            writeJson(accessPoints, sureOfOpen);
         else
-            writeList(accessPoints);
+            writeList(accessPoints, sureOfOpen);
         finish(Done);
     }
 
-    void withdraw() override
-    {
-        m_progress.reset();
-        ScanningCommand::withdraw();
-    }
+    void withdraw() override { m_progress.reset(); }
 
 private:
+    TerminationSignals m_signals;
     std::unique_ptr<Progress> m_progress;
 };
 
@@ -76,9 +79,11 @@ CommandInfo wifiScanCommand()
             {{QString(), QStringLiteral("look for access points, and list them, the strongest first")}},
             QStringLiteral(
                 "A hidden name is \"-\", in JSON null, as is what is not known. The security \"unknown\" is one\n"
-                "that this unit's library does not know; one that it cannot read at all is \"open\", too. The\n"
-                "results may be those of another application's scan. When there are none within 15 seconds,\n"
-                "or the time of --timeout, the command ends with code 4."),
+                "that this unit's library does not know. When the library cannot read the security of some\n"
+                "access point, each one that looks open is \"open or unknown\". The results may be those of\n"
+                "another application's scan. When there are none within %1, or the time of\n"
+                "--timeout, the command ends with code 4; by Ctrl-C or a refusal of the daemon with code 1.")
+                .arg(inSeconds(ScanTime)),
             {QStringLiteral("morvekctl wifi scan"),
              QStringLiteral("morvekctl wifi scan --json | jq -r '.[] | select(.security == \"open\").ssid'")},
             createFrom<ScanCommand>};

@@ -10,7 +10,8 @@ namespace morvek {
 
 namespace {
 
-constexpr int ChangeTime = 10000;
+// Nothing tells that a request was accepted, and a refusal takes its time.
+constexpr int RefusalTime = 1000;
 
 class StatusCommand : public WifiCommand
 {
@@ -56,8 +57,11 @@ protected:
         }
         setOverdue(QStringLiteral("the radio is still %1").arg(onOrOff(!m_on)) + silenceReason());
         setDeadline(ChangeTime);
-        connect(service(), &WifiService::poweredChanged, this,
-                [this] { tellState(QStringLiteral("The radio is %1.").arg(onOrOff(m_on))); });
+        hearRefusals(QStringLiteral("the radio is still %1").arg(onOrOff(!m_on)));
+        // The connection of the same update is told after the radio.
+        connect(
+            service(), &WifiService::poweredChanged, this,
+            [this] { tellState(QStringLiteral("The radio is %1.").arg(onOrOff(m_on))); }, Qt::QueuedConnection);
         if (m_on)
             service()->powerOn();
         else
@@ -79,15 +83,28 @@ protected:
         const QString ssid = service()->connectedAccessPoint().ssid();
         // Also when it is not connected: a daemon may still be trying to join what an application has asked for.
         const bool connected = service()->connected();
+        hearRefusals(QStringLiteral("the station was not disconnected"));
         service()->disconnectAccessPoint();
         if (!connected) {
-            tellState(QStringLiteral("The station is not connected."));
+            setOverdue(QStringLiteral("the Wi-Fi daemon may still refuse"));
+            QTimer::singleShot(RefusalTime, this, [this] { onNotRefused(); });
             return;
         }
         setOverdue(QStringLiteral("the station is still connected to %1").arg(quoted(ssid)) + silenceReason());
         setDeadline(ChangeTime);
         connect(service(), &WifiService::connectedChanged, this,
                 [this, ssid] { tellState(QStringLiteral("Disconnected from %1.").arg(quoted(ssid))); });
+    }
+
+private:
+    void onNotRefused()
+    {
+        if (service()->connected())
+            fail(QStringLiteral("the station has been connected to %1 meanwhile")
+                     .arg(quoted(service()->connectedAccessPoint().ssid())));
+        else
+            tellState(QStringLiteral("The station is not connected. The Wi-Fi daemon has been asked to give up what it "
+                                     "may be joining."));
     }
 };
 
@@ -99,24 +116,27 @@ std::unique_ptr<Command> createPower(const CommandLine &line, QString *)
 
 QString changeDetails()
 {
-    return QStringLiteral("The Wi-Fi daemon does not tell a refusal: when nothing has changed within 10 seconds, or\n"
-                          "the time of --timeout, the command ends with code 4. With --json it writes what\n"
-                          "'wifi status --json' would.");
+    return QStringLiteral(
+               "When the Wi-Fi daemon refuses, the command ends with code 1; when nothing has changed within\n"
+               "%1, or the time of --timeout, with code 4. With --json it writes what\n"
+               "'wifi status --json' would.")
+        .arg(inSeconds(ChangeTime));
 }
 
 } // namespace
 
 CommandInfo wifiStatusCommand()
 {
-    return {QStringLiteral("wifi status"),
-            {},
-            0,
-            serviceOptions(),
-            {{QString(), QStringLiteral("tell whether the radio is on, and what the station is connected to")}},
-            QStringLiteral("What is not known is \"-\" or \"unknown\"."),
-            {QStringLiteral("morvekctl wifi status"),
-             QStringLiteral("morvekctl wifi status --json | jq -r .accessPoint.ssid")},
-            createFrom<StatusCommand>};
+    return {
+        QStringLiteral("wifi status"),
+        {},
+        0,
+        serviceOptions(),
+        {{QString(), QStringLiteral("tell whether the radio is on, and what the station is connected to")}},
+        QStringLiteral("What is not known is \"-\" or \"unknown\"; a radio of which the daemon tells nothing is off."),
+        {QStringLiteral("morvekctl wifi status"),
+         QStringLiteral("morvekctl wifi status --json | jq -r .accessPoint.ssid")},
+        createFrom<StatusCommand>};
 }
 
 CommandInfo wifiOnCommand()
@@ -145,15 +165,18 @@ CommandInfo wifiOffCommand()
 
 CommandInfo wifiDisconnectCommand()
 {
-    return {QStringLiteral("wifi disconnect"),
-            {},
-            0,
-            serviceOptions(),
-            {{QString(), QStringLiteral("leave the network, and wait until the station has left it")}},
-            QStringLiteral("What the daemon is still trying to join is given up, too, whoever has asked for it.\n")
-                + changeDetails(),
-            {QStringLiteral("morvekctl wifi disconnect")},
-            createFrom<DisconnectCommand>};
+    return {
+        QStringLiteral("wifi disconnect"),
+        {},
+        0,
+        serviceOptions(),
+        {{QString(), QStringLiteral("leave the network, and wait until the station has left it")}},
+        QStringLiteral("What the daemon is still trying to join is given up, too, whoever has asked for it. When the\n"
+                       "station is not connected, code 0 means that the daemon was asked to, and has not refused\n"
+                       "within a second.\n")
+            + changeDetails(),
+        {QStringLiteral("morvekctl wifi disconnect")},
+        createFrom<DisconnectCommand>};
 }
 
 } // namespace morvek

@@ -25,6 +25,14 @@ int exitCode(const QProcess &process)
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
 }
 
+ToolResult resultOf(QProcess *process)
+{
+    if (!process->waitForFinished(Minute))
+        return {};
+    return {exitCode(*process), QString::fromUtf8(process->readAllStandardOutput()),
+            QString::fromUtf8(process->readAllStandardError())};
+}
+
 } // namespace
 
 ToolResult runTool(const QString &root, const QStringList &arguments, const QStringList &variables,
@@ -38,10 +46,17 @@ ToolResult runTool(const QString &root, const QStringList &arguments, const QStr
     process.start(QStringLiteral(MORVEKCTL), arguments);
     process.write(input);
     process.closeWriteChannel();
-    if (!process.waitForFinished(Minute))
-        return {};
-    return {exitCode(process), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+    return resultOf(&process);
+}
+
+ToolResult runWithClosedInput(const QString &root, const QString &arguments)
+{
+    QProcess process;
+    process.setProcessEnvironment(environmentFor(root));
+    process.start(
+        QStringLiteral("/bin/sh"),
+        {QStringLiteral("-c"), QStringLiteral("exec \"$0\" %1 <&-").arg(arguments), QStringLiteral(MORVEKCTL)});
+    return resultOf(&process);
 }
 
 LineProcess::LineProcess(const QString &program, const QString &root)

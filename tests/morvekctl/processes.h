@@ -23,6 +23,9 @@ struct ToolResult
 ToolResult runTool(const QString &root, const QStringList &arguments, const QStringList &variables = {},
                    const QByteArray &input = {});
 
+/*! Runs morvekctl with \a arguments, words with blanks between them, on \a root without a standard input. */
+ToolResult runWithClosedInput(const QString &root, const QString &arguments);
+
 /*! A process whose standard output is read line by line. */
 class LineProcess
 {

@@ -30,22 +30,36 @@ private Q_SLOTS:
     void passkeyFile();
     void unusablePasskeyFile_data();
     void unusablePasskeyFile();
+    void impossiblePasskey_data();
+    void impossiblePasskey();
+    void possiblePasskey_data();
+    void possiblePasskey();
+    void closedStandardInput();
 
     void fails_data();
     void fails();
     void failsAsJson();
     void nothingInRange();
+    void manyInRange();
+    void openOrUnknown();
+    void openTwinOfWhatCannotBeJoined();
     void refused_data();
     void refused();
     void openOneThatIsNot();
     void anotherApplicationJoins();
+    void roamingIsNoOutcome();
+    void roamingHidesNoFailure();
+    void withoutLeaving();
     void radioGoesOff();
     void daemonDies();
+    void daemonDiesLater();
 
     void withdrawnByTimeout();
     void withdrawnBySignal_data();
     void withdrawnBySignal();
     void whatFailedIsNotWithdrawn();
+    void presentConnectionIsKept_data();
+    void presentConnectionIsKept();
 
     void passkeyStaysSecret();
 
@@ -63,7 +77,9 @@ private:
         return runTool(m_root->path(), QStringList {QStringLiteral("wifi"), QStringLiteral("connect"), ssid} + options);
     }
     /*! Begins to join a network that never answers, and waits until the daemon was asked to. */
-    bool beginToJoin(Tool *tool);
+    bool beginToJoin(Tool *tool, const QStringList &options = {});
+    /*! Begins to join \a ssid of a scenario that is late with "wnet_new", and has the station roam meanwhile. */
+    bool beginAndRoam(Tool *tool, const QString &ssid, const QByteArray &passkey, const QStringList &options = {});
     static bool publish(const QString &attribute, const ZopVariant &value)
     {
         ZopChangeset changes;
@@ -102,14 +118,31 @@ bool TestMorvekctlWifiConnect::waitForDaemon(const QString &line)
         60000);
 }
 
-bool TestMorvekctlWifiConnect::beginToJoin(Tool *tool)
+bool TestMorvekctlWifiConnect::beginToJoin(Tool *tool, const QStringList &options)
 {
     if (!m_daemon->publish(QStringLiteral("town"), {QStringLiteral("--verbose")}))
         return false;
-    tool->start({QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Mute"),
-                 QStringLiteral("--passkey-file"), QStringLiteral("-")});
+    tool->start(QStringList {QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Mute"),
+                             QStringLiteral("--passkey-file"), QStringLiteral("-")}
+                + options);
     tool->feed("silence is golden\n");
     return waitForDaemon(QStringLiteral("reply   wnet_select"));
+}
+
+bool TestMorvekctlWifiConnect::beginAndRoam(Tool *tool, const QString &ssid, const QByteArray &passkey,
+                                            const QStringList &options)
+{
+    if (!m_daemon->publish(QStringLiteral("late"), {QStringLiteral("--verbose")}))
+        return false;
+    tool->start(QStringList {QStringLiteral("wifi"), QStringLiteral("connect"), ssid, QStringLiteral("--passkey-file"),
+                             QStringLiteral("-")}
+                + options);
+    tool->feed(passkey);
+    return waitForDaemon(QStringLiteral("request wnet_new"))
+        && publish(QStringLiteral("wifi_status"),
+                   ZopVariant(QByteArray(R"({"bssid":"02:00:00:00:70:09","ssid":"Home","key_mgmt":"WPA2-PSK",)"
+                                         R"("pairwise_cipher":"CCMP"})"),
+                              "json"));
 }
 
 void TestMorvekctlWifiConnect::joins_data()
@@ -131,10 +164,6 @@ void TestMorvekctlWifiConnect::joins_data()
                           << QString::fromUtf8(
                                  "Joining \"Café ☕\" (open), strongest by 02:00:00:00:70:06 with -60 dBm.\n"
                                  "Connected to \"Café ☕\" by 02:00:00:00:70:06 (open, none).\n");
-    QTest::newRow("open twin without a passkey")
-        << "Twins" << QString()
-        << "Joining \"Twins\" (open), strongest by 02:00:00:00:70:07 with -61 dBm.\n"
-           "Connected to \"Twins\" by 02:00:00:00:70:07 (open, none).\n";
     QTest::newRow("protected twin with a passkey")
         << "Twins"
         << "correct horse 7"
@@ -226,6 +255,52 @@ void TestMorvekctlWifiConnect::unusablePasskeyFile()
     QCOMPARE(result.code, 2);
 }
 
+void TestMorvekctlWifiConnect::impossiblePasskey_data()
+{
+    QTest::addColumn<QByteArray>("passkey");
+    QTest::newRow("too short") << QByteArray("sesame7");
+    QTest::newRow("too long, no digits") << QByteArray(64, 'g');
+    QTest::newRow("too long, digits") << QByteArray(65, '7');
+    QTest::newRow("no ASCII") << QByteArray("open s\xc3\xa9same");
+}
+
+void TestMorvekctlWifiConnect::impossiblePasskey()
+{
+    QFETCH(QByteArray, passkey);
+    const ToolResult result = connect(QStringLiteral("Garage"), passkey);
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: --passkey-file \"-\" holds no passkey: a passkey has 8 to 63 plain letters, "
+                            "digits, blanks and signs (ASCII), or 64 hexadecimal digits\n"));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 2);
+}
+
+void TestMorvekctlWifiConnect::possiblePasskey_data()
+{
+    QTest::addColumn<QByteArray>("passkey");
+    QTest::newRow("shortest") << QByteArray(" \"~sam~ ");
+    QTest::newRow("longest") << QByteArray(63, 'g');
+    QTest::newRow("digits") << QByteArray("0123456789abcdefABCDEF0123456789abcdefABCDEF0123456789abcdefABCD");
+}
+
+/*! Another one than that of the network, which only the daemon can tell. */
+void TestMorvekctlWifiConnect::possiblePasskey()
+{
+    QFETCH(QByteArray, passkey);
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    const ToolResult result = connect(QStringLiteral("Garage"), passkey);
+    QVERIFY2(result.errors.endsWith(QLatin1String("(the passkey is wrong, as a rule)\n")), qPrintable(result.errors));
+    QCOMPARE(result.code, 1);
+}
+
+void TestMorvekctlWifiConnect::closedStandardInput()
+{
+    const ToolResult result =
+        runWithClosedInput(m_root->path(), QStringLiteral("wifi connect Garage --passkey-file -"));
+    QCOMPARE(result.errors, QStringLiteral("morvekctl: --passkey-file \"-\" cannot be read: Bad file descriptor\n"));
+    QCOMPARE(result.code, 2);
+}
+
 void TestMorvekctlWifiConnect::fails_data()
 {
     QTest::addColumn<QString>("ssid");
@@ -239,8 +314,11 @@ void TestMorvekctlWifiConnect::fails_data()
     };
     row("wrong passkey", "Garage", "open sesame 43",
         "\"Garage\" was not joined, code -1: Failed to connect to Access Point (the passkey is wrong, as a rule)", 1);
-    row("passkey that none can be", "Garage", "sesame",
-        "\"Garage\" was not joined, code -1: \"psk\" must be 8 to 63 ASCII characters or 64 hexadecimal digits", 1);
+    row("open twin without a passkey", "Twins", "",
+        "\"Twins\" needs a passkey: give --passkey-file FILE, \"-\" for standard input; the open one of that name is "
+        "not "
+        "taken for it",
+        2);
     row("not in range", "garage", "open sesame 42",
         "there is no network \"garage\" in range: use one of \"Garage\", \"Home\", \"Attic\", \"Café ☕\", \"Twins\", "
         "\"Office\", \"Museum\", \"Future\", \"Mute\", \"No level\"",
@@ -291,6 +369,42 @@ void TestMorvekctlWifiConnect::nothingInRange()
     QCOMPARE(result.code, 5);
 }
 
+void TestMorvekctlWifiConnect::manyInRange()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("air")));
+    const ToolResult result = connectWithoutPasskey(QStringLiteral("Garage"));
+    QCOMPARE(result.errors,
+             QString::fromUtf8("morvekctl: there is no network \"Garage\" in range: use one of \"Mixed\", \"Annex\", "
+                               "\"Zoo\", \"Corp\", \"Old corp\", \"Both\", \"Museum\", \"Depot\", \"Café Łódź\", "
+                               "\"Future\" and 9 more\n"));
+    QCOMPARE(result.code, 5);
+}
+
+void TestMorvekctlWifiConnect::openOrUnknown()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("air")));
+    const ToolResult joined = connectWithoutPasskey(QStringLiteral("No level"));
+    QCOMPARE(joined.output,
+             QStringLiteral("Looking for \"No level\".\n"
+                            "Joining \"No level\" (open or unknown), strongest by 02:00:00:00:70:13.\n"
+                            "Connected to \"No level\" by 02:00:00:00:70:13 (open, none).\n"));
+    QCOMPARE(joined.code, 0);
+    const ToolResult refused = connect(QStringLiteral("Unreadable"), "correct horse 7");
+    QCOMPARE(refused.errors,
+             QStringLiteral("morvekctl: \"Unreadable\" is open or unknown: leave --passkey-file out to join it without "
+                            "protection\n"));
+    QCOMPARE(refused.code, 1);
+}
+
+void TestMorvekctlWifiConnect::openTwinOfWhatCannotBeJoined()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("office-twin")));
+    const ToolResult result = connectWithoutPasskey(QStringLiteral("Office"));
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: \"Office\" cannot be joined: its security is open, WPA2 Enterprise\n"));
+    QCOMPARE(result.code, 1);
+}
+
 void TestMorvekctlWifiConnect::refused_data()
 {
     QTest::addColumn<QString>("scenario");
@@ -334,8 +448,45 @@ void TestMorvekctlWifiConnect::anotherApplicationJoins()
                                "json")));
     QCOMPARE(tool.wait(), 1);
     QCOMPARE(tool.errors(),
-             QStringLiteral("morvekctl: \"Mute\" was not joined: the station is connected to \"Home\", as another "
-                            "application has asked for\n"));
+             QStringLiteral("morvekctl: \"Mute\" was not joined: the station is connected to \"Home\" in its "
+                            "place\n"));
+}
+
+void TestMorvekctlWifiConnect::roamingIsNoOutcome()
+{
+    Tool tool(m_root->path());
+    QVERIFY(beginAndRoam(&tool, QStringLiteral("Garage"), "open sesame 42"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("Looking for \"Garage\"."));
+    QCOMPARE(tool.nextLine(),
+             QStringLiteral("Joining \"Garage\" (WPA2), strongest by 02:00:00:00:70:02 with -57 dBm."));
+    QCOMPARE(tool.nextLine(), QStringLiteral("Connected to \"Garage\" by 02:00:00:00:70:02 (WPA2, CCMP)."));
+    QCOMPARE(tool.wait(), 0);
+    QCOMPARE(tool.errors(), QString());
+}
+
+void TestMorvekctlWifiConnect::roamingHidesNoFailure()
+{
+    Tool tool(m_root->path());
+    QVERIFY(beginAndRoam(&tool, QStringLiteral("Home"), "correct horse 8", {QStringLiteral("--timeout=4")}));
+    QVERIFY(waitForDaemon(QStringLiteral("reply   wnet_select")));
+    QCOMPARE(tool.wait(), 4);
+    QCOMPARE(tool.errors(),
+             QStringLiteral("morvekctl: the time is up: \"Home\" has not been joined: it may be out of range now, or "
+                            "the Wi-Fi daemon does not answer\n"));
+    QVERIFY(waitForDaemon(QStringLiteral("request wnet_disableall")));
+}
+
+/*! A daemon may go from one network straight to another. */
+void TestMorvekctlWifiConnect::withoutLeaving()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("new-ignored"), {QStringLiteral("--verbose")}));
+    Tool tool(m_root->path());
+    tool.start({QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Garage"), QStringLiteral("--json")});
+    QVERIFY(waitForDaemon(QStringLiteral("request wnet_new")));
+    QVERIFY(publish(QStringLiteral("wifi_status"),
+                    ZopVariant(QByteArray(R"({"bssid":"02:00:00:00:70:02","ssid":"Garage"})"), "json")));
+    QCOMPARE(tool.wait(), 0);
+    QVERIFY(tool.nextLine().contains(QLatin1String("\"ssid\":\"Garage\"")));
 }
 
 void TestMorvekctlWifiConnect::radioGoesOff()
@@ -356,14 +507,26 @@ void TestMorvekctlWifiConnect::daemonDies()
     QCOMPARE(result.code, 1);
 }
 
+/*! Nothing tells it, so nothing is claimed of the daemon. */
+void TestMorvekctlWifiConnect::daemonDiesLater()
+{
+    Tool tool(m_root->path());
+    QVERIFY(beginToJoin(&tool, {QStringLiteral("--timeout=4")}));
+    m_daemon->signal(SIGKILL);
+    QCOMPARE(tool.wait(), 4);
+    QCOMPARE(tool.errors(),
+             QStringLiteral("morvekctl: the time is up: \"Mute\" has not been joined: it may be out of range now, or "
+                            "the Wi-Fi daemon does not answer\n"));
+}
+
 void TestMorvekctlWifiConnect::withdrawnByTimeout()
 {
     QVERIFY(m_daemon->publish(QStringLiteral("town"), {QStringLiteral("--verbose")}));
     const ToolResult result =
         connect(QStringLiteral("Mute"), "silence is golden", {QStringLiteral("--timeout"), QStringLiteral("2")});
     QCOMPARE(result.errors,
-             QStringLiteral("morvekctl: the time is up: \"Mute\" has not been joined, and is not tried any longer; it "
-                            "may be out of range now\n"));
+             QStringLiteral("morvekctl: the time is up: \"Mute\" has not been joined: it may be out of range now, or "
+                            "the Wi-Fi daemon does not answer\n"));
     QCOMPARE(result.code, 4);
     QVERIFY(waitForDaemon(QStringLiteral("request wnet_disableall")));
 }
@@ -391,6 +554,39 @@ void TestMorvekctlWifiConnect::whatFailedIsNotWithdrawn()
     QVERIFY(m_daemon->publish(QStringLiteral("town"), {QStringLiteral("--verbose")}));
     QCOMPARE(connect(QStringLiteral("Garage"), "open sesame 43").code, 1);
     QCOMPARE(connect(QStringLiteral("Garage"), "open sesame 42").code, 0);
+    QCOMPARE(runTool(m_root->path(), {QStringLiteral("wifi"), QStringLiteral("off")}).code, 0);
+    QVERIFY(waitForDaemon(QStringLiteral("request wifi_power")));
+    QVERIFY(!m_told.contains(QLatin1String("wnet_disableall")));
+}
+
+void TestMorvekctlWifiConnect::presentConnectionIsKept_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<int>("code");
+    QTest::newRow("deadline") << 0
+                              << "the time is up: \"Garage\" has not been joined; the station is still connected to "
+                                 "\"Home\""
+                              << 4;
+    QTest::newRow("Ctrl-C") << SIGINT
+                            << "\"Garage\" was not joined: interrupted; the station is still connected to \"Home\""
+                            << 1;
+}
+
+void TestMorvekctlWifiConnect::presentConnectionIsKept()
+{
+    QFETCH(int, signal);
+    QFETCH(QString, message);
+    QFETCH(int, code);
+    QVERIFY(m_daemon->publish(QStringLiteral("new-ignored"), {QStringLiteral("--verbose")}));
+    Tool tool(m_root->path());
+    tool.start({QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Garage"),
+                QStringLiteral("--timeout=%1").arg(signal == 0 ? 2 : 60)});
+    QVERIFY(waitForDaemon(QStringLiteral("request wnet_new")));
+    if (signal != 0)
+        tool.signal(signal);
+    QCOMPARE(tool.wait(), code);
+    QCOMPARE(tool.errors(), QStringLiteral("morvekctl: %1\n").arg(message));
     QCOMPARE(runTool(m_root->path(), {QStringLiteral("wifi"), QStringLiteral("off")}).code, 0);
     QVERIFY(waitForDaemon(QStringLiteral("request wifi_power")));
     QVERIFY(!m_told.contains(QLatin1String("wnet_disableall")));

@@ -28,6 +28,7 @@ private Q_SLOTS:
     void present_data();
     void present();
     void roamingIsNotTold();
+    void noHalfStates();
     void outlivesDaemon();
     void waitsForDaemon();
     void endsBySignal_data();
@@ -124,10 +125,12 @@ void TestMorvekctlWifiMonitor::changesAsJson()
     QCOMPARE(nextJson(), QStringLiteral(R"({"accessPoint":null,"connected":false,"event":"off","powered":false})"));
     QCOMPARE(run(QStringLiteral("wifi on")).code, 0);
     QCOMPARE(nextJson(), QStringLiteral(R"({"accessPoint":null,"connected":false,"event":"on","powered":true})"));
-    QCOMPARE(run(QStringLiteral("wifi connect Twins")).code, 0);
+    QCOMPARE(
+        runTool(m_root->path(), {QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("No level")}).code,
+        0);
     QCOMPARE(nextJson(),
-             QStringLiteral(R"({"accessPoint":{"bssid":"02:00:00:00:70:07","channel":null,"cipher":"none",)"
-                            R"("frequency":null,"security":"open","signal":null,"ssid":"Twins"},"connected":true,)"
+             QStringLiteral(R"({"accessPoint":{"bssid":"02:00:00:00:70:10","channel":null,"cipher":"none",)"
+                            R"("frequency":null,"security":"open","signal":null,"ssid":"No level"},"connected":true,)"
                             R"("event":"connected","powered":true})"));
 }
 
@@ -164,6 +167,28 @@ void TestMorvekctlWifiMonitor::roamingIsNotTold()
     QCOMPARE(nextLine(), QStringLiteral("disconnected  radio on, not connected"));
 }
 
+/*! The radio and the connection that goes with it are one update. */
+void TestMorvekctlWifiMonitor::noHalfStates()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("town")));
+    follow(QStringLiteral("--count 3"));
+    QCOMPARE(nextLine(), atHome);
+    QCOMPARE(run(QStringLiteral("wifi off")).code, 0);
+    QCOMPARE(nextLine(), QStringLiteral("off           radio off, not connected"));
+    QCOMPARE(nextLine(), QStringLiteral("disconnected  radio off, not connected"));
+
+    ZopChangeset both;
+    both.assignments.insert(QStringLiteral("wifi_power"), QStringLiteral("on"));
+    both.assignments.insert(QStringLiteral("wifi_status"),
+                            ZopVariant(QByteArray(R"({"bssid":"02:00:00:00:70:99","ssid":"Home"})"), "json"));
+    QVERIFY(ZopObject(QStringLiteral("/zop/services/wifi/status"), ZopObject::Publish, false).setAttributes(both));
+    QCOMPARE(nextLine(),
+             QStringLiteral("on            radio on, connected to \"Home\" by 02:00:00:00:70:99 (unknown, unknown)"));
+    // The rest of that update comes too late for --count.
+    QCOMPARE(m_tool->wait(), 0);
+    QVERIFY(m_tool->nextLine().isNull());
+}
+
 void TestMorvekctlWifiMonitor::outlivesDaemon()
 {
     QVERIFY(m_daemon->publish(QStringLiteral("town")));
@@ -190,6 +215,8 @@ void TestMorvekctlWifiMonitor::endsBySignal_data()
     QTest::addColumn<int>("signal");
     QTest::newRow("SIGINT") << SIGINT;
     QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGHUP") << SIGHUP;
+    QTest::newRow("SIGQUIT") << SIGQUIT;
 }
 
 void TestMorvekctlWifiMonitor::endsBySignal()

@@ -21,11 +21,15 @@ private Q_SLOTS:
     void typed_data();
     void typed();
     void wrong();
+    void protectedTwinIsAsked();
+    void noPossiblePasskey();
     void openNetworkIsNotAsked();
     void given();
     void endsWithoutPasskey_data();
     void endsWithoutPasskey();
+    void endsBySignal_data();
     void endsBySignal();
+    void outlivesTerminal();
     void endsByTimeout();
     void keysThatWouldLeaveTheTerminalSilent();
 
@@ -104,10 +108,33 @@ void TestMorvekctlWifiPrompt::wrong()
     QVERIFY(isRestored());
 }
 
-void TestMorvekctlWifiPrompt::openNetworkIsNotAsked()
+void TestMorvekctlWifiPrompt::protectedTwinIsAsked()
 {
     QVERIFY(
         m_tool->start(m_root->path(), {QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Twins")}));
+    QVERIFY(m_tool->waitFor(QStringLiteral("Passkey of \"Twins\": ")));
+    m_tool->type("correct horse 7\n");
+    QCOMPARE(m_tool->wait(), 0);
+    QVERIFY(m_tool->shown().endsWith(QLatin1String("Connected to \"Twins\" by 02:00:00:00:70:08 (WPA2, CCMP).\r\n")));
+}
+
+void TestMorvekctlWifiPrompt::noPossiblePasskey()
+{
+    QVERIFY(startAndWait(QStringLiteral("Garage")));
+    m_tool->type("sesame\n");
+    QCOMPARE(m_tool->wait(), 1);
+    QVERIFY2(m_tool->shown().endsWith(QLatin1String(
+                 "Passkey of \"Garage\": \r\n"
+                 "morvekctl: \"Garage\" was not joined: a passkey has 8 to 63 plain letters, digits, blanks "
+                 "and signs (ASCII), or 64 hexadecimal digits\r\n")),
+             qPrintable(m_tool->shown()));
+    QVERIFY(isRestored());
+}
+
+void TestMorvekctlWifiPrompt::openNetworkIsNotAsked()
+{
+    QVERIFY(
+        m_tool->start(m_root->path(), {QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("No level")}));
     QCOMPARE(m_tool->wait(), 0);
     QVERIFY(!m_tool->shown().contains(QLatin1String("Passkey")));
 }
@@ -150,13 +177,33 @@ void TestMorvekctlWifiPrompt::endsWithoutPasskey()
     QVERIFY(isRestored());
 }
 
+void TestMorvekctlWifiPrompt::endsBySignal_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGHUP") << SIGHUP;
+    QTest::newRow("SIGQUIT") << SIGQUIT;
+}
+
 void TestMorvekctlWifiPrompt::endsBySignal()
 {
+    QFETCH(int, signal);
     QVERIFY(startAndWait(QStringLiteral("Garage")));
     QVERIFY(!isRestored());
-    ::kill(m_tool->processId(), SIGTERM);
+    ::kill(m_tool->processId(), signal);
     QCOMPARE(m_tool->wait(), 1);
     QVERIFY(isRestored());
+}
+
+void TestMorvekctlWifiPrompt::outlivesTerminal()
+{
+    const auto former = ::signal(SIGHUP, SIG_IGN); // as nohup does it
+    const bool started = startAndWait(QStringLiteral("Garage"));
+    ::signal(SIGHUP, former);
+    QVERIFY(started);
+    ::kill(m_tool->processId(), SIGHUP);
+    m_tool->type("open sesame 42\n");
+    QCOMPARE(m_tool->wait(), 0);
 }
 
 void TestMorvekctlWifiPrompt::endsByTimeout()
