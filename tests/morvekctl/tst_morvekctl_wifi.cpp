@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "processes.h"
 #include "terminaltool.h"
+#include "wificase.h"
 
 #include <zopobject.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 #include <csignal>
@@ -15,14 +14,11 @@
 using namespace morvek;
 
 /*! wifi status, on, off, scan and disconnect, and what all commands of the group have in common. */
-class TestMorvekctlWifi : public QObject
+class TestMorvekctlWifi : public WifiCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-
     void status_data();
     void status();
     void statusOfUnknownSecurity();
@@ -73,44 +69,7 @@ private:
     {
         return runTool(m_root->path(), arguments.split(QLatin1Char(' ')), variables);
     }
-    /*! Writes one attribute of the Wi-Fi daemon's status, as another daemon or application would make it change. */
-    static bool publish(const QString &attribute, const ZopVariant &value)
-    {
-        ZopChangeset changes;
-        changes.assignments.insert(attribute, value);
-        return ZopObject(QStringLiteral("/zop/services/wifi/status"), ZopObject::Publish, false).setAttributes(changes);
-    }
-    /*! Waits until the daemon, which tells what it does, has told \a line. */
-    bool waitForDaemon(const QString &line);
-
-    std::unique_ptr<QTemporaryDir> m_root;
-    std::unique_ptr<Daemon> m_daemon;
-    QString m_told;
 };
-
-void TestMorvekctlWifi::init()
-{
-    m_root = std::make_unique<QTemporaryDir>();
-    m_daemon = std::make_unique<Daemon>(m_root->path());
-    m_told.clear();
-    qputenv("ZOP_ROOT", m_root->path().toUtf8());
-}
-
-void TestMorvekctlWifi::cleanup()
-{
-    m_daemon.reset();
-    m_root.reset();
-}
-
-bool TestMorvekctlWifi::waitForDaemon(const QString &line)
-{
-    return QTest::qWaitFor(
-        [&] {
-            m_told += m_daemon->errors();
-            return m_told.contains(line);
-        },
-        60000);
-}
 
 void TestMorvekctlWifi::status_data()
 {

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "processes.h"
-
-#include <zopobject.h>
+#include "wificase.h"
 
 #include <QtCore/QDirIterator>
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 #include <csignal>
@@ -15,14 +12,11 @@
 using namespace morvek;
 
 /*! wifi connect: what is chosen, what is told, every way in which it fails, and that nobody learns the passkey. */
-class TestMorvekctlWifiConnect : public QObject
+class TestMorvekctlWifiConnect : public WifiCase
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-
     void joins_data();
     void joins();
     void joinsAsJson();
@@ -80,43 +74,7 @@ private:
     bool beginToJoin(Tool *tool, const QStringList &options = {});
     /*! Begins to join \a ssid of a scenario that is late with "wnet_new", and has the station roam meanwhile. */
     bool beginAndRoam(Tool *tool, const QString &ssid, const QByteArray &passkey, const QStringList &options = {});
-    static bool publish(const QString &attribute, const ZopVariant &value)
-    {
-        ZopChangeset changes;
-        changes.assignments.insert(attribute, value);
-        return ZopObject(QStringLiteral("/zop/services/wifi/status"), ZopObject::Publish, false).setAttributes(changes);
-    }
-    /*! Waits until the daemon, which tells what it does, has told \a line. */
-    bool waitForDaemon(const QString &line);
-
-    std::unique_ptr<QTemporaryDir> m_root;
-    std::unique_ptr<Daemon> m_daemon;
-    QString m_told;
 };
-
-void TestMorvekctlWifiConnect::init()
-{
-    m_root = std::make_unique<QTemporaryDir>();
-    m_daemon = std::make_unique<Daemon>(m_root->path());
-    m_told.clear();
-    qputenv("ZOP_ROOT", m_root->path().toUtf8());
-}
-
-void TestMorvekctlWifiConnect::cleanup()
-{
-    m_daemon.reset();
-    m_root.reset();
-}
-
-bool TestMorvekctlWifiConnect::waitForDaemon(const QString &line)
-{
-    return QTest::qWaitFor(
-        [&] {
-            m_told += m_daemon->errors();
-            return m_told.contains(line);
-        },
-        60000);
-}
 
 bool TestMorvekctlWifiConnect::beginToJoin(Tool *tool, const QStringList &options)
 {
