@@ -10,14 +10,8 @@ source "$3"
 
 work=$(mktemp -d)
 daemon=
-end() {
-    if [[ -n $daemon ]]; then
-        kill "$daemon"
-        tail --pid="$daemon" -f /dev/null # what it still writes would be in the way
-    fi
-    rm -rf "$work"
-}
-trap end EXIT
+# What a daemon that is ending still writes would be in the way.
+trap '[[ -z $daemon ]] || { kill "$daemon"; tail --pid="$daemon" -f /dev/null; }; rm -rf "$work"' EXIT
 export ZOP_ROOT=$work
 failed=0
 number=0
