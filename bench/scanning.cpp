@@ -13,6 +13,7 @@
 #include "timedapplication.h"
 #include "wifiservice.h"
 
+#include <QtCore/QMap>
 #include <QtCore/QTimer>
 
 #include <algorithm>
@@ -251,18 +252,17 @@ int runScanningRole(const QStringList &arguments)
         const auto rounds = page.isEmpty() ? nullptr : std::make_unique<Rounds>(page);
         return runScanDaemon(count, rounds.get());
     }
-    const QString page = arguments.value(2);
+    using Role = std::function<int(Rounds *)>;
     const QString address = arguments.value(3);
-    if (page.isEmpty())
+    const QMap<QString, Role> roles {
+        {QStringLiteral("scanner"), [=](Rounds *rounds) { return runScanner(count, rounds); }},
+        {QStringLiteral("bare-parse"), [=](Rounds *rounds) { return runBareParse(count, rounds); }},
+        {QStringLiteral("bus-scan-sender"), [=](Rounds *rounds) { return runBusScanSender(address, count, rounds); }},
+        {QStringLiteral("bus-scan-receiver"),
+         [=](Rounds *rounds) { return runBusScanReceiver(address, count, rounds); }},
+    };
+    if (!roles.contains(role))
         return -1;
-    Rounds rounds(page);
-    if (role == QLatin1String("scanner"))
-        return runScanner(count, &rounds);
-    if (role == QLatin1String("bare-parse"))
-        return runBareParse(count, &rounds);
-    if (role == QLatin1String("bus-scan-sender"))
-        return runBusScanSender(address, count, &rounds);
-    if (role == QLatin1String("bus-scan-receiver"))
-        return runBusScanReceiver(address, count, &rounds);
-    return -1;
+    Rounds rounds(arguments.value(2));
+    return roles[role](&rounds);
 }
