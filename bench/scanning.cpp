@@ -18,10 +18,12 @@
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <functional>
 #include <iostream>
 
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <valgrind/callgrind.h>
 
@@ -123,7 +125,8 @@ int runBareParse(int count, Rounds *rounds)
     std::array<int, 2> ends;
     if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()) != 0)
         qFatal("no socket");
-    if (fork() == 0) {
+    const pid_t sender = fork();
+    if (sender == 0) {
         for (close(ends[0]); write(ends[1], text.constData(), size_t(text.size())) > 0;)
             rounds->awaitArrival();
         _exit(0);
@@ -139,7 +142,8 @@ int runBareParse(int count, Rounds *rounds)
             qFatal("the text was not understood");
         more = rounds->arrived();
     }
-    shutdown(ends[0], SHUT_RDWR);
+    kill(sender, SIGKILL); // it may wait for one arrival more
+    waitpid(sender, nullptr, 0);
     return 0;
 }
 
