@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "processes.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QFileInfo>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QRegularExpression>
 
 #include <csignal>
 #include <sys/types.h>
@@ -120,6 +123,21 @@ QString LineProcess::errors()
 Tool::Tool(const QString &root)
     : LineProcess(QStringLiteral(MORVEKCTL), root)
 {
+}
+
+QString Tool::nextEvent()
+{
+    static const QRegularExpression form(QStringLiteral("\\A\\d\\d:\\d\\d:\\d\\d\\.\\d{3}  (.*)\\z"));
+    const QRegularExpressionMatch match = form.match(nextLine());
+    return match.hasMatch() ? match.captured(1) : QString();
+}
+
+QJsonObject Tool::nextEventObject()
+{
+    QJsonObject object = QJsonDocument::fromJson(nextLine().toUtf8()).object();
+    const QString time = object.take(QLatin1String("time")).toString();
+    const bool isTime = time.endsWith(QLatin1Char('Z')) && QDateTime::fromString(time, Qt::ISODateWithMs).isValid();
+    return isTime ? object : QJsonObject();
 }
 
 Daemon::Daemon(const QString &root)

@@ -4,6 +4,7 @@
 
 #include "childprocess.h"
 
+#include <QtCore/QJsonObject>
 #include <QtCore/QStringList>
 
 namespace morvek {
@@ -56,6 +57,11 @@ class Tool : public LineProcess
 {
 public:
     explicit Tool(const QString &root);
+
+    /*! The next line of a monitor, without its time; null when it has none. */
+    QString nextEvent();
+    /*! The same for a line of JSON; empty when it has no time. */
+    QJsonObject nextEventObject();
 };
 
 /*! morvek-hostd. */

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "processes.h"
 
-#include <QtCore/QDateTime>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QRegularExpression>
@@ -51,10 +50,15 @@ private:
         return change(QStringLiteral("configure wlan0 manual --address 192.168.43.99 --prefix 24 "
                                      "--gateway 192.168.43.1"));
     }
-    /*! The next line without its time; null when it has none. */
-    QString nextLine();
-    /*! "EVENT NAME" of the next line of JSON, or "EVENT -"; null when it is no such line. */
-    QString nextJson();
+    QString nextLine() { return m_tool->nextEvent(); }
+    /*! "EVENT NAME" of the next line of JSON, or "EVENT -"; nothing like that when it has no time. */
+    QString nextJson()
+    {
+        const QJsonObject object = m_tool->nextEventObject();
+        const QJsonValue interface = object[QLatin1String("interface")];
+        return object[QLatin1String("event")].toString() + QLatin1Char(' ')
+            + (interface.isNull() ? QStringLiteral("-") : interface[QLatin1String("name")].toString());
+    }
 
     QStringList nextSix(QString (TestMorvekctlMonitor::*next)());
 
@@ -84,24 +88,6 @@ void TestMorvekctlMonitor::cleanup()
 void TestMorvekctlMonitor::follow(const QString &options)
 {
     m_tool->start(QStringLiteral("monitor %1").arg(options).split(QLatin1Char(' '), Qt::SkipEmptyParts));
-}
-
-QString TestMorvekctlMonitor::nextLine()
-{
-    static const QRegularExpression form(QStringLiteral("\\A\\d\\d:\\d\\d:\\d\\d\\.\\d{3}  (.*)\\z"));
-    const QRegularExpressionMatch match = form.match(m_tool->nextLine());
-    return match.hasMatch() ? match.captured(1) : QString();
-}
-
-QString TestMorvekctlMonitor::nextJson()
-{
-    const QJsonObject object = QJsonDocument::fromJson(m_tool->nextLine().toUtf8()).object();
-    const QString time = object[QLatin1String("time")].toString();
-    if (!time.endsWith(QLatin1Char('Z')) || !QDateTime::fromString(time, Qt::ISODateWithMs).isValid())
-        return QString();
-    const QJsonValue interface = object[QLatin1String("interface")];
-    return object[QLatin1String("event")].toString() + QLatin1Char(' ')
-        + (interface.isNull() ? QStringLiteral("-") : interface[QLatin1String("name")].toString());
 }
 
 QStringList TestMorvekctlMonitor::nextSix(QString (TestMorvekctlMonitor::*next)())

@@ -3,10 +3,7 @@
 
 #include <zopobject.h>
 
-#include <QtCore/QDateTime>
 #include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
-#include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
@@ -43,10 +40,12 @@ private:
     {
         return runTool(m_root->path(), arguments.split(QLatin1Char(' ')), {}, input);
     }
-    /*! The next line without its time; null when it has none. */
-    QString nextLine();
-    /*! The next line of JSON without its time; null when that is none. */
-    QString nextJson();
+    QString nextLine() { return m_tool->nextEvent(); }
+    /*! The next line of JSON without its time; "{}" when it has none. */
+    QString nextJson()
+    {
+        return QString::fromUtf8(QJsonDocument(m_tool->nextEventObject()).toJson(QJsonDocument::Compact));
+    }
 
     const QString atHome = QStringLiteral("present       radio on, connected to \"Home\" by 02:00:00:00:70:01 "
                                           "(WPA2, CCMP)");
@@ -74,22 +73,6 @@ void TestMorvekctlWifiMonitor::cleanup()
 void TestMorvekctlWifiMonitor::follow(const QString &options)
 {
     m_tool->start(QStringLiteral("wifi monitor %1").arg(options).split(QLatin1Char(' '), Qt::SkipEmptyParts));
-}
-
-QString TestMorvekctlWifiMonitor::nextLine()
-{
-    static const QRegularExpression form(QStringLiteral("\\A\\d\\d:\\d\\d:\\d\\d\\.\\d{3}  (.*)\\z"));
-    const QRegularExpressionMatch match = form.match(m_tool->nextLine());
-    return match.hasMatch() ? match.captured(1) : QString();
-}
-
-QString TestMorvekctlWifiMonitor::nextJson()
-{
-    QJsonObject object = QJsonDocument::fromJson(m_tool->nextLine().toUtf8()).object();
-    const QString time = object.take(QLatin1String("time")).toString();
-    if (!time.endsWith(QLatin1Char('Z')) || !QDateTime::fromString(time, Qt::ISODateWithMs).isValid())
-        return QString();
-    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 
 void TestMorvekctlWifiMonitor::changes()
