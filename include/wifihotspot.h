@@ -15,7 +15,7 @@ class QTextStream;
 namespace morvek {
 
 /*! Radio band of the hotspot. */
-enum WifiBand {
+enum WifiBand : int {
     WifiBand2_4GHz = 0,
     WifiBand5GHz = 1,
 };

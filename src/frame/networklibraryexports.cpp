@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "networklibraryexports.h"
 
+#include "hotspotservice.h"
 #include "networkinterfaceservice.h"
 #include "wifiservice.h"
 
@@ -16,6 +17,16 @@ void deleteService(Service **service)
 }
 
 } // namespace
+
+morvek::HotSpotService *newHotSpotService()
+{
+    return new morvek::HotSpotService;
+}
+
+void deleteHotSpotService(morvek::HotSpotService **service)
+{
+    deleteService(service);
+}
 
 morvek::NetworkInterfaceService *newNetworkInterfaceService()
 {

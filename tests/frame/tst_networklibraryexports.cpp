@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "hotspotservice.h"
 #include "networkinterfaceservice.h"
 #include "networklibraryexports.h"
 #include "wifiservice.h"
@@ -27,6 +28,8 @@ struct Entry
 template<typename Test>
 void forEachService(Test test)
 {
+    test(
+        Entry<HotSpotService> {"newHotSpotService", &newHotSpotService, "deleteHotSpotService", &deleteHotSpotService});
     test(Entry<NetworkInterfaceService> {"newNetworkInterfaceService", &newNetworkInterfaceService,
                                          "deleteNetworkInterfaceService", &deleteNetworkInterfaceService});
     test(Entry<WifiService> {"newWifiService", &newWifiService, "deleteWifiService", &deleteWifiService});

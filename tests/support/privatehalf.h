@@ -2,6 +2,7 @@
 #ifndef PRIVATEHALF_H
 #define PRIVATEHALF_H
 
+#include "hotspotservice_p.h"
 #include "networkinterfacedata.h"
 #include "networkinterfaceservice_p.h"
 #include "wifiservice_p.h"
@@ -16,9 +17,11 @@ struct PrivateHalf
     friend auto &privateHalf(Service &service) { return service.*Member; }
 };
 
+template struct PrivateHalf<morvek::HotSpotService, &morvek::HotSpotService::d>;
 template struct PrivateHalf<morvek::NetworkInterfaceService, &morvek::NetworkInterfaceService::d>;
 template struct PrivateHalf<morvek::WifiService, &morvek::WifiService::d>;
 
+auto &privateHalf(morvek::HotSpotService &service);
 auto &privateHalf(morvek::NetworkInterfaceService &service);
 auto &privateHalf(morvek::WifiService &service);
 

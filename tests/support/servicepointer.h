@@ -13,6 +13,8 @@ struct ServiceDeleter
     void operator()(Service *service) const { deleteService(&service); }
 };
 
+using HotSpotServicePointer =
+    std::unique_ptr<morvek::HotSpotService, ServiceDeleter<morvek::HotSpotService, deleteHotSpotService>>;
 using NetworkInterfaceServicePointer =
     std::unique_ptr<morvek::NetworkInterfaceService,
                     ServiceDeleter<morvek::NetworkInterfaceService, deleteNetworkInterfaceService>>;

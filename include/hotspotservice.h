@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOTSPOTSERVICE_H
+#define MORVEK_HOTSPOTSERVICE_H
+
+#include "networkexport.h"
+#include "servicebase.h"
+#include "wifihotspot.h"
+
+#include <memory>
+
+namespace morvek {
+
+class AsyncHotspotConfigOperation;
+class AsyncHotspotEnableOperation;
+
+/*!
+ * The unit's Wi-Fi hotspot: switches it on and off, reads its profile and writes it.
+ *
+ * \code
+ * #include <asynchotspotconfigoperation.h>
+ * #include <asynchotspotenableoperation.h>
+ * #include <hotspotservice.h>
+ * #include <networklibraryexports.h>
+ *
+ * HotSpotService *service = newHotSpotService();
+ * connect(service, &HotSpotService::enabledChanged, this, &Screen::showHotspot);
+ * connect(service, &HotSpotService::readyChanged, this, [this, service] {
+ *     AsyncHotspotConfigOperation *fetch = service->configuration();
+ *     connect(fetch, &AsyncHotspotConfigOperation::success, this, [service, fetch] {
+ *         fetch->deleteLater();
+ *         AsyncHotspotEnableOperation *start = service->setEnabled(true);
+ *         connect(start, &AsyncHotspotEnableOperation::success, start, &QObject::deleteLater);
+ *     });
+ * });
+ * // at the end:
+ * deleteHotSpotService(&service);
+ * \endcode
+ *
+ * The service is usable on the thread that created it. Slots may delete it.
+ *
+ * A new service is not ready: it becomes so, from the event loop, when the tethering manager serves its control object,
+ * and tells it with readyChanged(). It tries once: when the control object is there and cannot be opened, such as while
+ * the manager restarts, the service does not become ready any more, and no signal tells that. An application that is
+ * still waiting after a second or two makes a new service. Once ready, it outlives any restart of the manager; what it
+ * tells is what the manager has published last, also while the manager is dead.
+ *
+ * The caller owns the operations that are returned, which are never null, and may delete them at any time. Their
+ * failures carry code -1. There is no time limit: a request that the manager does not answer stays pending.
+ *
+ * Deleting the service does not delete what talks to the tethering manager behind it: that stays for the life of the
+ * process, and operations that are pending still end. So an application makes one service and keeps it.
+ */
+class MORVEK_NETWORK_EXPORT HotSpotService : public ServiceBase
+{
+    Q_OBJECT
+
+public:
+    HotSpotService();
+    ~HotSpotService() override;
+
+    /*! Always true. */
+    bool available() const override;
+    /*! Whether the tethering manager's objects have been opened. */
+    bool ready() const override;
+
+    /*!
+     * Asks the tethering manager to start the hotspot, or to stop it. The operation succeeds when the manager has
+     * accepted that; enabledChanged() tells when the hotspot is on or off. It fails with one of these messages:
+     *
+     * - "The service is not ready."
+     * - "Failed to enable config.": the manager refuses to start the hotspot.
+     * - "Failed to disable config.": it refuses to stop it.
+     * - "Unable to write to vantor zop": the manager is not there.
+     *
+     * The hotspot starts with the profile that this service has read last, see configuration(); before it has read one,
+     * the request holds an empty profile. What setConfiguration() has written does not count until it is read.
+     */
+    AsyncHotspotEnableOperation *setEnabled(bool enable);
+    /*! Whether the hotspot is on, as the tethering manager has told last; false while the service is not ready. */
+    bool enabled() const;
+
+    /*!
+     * Writes \a profile. The operation succeeds when the tethering manager has taken it; its result, and that of
+     * configurationChanged(), is the profile that this service has read last, not \a profile: read it again. It fails
+     * with one of these messages:
+     *
+     * - "The service is not ready."
+     * - "Failed to update WifiHotspot config.": the manager refuses the profile.
+     * - "Unable to write to vantor zop": the manager is not there.
+     *
+     * Of a profile that is empty (WifiHotspot::isEmpty()), nothing is written: the manager gets an empty one.
+     */
+    AsyncHotspotConfigOperation *setConfiguration(const WifiHotspot &profile);
+    /*!
+     * Reads the profile from the tethering manager. The operation succeeds with it; configurationChanged() has told it
+     * then. It fails with one of these messages:
+     *
+     * - "The service is not ready."
+     * - "Failed to retrieve WifiHotspot config.": the manager refuses to tell it.
+     * - "Empty or malformatted config.": what the manager answers holds no profile.
+     * - "Unable to write to vantor zop": the manager is not there.
+     */
+    AsyncHotspotConfigOperation *configuration() const;
+
+Q_SIGNALS:
+    /*! The hotspot is on now, or off, whoever has switched it. */
+    void enabledChanged(bool enabled);
+    /*!
+     * A profile has been read or written through this service; \a configutaion is the one that was read last. Changes
+     * by other applications are not told.
+     */
+    void configurationChanged(const morvek::WifiHotspot &configutaion);
+
+private:
+    Q_DISABLE_COPY(HotSpotService)
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOTSPOTSERVICE_P_H
+#define MORVEK_HOTSPOTSERVICE_P_H
+
+#include "hotspotservice.h"
+
+#include <QtCore/QObject>
+
+namespace morvek {
+
+class HotspotProvider;
+
+/*!
+ * Makes the provider and passes its signals on to the service.
+ *
+ * The provider stays when the service goes: requests that the tethering manager has not answered yet still end.
+ */
+class Q_DECL_HIDDEN HotSpotService::Private : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Private(HotSpotService *service);
+    Private(HotSpotService *service, HotspotProvider *hotspotProvider);
+
+    HotSpotService *q;
+    HotspotProvider *provider;
+
+private:
+    Q_DISABLE_COPY(Private)
+};
+
+} // namespace morvek
+
+#endif
