@@ -42,7 +42,7 @@ class TestNetworkLibraryExports : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { ZopDouble::reset(); }
+    void initTestCase() { ZopDouble::reset(); }
 
     void namesAreNotDecorated();
     void makesAndDeletesAService();
