@@ -182,17 +182,19 @@ std::unique_ptr<Command> createSet(const CommandLine &line, QString *error)
 
 CommandInfo hotspotProfileCommand()
 {
-    return {
-        QStringLiteral("hotspot profile"),
-        {},
-        0,
-        withServiceOptions({{ShowOption, {}, QStringLiteral("tell the passphrase, which is hidden otherwise")}}),
-        {{QString(), QStringLiteral("tell the hotspot's profile")}},
-        QStringLiteral("What is not set is \"-\", in JSON null. A band that the library cannot read is told as 2.4,\n"
-                       "a security that it cannot read as \"unknown\"."),
-        {QStringLiteral("morvekctl hotspot profile"),
-         QStringLiteral("morvekctl hotspot profile --show-passphrase --json | jq -r .passphrase")},
-        createFrom<ProfileCommand>};
+    return {QStringLiteral("hotspot profile"),
+            {},
+            0,
+            withServiceOptions({{ShowOption, {}, QStringLiteral("tell the passphrase, which is hidden otherwise")}}),
+            {{QString(), QStringLiteral("tell the hotspot's profile")}},
+            QStringLiteral(
+                "What is not set is \"-\", in JSON null. A band that the library cannot read is told as 2.4,\n"
+                "a security that it cannot read as \"unknown\". When the profile is refused, the command ends with\n"
+                "code 1; when it does not come within %1, or the time of --timeout, with code 4.")
+                .arg(inSeconds(AnswerTime)),
+            {QStringLiteral("morvekctl hotspot profile"),
+             QStringLiteral("morvekctl hotspot profile --show-passphrase --json | jq -r .passphrase")},
+            createFrom<ProfileCommand>};
 }
 
 CommandInfo hotspotSetCommand()
@@ -210,8 +212,7 @@ CommandInfo hotspotSetCommand()
         QStringLiteral("Reads the profile, changes it, writes it, and tells what the tethering daemon keeps now. When\n"
                        "the daemon refuses, or keeps something else, the command ends with code 1; when it does not\n"
                        "answer one of the three requests within %1, or the time of --timeout is up, with code\n"
-                       "4. The file is read before any time counts. See 'morvekctl hotspot off' and 'on' to use the\n"
-                       "new profile while the hotspot is on.")
+                       "4. The file is read before any time counts.")
             .arg(inSeconds(AnswerTime)),
         {QStringLiteral("morvekctl hotspot set --name \"Back seat\" --passphrase-file hotspot.key"),
          QStringLiteral("morvekctl hotspot set --security wpa2 --ask-passphrase")},

