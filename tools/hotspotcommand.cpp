@@ -25,7 +25,9 @@ void HotspotCommand::fetch(const QString &failure, const Reader &reader)
 
 void HotspotCommand::fetchAtLeisure(const QString &failure, const Reader &reader, const Complaint &complaint)
 {
-    hearLibrary();
+    // What the library logs as an error is told by the command.
+    if (!m_log)
+        m_log.emplace([this](const QString &line) { hear(line); }, KrelLogger::Warning);
     m_fetch.reset(service()->configuration());
     connect(m_fetch.get(), &AsyncHotspotConfigOperation::success, this, [=] {
         if (isFinished())
@@ -44,19 +46,12 @@ void HotspotCommand::awaitAnswer(const QString &overdue)
 {
     setOverdue(overdue);
     setDeadline(AnswerTime);
-    hearLibrary();
 }
 
-// What it logs as an error is told by the command.
-void HotspotCommand::hearLibrary()
+void HotspotCommand::hear(const QString &line)
 {
-    if (m_log)
-        return;
-    const auto hear = [this](const QString &line) {
-        if (line.startsWith(UpdateFailed))
-            m_refusal = line.mid(UpdateFailed.size());
-    };
-    m_log.emplace(hear, KrelLogger::Warning);
+    if (line.startsWith(UpdateFailed))
+        m_refusal = line.mid(UpdateFailed.size());
 }
 
 QString HotspotCommand::sentence(const QString &failure, const AsyncOperationError &error) const
@@ -64,7 +59,7 @@ QString HotspotCommand::sentence(const QString &failure, const AsyncOperationErr
     const QString known = failure + QStringLiteral(", code %1: ").arg(error.code()) + error.message();
     if (error.message() == WriteFailed)
         return known + QLatin1String(" (the tethering daemon is gone)");
-    if (error.message() == UpdateFailed && !m_refusal.isEmpty())
+    if (!m_refusal.isEmpty())
         return known + QLatin1String(" The tethering daemon says: ") + m_refusal;
     return known;
 }

@@ -39,7 +39,7 @@ protected:
     QString sentence(const QString &failure, const AsyncOperationError &error) const;
 
 private:
-    void hearLibrary();
+    void hear(const QString &line);
 
     std::optional<LibraryLog> m_log;
     QString m_refusal; //!< the daemon's words
