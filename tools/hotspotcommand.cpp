@@ -56,7 +56,7 @@ void HotspotCommand::hear(const QString &line)
 
 QString HotspotCommand::sentence(const QString &failure, const AsyncOperationError &error) const
 {
-    const QString known = failure + QStringLiteral(", code %1: ").arg(error.code()) + error.message();
+    QString known = failure + QStringLiteral(", code %1: ").arg(error.code()) + error.message();
     if (error.message() == WriteFailed)
         return known + QLatin1String(" (the tethering daemon is gone)");
     if (!m_refusal.isEmpty())

@@ -20,6 +20,7 @@ private Q_SLOTS:
     void passphrase();
     void otherProfiles_data();
     void otherProfiles();
+    void nothingToHide();
 
     void switches();
     void switchesAsJson();
@@ -187,6 +188,15 @@ void TestMorvekctlHotspot::otherProfiles()
     QVERIFY(start(tellsProfile(profile)));
     QCOMPARE(run(QStringLiteral("hotspot profile --show-passphrase")).output, rows);
     QCOMPARE(run(QStringLiteral("hotspot profile --show-passphrase --json")).output, json + QLatin1Char('\n'));
+}
+
+void TestMorvekctlHotspot::nothingToHide()
+{
+    QVERIFY(start(tellsProfile("{}")));
+    const QString rows = run(QStringLiteral("hotspot profile")).output;
+    QVERIFY2(rows.contains(QLatin1String("\nPassphrase         -\n")), qPrintable(rows));
+    const QString json = run(QStringLiteral("hotspot profile --json")).output;
+    QVERIFY2(json.contains(QLatin1String("\"hasPassphrase\":false,")), qPrintable(json));
 }
 
 void TestMorvekctlHotspot::switches()
