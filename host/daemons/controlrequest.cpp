@@ -12,4 +12,15 @@ ControlRequest::ControlRequest(const ZopChangeset &changes)
 {
 }
 
+void ControlRequest::refuseUnknown()
+{
+    refusal = {Refusal::UnknownMessage, QStringLiteral("unknown message \"%1\"").arg(message)};
+}
+
+void ControlRequest::expectNothing(const ZopVariant &dat)
+{
+    if (!dat.bytes().isEmpty())
+        refusal = Refusal::malformed(QStringLiteral("%1 takes no dat").arg(message));
+}
+
 } // namespace morvek

@@ -14,6 +14,10 @@ struct ControlRequest
     /*! Reads the client's update of the control object. */
     explicit ControlRequest(const ZopChangeset &changes);
 
+    void refuseUnknown();
+    /*! Refuses a payload where there is to be none. */
+    void expectNothing(const ZopVariant &dat);
+
     QString message;
     ZopVariant id;
     ZopVariant peer;

@@ -9,10 +9,11 @@
 
 namespace morvek {
 
-Daemon::Daemon(const QString &name, const QString &controlPath, const DaemonTools &tools, QObject *parent)
+Daemon::Daemon(const QString &name, const QString &controlPath, Order order, const DaemonTools &tools, QObject *parent)
     : QObject(parent),
       m_name(name),
       m_controlPath(controlPath),
+      m_order(order),
       m_tools(tools)
 {
 }
@@ -21,23 +22,20 @@ Daemon::~Daemon() = default;
 
 bool Daemon::start(QString *error)
 {
-    // A daemon that has the control object already keeps what it has published; and whoever finds a state object can
-    // open the control object too. Requests are heard from the event loop only.
-    if (!serveControl(error))
-        return false;
-    if (publish(error))
-        return true;
-    m_controlObject.reset();
-    return false;
+    // A daemon that has the control object already keeps what it has published. Requests are heard from the event loop
+    // only.
+    const bool started = m_order == ControlFirst ? serveControl(error) && publish(error)
+                                                 : expectUnserved(error) && publish(error) && serveControl(error);
+    if (!started)
+        letGo();
+    return started;
 }
 
 void Daemon::die(int backAfter)
 {
     if (!m_controlObject)
         return;
-    m_tools.world->disconnect(this);
-    m_controlObject.reset();
-    m_publisher.abandon();
+    letGo();
     m_tools.log->happened("daemon", m_name + QStringLiteral(" dead"));
     if (backAfter == -1)
         return;
@@ -48,6 +46,21 @@ void Daemon::die(int backAfter)
         else
             m_tools.log->trouble(QStringLiteral("the %1 daemon cannot come back: %2").arg(m_name, error));
     });
+}
+
+void Daemon::letGo()
+{
+    m_tools.world->disconnect(this);
+    m_controlObject.reset();
+    m_publisher.abandon();
+}
+
+bool Daemon::expectUnserved(QString *error) const
+{
+    const bool served = ZopObject(m_controlPath, ZopObject::Subscribe, false).isValid();
+    if (served)
+        *error = QStringLiteral("another daemon serves \"%1\"").arg(m_controlPath);
+    return !served;
 }
 
 bool Daemon::serveControl(QString *error)
@@ -93,6 +106,11 @@ void Daemon::treat(const Task &task, const Fault &fault)
     case Fault::Double:
         answerLater(task, 2);
         break;
+    case Fault::Answer:
+        m_tools.pace->after(m_replyDelay, context, [this, request = task.request, content = fault.reply] {
+            send(request, content, QStringLiteral("as the fault says"));
+        });
+        break;
     case Fault::Die:
         // Not at once: the control object must not be destroyed inside its own signal.
         m_tools.pace->after(0, this, [this, backAfter = fault.backAfter] { die(backAfter); });
@@ -117,20 +135,26 @@ void Daemon::answer(const Task &task, int replies)
 
 void Daemon::reply(const ControlRequest &request, const Answer &answer)
 {
+    const Refusal &refusal = answer.refusal;
+    Attributes content;
+    content.insert(Wire::Err, refusal ? ZopVariant(refusal.code) : ZopVariant(Wire::NoError));
+    if (refusal)
+        content.insert(Wire::ErrMsg, refusal.text);
+    if (answer.dat.isValid())
+        content.insert(Wire::Dat, answer.dat);
+    send(request, content,
+         refusal ? QStringLiteral("refused (%1): %2").arg(refusal.code).arg(refusal.text) : QStringLiteral("ok"));
+}
+
+void Daemon::send(const ControlRequest &request, const Attributes &content, const QString &outcome)
+{
     ZopChangeset changes;
-    changes.assignments.insert(Wire::Res, request.message);
+    changes.assignments = content;
+    if (!content.contains(Wire::Res))
+        changes.assignments.insert(Wire::Res, request.message);
     changes.assignments.insert(Wire::Id, request.id);
     changes.assignments.insert(Wire::Peer, request.peer);
-    if (answer.refusal) {
-        changes.assignments.insert(Wire::Err, answer.refusal.code);
-        changes.assignments.insert(Wire::ErrMsg, answer.refusal.text);
-    }
-    if (answer.dat.isValid())
-        changes.assignments.insert(Wire::Dat, answer.dat);
     const bool sent = m_controlObject->setAttributes(changes);
-    const QString outcome = answer.refusal
-        ? QStringLiteral("refused (%1): %2").arg(answer.refusal.code).arg(answer.refusal.text)
-        : QStringLiteral("ok");
     m_tools.log->happened("reply",
                           QStringLiteral("%1 id=%2 %3%4")
                               .arg(request.message, request.id.toString(), outcome,

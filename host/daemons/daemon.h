@@ -38,7 +38,7 @@ public:
     /*! How long a reply takes. */
     void setReplyDelay(DelayRange delay) { m_replyDelay = delay; }
 
-    /*! Serves the control object, then publishes everything. */
+    /*! Serves the control object and publishes everything; nothing of that while another daemon serves it. */
     bool start(QString *error);
 
     /*!
@@ -66,8 +66,11 @@ protected:
         std::function<void()> perform; //!< called when it is not refused, and after the reply
     };
 
+    /*! Which comes first, the control object or what is published: clients wait for the one and take the other. */
+    enum Order { ControlFirst, ControlLast };
+
     /*! \a name is for the log. */
-    Daemon(const QString &name, const QString &controlPath, const DaemonTools &tools, QObject *parent);
+    Daemon(const QString &name, const QString &controlPath, Order order, const DaemonTools &tools, QObject *parent);
 
     virtual Task read(const ZopChangeset &changes) = 0;
     /*! Publishes the world as it is, and follows it from then on. */
@@ -81,15 +84,19 @@ protected:
 private:
     Q_DISABLE_COPY(Daemon)
 
+    bool expectUnserved(QString *error) const;
     bool serveControl(QString *error);
+    void letGo();
     void onRequest(const ZopChangeset &changes);
     void treat(const Task &task, const Fault &fault);
     void answerLater(const Task &task, int replies);
     void answer(const Task &task, int replies);
     void reply(const ControlRequest &request, const Answer &answer);
+    void send(const ControlRequest &request, const Attributes &content, const QString &outcome);
 
     QString m_name;
     QString m_controlPath;
+    Order m_order;
     DaemonTools m_tools;
     DelayRange m_replyDelay;
     ObjectPublisher m_publisher;

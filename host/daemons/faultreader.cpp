@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "faultreader.h"
 
+#include "attributereader.h"
+#include "hotspotreader.h"
 #include "jsonnode.h"
 #include "scenarioreader.h"
 #include "wifireader.h"
@@ -24,6 +26,9 @@ const auto PerformsKey = QLatin1String("performs");
 const auto SkipKey = QLatin1String("skip");
 const auto TimesKey = QLatin1String("times");
 
+// It is answered with what every success is answered with.
+const auto IgnoreWord = QLatin1String("ignore");
+
 struct FaultWord
 {
     QLatin1String word;
@@ -39,6 +44,8 @@ FaultWord readKind(const JsonNode &node)
         {QLatin1String("late"), Fault::Late, {DelayKey}},
         {QLatin1String("double"), Fault::Double, {}},
         {QLatin1String("die"), Fault::Die, {BackAfterKey}},
+        {QLatin1String("answer"), Fault::Answer, {Wire::Res, Wire::Err, Wire::ErrMsg, Wire::Dat}},
+        {IgnoreWord, Fault::Answer, {}},
     };
     const QString word = node.text();
     QStringList known;
@@ -56,19 +63,23 @@ void readSubject(const JsonNode &node, const Scenario &scenario, Fault *fault)
 {
     const QStringList networking {Wire::NetConnected, Wire::NetDisconnected};
     const QStringList wifi {Wire::WifiPower, Wire::Scan, Wire::WnetNew, Wire::WnetSelect, Wire::WnetDisableAll};
+    const QStringList tethering {Wire::RetrieveProfile, Wire::UpdateProfile, Wire::Start, Wire::Stop};
     if (node.has(MessageKey)) {
         const JsonNode message = node.member(MessageKey);
         fault->message = message.text();
         if (wifi.contains(fault->message))
             expectWifi(message, scenario);
+        else if (tethering.contains(fault->message))
+            expectHotspot(message, scenario);
         else if (!networking.contains(fault->message))
             message.fail(QStringLiteral("no message \"%1\" (known: %2)")
-                             .arg(fault->message, (networking + wifi).join(QLatin1String(", "))));
+                             .arg(fault->message, (networking + wifi + tethering).join(QLatin1String(", "))));
     }
     if (node.has(InterfaceKey)) {
         fault->interface = readInterfaceName(node.member(InterfaceKey), scenario);
-        if (node.has(Wire::Ssid) || wifi.contains(fault->message))
-            node.member(InterfaceKey).fail(QStringLiteral("no request of the Wi-Fi daemon names an interface"));
+        if (node.has(Wire::Ssid) || (node.has(MessageKey) && !networking.contains(fault->message)))
+            node.member(InterfaceKey)
+                .fail(QStringLiteral("only %1 name an interface").arg(networking.join(QLatin1String(" and "))));
     }
     if (node.has(Wire::Ssid)) {
         const JsonNode ssid = node.member(Wire::Ssid);
@@ -95,6 +106,12 @@ Fault readFault(const JsonNode &node, const Scenario &scenario)
         fault.code = node.member(Wire::Err).number(1, LargestNumber);
         fault.text = node.textOr(Wire::ErrMsg, QString());
     }
+    for (const QString &name : word.keys) {
+        if (fault.kind == Fault::Answer && node.has(name))
+            fault.reply.insert(name, readAttributeValue(node.member(name)));
+    }
+    if (word.word == IgnoreWord)
+        fault.reply.insert(Wire::Err, Wire::NoError);
     if (fault.kind == Fault::Late)
         fault.delay = node.member(DelayKey).number(0, LongestTime);
     fault.performs = node.flagOr(PerformsKey, false);

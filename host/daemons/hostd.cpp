@@ -3,9 +3,11 @@
 
 #include "hostdoptions.h"
 #include "networkingdaemon.h"
+#include "simulatedhotspot.h"
 #include "simulatednetwork.h"
 #include "simulatedradio.h"
 #include "systemnetwork.h"
+#include "tetheringdaemon.h"
 #include "timelineplayer.h"
 #include "wifidaemon.h"
 
@@ -15,8 +17,7 @@ Hostd::Hostd(const HostdOptions &options, const Scenario &scenario)
     : m_log(options.verbose),
       m_pace(options.speed, options.seed == -1 ? scenario.seed : static_cast<quint32>(options.seed)),
       m_faults(scenario.faults),
-      m_startsNetworking(!options.without.contains(Service::Networking)),
-      m_startsWifi(!options.without.contains(Service::Wifi))
+      m_without(options.without)
 {
     const DaemonTools tools {&m_world, &m_faults, &m_pace, &m_log};
     InterfaceControl *control = nullptr;
@@ -27,14 +28,20 @@ Hostd::Hostd(const HostdOptions &options, const Scenario &scenario)
         m_simulated = std::make_unique<SimulatedNetwork>(scenario, &m_world, &m_pace);
         control = m_simulated.get();
     }
-    m_networking = std::make_unique<NetworkingDaemon>(control, tools);
-    m_networking->setReplyDelay(scenario.delays.reply);
+    m_daemons[Service::Networking] = std::make_unique<NetworkingDaemon>(control, tools);
     if (!scenario.wifi.interface.isEmpty()) {
         m_radio = std::make_unique<SimulatedRadio>(scenario, &m_world, m_simulated.get(), &m_pace);
-        m_wifi = std::make_unique<WifiDaemon>(m_radio.get(), tools);
-        m_wifi->setReplyDelay(scenario.delays.reply);
+        m_daemons[Service::Wifi] = std::make_unique<WifiDaemon>(m_radio.get(), tools);
     }
-    const Stage stage {&m_world, m_simulated.get(), m_radio.get(), m_networking.get(), m_wifi.get()};
+    if (!scenario.hotspot.profile.isEmpty()) {
+        m_hotspot = std::make_unique<SimulatedHotspot>(scenario, &m_world, &m_pace);
+        m_daemons[Service::Tethering] = std::make_unique<TetheringDaemon>(m_hotspot.get(), &m_store, tools);
+    }
+    Stage stage {&m_world, m_simulated.get(), m_radio.get(), m_hotspot.get(), {}};
+    for (const auto &daemon : m_daemons) {
+        daemon.second->setReplyDelay(scenario.delays.reply);
+        stage.daemons.insert(daemon.first, daemon.second.get());
+    }
     if (m_simulated)
         m_player = std::make_unique<TimelinePlayer>(scenario.timeline, &m_pace, stage, &m_log);
 }
@@ -53,11 +60,31 @@ HostdExitCode Hostd::start(QString *error)
     }
     if (m_system && !m_system->start(error))
         return HostdExitCode::CannotPublish;
-    if ((m_startsNetworking && !m_networking->start(error)) || (m_startsWifi && m_wifi && !m_wifi->start(error)))
+    if (m_hotspot)
+        restoreHotspot();
+    if (!startDaemons(error))
         return HostdExitCode::CannotPublish;
     if (m_player)
         m_player->start();
     return HostdExitCode::Success;
+}
+
+void Hostd::restoreHotspot()
+{
+    m_store.setRoot(root());
+    QString error;
+    const QJsonObject profile = m_store.load(&error);
+    if (!error.isEmpty())
+        m_log.trouble(error);
+    if (!profile.isEmpty())
+        m_hotspot->setProfile(profile);
+}
+
+bool Hostd::startDaemons(QString *error)
+{
+    return std::all_of(m_daemons.begin(), m_daemons.end(), [this, error](const auto &daemon) {
+        return m_without.contains(daemon.first) || daemon.second->start(error);
+    });
 }
 
 } // namespace morvek

@@ -5,21 +5,23 @@
 #include "eventlog.h"
 #include "faultplan.h"
 #include "hostdexitcode.h"
+#include "hotspotstore.h"
 #include "pace.h"
 #include "rootlock.h"
+#include "service.h"
 #include "world.h"
 
+#include <map>
 #include <memory>
 
 namespace morvek {
 
-class InterfaceControl;
-class NetworkingDaemon;
+class Daemon;
+class SimulatedHotspot;
 class SimulatedNetwork;
 class SimulatedRadio;
 class SystemNetwork;
 class TimelinePlayer;
-class WifiDaemon;
 struct HostdOptions;
 struct Scenario;
 
@@ -37,6 +39,9 @@ public:
 private:
     Q_DISABLE_COPY(Hostd)
 
+    void restoreHotspot();
+    bool startDaemons(QString *error);
+
     // In this order, so that what is used by others goes after them.
     RootLock m_lock;
     EventLog m_log;
@@ -45,12 +50,12 @@ private:
     FaultPlan m_faults;
     std::unique_ptr<SystemNetwork> m_system;
     std::unique_ptr<SimulatedNetwork> m_simulated;
-    std::unique_ptr<SimulatedRadio> m_radio; // none without Wi-Fi
-    std::unique_ptr<NetworkingDaemon> m_networking;
-    std::unique_ptr<WifiDaemon> m_wifi; // none without Wi-Fi
+    std::unique_ptr<SimulatedRadio> m_radio;     // none without Wi-Fi
+    std::unique_ptr<SimulatedHotspot> m_hotspot; // none without a hotspot
+    HotspotStore m_store;
+    std::map<Service, std::unique_ptr<Daemon>> m_daemons; // of what there is in this world
     std::unique_ptr<TimelinePlayer> m_player;
-    bool m_startsNetworking;
-    bool m_startsWifi;
+    QVector<Service> m_without;
 };
 
 } // namespace morvek

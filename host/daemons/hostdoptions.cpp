@@ -17,7 +17,8 @@ constexpr double MostSpeed = 10000;
 const QString Description = QStringLiteral(
     "Plays the daemons of a head unit on a Linux machine: the networking daemon publishes network interfaces and\n"
     "answers requests to configure them; the Wi-Fi daemon publishes the state of the radio, scans, and joins and\n"
-    "leaves networks. When everything is published it prints \"ready: ROOT\"; SIGTERM ends it.\n"
+    "leaves networks; the tethering manager starts and stops a hotspot, and keeps its profile. When everything is\n"
+    "published it prints \"ready: ROOT\"; SIGTERM ends it.\n"
     "\n"
     "Exit codes: 0 ended as asked, 1 cannot publish, 2 bad arguments, 3 bad scenario, 4 unusable root,\n"
     "5 another morvek-hostd publishes below the root.");
@@ -33,7 +34,7 @@ struct Switches
                                    QStringLiteral("scenario|system"), QStringLiteral("scenario")};
     QCommandLineOption without {QStringLiteral("without"),
                                 QStringLiteral("Leaves out a daemon, but not its world; may be given more than once."),
-                                QStringLiteral("networking|wifi")};
+                                QStringLiteral("networking|wifi|tethering")};
     QCommandLineOption root {QStringLiteral("root"), QStringLiteral("Publishes below this directory; sets ZOP_ROOT."),
                              QStringLiteral("DIR")};
     QCommandLineOption speed {QStringLiteral("speed"), QStringLiteral("Lets time pass so many times as fast."),
@@ -72,12 +73,13 @@ bool readWithout(const QCommandLineParser &parser, const Switches &switches, Hos
 {
     const QStringList names = parser.values(switches.without);
     for (const QString &name : names) {
-        const bool wifi = name == QLatin1String("wifi");
-        if (!wifi && name != QLatin1String("networking")) {
-            *error = QStringLiteral("--without: \"%1\" is neither networking nor wifi").arg(name);
+        const auto *service = std::find_if(std::begin(Services), std::end(Services),
+                                           [&name](const ServiceWords &one) { return one.name == name; });
+        if (service == std::end(Services)) {
+            *error = QStringLiteral("--without: \"%1\" is none of networking, wifi and tethering").arg(name);
             return false;
         }
-        options->without += wifi ? Service::Wifi : Service::Networking;
+        options->without += service->service;
     }
     return true;
 }

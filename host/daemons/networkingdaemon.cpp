@@ -18,7 +18,7 @@ QString pathOf(const QString &interface)
 } // namespace
 
 NetworkingDaemon::NetworkingDaemon(InterfaceControl *control, const DaemonTools &tools, QObject *parent)
-    : Daemon(QStringLiteral("networking"), Wire::ControlObject, tools, parent),
+    : Daemon(QStringLiteral("networking"), Wire::ControlObject, ControlFirst, tools, parent),
       m_control(control)
 {
 }

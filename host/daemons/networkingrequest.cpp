@@ -15,25 +15,20 @@ const auto NetmaskKey = QLatin1String("netmask");
 const auto GatewayKey = QLatin1String("gateway");
 const auto Manual6Key = QLatin1String("manual6");
 
-Refusal malformed(const QString &text)
-{
-    return {Refusal::MalformedDat, text};
-}
-
 /*! Every key must be known and be a text: a client that sends more expects more than would be done. */
 Refusal checkKeys(const QJsonObject &settings, bool manual)
 {
     for (auto it = settings.begin(); it != settings.end(); ++it) {
         const bool address = it.key() == IpAddressKey || it.key() == NetmaskKey || it.key() == GatewayKey;
         if (!address && it.key() != Wire::Manual && it.key() != Manual6Key)
-            return malformed(QStringLiteral("unknown setting \"%1\"").arg(it.key()));
+            return Refusal::malformed(QStringLiteral("unknown setting \"%1\"").arg(it.key()));
         if (address && !manual)
-            return malformed(QStringLiteral("\"%1\" is only for manual configuration").arg(it.key()));
+            return Refusal::malformed(QStringLiteral("\"%1\" is only for manual configuration").arg(it.key()));
         if (!it.value().isString())
-            return malformed(QStringLiteral("\"%1\" is not a text").arg(it.key()));
+            return Refusal::malformed(QStringLiteral("\"%1\" is not a text").arg(it.key()));
     }
     if (settings.value(Manual6Key).toString(QStringLiteral("off")) != QLatin1String("off"))
-        return malformed(QStringLiteral("\"manual6\" must be \"off\""));
+        return Refusal::malformed(QStringLiteral("\"manual6\" must be \"off\""));
     return {};
 }
 
@@ -69,7 +64,7 @@ void readConnect(NetworkingRequest *request, const ZopVariant &dat)
 {
     const QJsonArray array = dat.toJson(nullptr).array();
     if (array.size() != 2 || !array.at(0).isString() || !array.at(1).isObject()) {
-        request->refusal = malformed(QStringLiteral("dat must be [interface name, {settings}]"));
+        request->refusal = Refusal::malformed(QStringLiteral("dat must be [interface name, {settings}]"));
         return;
     }
     request->interface = array.at(0).toString();
@@ -77,7 +72,7 @@ void readConnect(NetworkingRequest *request, const ZopVariant &dat)
     const QJsonObject settings = array.at(1).toObject();
     const QString manual = settings.value(Wire::Manual).toString();
     if (manual != QLatin1String("yes") && manual != QLatin1String("no")) {
-        request->refusal = malformed(QStringLiteral("\"manual\" must be \"yes\" or \"no\""));
+        request->refusal = Refusal::malformed(QStringLiteral("\"manual\" must be \"yes\" or \"no\""));
         return;
     }
     request->settings.manual = manual == QLatin1String("yes");
@@ -93,7 +88,7 @@ void readDisconnect(NetworkingRequest *request, const ZopVariant &dat)
     if (array.size() == 1 && array.at(0).isString())
         request->interface = array.at(0).toString();
     else
-        request->refusal = malformed(QStringLiteral("dat must be \"interface name\""));
+        request->refusal = Refusal::malformed(QStringLiteral("dat must be \"interface name\""));
 }
 
 } // namespace
@@ -109,7 +104,7 @@ NetworkingRequest NetworkingRequest::read(const ZopChangeset &changes)
         request.kind = Disconnect;
         readDisconnect(&request, dat);
     } else {
-        request.refusal = {Refusal::UnknownMessage, QStringLiteral("unknown message \"%1\"").arg(request.message)};
+        request.refuseUnknown();
     }
     return request;
 }

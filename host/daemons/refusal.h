@@ -17,12 +17,15 @@ struct Refusal
         NoLink = 5,
         ReadOnly = 6,
         RadioOff = 7,
+        NotStored = 8,
     };
 
     int code = 0;
     QString text;
 
     explicit operator bool() const { return code != 0; }
+
+    static Refusal malformed(const QString &text) { return {MalformedDat, text}; }
 };
 
 } // namespace morvek

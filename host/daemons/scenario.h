@@ -2,9 +2,11 @@
 #ifndef MORVEK_HOSTD_SCENARIO_H
 #define MORVEK_HOSTD_SCENARIO_H
 
+#include "attributes.h"
 #include "pace.h"
-#include "zopchangeset.h"
+#include "service.h"
 
+#include <QtCore/QJsonObject>
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
@@ -42,6 +44,8 @@ struct ScenarioDelays
     DelayRange lease {600, 1800};
     DelayRange scan {800, 2500};
     DelayRange associate {400, 1200};
+    DelayRange hotspotStart {500, 1500};
+    DelayRange hotspotStop {200, 600};
 };
 
 struct ScenarioAccessPoint
@@ -74,7 +78,11 @@ struct ScenarioWifi
     }
 };
 
-enum class Service { Networking, Wifi };
+struct ScenarioHotspot
+{
+    QJsonObject profile; //!< the whole document; empty: there is no hotspot
+    bool active = false;
+};
 
 struct TimelineEvent
 {
@@ -97,6 +105,8 @@ struct TimelineEvent
         RadioOn,
         RadioOff,
         TellWifiEvent,
+        HotspotStarts,
+        HotspotStops,
     };
 
     int at = 0;
@@ -116,7 +126,7 @@ struct TimelineEvent
 /*! What happens to a request's reply. */
 struct Fault
 {
-    enum Kind { Refuse, NoReply, Late, Double, Die };
+    enum Kind { Refuse, NoReply, Late, Double, Die, Answer };
 
     Kind kind = Refuse;
     QString message;   //!< empty: any
@@ -126,6 +136,7 @@ struct Fault
     int times = -1;    //!< -1: always
     int code = 0;
     QString text;
+    Attributes reply; //!< of Answer: what the reply carries, beside the request's "id" and "peer"
     int delay = 0;
     bool performs = false; //!< of NoReply: the request is carried out all the same
     int backAfter = -1;    //!< of Die; -1: never
@@ -142,6 +153,7 @@ struct Scenario
     bool pinsDefault = false;
     QString defaultInterface; //!< when it is pinned
     ScenarioWifi wifi;
+    ScenarioHotspot hotspot;
     QVector<TimelineEvent> timeline; //!< in order of time
     QVector<Fault> faults;
 };

@@ -3,6 +3,7 @@
 
 #include "addresstext.h"
 #include "faultreader.h"
+#include "hotspotreader.h"
 #include "jsonnode.h"
 #include "timelinereader.h"
 #include "wifireader.h"
@@ -124,7 +125,9 @@ ScenarioDelays readDelays(const JsonNode &node)
     const QString reply = QStringLiteral("reply");
     const QString release = QStringLiteral("release");
     const QString associate = QStringLiteral("associate");
-    node.expectObject({reply, release, Wire::Manual, LeaseKey, Wire::Scan, associate});
+    const QString hotspotStart = QStringLiteral("hotspot_start");
+    const QString hotspotStop = QStringLiteral("hotspot_stop");
+    node.expectObject({reply, release, Wire::Manual, LeaseKey, Wire::Scan, associate, hotspotStart, hotspotStop});
     ScenarioDelays delays;
     delays.reply = readDelay(node, reply, delays.reply);
     delays.release = readDelay(node, release, delays.release);
@@ -132,6 +135,8 @@ ScenarioDelays readDelays(const JsonNode &node)
     delays.lease = readDelay(node, LeaseKey, delays.lease);
     delays.scan = readDelay(node, Wire::Scan, delays.scan);
     delays.associate = readDelay(node, associate, delays.associate);
+    delays.hotspotStart = readDelay(node, hotspotStart, delays.hotspotStart);
+    delays.hotspotStop = readDelay(node, hotspotStop, delays.hotspotStop);
     return delays;
 }
 
@@ -140,10 +145,12 @@ void readAll(const JsonNode &top, Scenario *scenario)
     const QString circles = QStringLiteral("allow_circular_parents");
     const QString delays = QStringLiteral("delays");
     const QString wifi = QStringLiteral("wifi");
+    const QString hotspot = QStringLiteral("hotspot");
     const QString timeline = QStringLiteral("timeline");
     const QString faults = QStringLiteral("faults");
     top.expectObject({QStringLiteral("description"), QStringLiteral("seed"), delays, circles,
-                      QStringLiteral("interfaces"), Wire::Priority, Wire::DefaultInterface, wifi, timeline, faults});
+                      QStringLiteral("interfaces"), Wire::Priority, Wire::DefaultInterface, wifi, hotspot, timeline,
+                      faults});
     scenario->description = top.textOr(QStringLiteral("description"), QString());
     scenario->seed = quint32(top.numberOr(QStringLiteral("seed"), 0, std::numeric_limits<int>::max(), 1));
     if (top.has(delays))
@@ -156,6 +163,8 @@ void readAll(const JsonNode &top, Scenario *scenario)
         scenario->defaultInterface = readInterfaceName(top.member(Wire::DefaultInterface), *scenario);
     if (top.has(wifi))
         scenario->wifi = readWifi(top.member(wifi), *scenario);
+    if (top.has(hotspot))
+        scenario->hotspot = readHotspot(top.member(hotspot));
     if (top.has(timeline))
         scenario->timeline = readTimeline(top.member(timeline), *scenario);
     if (top.has(faults))

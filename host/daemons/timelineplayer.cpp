@@ -3,6 +3,7 @@
 
 #include "daemon.h"
 #include "eventlog.h"
+#include "simulatedhotspot.h"
 #include "simulatednetwork.h"
 #include "simulatedradio.h"
 #include "world.h"
@@ -70,11 +71,15 @@ void TimelinePlayer::play(const TimelineEvent &event)
         return m_stage.radio->setPower(event.kind == TimelineEvent::RadioOn);
     case TimelineEvent::TellWifiEvent:
         return m_stage.radio->tellEvent(event.told);
+    case TimelineEvent::HotspotStarts:
+        return m_stage.hotspot->start(m_stage.hotspot->profile());
+    case TimelineEvent::HotspotStops:
+        return m_stage.hotspot->stop();
     case TimelineEvent::SetAttributes:
     case TimelineEvent::RemoveAttributes:
         return changeAttributes(event);
     case TimelineEvent::DaemonDies:
-        return (event.service == Service::Wifi ? m_stage.wifiDaemon : m_stage.networkingDaemon)->die(event.backAfter);
+        return m_stage.daemons.value(event.service)->die(event.backAfter);
     }
 }
 
@@ -84,6 +89,8 @@ void TimelinePlayer::changeAttributes(const TimelineEvent &event)
         m_stage.world->changeInterface(event.interface, event.changes);
     else if (event.service == Service::Wifi)
         m_stage.world->changeWifiStatus(event.changes);
+    else if (event.service == Service::Tethering)
+        m_stage.world->changeTetheringStatus(event.changes);
     else
         m_stage.world->changeStatus(event.changes);
 }

@@ -12,18 +12,19 @@ namespace morvek {
 
 class Daemon;
 class EventLog;
+class SimulatedHotspot;
 class SimulatedNetwork;
 class SimulatedRadio;
 class World;
 
-/*! What events happen to. There is neither a radio nor its daemon in a scenario without Wi-Fi. */
+/*! What events happen to. Neither the radio nor the hotspot nor their daemons are in every scenario. */
 struct Stage
 {
     World *world;
     SimulatedNetwork *network;
     SimulatedRadio *radio;
-    Daemon *networkingDaemon;
-    Daemon *wifiDaemon;
+    SimulatedHotspot *hotspot;
+    QMap<Service, Daemon *> daemons;
 };
 
 /*! Plays a scenario's events, one after the other, each at its time or as soon after it as the machine can. */

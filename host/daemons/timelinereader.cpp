@@ -2,6 +2,7 @@
 #include "timelinereader.h"
 
 #include "attributereader.h"
+#include "hotspotreader.h"
 #include "jsonnode.h"
 #include "scenarioreader.h"
 #include "wifireader.h"
@@ -34,7 +35,7 @@ struct EventWord
     QLatin1String word;
     TimelineEvent::Kind kind;
     QStringList keys;
-    bool wifi = false;
+    enum Needs { Nothing, Wifi, Hotspot } needs = Nothing;
 };
 
 EventWord readWord(const JsonNode &node)
@@ -50,14 +51,16 @@ EventWord readWord(const JsonNode &node)
         {QLatin1String("default-follows"), TimelineEvent::FollowDefault, {}},
         {QLatin1String("priority"), TimelineEvent::SetPriority, {OrderKey}},
         {QLatin1String("daemon-dies"), TimelineEvent::DaemonDies, {DaemonKey, BackAfterKey}},
-        {QLatin1String("out-of-range"), TimelineEvent::OutOfRange, {Wire::Bssid}, true},
-        {QLatin1String("in-range"), TimelineEvent::InRange, {Wire::Bssid}, true},
-        {QLatin1String("signal"), TimelineEvent::Signal, {Wire::Bssid, Wire::SignalLevel}, true},
-        {QLatin1String("roam"), TimelineEvent::Roam, {Wire::Bssid}, true},
-        {QLatin1String("dropped"), TimelineEvent::Dropped, {ReasonKey}, true},
-        {QLatin1String("radio-on"), TimelineEvent::RadioOn, {}, true},
-        {QLatin1String("radio-off"), TimelineEvent::RadioOff, {}, true},
-        {QLatin1String("wifi-event"), TimelineEvent::TellWifiEvent, {TextKey}, true},
+        {QLatin1String("out-of-range"), TimelineEvent::OutOfRange, {Wire::Bssid}, EventWord::Wifi},
+        {QLatin1String("in-range"), TimelineEvent::InRange, {Wire::Bssid}, EventWord::Wifi},
+        {QLatin1String("signal"), TimelineEvent::Signal, {Wire::Bssid, Wire::SignalLevel}, EventWord::Wifi},
+        {QLatin1String("roam"), TimelineEvent::Roam, {Wire::Bssid}, EventWord::Wifi},
+        {QLatin1String("dropped"), TimelineEvent::Dropped, {ReasonKey}, EventWord::Wifi},
+        {QLatin1String("radio-on"), TimelineEvent::RadioOn, {}, EventWord::Wifi},
+        {QLatin1String("radio-off"), TimelineEvent::RadioOff, {}, EventWord::Wifi},
+        {QLatin1String("wifi-event"), TimelineEvent::TellWifiEvent, {TextKey}, EventWord::Wifi},
+        {QLatin1String("hotspot-starts"), TimelineEvent::HotspotStarts, {}, EventWord::Hotspot},
+        {QLatin1String("hotspot-stops"), TimelineEvent::HotspotStops, {}, EventWord::Hotspot},
     };
     const QString text = node.text();
     QStringList known;
@@ -70,16 +73,22 @@ EventWord readWord(const JsonNode &node)
     return words.first();
 }
 
-/*! Which daemon \a node names, by one of these words. */
-Service readService(const JsonNode &node, QLatin1String networking, QLatin1String wifi, const Scenario &scenario)
+/*! Which service \a node names, by this one of its words. */
+Service readService(const JsonNode &node, QLatin1String ServiceWords::*word, const Scenario &scenario)
 {
-    const QString word = node.text();
-    if (word == wifi) {
-        expectWifi(node, scenario);
-        return Service::Wifi;
+    const QString text = node.text();
+    QStringList known;
+    for (const ServiceWords &one : Services) {
+        known += one.*word;
+        if (text != one.*word)
+            continue;
+        if (one.service == Service::Wifi)
+            expectWifi(node, scenario);
+        if (one.service == Service::Tethering)
+            expectHotspot(node, scenario);
+        return one.service;
     }
-    if (word != networking)
-        node.fail(QStringLiteral("must be \"%1\" or \"%2\"").arg(networking, wifi));
+    node.fail(QStringLiteral("\"%1\" is none of %2").arg(text, known.join(QLatin1String(", "))));
     return Service::Networking;
 }
 
@@ -89,8 +98,7 @@ void readAttributes(const JsonNode &node, const Scenario &scenario, TimelineEven
     if (interface == node.has(ObjectKey))
         node.fail(QStringLiteral("needs either \"interface\" or \"object\""));
     if (!interface)
-        event->service =
-            readService(node.member(ObjectKey), QLatin1String("status_public"), QLatin1String("wifi/status"), scenario);
+        event->service = readService(node.member(ObjectKey), &ServiceWords::statusObject, scenario);
     const JsonNode attributes = node.member(AttributesKey);
     if (event->kind == TimelineEvent::RemoveAttributes) {
         const QStringList names = attributes.texts();
@@ -126,7 +134,9 @@ TimelineEvent readEvent(const JsonNode &node, const Scenario &scenario)
     event.kind = word.kind;
     event.text = word.word;
     node.expectObject(QStringList {at, EventKey} + word.keys);
-    if (word.wifi) {
+    if (word.needs == EventWord::Hotspot)
+        expectHotspot(node.member(EventKey), scenario);
+    if (word.needs == EventWord::Wifi) {
         expectWifi(node.member(EventKey), scenario);
         readWifiEvent(node, scenario, word.keys.contains(Wire::Bssid), &event);
     }
@@ -143,8 +153,7 @@ TimelineEvent readEvent(const JsonNode &node, const Scenario &scenario)
     if (event.kind == TimelineEvent::SetPriority)
         event.order = readRanking(node.member(OrderKey), scenario);
     if (node.has(DaemonKey))
-        event.service =
-            readService(node.member(DaemonKey), QLatin1String("networking"), QLatin1String("wifi"), scenario);
+        event.service = readService(node.member(DaemonKey), &ServiceWords::name, scenario);
     event.backAfter = node.numberOr(BackAfterKey, 0, LongestTime, -1);
     return event;
 }

@@ -8,7 +8,7 @@
 namespace morvek {
 
 WifiDaemon::WifiDaemon(SimulatedRadio *radio, const DaemonTools &tools, QObject *parent)
-    : Daemon(QStringLiteral("wifi"), Wire::WifiControlObject, tools, parent),
+    : Daemon(QStringLiteral("wifi"), Wire::WifiControlObject, ControlFirst, tools, parent),
       m_radio(radio)
 {
 }

@@ -10,16 +10,11 @@ namespace morvek {
 
 namespace {
 
-Refusal malformed(const QString &text)
-{
-    return {Refusal::MalformedDat, text};
-}
-
 void readPower(WifiRequest *request, const ZopVariant &dat)
 {
     request->power = dat.toString() == Wire::On;
     if (!request->power && dat.toString() != Wire::Off)
-        request->refusal = malformed(QStringLiteral("dat must be on or off"));
+        request->refusal = Refusal::malformed(QStringLiteral("dat must be on or off"));
 }
 
 /*! Every key must be known and be a text. What is wrong is never repeated: it may be a passkey in the wrong place. */
@@ -27,13 +22,13 @@ Refusal checkMembers(const QJsonObject &object)
 {
     for (auto it = object.begin(); it != object.end(); ++it) {
         if (it.key() != Wire::Ssid && it.key() != Wire::KeyMgmt && it.key() != Wire::Psk)
-            return malformed(QStringLiteral("dat must hold nothing but \"ssid\", \"key_mgmt\" and \"psk\""));
+            return Refusal::malformed(QStringLiteral("dat must hold nothing but \"ssid\", \"key_mgmt\" and \"psk\""));
         if (!it.value().isString())
-            return malformed(QStringLiteral("\"%1\" is not a text").arg(it.key()));
+            return Refusal::malformed(QStringLiteral("\"%1\" is not a text").arg(it.key()));
     }
     for (const QString &key : {Wire::Ssid, Wire::KeyMgmt}) {
         if (!object.contains(key))
-            return malformed(QStringLiteral("\"%1\" is missing").arg(key));
+            return Refusal::malformed(QStringLiteral("\"%1\" is missing").arg(key));
     }
     return {};
 }
@@ -46,11 +41,11 @@ Refusal checkNetwork(const QJsonObject &object)
     const QString keyManagement = object.value(Wire::KeyMgmt).toString();
     if (keyManagement == Wire::None) {
         if (object.contains(Wire::Psk))
-            return malformed(QStringLiteral("\"psk\" is only for WPA-PSK"));
+            return Refusal::malformed(QStringLiteral("\"psk\" is only for WPA-PSK"));
         return {};
     }
     if (keyManagement != Wire::WpaPsk)
-        return malformed(QStringLiteral("\"key_mgmt\" must be NONE or WPA-PSK"));
+        return Refusal::malformed(QStringLiteral("\"key_mgmt\" must be NONE or WPA-PSK"));
     if (!object.contains(Wire::Psk))
         return {Refusal::BadValue, QStringLiteral("WPA-PSK needs \"psk\"")};
     if (!WifiText::isPasskey(object.value(Wire::Psk).toString()))
@@ -64,16 +59,10 @@ void readNetwork(WifiRequest *request, const ZopVariant &dat)
     const QJsonDocument document = dat.toJson();
     const QJsonObject object = document.object();
     request->network = {object.value(Wire::Ssid).toString(), object.value(Wire::Psk).toString()};
-    request->refusal =
-        document.isObject() ? checkMembers(object) : malformed(QStringLiteral("dat must be {\"ssid\", \"key_mgmt\"}"));
+    request->refusal = document.isObject() ? checkMembers(object)
+                                           : Refusal::malformed(QStringLiteral("dat must be {\"ssid\", \"key_mgmt\"}"));
     if (!request->refusal)
         request->refusal = checkNetwork(object);
-}
-
-void expectNothing(WifiRequest *request, const ZopVariant &dat)
-{
-    if (!dat.bytes().isEmpty())
-        request->refusal = malformed(QStringLiteral("%1 takes no dat").arg(request->message));
 }
 
 } // namespace
@@ -87,7 +76,7 @@ WifiRequest WifiRequest::read(const ZopChangeset &changes)
         readPower(&request, dat);
     } else if (request.message == Wire::Scan) {
         request.kind = Scan;
-        expectNothing(&request, dat);
+        request.expectNothing(dat);
     } else if (request.message == Wire::WnetNew) {
         request.kind = NewNetwork;
         readNetwork(&request, dat);
@@ -96,9 +85,9 @@ WifiRequest WifiRequest::read(const ZopChangeset &changes)
         request.identifier = dat.toString();
     } else if (request.message == Wire::WnetDisableAll) {
         request.kind = DisableAll;
-        expectNothing(&request, dat);
+        request.expectNothing(dat);
     } else {
-        request.refusal = {Refusal::UnknownMessage, QStringLiteral("unknown message \"%1\"").arg(request.message)};
+        request.refuseUnknown();
     }
     return request;
 }

@@ -58,11 +58,27 @@ inline const QString Tkip = QStringLiteral("TKIP");
 inline const QString WpaPsk = QStringLiteral("WPA-PSK");
 inline const QString Wpa2Psk = QStringLiteral("WPA2-PSK");
 
+inline const QString TetheringControlObject = QStringLiteral("/zop/services/tethering/control");
+inline const QString TetheringStatusObject = QStringLiteral("/zop/services/tethering/status");
+
+inline const QString State = QStringLiteral("state");
+inline const QString Active = QStringLiteral("ACTIVE");
+inline const QString Inactive = QStringLiteral("INACTIVE");
+
+inline const QString RetrieveProfile = QStringLiteral("retrieve_profile");
+inline const QString Start = QStringLiteral("start");
+inline const QString Stop = QStringLiteral("stop");
+inline const QString UpdateProfile = QStringLiteral("update_profile");
+
+inline const QString Lan = QStringLiteral("lan");
+inline const QString WlanAp = QStringLiteral("wlanap");
+
 inline const QString Dat = QStringLiteral("dat");
 inline const QString Err = QStringLiteral("err");
 inline const QString ErrMsg = QStringLiteral("errmsg");
 inline const QString Id = QStringLiteral("id");
 inline const QString Msg = QStringLiteral("msg");
+inline const QString NoError = QStringLiteral("0");
 inline const QString Peer = QStringLiteral("peer");
 inline const QString Res = QStringLiteral("res");
 

@@ -43,6 +43,12 @@ void World::changeWifiStatus(const ZopChangeset &changes)
     Q_EMIT wifiStatusChanged(changes);
 }
 
+void World::changeTetheringStatus(const ZopChangeset &changes)
+{
+    apply(changes, &m_tetheringStatus);
+    Q_EMIT tetheringStatusChanged(changes);
+}
+
 void World::updateInterface(const QString &name, const Attributes &attributes)
 {
     const ZopChangeset changes = difference(m_interfaces.value(name), attributes);

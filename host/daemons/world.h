@@ -10,7 +10,7 @@ namespace morvek {
 
 /*!
  * What there is to publish, as the daemons see it: the network interfaces, the status that ranks them, and the status
- * of the Wi-Fi station.
+ * of the Wi-Fi station and of the hotspot.
  *
  * It outlives every daemon: while one is dead the world goes on, and the daemon publishes it as it has become when
  * it is back. Something else drives the world: a scenario, or the machine's kernel.
@@ -28,6 +28,7 @@ public:
     Attributes interfaceAttributes(const QString &name) const { return m_interfaces.value(name); }
     Attributes status() const { return m_status; }
     Attributes wifiStatus() const { return m_wifiStatus; }
+    Attributes tetheringStatus() const { return m_tetheringStatus; }
 
     void addInterface(const QString &name, const Attributes &attributes);
     void removeInterface(const QString &name);
@@ -35,6 +36,7 @@ public:
     void changeInterface(const QString &name, const ZopChangeset &changes);
     void changeStatus(const ZopChangeset &changes);
     void changeWifiStatus(const ZopChangeset &changes);
+    void changeTetheringStatus(const ZopChangeset &changes);
 
     /*! Tells what differs from the present attributes, or nothing. */
     void updateInterface(const QString &name, const Attributes &attributes);
@@ -46,12 +48,14 @@ Q_SIGNALS:
     void interfaceChanged(const QString &name, const morvek::ZopChangeset &changes);
     void statusChanged(const morvek::ZopChangeset &changes);
     void wifiStatusChanged(const morvek::ZopChangeset &changes);
+    void tetheringStatusChanged(const morvek::ZopChangeset &changes);
 
 private:
     Q_DISABLE_COPY(World)
     QMap<QString, Attributes> m_interfaces;
     Attributes m_status;
     Attributes m_wifiStatus;
+    Attributes m_tetheringStatus;
 };
 
 } // namespace morvek

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "daemonclient.h"
 
-#include <QtCore/QDir>
+#include <QtCore/QDirIterator>
 #include <QtTest/QtTest>
 
 using namespace morvek;
@@ -61,6 +61,22 @@ QString Request::outcome()
         return QStringLiteral("no reply");
     return command.hasError() ? QStringLiteral("%1 %2").arg(command.errorCode()).arg(command.errorString())
                               : QStringLiteral("ok");
+}
+
+QByteArrayList everythingReadable(const QString &root, qint64 process)
+{
+    QByteArrayList contents;
+    const auto take = [&contents](const QString &name) {
+        QFile file(name);
+        if (file.open(QIODevice::ReadOnly))
+            contents += file.readAll();
+    };
+    QDirIterator files(root, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
+    while (files.hasNext())
+        take(files.next());
+    for (const char *name : {"cmdline", "environ"})
+        take(QStringLiteral("/proc/%1/%2").arg(process).arg(QLatin1String(name)));
+    return contents;
 }
 
 DaemonFixture::DaemonFixture()

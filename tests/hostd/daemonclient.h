@@ -15,6 +15,8 @@ constexpr int Patience = 20000;
 const char Interfaces[] = "/zop/services/networking/all/interfaces";
 const char Status[] = "/zop/services/networking/all/status_public";
 const char Control[] = "/zop/services/networking/control";
+const char TetheringStatus[] = "/zop/services/tethering/status";
+const char TetheringControl[] = "/zop/services/tethering/control";
 const char WifiStatus[] = "/zop/services/wifi/status";
 const char WifiControl[] = "/zop/services/wifi/control";
 
@@ -49,6 +51,9 @@ struct Request
     morvek::ZopControlCommand command;
     QSignalSpy finished;
 };
+
+/*! Everything that the files below \a root hold, and the command line and environment of \a process. */
+QByteArrayList everythingReadable(const QString &root, qint64 process);
 
 /*! A daemon on a root of its own, which the test's environment names too. */
 class DaemonFixture

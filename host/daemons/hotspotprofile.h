@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_HOTSPOTPROFILE_H
+#define MORVEK_HOSTD_HOTSPOTPROFILE_H
+
+#include "refusal.h"
+
+#include <QtCore/QJsonObject>
+
+namespace morvek {
+
+/*!
+ * Judges and makes the tethering manager's profile documents. No text of a refusal ever repeats what is wrong: it may
+ * be a passphrase in the wrong place.
+ */
+namespace HotspotProfile {
+
+/*! What is wrong with a whole document, as messages and the stored file hold it. */
+Refusal check(const QJsonObject &document);
+/*! What is wrong with its "lanprofile". */
+Refusal checkLanProfile(const QJsonObject &lanProfile);
+/*! The whole document with this "lanprofile" and the usual network. */
+QJsonObject document(const QJsonObject &lanProfile);
+
+/*! The name, quoted, and the security of a document that is right. */
+QString summary(const QJsonObject &document);
+/*! After how many milliseconds a hotspot without clients stops; 0: never. */
+int inactivityTime(const QJsonObject &document);
+
+} // namespace HotspotProfile
+
+} // namespace morvek
+
+#endif

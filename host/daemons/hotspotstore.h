@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_HOTSPOTSTORE_H
+#define MORVEK_HOSTD_HOTSPOTSTORE_H
+
+#include <QtCore/QJsonObject>
+
+namespace morvek {
+
+/*! The hotspot's profile in a hidden file of the root, which nobody but this user can read. */
+class HotspotStore
+{
+public:
+    void setRoot(const QString &root);
+
+    /*! The stored profile; empty when there is none, or none that can be used: then \a error says why. */
+    QJsonObject load(QString *error) const;
+    /*! Stores \a profile whole or, when that fails, leaves what is stored. */
+    bool save(const QJsonObject &profile, QString *error) const;
+
+private:
+    QByteArray m_file;
+};
+
+} // namespace morvek
+
+#endif

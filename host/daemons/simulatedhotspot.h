@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_SIMULATEDHOTSPOT_H
+#define MORVEK_HOSTD_SIMULATEDHOTSPOT_H
+
+#include "scenario.h"
+
+#include <QtCore/QObject>
+
+namespace morvek {
+
+class World;
+
+/*! The hotspot of a scenario, which nobody ever joins: drives the tethering status of the world. */
+class SimulatedHotspot : public QObject
+{
+    Q_OBJECT
+
+public:
+    /*! Fills \a world with the scenario's start. \a world and \a pace must outlive the hotspot. */
+    SimulatedHotspot(const Scenario &scenario, World *world, Pace *pace, QObject *parent = nullptr);
+    ~SimulatedHotspot() override;
+
+    /*! What it is started with when nothing else is said. */
+    QJsonObject profile() const { return m_profile; }
+    /*! Changes that; when it runs, it goes on with \a profile, and its inactivity counts anew. */
+    void setProfile(const QJsonObject &profile);
+
+    /*! Begins to start it with \a profile, unless it runs or is being started. */
+    void start(const QJsonObject &profile);
+    void stop();
+
+private:
+    void begin(bool wanted, DelayRange delay);
+    void finish();
+    void countInactivity();
+    void tell();
+
+    QJsonObject m_profile;
+    QJsonObject m_running; // what it runs with, or is being started with
+    bool m_active;         // as it is told
+    bool m_wanted;         // as it is when all that is under way is done
+    quint32 m_step = 0;    // counts what is under way, so that only the latest is finished
+    ScenarioDelays m_delays;
+    World *m_world;
+    Pace *m_pace;
+};
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_TETHERINGDAEMON_H
+#define MORVEK_HOSTD_TETHERINGDAEMON_H
+
+#include "daemon.h"
+
+namespace morvek {
+
+class HotspotStore;
+class SimulatedHotspot;
+struct TetheringRequest;
+
+/*! The tethering manager: publishes whether the hotspot is active, answers requests to it, and keeps its profile. */
+class TetheringDaemon : public Daemon
+{
+    Q_OBJECT
+
+public:
+    /*! \a hotspot and \a store must outlive the daemon. */
+    TetheringDaemon(SimulatedHotspot *hotspot, const HotspotStore *store, const DaemonTools &tools,
+                    QObject *parent = nullptr);
+    ~TetheringDaemon() override;
+
+protected:
+    Task read(const ZopChangeset &changes) override;
+    bool publish(QString *error) override;
+
+private:
+    Q_DISABLE_COPY(TetheringDaemon)
+    Answer judge(const TetheringRequest &request) const;
+    void perform(const TetheringRequest &request);
+    void onStatusChanged(const ZopChangeset &changes);
+
+    SimulatedHotspot *m_hotspot;
+    const HotspotStore *m_store;
+};
+
+} // namespace morvek
+
+#endif
