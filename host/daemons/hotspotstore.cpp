@@ -49,12 +49,17 @@ QByteArray readFile(const QByteArray &name, QString *error)
     return content;
 }
 
-bool writeFile(const QByteArray &name, const QByteArray &content)
+/*! The number of the system's error, or 0. */
+int writeFile(const QByteArray &name, const QByteArray &content)
 {
     unlink(name.constData()); // what a run that died in between has left
-    FileDescriptor descriptor(open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, OwnerOnly));
-    return descriptor.isOpen() && write(descriptor.get(), content.constData(), size_t(content.size())) == content.size()
-        && fsync(descriptor.get()) == 0;
+    const FileDescriptor descriptor(open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, OwnerOnly));
+    if (!descriptor.isOpen() || fchmod(descriptor.get(), OwnerOnly) != 0) // whatever the umask is
+        return errno;
+    const ssize_t written = write(descriptor.get(), content.constData(), size_t(content.size()));
+    if (written >= 0 && written < content.size())
+        return ENOSPC; // which would be the error of the next one
+    return written == -1 || fsync(descriptor.get()) != 0 ? errno : 0;
 }
 
 } // namespace
@@ -85,12 +90,13 @@ bool HotspotStore::save(const QJsonObject &profile, QString *error) const
 {
     // A link in its place is replaced, not followed.
     const QByteArray fresh = m_file + FreshSuffix;
-    const QByteArray content = QJsonDocument(profile).toJson();
-    errno = 0;
-    if (writeFile(fresh, content) && rename(fresh.constData(), m_file.constData()) == 0)
+    int problem = writeFile(fresh, QJsonDocument(profile).toJson());
+    if (problem == 0 && rename(fresh.constData(), m_file.constData()) != 0)
+        problem = errno;
+    if (problem == 0)
         return true;
-    *error = systemError(errno == 0 ? ENOSPC : errno); // a short write has no error of its own
     unlink(fresh.constData());
+    *error = systemError(problem);
     return false;
 }
 

@@ -61,7 +61,7 @@ void HostdProgramTest::badArguments_data()
         "morvek-hostd: --interfaces system shows this machine: it goes with neither --scenario nor --check (--help "
         "lists the options)\n");
     row("daemon that there is none", {QStringLiteral("--without"), QStringLiteral("cellular")},
-        "morvek-hostd: --without: \"cellular\" is neither networking nor wifi (--help lists the options)\n");
+        "morvek-hostd: --without: \"cellular\" is none of networking, wifi and tethering (--help lists the options)\n");
     row("empty root", {QStringLiteral("--root"), QString()},
         "morvek-hostd: --root: needs a directory (--help lists the options)\n");
 }
@@ -101,6 +101,9 @@ void HostdProgramTest::informs()
         names += QString::fromUtf8(line.left(line.indexOf("  ")));
     QCOMPARE(names,
              QStringList({QStringLiteral("come-and-go"), QStringLiteral("daemon-restart"), QStringLiteral("headunit"),
+                          QStringLiteral("hotspot-daemon-restart"), QStringLiteral("hotspot-garbage"),
+                          QStringLiteral("hotspot-inactivity"), QStringLiteral("hotspot-never-active"),
+                          QStringLiteral("hotspot-no-reply"), QStringLiteral("hotspot-refused"),
                           QStringLiteral("no-reply"), QStringLiteral("refused"), QStringLiteral("wifi-daemon-restart"),
                           QStringLiteral("wifi-garbage"), QStringLiteral("wifi-no-reply"),
                           QStringLiteral("wifi-out-of-range"), QStringLiteral("wifi-refused"),

@@ -230,7 +230,7 @@ void ScenarioReaderTest::errors_data()
     row("no interfaces", "{}", "\"interfaces\" is missing");
     row("unknown key", "{'interfaces':[],'colour':1}",
         "unknown key \"colour\" (known: description, seed, delays, allow_circular_parents, interfaces, priority, "
-        "default_interface, wifi, timeline, faults)");
+        "default_interface, wifi, hotspot, timeline, faults)");
     row("interfaces are no array", "{'interfaces':{}}", "interfaces: must be an array");
     row("interface is no object", "{'interfaces':['a']}", "interfaces[0]: must be an object");
     row("description is a number", "{'interfaces':[],'description':1}", "description: must be a text");
@@ -241,7 +241,8 @@ void ScenarioReaderTest::errors_data()
         "allow_circular_parents: must be true or false");
 
     row("delays: unknown", "{'interfaces':[],'delays':{'x':1}}",
-        "delays: unknown key \"x\" (known: reply, release, manual, lease, scan, associate)");
+        "delays: unknown key \"x\" (known: reply, release, manual, lease, scan, associate, hotspot_start, "
+        "hotspot_stop)");
     row("delays: negative", "{'interfaces':[],'delays':{'reply':-1}}",
         "delays.reply: must be a whole number from 0 to 86400000");
     row("delays: three", "{'interfaces':[],'delays':{'lease':[1,2,3]}}",
@@ -319,7 +320,7 @@ void ScenarioReaderTest::errors_data()
     event("event: unknown word", "'at':1,'event':'explode'",
           "timeline[1].event: no event \"explode\" (known: vanish, appear, link-lost, link-regained, set, remove, "
           "default, default-follows, priority, daemon-dies, out-of-range, in-range, signal, roam, dropped, radio-on, "
-          "radio-off, wifi-event)");
+          "radio-off, wifi-event, hotspot-starts, hotspot-stops)");
     event("event: unknown key", "'at':1,'event':'vanish','interface':'a','back_after':1",
           "timeline[1]: unknown key \"back_after\" (known: at, event, interface)");
     event("event: no interface", "'at':1,'event':'vanish'", "timeline[1]: \"interface\" is missing");
@@ -341,7 +342,7 @@ void ScenarioReaderTest::errors_data()
     event("set: neither", "'at':1,'event':'set','attributes':{'x':1}",
           "timeline[1]: needs either \"interface\" or \"object\"");
     event("set: another object", "'at':1,'event':'set','object':'control','attributes':{'x':1}",
-          "timeline[1].object: must be \"status_public\" or \"wifi/status\"");
+          "timeline[1].object: \"control\" is none of status_public, wifi/status, tethering/status");
     event("set: null", "'at':1,'event':'set','interface':'a','attributes':{'mtu':null}",
           "timeline[1].attributes.mtu: null is no value; the event \"remove\" removes an attribute");
     event("set: fraction", "'at':1,'event':'set','interface':'a','attributes':{'mtu':1.5}",
@@ -366,12 +367,12 @@ void ScenarioReaderTest::errors_data()
 
     fault("fault: none", "'err':1", "faults[0]: \"fault\" is missing");
     fault("fault: unknown word", "'fault':'burn'",
-          "faults[0].fault: no fault \"burn\" (known: refuse, no-reply, late, double, die)");
+          "faults[0].fault: no fault \"burn\" (known: refuse, no-reply, late, double, die, answer, ignore)");
     fault("fault: key of another", "'fault':'double','delay':1",
           "faults[0]: unknown key \"delay\" (known: fault, message, interface, ssid, skip, times)");
     fault("fault: unknown message", "'fault':'double','message':'explode'",
           "faults[0].message: no message \"explode\" (known: net_connected, net_disconnected, wifi_power, scan, "
-          "wnet_new, wnet_select, wnet_disableall)");
+          "wnet_new, wnet_select, wnet_disableall, retrieve_profile, update_profile, start, stop)");
     fault("fault: unknown interface", "'fault':'double','interface':'b'", "faults[0].interface: no interface \"b\"");
     fault("fault: no code", "'fault':'refuse'", "faults[0]: \"err\" is missing");
     fault("fault: success", "'fault':'refuse','err':0", "faults[0].err: must be a whole number from 1 to 2147483647");
@@ -393,9 +394,10 @@ void ScenarioReaderTest::errors()
 void ScenarioReaderTest::shippedScenarios()
 {
     const QStringList names = ScenarioFiles::shipped();
-    for (const char *name :
-         {"headunit", "come-and-go", "refused", "no-reply", "daemon-restart", "wifi-daemon-restart", "wifi-garbage",
-          "wifi-no-reply", "wifi-out-of-range", "wifi-refused", "wifi-roaming", "wifi-security"})
+    for (const char *name : {"headunit", "come-and-go", "refused", "no-reply", "daemon-restart",
+                             "hotspot-daemon-restart", "hotspot-garbage", "hotspot-inactivity", "hotspot-never-active",
+                             "hotspot-no-reply", "hotspot-refused", "wifi-daemon-restart", "wifi-garbage",
+                             "wifi-no-reply", "wifi-out-of-range", "wifi-refused", "wifi-roaming", "wifi-security"})
         QVERIFY2(names.contains(QLatin1String(name)), name);
     for (const QString &name : names) {
         Scenario scenario;
@@ -419,8 +421,9 @@ void ScenarioReaderTest::documentedExample()
     QVERIFY2(readScenario(page.mid(begin, end - begin), &scenario, &error), qPrintable(error));
     QCOMPARE(scenario.interfaces.size(), 4);
     QCOMPARE(scenario.wifi.accessPoints.size(), 3);
-    QCOMPARE(scenario.timeline.size(), 21);
-    QCOMPARE(scenario.faults.size(), 7);
+    QCOMPARE(scenario.timeline.size(), 25);
+    QCOMPARE(scenario.faults.size(), 9);
+    QVERIFY(scenario.hotspot.active);
 }
 
 void ScenarioReaderTest::files()
@@ -442,7 +445,9 @@ void ScenarioReaderTest::fileErrors()
     QString error;
     QVERIFY(!ScenarioFiles::load(QStringLiteral("nowhere"), &scenario, &error));
     QCOMPARE(error,
-             QStringLiteral("nowhere: no such scenario (shipped: come-and-go, daemon-restart, headunit, no-reply, "
+             QStringLiteral("nowhere: no such scenario (shipped: come-and-go, daemon-restart, headunit, "
+                            "hotspot-daemon-restart, hotspot-garbage, hotspot-inactivity, hotspot-never-active, "
+                            "hotspot-no-reply, hotspot-refused, no-reply, "
                             "refused, wifi-daemon-restart, wifi-garbage, wifi-no-reply, wifi-out-of-range, "
                             "wifi-refused, wifi-roaming, wifi-security; a file's name ends in .json or contains a /)"));
     QVERIFY(!ScenarioFiles::load(QStringLiteral("/nonexistent/x.json"), &scenario, &error));

@@ -311,14 +311,14 @@ void WifiReaderTest::errors_data()
     event("link lost", "'at':1,'event':'link-lost','interface':'wlan0'", follows);
     event("link regained", "'at':1,'event':'link-regained','interface':'wlan0'", follows);
     event("object", "'at':1,'event':'set','object':'wifi','attributes':{'x':1}",
-          "timeline[0].object: must be \"status_public\" or \"wifi/status\"");
-    event("daemon", "'at':1,'event':'daemon-dies','daemon':'tethering'",
-          "timeline[0].daemon: must be \"networking\" or \"wifi\"");
+          "timeline[0].object: \"wifi\" is none of status_public, wifi/status, tethering/status");
+    event("daemon", "'at':1,'event':'daemon-dies','daemon':'cellular'",
+          "timeline[0].daemon: \"cellular\" is none of networking, wifi, tethering");
 
     fault("interface", "'fault':'double','message':'scan','interface':'wlan0'",
-          "faults[0].interface: no request of the Wi-Fi daemon names an interface");
+          "faults[0].interface: only net_connected and net_disconnected name an interface");
     fault("both names", "'fault':'double','ssid':'a','interface':'wlan0'",
-          "faults[0].interface: no request of the Wi-Fi daemon names an interface");
+          "faults[0].interface: only net_connected and net_disconnected name an interface");
     fault("ssid of another", "'fault':'double','message':'wnet_select','ssid':'a'",
           "faults[0].ssid: only wnet_new names a network");
     fault("ssid of another daemon", "'fault':'double','message':'net_connected','ssid':'a'",

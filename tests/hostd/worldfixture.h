@@ -4,6 +4,7 @@
 
 #include "networkingrequest.h"
 #include "scenarioreader.h"
+#include "simulatedhotspot.h"
 #include "simulatednetwork.h"
 #include "simulatedradio.h"
 #include "world.h"
@@ -22,6 +23,8 @@ struct WorldFixture
         network = std::make_unique<morvek::SimulatedNetwork>(scenario, &world, &pace);
         if (!scenario.wifi.interface.isEmpty())
             radio = std::make_unique<morvek::SimulatedRadio>(scenario, &world, network.get(), &pace);
+        if (!scenario.hotspot.profile.isEmpty())
+            hotspot = std::make_unique<morvek::SimulatedHotspot>(scenario, &world, &pace);
         listen();
     }
 
@@ -82,6 +85,7 @@ struct WorldFixture
     morvek::Pace pace {10000, 1}; // every delay becomes 0, in the order in which they began
     std::unique_ptr<morvek::SimulatedNetwork> network;
     std::unique_ptr<morvek::SimulatedRadio> radio;
+    std::unique_ptr<morvek::SimulatedHotspot> hotspot;
     QStringList told;
 
 private:
@@ -120,6 +124,9 @@ private:
         });
         QObject::connect(&world, &World::wifiStatusChanged,
                          [this](const ZopChangeset &changes) { told += QStringLiteral("wifi: ") + toString(changes); });
+        QObject::connect(&world, &World::tetheringStatusChanged, [this](const ZopChangeset &changes) {
+            told += QStringLiteral("tethering: ") + toString(changes);
+        });
     }
 };
 
