@@ -1,30 +1,42 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# A tour of daemons and applications on roots of their own: demo.sh BUILD-FOLDER. It leaves nothing behind.
+# A car's day, with daemons and applications on roots of their own: demo.sh BUILD-FOLDER. It leaves nothing behind.
 set -euo pipefail
 
 build=$(cd "${1:?the folder of the build is missing}" && pwd)
 PATH=$build/tools:$build/host/daemons:$PATH
 work=$(mktemp -d)
 daemon=
-monitor=
+monitors=()
 bold=
 plain=
 [[ ! -t 1 ]] || bold=$'\e[1m' plain=$'\e[0m'
 
+# stop SIGNAL PID: returns when it has ended, as what it still writes would be in the way
+stop() {
+    kill "-$1" "$2" 2>/dev/null || true
+    tail --pid="$2" -f /dev/null
+}
+
 end() {
     local pid
-    for pid in $monitor $daemon; do
-        kill "$pid" 2>/dev/null || true
-        tail --pid="$pid" -f /dev/null # what it still writes would be in the way
+    for pid in "${monitors[@]}" $daemon; do
+        stop TERM "$pid"
     done
+    wait
     rm -rf "$work"
 }
 trap end EXIT
 
-# tell TEXT...: one line of explanation, after a moment for reading the last one
-tell() {
+# chapter TEXT...: after a moment for reading the last lines
+chapter() {
     sleep 0.7
+    printf '\n%s\n' "$bold== $* ==$plain"
+}
+
+# tell TEXT...: one line of explanation
+tell() {
+    sleep 0.5
     printf '\n%s\n' "# $*"
 }
 
@@ -40,8 +52,8 @@ try() {
     ((code == 0)) || echo "(exit code $code)"
 }
 
-# start_daemon [ARGUMENT]...: returns when everything is published
-start_daemon() {
+# start_daemons [ARGUMENT]...: returns when everything is published
+start_daemons() {
     local output line
     show_command morvek-hostd "$@" '&'
     exec {output}< <(exec morvek-hostd "$@")
@@ -53,9 +65,10 @@ start_daemon() {
     echo "$line"
 }
 
-stop_daemon() {
-    kill "-$1" "$daemon"
-    tail --pid="$daemon" -f /dev/null
+# stop_daemons SIGNAL
+stop_daemons() {
+    show_command kill "-$1" "$daemon"
+    stop "$1" "$daemon"
     daemon=
 }
 
@@ -65,84 +78,105 @@ use_root() {
     show_command export "ZOP_ROOT=$ZOP_ROOT"
 }
 
-start_monitor() {
+# follow LAST COMMAND...: a monitor, the lines of which stand between the others; returns when LAST of its start was told
+follow() {
     local output line
-    show_command morvekctl monitor '&'
-    exec {output}< <(exec morvekctl monitor)
-    monitor=$!
-    while read -r -t 30 line <&"$output"; do
-        echo "    | $line"
-        [[ $line != *' preferred '* ]] || break
-    done
-    sed -u 's/^/    | /' <&"$output" &
+    show_command "${@:2}" '&'
+    exec {output}< <(exec "${@:2}")
+    monitors+=($!)
+    while IFS= read -r line; do
+        printf '    | %s\n' "$line"
+        printf '%s\n' "$line" >>"$work/told"
+    done <&"$output" &
+    wait_until "$1"
 }
 
-tell "Daemons publish the interfaces of a head unit as objects below a root of their own."
+# wait_until WORDS: until a monitor has told them, since the last call
+wait_until() {
+    local tries
+    for ((tries = 0; tries < 150; ++tries)); do
+        if grep -qF -- "$1" "$work/told" 2>/dev/null; then
+            : >"$work/told"
+            return
+        fi
+        sleep 0.1
+    done
+    echo "no monitor has told \"$1\"" >&2
+    exit 1
+}
+
+chapter "Morning, in the garage"
+tell "The daemons of the head unit start, and publish what they know as objects below a root of their own."
 use_root unit
-start_daemon
-
-tell "An application sees them as a list."
+start_daemons
+tell "An application sees the interfaces as a list. The unit prefers one of them."
 try morvekctl interfaces
-
-tell "The unit prefers one of them; another stands on the wired one."
-try morvekctl preferred
+try morvekctl preferred --json
 try morvekctl show eth0.5
 
-tell "From here on, a second application follows every change as it happens."
-start_monitor
-
+chapter "On the road"
+tell "From here on, an application follows every change as it happens; its lines are those with the bar."
+follow ' preferred ' morvekctl monitor
 tell "The Wi-Fi gets an address by hand. It is disconnected first, so the unit prefers the wire meanwhile."
 try morvekctl configure wlan0 manual --address 192.168.43.99 --prefix 24 --gateway 192.168.43.1 --applied
-
-tell "And back to DHCP. Without --applied, the command returns when the daemon has accepted it."
+tell "And back to DHCP: the command returns when the daemon has accepted it, the address comes later."
 try morvekctl configure wlan0 auto
-try morvekctl preferred --json
-sleep 2
-
+wait_until 'preferred      wlan0   wifi, connected, auto'
 tell "What makes no sense is refused at once: by the tool, or by the library with a code and a message."
 try morvekctl configure wlan0 manual --address 192.168.43.99
 try morvekctl configure eth0 auto
 try morvekctl show eth7
 
-tell "The daemon dies. What it published stays, but it cannot be asked any more."
-show_command kill -KILL "$daemon"
-stop_daemon KILL
-try morvekctl interfaces
-
-tell "It comes back; the application that follows the changes has outlived it."
-start_daemon
-try morvekctl configure eth0 manual --address 10.20.0.77 --netmask 255.255.0.0 --gateway 10.20.0.1 --applied
-sleep 1
-show_command kill "$monitor"
-kill "$monitor"
-tail --pid="$monitor" -f /dev/null
-monitor=
-
-tell "The Wi-Fi station is at home. A scan tells what else is in range, and how it is protected."
-try morvekctl wifi status
+chapter "A stop"
+tell "A scan tells which networks are in range, and how they are protected."
 try morvekctl wifi scan
-
 tell "A passkey comes from a file or is typed unseen, never from an argument. This one is wrong."
 printf 'open sesame 24\n' >"$work/wrong.key"
 try morvekctl wifi connect Garage --passkey-file "$work/wrong.key"
-
 tell "With the right one the station joins the network, and its interface gets an address there."
 printf 'open sesame 42\n' >"$work/garage.key"
 try morvekctl wifi connect Garage --passkey-file "$work/garage.key"
-sleep 2
-try morvekctl interfaces
+wait_until 'preferred      wlan0   wifi, connected, auto, 192.168.77.21'
 
-tell "It leaves the network again."
+chapter "The passengers want to be online"
+tell "The unit has a hotspot, too. Its profile tells everything but the passphrase."
+try morvekctl hotspot profile
+tell "It gets another name, and a passphrase from a file."
+printf 'are we there yet\n' >"$work/hotspot.key"
+try morvekctl hotspot set --name Backseat --max-clients 4 --passphrase-file "$work/hotspot.key"
+tell "A second application follows the hotspot, a third one switches it."
+follow 'profile ' morvekctl hotspot monitor
+try morvekctl hotspot on
+wait_until 'on       hotspot on'
+try morvekctl hotspot off
+wait_until 'off      hotspot off'
+
+chapter "A bad moment"
+tell "The daemons die. What they published stays, but they cannot be asked any more."
+stop_daemons KILL
+try morvekctl interfaces
+tell "They come back, with the world of this morning, but for the hotspot: its profile is kept. The applications live on."
+start_daemons
+try morvekctl configure eth0 manual --address 10.20.0.77 --netmask 255.255.0.0 --gateway 10.20.0.1 --applied
+try morvekctl hotspot on --json
+wait_until 'on       hotspot on'
+try morvekctl hotspot status
+
+chapter "Evening"
+tell "Everything is switched off, and the daemons end."
+try morvekctl hotspot off
 try morvekctl wifi disconnect
 try morvekctl wifi status --json
-show_command kill "$daemon"
-stop_daemon TERM
-
-tell "The same list for the interfaces of this machine itself, which are not touched."
+for pid in "${monitors[@]}"; do
+    show_command kill "$pid"
+    stop TERM "$pid"
+done
+monitors=()
+stop_daemons TERM
+tell "On this desk, the same list for the interfaces of this machine itself, which are not touched."
 use_root machine
-start_daemon --interfaces system
+start_daemons --interfaces system
 try morvekctl interfaces
-show_command kill "$daemon"
-stop_daemon TERM
+stop_daemons TERM
 
 tell "That was it; nothing is left running. Play on by hand: ./dev run morvek-hostd, ./dev run morvekctl --help"

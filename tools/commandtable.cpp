@@ -3,6 +3,9 @@
 
 #include "configurecommand.h"
 #include "helpcommand.h"
+#include "hotspotmonitorcommand.h"
+#include "hotspotprofilecommands.h"
+#include "hotspotstatecommands.h"
 #include "listcommands.h"
 #include "monitorcommand.h"
 #include "wificonnectcommand.h"
@@ -28,9 +31,11 @@ auto findByName(const Table &table, const QString &name) -> decltype(table.data(
 const std::vector<CommandInfo> &commands()
 {
     static const std::vector<CommandInfo> table {
-        interfacesCommand(),     showCommand(),        preferredCommand(), configureCommand(), monitorCommand(),
-        wifiStatusCommand(),     wifiOnCommand(),      wifiOffCommand(),   wifiScanCommand(),  wifiConnectCommand(),
-        wifiDisconnectCommand(), wifiMonitorCommand(), helpCommand(),
+        interfacesCommand(),    showCommand(),           preferredCommand(),      configureCommand(),
+        monitorCommand(),       wifiStatusCommand(),     wifiOnCommand(),         wifiOffCommand(),
+        wifiScanCommand(),      wifiConnectCommand(),    wifiDisconnectCommand(), wifiMonitorCommand(),
+        hotspotStatusCommand(), hotspotOnCommand(),      hotspotOffCommand(),     hotspotProfileCommand(),
+        hotspotSetCommand(),    hotspotMonitorCommand(), helpCommand(),
     };
     return table;
 }

@@ -85,7 +85,8 @@ QString programHelp()
     QString text;
     QTextStream stream(&text);
     stream << "Usage: morvekctl COMMAND [ARGUMENT]... [OPTION]...\n\n"
-              "Shows and changes the network interfaces and the Wi-Fi station of this unit.\n\nCommands:\n";
+              "Shows and changes the network interfaces, the Wi-Fi station and the Wi-Fi hotspot of this "
+              "unit.\n\nCommands:\n";
     writeEntries(stream, usageEntries(QString()));
     stream << "\nOptions of most commands ('morvekctl help COMMAND' tells all):\n";
     writeEntries(stream, optionEntries(serviceOptions()));

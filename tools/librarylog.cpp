@@ -28,11 +28,12 @@ void write(KrelLogger::Level level, unsigned short code, const QString &text)
 
 } // namespace
 
-LibraryLog::LibraryLog(const Listener &listener)
+LibraryLog::LibraryLog(const Listener &listener, KrelLogger::Level level)
     : m_listener(listener),
+      m_level(level),
       m_verbosity(KrelLogger::getVerbosity())
 {
-    KrelLogger::setVerbosity(std::max(m_verbosity, int(KrelLogger::Error)));
+    KrelLogger::setVerbosity(std::max(m_verbosity, int(level)));
     listen();
 }
 
@@ -44,8 +45,7 @@ LibraryLog::~LibraryLog()
 
 bool LibraryLog::hasHeard(const QString &beginning) const
 {
-    return std::any_of(m_errors.begin(), m_errors.end(),
-                       [&](const QString &error) { return error.startsWith(beginning); });
+    return std::any_of(m_lines.begin(), m_lines.end(), [&](const QString &line) { return line.startsWith(beginning); });
 }
 
 void LibraryLog::listen()
@@ -61,9 +61,9 @@ void LibraryLog::hear(KrelLogger::Level level, unsigned short code, const QStrin
         write(level, code, text);
         listen();
     }
-    if (level != KrelLogger::Error)
+    if (level > m_level)
         return;
-    m_errors += text;
+    m_lines += text;
     m_listener(text);
 }
 

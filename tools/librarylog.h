@@ -9,19 +9,19 @@
 namespace morvek {
 
 /*!
- * While it lives, the library's errors are heard. What the library logs is written only when KREL_VERBOSITY is set:
- * then it is the user's wish to see it.
+ * While it lives, the library's errors are heard, or its warnings, too. What the library logs is written only when
+ * KREL_VERBOSITY is set: then it is the user's wish to see it.
  */
 class LibraryLog
 {
 public:
-    using Listener = std::function<void(const QString &error)>;
+    using Listener = std::function<void(const QString &line)>;
 
-    /*! \a listener must not end this. */
-    explicit LibraryLog(const Listener &listener);
+    /*! Hears what is of \a level, or worse. \a listener must not end this. */
+    explicit LibraryLog(const Listener &listener, KrelLogger::Level level = KrelLogger::Error);
     ~LibraryLog();
 
-    /*! Whether an error began with \a beginning. */
+    /*! Whether a line began with \a beginning. */
     bool hasHeard(const QString &beginning) const;
 
 private:
@@ -30,8 +30,9 @@ private:
     void hear(KrelLogger::Level level, unsigned short code, const QString &text);
 
     const Listener m_listener;
+    const KrelLogger::Level m_level;
     const int m_verbosity;
-    QStringList m_errors;
+    QStringList m_lines;
 };
 
 } // namespace morvek

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "passkey.h"
 
+#include "passkeyprompt.h"
+
 #include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
 
@@ -66,33 +68,50 @@ bool readAll(const QString &file, Buffer *buffer)
     return !buffer->hasFailed();
 }
 
-} // namespace
-
+/*! Whether any network can have \a passkey; what else there is, daemons refuse. */
 bool isPossiblePasskey(const QString &passkey)
 {
     static const QRegularExpression form(QStringLiteral("\\A([ -~]{8,63}|[0-9A-Fa-f]{64})\\z"));
     return form.match(passkey).hasMatch();
 }
 
-QString possiblePasskeys()
+QString possiblePasskeys(const QString &kind)
 {
-    return QStringLiteral(
-        "a passkey has 8 to 63 plain letters, digits, blanks and signs (ASCII), or 64 hexadecimal digits");
+    return QStringLiteral("a %1 has 8 to 63 plain letters, digits, blanks and signs (ASCII), or 64 hexadecimal digits")
+        .arg(kind);
 }
 
-bool readPasskeyFile(const QString &file, QString *passkey, QString *error)
+/*! Reads the one line of \a file, "-" for standard input. */
+bool readFile(const QString &file, const QString &kind, QString *passkey, QString *error)
 {
     Buffer buffer;
+    const QString option = passkeyFileOption(kind).name;
     if (!readAll(file, &buffer)) {
-        *error = QStringLiteral("--passkey-file \"%1\" cannot be read: %2").arg(file, qt_error_string(errno));
+        *error = QStringLiteral("--%1 \"%2\" cannot be read: %3").arg(option, file, qt_error_string(errno));
         return false;
     }
     *passkey = buffer.line();
     if (isPossiblePasskey(*passkey))
         return true;
-    *error = QStringLiteral("--passkey-file \"%1\" holds no passkey: ").arg(file)
-        + (passkey->isEmpty() ? QStringLiteral("it must be one line of text") : possiblePasskeys());
+    *error = QStringLiteral("--%1 \"%2\" holds no %3: ").arg(option, file, kind)
+        + (passkey->isEmpty() ? QStringLiteral("it must be one line of text") : possiblePasskeys(kind));
     return false;
+}
+
+} // namespace
+
+Option passkeyFileOption(const QString &kind)
+{
+    return {kind + QLatin1String("-file"), QStringLiteral("FILE"),
+            QStringLiteral("the %1 is the one line of FILE, \"-\" for standard input").arg(kind)};
+}
+
+bool readGivenPasskey(const CommandLine &line, const QString &kind, QString *passkey, QString *error)
+{
+    const QString option = passkeyFileOption(kind).name;
+    const QString file = line.options.value(option);
+    const bool typed = file == QLatin1String("-") && PasskeyPrompt::isPossible();
+    return !line.has(option) || typed || readFile(file, kind, passkey, error);
 }
 
 QString readTypedPasskey()
@@ -100,6 +119,13 @@ QString readTypedPasskey()
     Buffer buffer;
     buffer.readOn(STDIN_FILENO); // a terminal gives one line at a time
     return buffer.line();
+}
+
+QString faultOfTyped(const QString &kind, const QString &passkey)
+{
+    if (passkey.isEmpty())
+        return QStringLiteral("no %1 was typed").arg(kind);
+    return isPossiblePasskey(passkey) ? QString() : possiblePasskeys(kind);
 }
 
 } // namespace morvek

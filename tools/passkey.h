@@ -2,18 +2,21 @@
 #ifndef MORVEK_PASSKEY_H
 #define MORVEK_PASSKEY_H
 
-#include <QtCore/QString>
+#include "command.h"
 
 namespace morvek {
 
-/*! Whether any network can have \a passkey; what else there is, daemons refuse. */
-bool isPossiblePasskey(const QString &passkey);
-/*! "8 to 63 ..." */
-QString possiblePasskeys();
-/*! Reads the one line of \a file, "-" for standard input. False, with a sentence in \a error, when that fails. */
-bool readPasskeyFile(const QString &file, QString *passkey, QString *error);
+/*! --KIND-file, the option that names the file of a passkey; \a kind is what the users of that passkey call it. */
+Option passkeyFileOption(const QString &kind);
+/*!
+ * Reads the passkey that passkeyFileOption() gives, if it is to be read before anything else: unlike one that is typed.
+ * False, with a sentence in \a error, when no network can have it, or it cannot be read.
+ */
+bool readGivenPasskey(const CommandLine &line, const QString &kind, QString *passkey, QString *error);
 /*! Reads the line that was typed at the terminal on standard input; empty when it is none. */
 QString readTypedPasskey();
+/*! Why no network can have \a passkey, which was typed; null when one can. */
+QString faultOfTyped(const QString &kind, const QString &passkey);
 
 } // namespace morvek
 

@@ -42,8 +42,9 @@ std::vector<Option> withServiceOptions(std::vector<Option> own)
     return own;
 }
 
-ServiceCommand::ServiceCommand(const CommandLine &line, const QString &daemon, int patience)
+ServiceCommand::ServiceCommand(const CommandLine &line, const QString &daemon, int patience, int growth)
     : m_daemon(daemon),
+      m_growth(growth),
       m_verbosity(KrelLogger::getVerbosity()),
       m_json(line.has(QStringLiteral("json"))),
       m_wait(line.has(QStringLiteral("wait"))),
@@ -88,6 +89,7 @@ void ServiceCommand::onNotReady()
 {
     if (m_wait) {
         KrelLogger::setVerbosity(0); // the library has said what is wrong; it would say so at each try
+        m_patience.setInterval(m_patience.interval() * m_growth);
         tryService();
         return;
     }
@@ -131,6 +133,20 @@ void ServiceCommand::finish(ExitCode code)
     if (m_service)
         m_service->disconnect(this);
     Q_EMIT finished(code);
+}
+
+void ServiceCommand::fail(const QString &sentence, ExitCode code)
+{
+    if (isFinished())
+        return;
+    withdraw();
+    complain(sentence);
+    finish(code);
+}
+
+QString inSeconds(int milliseconds)
+{
+    return QStringLiteral("%1 seconds").arg(milliseconds / 1000);
 }
 
 } // namespace morvek

@@ -10,6 +10,13 @@ namespace morvek {
 
 class ServiceBase;
 
+/*! How long, in milliseconds, a service may need that becomes ready from the event loop. */
+constexpr int EventLoopPatience = 1000;
+/*! How long is waited, in milliseconds, for a change that was asked for. */
+constexpr int ChangeTime = 10000;
+/*! \a milliseconds as the help tells them. */
+QString inSeconds(int milliseconds);
+
 /*! --json, --wait and --timeout, which every command of this kind takes. */
 std::vector<Option> serviceOptions();
 /*! \a own, and those. */
@@ -24,8 +31,11 @@ public:
     void start() override;
 
 protected:
-    /*! A service that is not ready \a patience milliseconds after it was made does not become so any more. */
-    ServiceCommand(const CommandLine &line, const QString &daemon, int patience);
+    /*!
+     * A service that is not ready \a patience milliseconds after it was made does not become so any more; the next one
+     * is given \a growth times that.
+     */
+    ServiceCommand(const CommandLine &line, const QString &daemon, int patience, int growth = 1);
 
     /*! Puts a new service into the place of the present one, and returns it. */
     virtual ServiceBase *renewService() = 0;
@@ -37,10 +47,13 @@ protected:
     bool json() const { return m_json; }
     /*! What is said, and what the command ends with, when the time is up from now on. Nothing is said when empty. */
     void setOverdue(const QString &sentence, ExitCode code = TimedOut);
+    QString overdue() const { return m_overdue; }
     /*! From now on the command has \a milliseconds, -1 for any time, unless --timeout rules. */
     void setDeadline(int milliseconds);
     /*! Ends the command; later calls do nothing. */
     void finish(ExitCode code);
+    /*! Stops what is under way, and ends the command with a complaint; both do nothing when it has ended. */
+    void fail(const QString &sentence, ExitCode code = Failed);
     bool isFinished() const { return m_finished; }
 
 private:
@@ -50,6 +63,7 @@ private:
     void onTimeout();
 
     const QString m_daemon;
+    const int m_growth;
     ServiceBase *m_service = nullptr;
     QTimer m_timeout;
     QTimer m_patience;

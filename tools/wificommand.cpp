@@ -11,9 +11,6 @@ namespace morvek {
 
 namespace {
 
-// The service opens the daemon's objects from the event loop. Not much later, as a rule: when it has seen their folder.
-constexpr int Patience = 1000;
-
 /*! What follows a failure when \a error of the library tells a refusal; else empty. */
 QString refusalIn(const QString &error)
 {
@@ -28,7 +25,7 @@ QString refusalIn(const QString &error)
 } // namespace
 
 WifiCommand::WifiCommand(const CommandLine &line)
-    : CommandWith(line, QStringLiteral("Wi-Fi"), Patience)
+    : CommandWith(line, QStringLiteral("Wi-Fi"), EventLoopPatience)
 {
 }
 
@@ -61,23 +58,9 @@ void WifiCommand::tellState(const QString &sentence)
     finish(Done);
 }
 
-void WifiCommand::fail(const QString &sentence, ExitCode code)
-{
-    if (isFinished())
-        return;
-    withdraw();
-    complain(sentence);
-    finish(code);
-}
-
 QString silenceReason()
 {
     return QStringLiteral("; the Wi-Fi daemon has not told why");
-}
-
-QString inSeconds(int milliseconds)
-{
-    return QStringLiteral("%1 seconds").arg(milliseconds / 1000);
 }
 
 } // namespace morvek

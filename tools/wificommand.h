@@ -12,13 +12,9 @@
 
 namespace morvek {
 
-/*! How long is waited, in milliseconds: for a change that was asked for, for scan results, for a network to be joined.
- */
-constexpr int ChangeTime = 10000;
+/*! How long is waited, in milliseconds: for scan results, for a network to be joined. */
 constexpr int ScanTime = 15000;
 constexpr int JoinTime = 30000;
-/*! \a milliseconds as the help tells them. */
-QString inSeconds(int milliseconds);
 
 /*! A command that needs the Wi-Fi service. */
 class WifiCommand : public CommandWith<WifiService, newWifiService, deleteWifiService>
@@ -40,8 +36,6 @@ protected:
     void hearNoMore() { m_log.reset(); }
     /*! Ends the command well: with the station's state in JSON, or with \a sentence. */
     void tellState(const QString &sentence);
-    /*! Stops what is under way, and ends the command with a complaint; both do nothing when it has ended. */
-    void fail(const QString &sentence, ExitCode code = Failed);
 
 private:
     std::optional<LibraryLog> m_log;

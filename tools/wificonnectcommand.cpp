@@ -19,10 +19,7 @@ namespace {
 
 const QLatin1String FailedToConnect("Failed to connect to Access Point");
 
-QString passkeyOption()
-{
-    return QStringLiteral("passkey-file");
-}
+const QString PasskeyKind = QStringLiteral("passkey");
 
 WifiConnectionConfig configurationFor(const WifiAccessPoint &accessPoint, const QString &passkey)
 {
@@ -44,7 +41,7 @@ public:
     ConnectCommand(const CommandLine &line, const QString &passkey)
         : ScanningCommand(line),
           m_ssid(line.words.first()),
-          m_withPasskey(line.has(passkeyOption())),
+          m_withPasskey(line.has(passkeyFileOption(PasskeyKind).name)),
           m_passkey(passkey)
     {
         connect(&m_signals, &TerminationSignals::received, this,
@@ -103,12 +100,11 @@ private:
     void onTyped(const QString &passkey)
     {
         m_passkey = passkey;
-        if (passkey.isEmpty())
-            notJoined(QStringLiteral(": no passkey was typed"));
-        else if (!isPossiblePasskey(passkey))
-            notJoined(QStringLiteral(": ") + possiblePasskeys());
-        else
+        const QString fault = faultOfTyped(PasskeyKind, passkey);
+        if (fault.isEmpty())
             join();
+        else
+            notJoined(QStringLiteral(": ") + fault);
     }
 
     void join()
@@ -203,10 +199,8 @@ std::unique_ptr<Command> create(const CommandLine &line, QString *error)
         *error = QStringLiteral("the SSID is empty: a network is joined by its name");
         return nullptr;
     }
-    const QString file = line.options.value(passkeyOption());
-    const bool typed = file == QLatin1String("-") && PasskeyPrompt::isPossible();
     QString passkey;
-    if (line.has(passkeyOption()) && !typed && !readPasskeyFile(file, &passkey, error))
+    if (!readGivenPasskey(line, PasskeyKind, &passkey, error))
         return nullptr;
     return std::make_unique<ConnectCommand>(line, passkey);
 }
@@ -218,8 +212,7 @@ CommandInfo wifiConnectCommand()
     return {QStringLiteral("wifi connect"),
             {{QStringLiteral("SSID"), [](const QStringList &) { return QStringList(); }}},
             0,
-            withServiceOptions({{passkeyOption(), QStringLiteral("FILE"),
-                                 QStringLiteral("the passkey is the one line of FILE, \"-\" for standard input")}}),
+            withServiceOptions({passkeyFileOption(PasskeyKind)}),
             {{QStringLiteral("SSID"), QStringLiteral("leave the present network, and join the one of that name")}},
             QStringLiteral(
                 "Looks for the network, and takes the security of its strongest access point with a passkey (WPA\n"

@@ -32,7 +32,8 @@ offers() {
     fi
 }
 
-general=(interfaces show preferred configure monitor wifi help)
+general=(interfaces show preferred configure monitor wifi hotspot help)
+hotspot=(status on off profile set monitor)
 wifi=(status on off scan connect disconnect monitor)
 offers "commands and options" "morvekctl " "${general[@]}" --help --version
 offers "the start of a command" "morvekctl in" interfaces
@@ -54,6 +55,14 @@ offers "commands of a group after an option" "morvekctl wifi --json d" disconnec
 offers "options of a group" "morvekctl wifi --" --help
 offers "options of a command of a group" "morvekctl wifi connect Garage --" \
     --help --passkey-file --json --wait --timeout
+offers "commands of another group" "morvekctl hotspot " "${hotspot[@]}" --help
+offers "options of a command of another group" "morvekctl hotspot profile --" \
+    --help --show-passphrase --json --wait --timeout
+offers "the start of an option of a group" "morvekctl hotspot set --pa" --passphrase-file
+offers "options that are still left" "morvekctl hotspot set --name Bus --band 5 --security open --" \
+    --help --max-clients --inactivity-time --privacy --block-connections --passphrase-file --ask-passphrase \
+    --json --wait --timeout
+offers "no passphrases" "morvekctl hotspot set --passphrase-file "
 offers "no networks, as a scan takes time" "morvekctl wifi connect "
 offers "commands of a group that have help" "morvekctl help wifi " "${wifi[@]}"
 offers "nothing more to have help for" "morvekctl help wifi scan " --help

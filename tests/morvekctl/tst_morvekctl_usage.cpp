@@ -68,6 +68,40 @@ void TestMorvekctlUsage::nonsense_data()
         "--passkey-file \"/\" cannot be read: Is a directory");
     row("count of the group's monitor", "wifi monitor --count 0",
         "--count \"0\" is no number of changes: give 1 or more");
+    row("group of the hotspot alone", "hotspot", "a command is missing: see 'morvekctl help hotspot'");
+    row("word too much for the hotspot", "hotspot on now", "\"now\" is too much: morvekctl hotspot on");
+    row("change nothing", "hotspot set", "what shall be changed? See 'morvekctl help hotspot set'");
+    row("change nothing as JSON", "hotspot set --json", "what shall be changed? See 'morvekctl help hotspot set'");
+    row("empty name", "hotspot set --name=", "--name \"\" is no name of a network: give 1 to 32 bytes");
+    row("name too long", "hotspot set --name 123456789012345678901234567890123",
+        "--name \"123456789012345678901234567890123\" is no name of a network: give 1 to 32 bytes");
+    row("name of too many bytes", "hotspot set --name 1234567890123456789012345678901\u00e9",
+        "--name \"1234567890123456789012345678901\u00e9\" is no name of a network: give 1 to 32 bytes");
+    row("unknown band", "hotspot set --band 5.0", "--band \"5.0\" is no band: use 2.4 or 5");
+    row("unknown security", "hotspot set --security wpa3",
+        "--security \"wpa3\" is no security: use open, wpa, wpa2 or wpa-wpa2");
+    row("security that is shown only", "hotspot set --security unknown",
+        "--security \"unknown\" is no security: use open, wpa, wpa2 or wpa-wpa2");
+    row("no clients", "hotspot set --max-clients 0", "--max-clients \"0\" is no number of clients: give 1 or more");
+    row("clients of words", "hotspot set --max-clients many",
+        "--max-clients \"many\" is no number of clients: give 1 or more");
+    row("negative time", "hotspot set --inactivity-time -1",
+        "--inactivity-time \"-1\" is no time: give a whole number, 0 or more");
+    row("time of words", "hotspot set --inactivity-time 10m",
+        "--inactivity-time \"10m\" is no time: give a whole number, 0 or more");
+    row("no switch", "hotspot set --privacy yes", "--privacy \"yes\" is no such value: use on or off");
+    row("no switch, either",
+        "hotspot set --block-connections=", "--block-connections \"\" is no such value: use on or off");
+    row("value before the file", "hotspot set --passphrase-file /nowhere/key --band 3",
+        "--band \"3\" is no band: use 2.4 or 5");
+    row("no passphrase file", "hotspot set --passphrase-file /nowhere/key",
+        "--passphrase-file \"/nowhere/key\" cannot be read: No such file or directory");
+    row("passphrase twice", "hotspot set --passphrase-file /nowhere/key --ask-passphrase",
+        "--ask-passphrase and --passphrase-file say the same: give only one of them");
+    row("nobody to ask", "hotspot set --ask-passphrase",
+        "--ask-passphrase needs a terminal: use --passphrase-file FILE, \"-\" for standard input");
+    row("count of the hotspot's monitor", "hotspot monitor --count 0",
+        "--count \"0\" is no number of changes: give 1 or more");
     row("steering characters", "\x1b[31mred", "there is no command \"\\u001b[31mred\": see 'morvekctl --help'");
     row("characters that turn the writing round", "a\u202Eb",
         "there is no command \"a\\u202eb\": see 'morvekctl --help'");
@@ -254,6 +288,12 @@ void TestMorvekctlUsage::helpNamesEverything()
         "\n  wifi connect SSID ",
         "\n  wifi disconnect ",
         "\n  wifi monitor ",
+        "\n  hotspot status ",
+        "\n  hotspot on ",
+        "\n  hotspot off ",
+        "\n  hotspot profile ",
+        "\n  hotspot set OPTION... ",
+        "\n  hotspot monitor ",
         "\n  help [COMMAND] ",
         "\n  --json ",
         "\n  --wait ",
@@ -283,6 +323,19 @@ void TestMorvekctlUsage::helpNamesEverything()
         runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("wifi"), QStringLiteral("connect")}).output;
     for (const char *option : {"--passkey-file FILE ", "--json ", "--wait ", "--timeout SECONDS "})
         QVERIFY2(connect.contains(QLatin1String("\n  ") + QLatin1String(option)), option);
+
+    const QString hotspot = runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("hotspot")}).output;
+    QVERIFY(hotspot.startsWith(QLatin1String("Usage: morvekctl hotspot COMMAND [ARGUMENT]... [OPTION]...\n")));
+    QVERIFY(!hotspot.contains(QLatin1String("wifi")));
+    const QString set =
+        runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("hotspot"), QStringLiteral("set")}).output;
+    for (const char *option : {"--name NAME ", "--band 2.4|5 ", "--security WORD ", "--max-clients N ",
+                               "--inactivity-time N ", "--privacy on|off ", "--block-connections on|off\n",
+                               "--passphrase-file FILE\n", "--ask-passphrase ", "--json ", "--wait "})
+        QVERIFY2(set.contains(QLatin1String("\n  ") + QLatin1String(option)), option);
+    const QString shown =
+        runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("hotspot"), QStringLiteral("profile")}).output;
+    QVERIFY(shown.contains(QLatin1String("\n  --show-passphrase ")));
 }
 
 QTEST_GUILESS_MAIN(TestMorvekctlUsage)

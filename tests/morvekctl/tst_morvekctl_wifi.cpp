@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "daemoncase.h"
 #include "terminaltool.h"
-#include "wificase.h"
-
-#include <zopobject.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -63,12 +61,6 @@ private Q_SLOTS:
     void waitsForDaemon();
     void waitsForDaemonThatDied();
     void waitsInVain();
-
-private:
-    ToolResult run(const QString &arguments, const QStringList &variables = {}) const
-    {
-        return runTool(m_root->path(), arguments.split(QLatin1Char(' ')), variables);
-    }
 };
 
 void TestMorvekctlWifi::status_data()
@@ -192,9 +184,7 @@ void TestMorvekctlWifi::power()
     QCOMPARE(result.output, output);
     QCOMPARE(result.errors, QString());
     QCOMPARE(result.code, 0);
-    ZopObject object(QStringLiteral("/zop/services/wifi/status"), ZopObject::Subscribe, false);
-    object.setAttributeCacheEnabled(true);
-    QCOMPARE(object.attribute(QStringLiteral("wifi_power")).toString(), published);
+    QCOMPARE(this->published(QStringLiteral("wifi_power")), published);
 }
 
 void TestMorvekctlWifi::disconnects()

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "wificase.h"
+#include "daemoncase.h"
 
 #include <QtCore/QDirIterator>
 #include <QtCore/QFile>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "wificase.h"
+#include "daemoncase.h"
 
 #include <zopobject.h>
 
@@ -7,7 +7,7 @@
 
 using namespace morvek;
 
-void WifiCase::init()
+void DaemonCase::init()
 {
     m_root = std::make_unique<QTemporaryDir>();
     m_daemon = std::make_unique<Daemon>(m_root->path());
@@ -15,20 +15,27 @@ void WifiCase::init()
     qputenv("ZOP_ROOT", m_root->path().toUtf8());
 }
 
-void WifiCase::cleanup()
+void DaemonCase::cleanup()
 {
     m_daemon.reset();
     m_root.reset();
 }
 
-bool WifiCase::publish(const QString &attribute, const ZopVariant &value)
+bool DaemonCase::publish(const QString &attribute, const ZopVariant &value) const
 {
     ZopChangeset changes;
     changes.assignments.insert(attribute, value);
-    return ZopObject(QStringLiteral("/zop/services/wifi/status"), ZopObject::Publish, false).setAttributes(changes);
+    return ZopObject(m_statusObject, ZopObject::Publish, false).setAttributes(changes);
 }
 
-bool WifiCase::waitForDaemon(const QString &line)
+QString DaemonCase::published(const QString &attribute) const
+{
+    ZopObject object(m_statusObject, ZopObject::Subscribe, false);
+    object.setAttributeCacheEnabled(true);
+    return object.attribute(attribute).toString();
+}
+
+bool DaemonCase::waitForDaemon(const QString &line)
 {
     return QTest::qWaitFor(
         [&] {

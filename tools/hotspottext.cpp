@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "hotspottext.h"
+
+#include "accesspointtext.h"
+#include "texts.h"
+
+#include <utility>
+
+namespace morvek {
+
+namespace {
+
+constexpr int NotSet = -1;
+
+const QFlags<WifiSecurityProtocol> Mixed = WifiSecurityProtocolWpa | WifiSecurityProtocolWpa2;
+
+const std::pair<WifiBand, QLatin1String> Bands[] = {
+    {WifiBand2_4GHz, QLatin1String("2.4")},
+    {WifiBand5GHz, QLatin1String("5")},
+};
+
+const std::pair<QFlags<WifiSecurityProtocol>, QLatin1String> Securities[] = {
+    {WifiSecurityProtocolNone, QLatin1String("open")},
+    {WifiSecurityProtocolWpa, QLatin1String("wpa")},
+    {WifiSecurityProtocolWpa2, QLatin1String("wpa2")},
+    {Mixed, QLatin1String("wpa-wpa2")},
+};
+
+template<typename Table, typename Value>
+QString wordOf(const Table &table, const Value &value)
+{
+    for (const auto &[known, word] : table) {
+        if (known == value)
+            return word;
+    }
+    return QString();
+}
+
+template<typename Table, typename Value>
+bool readWord(const Table &table, const QString &text, Value *value)
+{
+    for (const auto &[known, word] : table) {
+        if (text != word)
+            continue;
+        *value = known;
+        return true;
+    }
+    return false;
+}
+
+QString numberText(int number)
+{
+    return number == NotSet ? QString() : QString::number(number);
+}
+
+QJsonValue numberJson(int number)
+{
+    return number == NotSet ? QJsonValue() : QJsonValue(number);
+}
+
+QString bandText(const WifiHotspot &profile)
+{
+    return bandWord(profile.band()) + QLatin1String(" GHz");
+}
+
+QString passphraseText(const WifiHotspot &profile, bool withPassphrase)
+{
+    return withPassphrase || profile.passphrase().isEmpty() ? profile.passphrase() : QStringLiteral("(hidden)");
+}
+
+} // namespace
+
+QString bandWord(WifiBand band)
+{
+    return wordOf(Bands, band);
+}
+
+bool readBand(const QString &word, WifiBand *band)
+{
+    return readWord(Bands, word, band);
+}
+
+QString securityWord(const QFlags<WifiSecurityProtocol> &security)
+{
+    const QString word = wordOf(Securities, security);
+    return word.isEmpty() ? QStringLiteral("unknown") : word;
+}
+
+bool readSecurity(const QString &word, QFlags<WifiSecurityProtocol> *security)
+{
+    return readWord(Securities, word, security);
+}
+
+bool hasKnownSecurity(const WifiHotspot &profile)
+{
+    return !wordOf(Securities, profile.securityType()).isEmpty();
+}
+
+QStringList missingFields(const WifiHotspot &profile)
+{
+    QStringList missing;
+    if (profile.name().isEmpty())
+        missing += QStringLiteral("name");
+    if (profile.passphrase().isEmpty())
+        missing += QStringLiteral("passphrase");
+    if (profile.maxClients() == NotSet)
+        missing += QStringLiteral("maximum of clients");
+    if (profile.inactivityTime() == NotSet)
+        missing += QStringLiteral("inactivity time");
+    return missing;
+}
+
+QStringList differentFields(const WifiHotspot &profile, const WifiHotspot &other)
+{
+    const std::pair<bool, QLatin1String> fields[] = {
+        {profile.name() == other.name(), QLatin1String("name")},
+        {profile.passphrase() == other.passphrase(), QLatin1String("passphrase")},
+        {profile.securityType() == other.securityType(), QLatin1String("security")},
+        {profile.band() == other.band(), QLatin1String("band")},
+        {profile.maxClients() == other.maxClients(), QLatin1String("maximum of clients")},
+        {profile.inactivityTime() == other.inactivityTime(), QLatin1String("inactivity time")},
+        {profile.privacy() == other.privacy(), QLatin1String("privacy")},
+        {profile.blockConn() == other.blockConn(), QLatin1String("blocked connections")},
+    };
+    QStringList different;
+    for (const auto &[same, field] : fields) {
+        if (!same)
+            different += field;
+    }
+    return different;
+}
+
+QVector<QStringList> profileRows(const WifiHotspot &profile, bool withPassphrase)
+{
+    return {
+        {QStringLiteral("Name"), profile.name()},
+        {QStringLiteral("Passphrase"), passphraseText(profile, withPassphrase)},
+        {QStringLiteral("Security"), securityWord(profile.securityType())},
+        {QStringLiteral("Band"), bandText(profile)},
+        {QStringLiteral("Max. clients"), numberText(profile.maxClients())},
+        {QStringLiteral("Inactivity time"), numberText(profile.inactivityTime())},
+        {QStringLiteral("Privacy"), onOrOff(profile.privacy())},
+        {QStringLiteral("Block connections"), onOrOff(profile.blockConn())},
+    };
+}
+
+QJsonObject toJson(const WifiHotspot &profile, bool withPassphrase)
+{
+    QJsonObject object {
+        {QStringLiteral("name"), textOrNull(profile.name())},
+        {QStringLiteral("hasPassphrase"), !profile.passphrase().isEmpty()},
+        {QStringLiteral("security"), securityWord(profile.securityType())},
+        {QStringLiteral("band"), bandWord(profile.band())},
+        {QStringLiteral("maxClients"), numberJson(profile.maxClients())},
+        {QStringLiteral("inactivityTime"), numberJson(profile.inactivityTime())},
+        {QStringLiteral("privacy"), profile.privacy()},
+        {QStringLiteral("blockConnections"), profile.blockConn()},
+    };
+    if (withPassphrase)
+        object.insert(QStringLiteral("passphrase"), textOrNull(profile.passphrase()));
+    return object;
+}
+
+QString shortText(const WifiHotspot &profile)
+{
+    return QStringLiteral("%1 (%2, %3)")
+        .arg(quoted(profile.name()), securityWord(profile.securityType()), bandText(profile));
+}
+
+} // namespace morvek

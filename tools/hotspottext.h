@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOTSPOTTEXT_H
+#define MORVEK_HOTSPOTTEXT_H
+
+#include <wifihotspot.h>
+
+#include <QtCore/QJsonObject>
+#include <QtCore/QStringList>
+#include <QtCore/QVector>
+
+namespace morvek {
+
+/*! "2.4" or "5". */
+QString bandWord(WifiBand band);
+/*! False when \a word is none. */
+bool readBand(const QString &word, WifiBand *band);
+
+/*! "open", "wpa", "wpa2" or "wpa-wpa2"; "unknown" for what the library cannot read, nor write again. */
+QString securityWord(const QFlags<WifiSecurityProtocol> &security);
+/*! False when \a word is none, or "unknown". */
+bool readSecurity(const QString &word, QFlags<WifiSecurityProtocol> *security);
+bool hasKnownSecurity(const WifiHotspot &profile);
+
+/*! What \a profile lacks that the library would not write it without. */
+QStringList missingFields(const WifiHotspot &profile);
+/*! The fields in which \a profile and \a other differ. */
+QStringList differentFields(const WifiHotspot &profile, const WifiHotspot &other);
+
+/*! The rows of a table; the passphrase is told only when \a withPassphrase is set. */
+QVector<QStringList> profileRows(const WifiHotspot &profile, bool withPassphrase = false);
+QJsonObject toJson(const WifiHotspot &profile, bool withPassphrase = false);
+/*! The most important of it, on one line. */
+QString shortText(const WifiHotspot &profile);
+
+} // namespace morvek
+
+#endif
