@@ -89,11 +89,11 @@ bool isWhole(const QJsonValue &number, int least, int most)
 
 Refusal checkLanConfig(const QJsonObject &config)
 {
-    const Refusal members = checkMembers(config,
-                                         {{GatewayAddressKey, QJsonValue::String},
-                                          {GatewaySubnetKey, QJsonValue::String},
-                                          {LeaseTimeKey, QJsonValue::String}},
-                                         QStringLiteral("\"lancfg\""));
+    Refusal members = checkMembers(config,
+                                   {{GatewayAddressKey, QJsonValue::String},
+                                    {GatewaySubnetKey, QJsonValue::String},
+                                    {LeaseTimeKey, QJsonValue::String}},
+                                   QStringLiteral("\"lancfg\""));
     if (members)
         return members;
     if (!AddressText::isHostAddress(config.value(GatewayAddressKey).toString()))
@@ -124,13 +124,13 @@ Refusal checkSecurity(const QJsonObject &lanProfile)
 
 Refusal HotspotProfile::check(const QJsonObject &document)
 {
-    const Refusal members = checkMembers(document,
-                                         {{Wire::Type, QJsonValue::String},
-                                          {LanTypeKey, QJsonValue::String},
-                                          {WanTypeKey, QJsonValue::String},
-                                          {LanConfigKey, QJsonValue::Object},
-                                          {LanProfileKey, QJsonValue::Object}},
-                                         QStringLiteral("the profile"));
+    Refusal members = checkMembers(document,
+                                   {{Wire::Type, QJsonValue::String},
+                                    {LanTypeKey, QJsonValue::String},
+                                    {WanTypeKey, QJsonValue::String},
+                                    {LanConfigKey, QJsonValue::Object},
+                                    {LanProfileKey, QJsonValue::Object}},
+                                   QStringLiteral("the profile"));
     if (members)
         return members;
     const Refusal parts[] = {
@@ -151,16 +151,16 @@ Refusal HotspotProfile::checkLanProfile(const QJsonObject &lanProfile)
 {
     QJsonObject read = lanProfile;
     read.remove(FormerBandKey);
-    const Refusal members = checkMembers(read,
-                                         {{Wire::Ssid, QJsonValue::String},
-                                          {PassphraseKey, QJsonValue::String},
-                                          {BandKey, QJsonValue::String},
-                                          {MaxClientsKey, QJsonValue::Double},
-                                          {SecurityKey, QJsonValue::String},
-                                          {InactivityTimeKey, QJsonValue::Double},
-                                          {PrivacyKey, QJsonValue::Bool},
-                                          {BlockConnectionsKey, QJsonValue::Bool}},
-                                         QStringLiteral("\"lanprofile\""));
+    Refusal members = checkMembers(read,
+                                   {{Wire::Ssid, QJsonValue::String},
+                                    {PassphraseKey, QJsonValue::String},
+                                    {BandKey, QJsonValue::String},
+                                    {MaxClientsKey, QJsonValue::Double},
+                                    {SecurityKey, QJsonValue::String},
+                                    {InactivityTimeKey, QJsonValue::Double},
+                                    {PrivacyKey, QJsonValue::Bool},
+                                    {BlockConnectionsKey, QJsonValue::Bool}},
+                                   QStringLiteral("\"lanprofile\""));
     if (members)
         return members;
     const QString ssid = read.value(Wire::Ssid).toString();

@@ -41,7 +41,7 @@ QByteArray readFile(const QByteArray &name, QString *error)
     }
     QFile file;
     file.open(descriptor.release(), QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
-    const QByteArray content = file.readAll();
+    QByteArray content = file.readAll();
     if (file.error() != QFileDevice::NoError)
         *error = file.errorString();
     else if (content.isEmpty())

@@ -16,7 +16,7 @@ struct ServiceWords
     QLatin1String statusObject; //!< as scenarios name it
 };
 
-constexpr ServiceWords Services[] = {
+inline const ServiceWords Services[] = {
     {Service::Networking, QLatin1String("networking"), QLatin1String("status_public")},
     {Service::Wifi, QLatin1String("wifi"), QLatin1String("wifi/status")},
     {Service::Tethering, QLatin1String("tethering"), QLatin1String("tethering/status")},

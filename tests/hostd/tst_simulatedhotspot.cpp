@@ -43,6 +43,8 @@ private Q_SLOTS:
     void nothingNew();
     void newerStopOverrides();
     void newerStartOverrides();
+    void whatWasOverriddenIsNotFinished();
+    void aSecondStopDelaysNothing();
     void keepsTheProfile();
     void runsWithWhatItWasStartedWith();
     void takesItsTime();
@@ -118,6 +120,29 @@ void SimulatedHotspotTest::newerStartOverrides()
     QCOMPARE(fixture.settle(), QStringList());
     fixture.hotspot->stop();
     QCOMPARE(fixture.settle(), QStringList {Deactivated});
+}
+
+void SimulatedHotspotTest::whatWasOverriddenIsNotFinished()
+{
+    WorldFixture fixture(Text.constData());
+    fixture.hotspot->start(profileFor(0));
+    fixture.hotspot->stop();
+    QStringList before;
+    fixture.pace.after(0, &fixture.world, [&] { before = fixture.take(); });
+    fixture.hotspot->start(profileFor(0));
+    QCOMPARE(fixture.settle(), QStringList {Activated});
+    QCOMPARE(before, QStringList());
+}
+
+void SimulatedHotspotTest::aSecondStopDelaysNothing()
+{
+    WorldFixture fixture(active(Text).constData());
+    fixture.hotspot->stop();
+    QStringList before;
+    fixture.pace.after(0, &fixture.world, [&] { before = fixture.take(); });
+    fixture.hotspot->stop();
+    QCOMPARE(fixture.settle(), QStringList());
+    QCOMPARE(before, QStringList {Deactivated});
 }
 
 void SimulatedHotspotTest::keepsTheProfile()
