@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "counting.h"
+#include "fetching.h"
 #include "latency.h"
 #include "report.h"
 #include "scanning.h"
@@ -19,12 +20,13 @@ struct Section
 const Section sections[] = {
     {QStringLiteral("latency"), measureLatency},
     {QStringLiteral("scans"), measureScanning},
+    {QStringLiteral("fetches"), measureFetching},
     {QStringLiteral("growth"), measureGrowth},
 };
 
 int runRole(const QStringList &arguments)
 {
-    for (const auto run : {runGrowthRole, runScanningRole}) {
+    for (const auto run : {runGrowthRole, runFetchingRole, runScanningRole}) {
         const int result = run(arguments);
         if (result != -1)
             return result;
@@ -48,7 +50,8 @@ int main(int argc, char *argv[])
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Write the figures to <file>."),
                                   QStringLiteral("file"));
     parser.addOption(json);
-    parser.addPositionalArgument(QStringLiteral("section"), QStringLiteral("Measures only latency, scans or growth."),
+    parser.addPositionalArgument(QStringLiteral("section"),
+                                 QStringLiteral("Measures only latency, scans, fetches or growth."),
                                  QStringLiteral("[section...]"));
     parser.process(application);
 

@@ -45,7 +45,8 @@ class AsyncHotspotEnableOperation;
  * tells is what the manager has published last, also while the manager is dead.
  *
  * The caller owns the operations that are returned, which are never null, and may delete them at any time. Their
- * failures carry code -1. There is no time limit: a request that the manager does not answer stays pending.
+ * failures carry code -1. There is no time limit: a request that the manager does not answer stays pending, and fails
+ * when the manager dies.
  *
  * Deleting the service does not delete what talks to the tethering manager behind it: that stays for the life of the
  * process, and operations that are pending still end. So an application makes one service and keeps it.

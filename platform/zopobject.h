@@ -20,7 +20,8 @@ namespace morvek {
  * those that setAttributeCacheEnabled() tells inside its call.
  *
  * An object follows its path. When the object is removed, its attributes are told as removed; when it is
- * created anew, its values are told. A control object works again by itself once its daemon is back.
+ * created anew, its values are told. A control object works again by itself once its daemon is back; requests with
+ * "msg" and "id" that were written to the dead one and not answered are told as refused, with "err" and "errmsg".
  */
 class MORVEK_PLATFORM_EXPORT ZopObject : public QObject
 {

@@ -4,6 +4,7 @@
 #include "controllink.h"
 
 #include <QtCore/QPointer>
+#include <QtCore/QVector>
 
 namespace morvek {
 
@@ -12,6 +13,17 @@ namespace {
 QString idName()
 {
     return QStringLiteral("id");
+}
+
+/*! What stands for the reply that a dead daemon owes. */
+ZopChangeset refusal(const ZopVariant &message, int id)
+{
+    ZopChangeset changes;
+    changes.assignments.insert(QStringLiteral("res"), message);
+    changes.assignments.insert(idName(), ZopVariant(id));
+    changes.assignments.insert(QStringLiteral("err"), ZopVariant(-1));
+    changes.assignments.insert(QStringLiteral("errmsg"), ZopVariant(QStringLiteral("the daemon is gone")));
+    return changes;
 }
 
 } // namespace
@@ -44,6 +56,17 @@ bool ControlClient::start(QString *error)
 
 bool ControlClient::write(const ZopChangeset &changes, QString *error)
 {
+    if (!deliver(changes, error))
+        return false;
+    const ZopVariant message = changes.assignments.value(QStringLiteral("msg"));
+    const ZopVariant id = changes.assignments.value(idName());
+    if (message.isValid() && id.isValid())
+        m_written.insert(id.toInt(), {message, m_link});
+    return true;
+}
+
+bool ControlClient::deliver(const ZopChangeset &changes, QString *error)
+{
     // A link whose daemon is dead still tells what the daemon had sent, and goes when it is found closed.
     if ((!m_link || !m_link->isAlive()) && !start(error))
         return false;
@@ -57,7 +80,7 @@ bool ControlClient::send(ZopChangeset request, const Answer &answer, int *id, QS
 {
     *id = ++m_lastId;
     request.assignments.insert(idName(), ZopVariant(*id));
-    if (!write(request, error))
+    if (!deliver(request, error))
         return false;
     m_pending.insert(*id, {answer, m_link});
     return true;
@@ -65,11 +88,13 @@ bool ControlClient::send(ZopChangeset request, const Answer &answer, int *id, QS
 
 void ControlClient::onReceived(const ZopChangeset &changes)
 {
+    const int id = changes.assignments.value(idName()).toInt();
+    m_written.remove(id);
     const QPointer<ControlClient> guard(this);
     tell(changes);
     if (!guard)
         return;
-    const auto pending = m_pending.find(changes.assignments.value(idName()).toInt());
+    const auto pending = m_pending.find(id);
     if (pending == m_pending.end())
         return;
     const Answer answer = pending->answer;
@@ -89,6 +114,22 @@ void ControlClient::onClosed(ControlLink *link)
         }
         it->answer(nullptr);
         it = m_pending.erase(it);
+    }
+
+    QVector<ZopChangeset> refusals;
+    for (auto it = m_written.begin(); it != m_written.end();) {
+        if (it->link != link) {
+            ++it;
+            continue;
+        }
+        refusals.append(refusal(it->message, it.key()));
+        it = m_written.erase(it);
+    }
+    const QPointer<ControlClient> guard(this);
+    for (const ZopChangeset &refusal : qAsConst(refusals)) {
+        tell(refusal);
+        if (!guard)
+            return;
     }
 }
 

@@ -6,6 +6,7 @@
 #include "zoppath.h"
 
 #include <QtCore/QHash>
+#include <QtCore/QMap>
 #include <QtCore/QObject>
 
 namespace morvek {
@@ -30,6 +31,7 @@ public:
     /*! Connects; false when no daemon serves the object. */
     bool start(QString *error) override;
 
+    /*! Writes a request. When the daemon dies before it has replied, that is told as a refusal. */
     bool write(const ZopChangeset &changes, QString *error) override;
 
     /*! Writes \a request under an \a id of its own, and awaits the reply with that id. */
@@ -42,12 +44,20 @@ private:
         ControlLink *link;
     };
 
+    struct Written
+    {
+        ZopVariant message;
+        ControlLink *link;
+    };
+
+    bool deliver(const ZopChangeset &changes, QString *error);
     void onReceived(const ZopChangeset &changes);
     void onClosed(ControlLink *link);
 
     ZopPath m_path;
     ControlLink *m_link = nullptr;
     QHash<int, Pending> m_pending;
+    QMap<int, Written> m_written; //!< what awaits a reply, by the identifier that its writer has chosen
     int m_lastId = 0;
 };
 

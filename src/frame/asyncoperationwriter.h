@@ -37,6 +37,13 @@ public:
         operation.setError(error);
         QMetaObject::invokeMethod(&operation, "notifyFailure", Qt::QueuedConnection);
     }
+
+    /*! The same with the code of all failures but those for which the networking daemon has one. */
+    template<typename T>
+    static void setError(AsyncOperation<T> &operation, const QString &message)
+    {
+        setError(operation, AsyncOperationError(-1, message));
+    }
 };
 
 } // namespace morvek

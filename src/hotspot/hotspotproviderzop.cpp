@@ -5,6 +5,7 @@
 #include "asynchotspotenableoperation.h"
 #include "asyncoperationwriter.h"
 #include "networklog.h"
+#include "zopaccess.h"
 #include "zopchangeset.h"
 #include "zopcontrolmessage.h"
 #include "zopdirwatcher.h"
@@ -44,7 +45,6 @@ const QLatin1String LanType("lan");
 const QLatin1String AccessPointType("wlanap");
 const QLatin1String HotspotKey("lanprofile");
 
-constexpr int FailedCode = -1;
 const QLatin1String WriteFailedReason("Unable to write to vantor zop");
 const QLatin1String FetchFailedReason("Failed to retrieve WifiHotspot config.");
 const QLatin1String NoProfileReason("Empty or malformatted config.");
@@ -107,11 +107,10 @@ void succeed(AsyncOperationBase *operation, bool enabled)
 
 void fail(AsyncOperationBase *operation, const QString &message)
 {
-    const AsyncOperationError error(FailedCode, message);
     if (auto *config = qobject_cast<AsyncHotspotConfigOperation *>(operation))
-        AsyncOperationWriter::setError(*config, error);
+        AsyncOperationWriter::setError(*config, message);
     else if (auto *enable = qobject_cast<AsyncHotspotEnableOperation *>(operation))
-        AsyncOperationWriter::setError(*enable, error);
+        AsyncOperationWriter::setError(*enable, message);
 }
 
 /*! The same with a warning, which ends with \a detail. */
@@ -156,8 +155,7 @@ HotspotProviderZop::HotspotProviderZop()
         return;
     }
     NetworkLog::error(WatcherFailedText, ConstructorSignature, WatcherErrorText, m_dirWatcher->errorString());
-    m_dirWatcher->deleteLater();
-    m_dirWatcher = nullptr;
+    discardLater(m_dirWatcher);
     setReady(false);
 }
 
@@ -168,8 +166,7 @@ void HotspotProviderZop::init(const QString &name)
     // The watcher lives until the event loop runs, and may announce an object that has been replaced meanwhile.
     if (name != ControlName || !m_dirWatcher)
         return;
-    m_dirWatcher->deleteLater();
-    m_dirWatcher = nullptr;
+    discardLater(m_dirWatcher);
 
     m_controlObject = new ZopObject(DaemonPath + ControlName, ZopObject::ReadWrite, false, this);
     m_statusObject = new ZopObject(DaemonPath + StatusName, ZopObject::ReadWrite, false, this);
@@ -196,8 +193,7 @@ void HotspotProviderZop::giveUp(ZopObject *&object)
 {
     NetworkLog::error(ObjectFailedText, object->errorString());
     setReady(false);
-    object->deleteLater();
-    object = nullptr;
+    discardLater(object);
 }
 
 bool HotspotProviderZop::enabled() const

@@ -12,7 +12,6 @@ namespace morvek {
 
 namespace {
 
-constexpr int NotReadyCode = -1;
 const QLatin1String NotReadyMessage("The service is not ready.");
 
 const char SetEnabledSignature[] = "morvek::AsyncHotspotEnableOperation* morvek::HotSpotService::setEnabled(bool)";
@@ -24,7 +23,7 @@ const char ConfigurationSignature[] =
 template<typename T>
 void refuse(AsyncOperation<T> &operation, const char *signature)
 {
-    AsyncOperationWriter::setError(operation, AsyncOperationError(NotReadyCode, NotReadyMessage));
+    AsyncOperationWriter::setError(operation, NotReadyMessage);
     NetworkLog::error(NotReadyMessage, signature);
 }
 

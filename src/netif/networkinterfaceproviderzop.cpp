@@ -3,6 +3,7 @@
 
 #include "asyncnetworkinterfaceoperation.h"
 #include "networklog.h"
+#include "zopaccess.h"
 #include "zopcontrolcommand.h"
 #include "zopdirwatcher.h"
 #include "zopinterfaceconnection_p.h"
@@ -362,26 +363,19 @@ int NetworkInterfaceProviderZop::connectInterface(ZopInterfaceConnection *connec
     const QString name = connection->interfaceData->name;
     NetworkLog::debug1(ConnectSignature, " (", name, ", ", config, ")");
     const QJsonArray dat {name, connectSettings(config)};
-    return startCommand(ConnectMessage, QString::fromUtf8(QJsonDocument(dat).toJson(QJsonDocument::Compact)),
-                        &NetworkInterfaceProviderZop::onControlCommandConnectFinished);
+    const QString text = QString::fromUtf8(QJsonDocument(dat).toJson(QJsonDocument::Compact));
+    const auto *command = startCommand(controlObject, ConnectMessage, text, this,
+                                       &NetworkInterfaceProviderZop::onControlCommandConnectFinished);
+    return command->id().toInt();
 }
 
 int NetworkInterfaceProviderZop::disconnectInterface(ZopInterfaceConnection *connection)
 {
     const QString name = connection->interfaceData->name;
     NetworkLog::debug1(DisconnectSignature, " (", name, ")");
-    return startCommand(DisconnectMessage, QLatin1Char('"') + name + QLatin1Char('"'),
-                        &NetworkInterfaceProviderZop::onControlCommandConfigureDisconnectFinished);
-}
-
-int NetworkInterfaceProviderZop::startCommand(const QString &message, const QString &dat,
-                                              void (NetworkInterfaceProviderZop::*finished)(ZopControlCommand *))
-{
-    auto *command = new ZopControlCommand(controlObject, this);
-    connect(command, &ZopControlCommand::finished, this, finished);
-    command->setMessage(message);
-    command->setDat(dat);
-    command->start();
+    const QString text = QLatin1Char('"') + name + QLatin1Char('"');
+    const auto *command = startCommand(controlObject, DisconnectMessage, text, this,
+                                       &NetworkInterfaceProviderZop::onControlCommandConfigureDisconnectFinished);
     return command->id().toInt();
 }
 

@@ -89,8 +89,6 @@ private:
     void finishRelease(AwaitedReleases::iterator release);
     bool answerRelease(int id, bool refused);
 
-    int startCommand(const QString &message, const QString &dat,
-                     void (NetworkInterfaceProviderZop::*finished)(ZopControlCommand *));
     bool takeRequest(const ZopControlCommand *command, NetZopRequest *request);
     void failRequest(const ZopControlCommand *command, const NetZopRequest &request);
     void fail(AsyncNetworkInterfaceOperation *operation, int code, const QString &message);

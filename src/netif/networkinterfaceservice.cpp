@@ -11,7 +11,6 @@ namespace morvek {
 
 namespace {
 
-constexpr int NotReadyCode = -1;
 const QLatin1String NotReadyMessage("The operation failed because the service is not ready.");
 
 } // namespace
@@ -60,7 +59,7 @@ AsyncNetworkInterfaceOperation *NetworkInterfaceService::configure(const Network
     if (d->provider && ready())
         d->provider->configure(operation, networkInterface, config);
     else
-        AsyncOperationWriter::setError(*operation, AsyncOperationError(NotReadyCode, NotReadyMessage));
+        AsyncOperationWriter::setError(*operation, NotReadyMessage);
     return operation;
 }
 

@@ -7,6 +7,7 @@
 #include "networklog.h"
 #include "wificonnectionconfig.h"
 #include "wifiproviderzopparserutilities.h"
+#include "zopaccess.h"
 #include "zopcontrolcommand.h"
 #include "zopdirwatcher.h"
 #include "zopobject.h"
@@ -43,7 +44,6 @@ const QLatin1String KeyManagement("key_mgmt");
 
 const QLatin1String ConnectFailedEvent("CTRL-EVENT-SSID-TEMP-DISABLED");
 
-constexpr int FailedCode = -1;
 const QLatin1String InvalidConfigurationReason("Wifi Configuration provided is not valid");
 const QLatin1String BusyReason("Another connect operation in progress.");
 const QLatin1String CancelledReason("Cancelling connect operation, due to issued disconnect command");
@@ -143,8 +143,7 @@ void WifiProviderZop::zopDirWatcherObjectAdded(const QString &name)
     // The watcher lives until the event loop runs, and may announce an object that has been replaced meanwhile.
     if (name != StatusName || !directoryWatcher)
         return;
-    directoryWatcher->deleteLater();
-    directoryWatcher = nullptr;
+    discardLater(directoryWatcher);
     init();
 }
 
@@ -158,11 +157,8 @@ void WifiProviderZop::init()
         return;
     }
     NetworkLog::error(InitFailedText);
-    for (ZopObject **object : {&controlObject, &statusObject}) {
-        if (*object)
-            (*object)->deleteLater();
-        *object = nullptr;
-    }
+    discardLater(controlObject);
+    discardLater(statusObject);
 }
 
 bool WifiProviderZop::initZopControlObj()
@@ -205,29 +201,29 @@ WifiAccessPoint WifiProviderZop::connectedAccessPoint() const
 
 void WifiProviderZop::powerOn()
 {
-    startCommand(PowerMessage, QString(On), &WifiProviderZop::zopControlCommandComplete);
+    startCommand(controlObject, PowerMessage, QString(On), this, &WifiProviderZop::zopControlCommandComplete);
 }
 
 void WifiProviderZop::powerOff()
 {
-    startCommand(PowerMessage, QString(Off), &WifiProviderZop::zopControlCommandComplete);
+    startCommand(controlObject, PowerMessage, QString(Off), this, &WifiProviderZop::zopControlCommandComplete);
 }
 
 void WifiProviderZop::scan(AsyncWifiScanOperation *operation)
 {
     pendingScans.append(operation);
-    startCommand(ScanMessage, ZopVariant(), &WifiProviderZop::zopControlCommandComplete);
+    startCommand(controlObject, ScanMessage, ZopVariant(), this, &WifiProviderZop::zopControlCommandComplete);
 }
 
 void WifiProviderZop::connectAccessPoint(AsyncWifiConnectOperation *operation, const WifiConnectionConfig &config)
 {
     if (!config.isValid()) {
-        AsyncOperationWriter::setError(*operation, AsyncOperationError(FailedCode, InvalidConfigurationReason));
+        AsyncOperationWriter::setError(*operation, InvalidConfigurationReason);
         NetworkLog::warning(InvalidConfigurationText, ConnectSignature);
         return;
     }
     if (!pendingConnects.isEmpty()) {
-        AsyncOperationWriter::setError(*operation, AsyncOperationError(FailedCode, BusyReason));
+        AsyncOperationWriter::setError(*operation, BusyReason);
         return;
     }
     pendingConnects.append(operation);
@@ -237,29 +233,19 @@ void WifiProviderZop::connectAccessPoint(AsyncWifiConnectOperation *operation, c
 void WifiProviderZop::disconnectAccessPoint()
 {
     failFirstConnect(CancelledReason);
-    startCommand(DisconnectMessage, ZopVariant(), &WifiProviderZop::disconnectAccessPointCompelete);
+    startCommand(controlObject, DisconnectMessage, ZopVariant(), this,
+                 &WifiProviderZop::disconnectAccessPointCompelete);
 }
 
 ZopControlCommand *WifiProviderZop::addAccessPoint(const WifiConnectionConfig &config)
 {
-    return startCommand(AddMessage, networkEntry(config), &WifiProviderZop::onAddAccessPointComplete);
+    return startCommand(controlObject, AddMessage, networkEntry(config), this,
+                        &WifiProviderZop::onAddAccessPointComplete);
 }
 
 void WifiProviderZop::enableAccessPoint(const QString &id)
 {
-    startCommand(SelectMessage, id, &WifiProviderZop::onEnableAccessPointComplete);
-}
-
-ZopControlCommand *WifiProviderZop::startCommand(const QString &message, const ZopVariant &dat,
-                                                 void (WifiProviderZop::*finished)(ZopControlCommand *))
-{
-    auto *command = new ZopControlCommand(controlObject, this);
-    connect(command, &ZopControlCommand::finished, this, finished);
-    command->setMessage(message);
-    if (dat.isValid())
-        command->setDat(dat);
-    command->start();
-    return command;
+    startCommand(controlObject, SelectMessage, id, this, &WifiProviderZop::onEnableAccessPointComplete);
 }
 
 void WifiProviderZop::zopControlCommandComplete(ZopControlCommand *command)
@@ -395,7 +381,7 @@ void WifiProviderZop::failFirstConnect(const QString &message)
     if (pendingConnects.isEmpty())
         return;
     if (AsyncWifiConnectOperation *operation = pendingConnects.takeFirst())
-        AsyncOperationWriter::setError(*operation, AsyncOperationError(FailedCode, message));
+        AsyncOperationWriter::setError(*operation, message);
 }
 
 } // namespace morvek

@@ -55,8 +55,6 @@ private:
 
     ZopControlCommand *addAccessPoint(const WifiConnectionConfig &config);
     void enableAccessPoint(const QString &id);
-    ZopControlCommand *startCommand(const QString &message, const ZopVariant &dat,
-                                    void (WifiProviderZop::*finished)(ZopControlCommand *));
 
     void handleStatusZopPoweredAttribute(const ZopVariant &value, bool initial);
     void handleStatusZopStatusAttribute(const ZopVariant &value, bool initial);

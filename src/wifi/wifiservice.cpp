@@ -12,7 +12,6 @@ namespace morvek {
 
 namespace {
 
-constexpr int NotReadyCode = -1;
 const QLatin1String NotReadyMessage("Service is not ready");
 
 const char NotReadyText[] = " called, but provider does not exist or is not ready";
@@ -59,7 +58,7 @@ AsyncWifiScanOperation *WifiService::scan()
     if (d->admits("scan"))
         d->provider->scan(operation);
     else
-        AsyncOperationWriter::setError(*operation, AsyncOperationError(NotReadyCode, NotReadyMessage));
+        AsyncOperationWriter::setError(*operation, NotReadyMessage);
     return operation;
 }
 
@@ -69,7 +68,7 @@ AsyncWifiConnectOperation *WifiService::connectAccessPoint(const WifiConnectionC
     if (d->admits("connectAccessPoint"))
         d->provider->connectAccessPoint(operation, config);
     else
-        AsyncOperationWriter::setError(*operation, AsyncOperationError(NotReadyCode, NotReadyMessage));
+        AsyncOperationWriter::setError(*operation, NotReadyMessage);
     return operation;
 }
 

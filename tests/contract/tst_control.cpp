@@ -45,6 +45,8 @@ private Q_SLOTS:
     void aSecondDaemonIsRefused();
     void anOrderlyEndIsSeen();
     void requestsOfADeadDaemonFailAndTheObjectWorksAgain();
+    void writtenRequestsOfADeadDaemonAreRefused();
+    void aSlotThatHearsOfADeadDaemonDeletesTheObject();
     void aReplyIsToldThoughTheDaemonDiedAfterIt();
     void aDaemonThatDiesOfARequestFailsIt();
     void aDaemonMayDieManyTimes();
@@ -266,6 +268,62 @@ void ControlTest::requestsOfADeadDaemonFailAndTheObjectWorksAgain()
     QVERIFY(!again.hasError());
     QCOMPARE(again.datResponse(), ZopVariant(QStringLiteral("x")));
     QCOMPARE(finished, 3); // each one once
+}
+
+void ControlTest::writtenRequestsOfADeadDaemonAreRefused()
+{
+    auto daemon = std::make_unique<Peer>();
+    QVERIFY(serve(*daemon));
+    ZopObject client(testPath("control"), ZopObject::ReadWrite, false);
+    const Events events(&client);
+    QVERIFY(set(client, QStringLiteral("msg=mute id=7")));
+    QVERIFY(set(client, QStringLiteral("msg=mute")));
+    QVERIFY(set(client, QStringLiteral("id=8")));
+    QVERIFY(set(client, QStringLiteral("msg=mute-too id=6")));
+    QVERIFY(set(client, QStringLiteral("msg=echo id=9")));
+    QVERIFY(events.wait(QStringLiteral("{id=9 res=echo}")));
+
+    QList<ZopChangeset> told;
+    connect(&client, &ZopObject::attributesChanged, this,
+            [&told](const ZopChangeset &changes) { told.append(changes); });
+    daemon->kill();
+    QVERIFY(waitUntil([&told] { return told.size() == 2; }));
+    const QStringList requests {QStringLiteral("mute-too"),
+                                QStringLiteral("mute")}; // in the order of their identifiers
+    for (int i = 0; i < 2; ++i) {
+        QMap<QString, ZopVariant> reply = told[i].assignments;
+        QCOMPARE(reply.take(QStringLiteral("res")), ZopVariant(requests[i]));
+        QCOMPARE(reply.take(QStringLiteral("id")), ZopVariant(6 + i));
+        QCOMPARE(reply.take(QStringLiteral("err")), ZopVariant(-1));
+        QVERIFY(!reply.take(QStringLiteral("errmsg")).toString().isEmpty());
+        QVERIFY(reply.isEmpty());
+        QVERIFY(told[i].removals.isEmpty());
+    }
+
+    // Once only, and nothing of what the next daemon is asked.
+    daemon = std::make_unique<Peer>();
+    QVERIFY(serve(*daemon));
+    QVERIFY(set(client, QStringLiteral("msg=echo id=10")));
+    QVERIFY(events.wait(QStringLiteral("{id=10 res=echo}")));
+    QCOMPARE(told.size(), 3);
+}
+
+void ControlTest::aSlotThatHearsOfADeadDaemonDeletesTheObject()
+{
+    auto daemon = std::make_unique<Peer>();
+    QVERIFY(serve(*daemon));
+    auto client = std::make_unique<ZopObject>(testPath("control"), ZopObject::ReadWrite, false);
+    QVERIFY(set(*client, QStringLiteral("msg=mute id=1")));
+    QVERIFY(set(*client, QStringLiteral("msg=mute id=2")));
+    QVERIFY(daemon->wait(QStringLiteral("s id=2")));
+    int told = 0;
+    connect(client.get(), &ZopObject::attributesChanged, this, [&] {
+        ++told;
+        client.reset();
+    });
+    daemon->kill();
+    QVERIFY(waitUntil([&client] { return !client; }));
+    QCOMPARE(told, 1);
 }
 
 void ControlTest::aReplyIsToldThoughTheDaemonDiedAfterIt()

@@ -163,6 +163,21 @@ void ZopDouble::answerError(int index, int code, const QString &text, const ZopV
     finish(index, true, code, text, dat);
 }
 
+QList<ZopDouble::Write> ZopDouble::writes()
+{
+    return registry().writes;
+}
+
+void ZopDouble::onWrite(const std::function<void(const ZopChangeset &changes)> &hook)
+{
+    registry().writeHook = hook;
+}
+
+void ZopDouble::refuseWrites(const QString &path, const QString &error)
+{
+    registry().writeRefusals.insert(path, error);
+}
+
 QStringList ZopDouble::journal()
 {
     return registry().journal;
@@ -180,5 +195,15 @@ QList<ZopObject *> ZopDouble::objects(const QString &path)
         if (object->path == path)
             found.append(object->q);
     }
+    return found;
+}
+
+QSet<QObject *> ZopDouble::owners()
+{
+    QSet<QObject *> found;
+    for (const ObjectState *object : qAsConst(registry().objects))
+        found.insert(object->q->parent());
+    for (const WatcherState *watcher : qAsConst(registry().watchers))
+        found.insert(watcher->q->parent());
     return found;
 }

@@ -9,6 +9,7 @@
 
 #include <QtCore/QList>
 #include <QtCore/QPointer>
+#include <QtCore/QSet>
 #include <QtCore/QStringList>
 
 #include <functional>
@@ -29,6 +30,13 @@ public:
         QString path; //!< of its control object
         QString message;
         morvek::ZopVariant dat;
+    };
+
+    /*! One update that a client has written. */
+    struct Write
+    {
+        QString path;
+        morvek::ZopChangeset changes;
     };
 
     /*! Forgets the world and what was recorded; no client object may live. */
@@ -64,6 +72,13 @@ public:
     static void answerError(int index, int code, const QString &text,
                             const morvek::ZopVariant &dat = morvek::ZopVariant());
 
+    /*! Every update that was written, in order. */
+    static QList<Write> writes();
+    /*! Calls \a hook inside each such setAttributes(), until the next reset(). */
+    static void onWrite(const std::function<void(const morvek::ZopChangeset &changes)> &hook);
+    /*! Lets attempts to write to the object \a path fail. */
+    static void refuseWrites(const QString &path, const QString &error);
+
     /*!
      * What the client did, in order: a line for each object, watcher and command that it made, with the
      * arguments and the class of the parent; for each cache that it switched and command that it started, with
@@ -74,6 +89,8 @@ public:
 
     /*! The client objects that are open on \a path. */
     static QList<morvek::ZopObject *> objects(const QString &path);
+    /*! The parents of all client objects and watchers that are open. */
+    static QSet<QObject *> owners();
 };
 
 #endif

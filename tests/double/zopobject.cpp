@@ -41,7 +41,7 @@ bool ZopObject::isValid() const
 
 QString ZopObject::errorString() const
 {
-    return d->error;
+    return isValid() ? d->writeError : d->error;
 }
 
 QString ZopObject::path() const
@@ -73,9 +73,17 @@ ZopVariant ZopObject::attribute(const QString &name, const ZopVariant &defaultVa
     return d->cache.value(name, defaultValue);
 }
 
-bool ZopObject::setAttributes(const ZopChangeset &)
+bool ZopObject::setAttributes(const ZopChangeset &changes)
 {
-    ZopRegistry::instance().journal.append(QLatin1String("write ") + d->path);
+    ZopRegistry &registry = ZopRegistry::instance();
+    registry.journal.append(QLatin1String("write ") + d->path);
+    if (registry.writeRefusals.contains(d->path)) {
+        d->writeError = registry.writeRefusals.value(d->path);
+        return false;
+    }
+    registry.writes.append({d->path, changes});
+    if (registry.writeHook)
+        registry.writeHook(changes);
     return true;
 }
 

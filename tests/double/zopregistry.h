@@ -9,6 +9,7 @@ struct ObjectState
     morvek::ZopObject *q;
     QString path;
     QString error;
+    QString writeError;
     ZopDouble::Values cache;
     bool cached = false;
 };
@@ -40,11 +41,14 @@ struct ZopRegistry
 
     QMap<QString, ZopDouble::Values> world;
     QMap<QString, QString> refusals;
+    QMap<QString, QString> writeRefusals;
     QList<ObjectState *> objects;
     QList<WatcherState *> watchers;
     QList<CommandState *> commandStates;
     QList<ZopDouble::Command> commands;
     std::function<void(const QString &message)> startHook;
+    QList<ZopDouble::Write> writes;
+    std::function<void(const morvek::ZopChangeset &changes)> writeHook;
     QString nextId;
     QStringList journal;
 };

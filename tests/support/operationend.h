@@ -5,6 +5,7 @@
 #include "eventloop.h"
 #include "networkinterface.h"
 #include "wifiaccesspoint.h"
+#include "wifihotspot.h"
 
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
@@ -17,6 +18,16 @@ inline QString resultName(const morvek::NetworkInterface &result)
 inline QString resultName(const morvek::WifiAccessPoint &result)
 {
     return result.bssid();
+}
+
+inline QString resultName(const morvek::WifiHotspot &result)
+{
+    return result.name();
+}
+
+inline QString resultName(bool result)
+{
+    return result ? QStringLiteral("true") : QStringLiteral("false");
 }
 
 /*!

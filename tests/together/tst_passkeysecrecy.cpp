@@ -3,11 +3,10 @@
 #include "daemonclient.h"
 #include "krellogger.h"
 #include "networklibraryexports.h"
+#include "secrecy.h"
 #include "wificonnectionconfig.h"
 #include "wifiservice.h"
 
-#include <QtCore/QDir>
-#include <QtCore/QDirIterator>
 #include <QtTest/QtTest>
 
 using namespace morvek;
@@ -16,62 +15,6 @@ namespace {
 
 const QByteArray RightPasskey = "open sesame 42";
 const QByteArray WrongPasskey = "tell me anyway";
-
-/*! The contents of every file below \a folder, with their names. */
-QByteArray filesBelow(const QString &folder)
-{
-    QByteArray contents;
-    QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        QFile file(it.next());
-        contents += QFile::encodeName(file.fileName()) + '\n';
-        if (QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly))
-            contents += file.readAll();
-    }
-    return contents;
-}
-
-/*! The value of \a field in the status of a process; 0 when it has ended. */
-qint64 statusOf(const QString &process, const QByteArray &field)
-{
-    QFile file(QStringLiteral("/proc/%1/status").arg(process));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    const QByteArray status = file.readAll();
-    const int start = status.indexOf('\n' + field + ":\t");
-    return start == -1 ? 0 : status.mid(start + field.size() + 3).split('\n').first().toLongLong();
-}
-
-/*! What others may read of this process, of the daemon, and of what either has started. */
-QByteArray processList(qint64 daemon)
-{
-    const QSet<qint64> family {QCoreApplication::applicationPid(), daemon};
-    QByteArray list;
-    const QStringList processes = QDir(QStringLiteral("/proc")).entryList({QStringLiteral("[1-9]*")}, QDir::Dirs);
-    for (const QString &process : processes) {
-        const qint64 parent = statusOf(process, "PPid");
-        if (!family.contains(process.toLongLong()) && (parent == 0 || !family.contains(parent)))
-            continue;
-        for (const char *name : {"cmdline", "environ", "comm"}) {
-            QFile file(QStringLiteral("/proc/%1/%2").arg(process, QLatin1String(name)));
-            if (file.open(QIODevice::ReadOnly))
-                list += file.readAll() + '\n';
-        }
-    }
-    return list;
-}
-
-/*! As text, as JSON writes it, in UTF-16, and in the forms that a dump would show. */
-QList<QByteArray> formsOf(const QByteArray &passkey)
-{
-    const QString text = QString::fromUtf8(passkey);
-    return {passkey,
-            QByteArray(reinterpret_cast<const char *>(text.utf16()), text.size() * 2),
-            passkey.toHex(),
-            passkey.toHex().toUpper(),
-            passkey.toBase64(),
-            passkey.toPercentEncoding()};
-}
 
 } // namespace
 

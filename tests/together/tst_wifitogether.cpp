@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "asyncwificonnectoperation.h"
 #include "asyncwifiscanoperation.h"
-#include "daemonclient.h"
 #include "networkinterfaceservice.h"
 #include "networklibraryexports.h"
 #include "servicepointer.h"
+#include "watched.h"
 #include "wificonnectionconfig.h"
 #include "wifiservice.h"
 #include "zopdirwatcher.h"
-
-#include <QtTest/QtTest>
 
 using namespace morvek;
 
@@ -32,32 +30,6 @@ WifiConnectionConfig open(const char *ssid)
     return config;
 }
 
-/*! An operation of a service that is watched from its first moment; it is deleted with its watcher. */
-template<typename Operation>
-struct Watched
-{
-    explicit Watched(Operation *started)
-        : operation(started),
-          success(started, &Operation::success),
-          failure(started, &Operation::failure)
-    {
-    }
-
-    bool isOpen() const { return success.isEmpty() && failure.isEmpty(); }
-    /*! "ok", "CODE MESSAGE", or "open" when it does not end. */
-    QString outcome()
-    {
-        if (!QTest::qWaitFor([this] { return !isOpen(); }, Patience))
-            return QStringLiteral("open");
-        if (!success.isEmpty())
-            return QStringLiteral("ok");
-        return QStringLiteral("%1 %2").arg(operation->error().code()).arg(operation->error().message());
-    }
-
-    std::unique_ptr<Operation> operation;
-    QSignalSpy success;
-    QSignalSpy failure;
-};
 using Scan = Watched<AsyncWifiScanOperation>;
 using Connect = Watched<AsyncWifiConnectOperation>;
 

@@ -45,6 +45,7 @@ private Q_SLOTS:
     void emptiness();
     void comparesEveryField_data();
     void comparesEveryField();
+    void tellsTheSwitchesApart();
     void copiesAreIndependent();
     void textForm_data();
     void textForm();
@@ -131,6 +132,17 @@ void TestWifiHotspot::comparesEveryField()
     change(changed);
     QVERIFY(!(reference == changed));
     QVERIFY(reference != changed);
+}
+
+void TestWifiHotspot::tellsTheSwitchesApart()
+{
+    WifiHotspot isPrivate;
+    isPrivate.setPrivacy(true);
+    WifiHotspot blocks;
+    blocks.setBlockConn(true);
+    QVERIFY(isPrivate != blocks);
+    QVERIFY(isPrivate != WifiHotspot());
+    QVERIFY(blocks != WifiHotspot());
 }
 
 void TestWifiHotspot::copiesAreIndependent()

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_ZOPACCESS_H
+#define MORVEK_ZOPACCESS_H
+
+#include "zopcontrolcommand.h"
+#include "zopvariant.h"
+
+namespace morvek {
+
+// What the providers do alike with the objects of their daemons.
+
+/*! Sets \a object to null and lets the event loop delete it: it may be telling something just now. */
+template<typename Object>
+void discardLater(Object *&object)
+{
+    if (object)
+        object->deleteLater();
+    object = nullptr;
+}
+
+/*!
+ * Sends a request to the daemon of \a controlObject; \a finished of \a provider hears of the reply. The command lives
+ * as long as the provider.
+ */
+template<typename Provider>
+ZopControlCommand *startCommand(ZopObject *controlObject, const QString &message, const ZopVariant &dat,
+                                Provider *provider, void (Provider::*finished)(ZopControlCommand *))
+{
+    auto *command = new ZopControlCommand(controlObject, provider);
+    QObject::connect(command, &ZopControlCommand::finished, provider, finished);
+    command->setMessage(message);
+    if (dat.isValid())
+        command->setDat(dat);
+    command->start();
+    return command;
+}
+
+} // namespace morvek
+
+#endif
