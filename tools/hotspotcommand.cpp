@@ -56,12 +56,9 @@ void HotspotCommand::hear(const QString &line)
 
 QString HotspotCommand::sentence(const QString &failure, const AsyncOperationError &error) const
 {
-    QString known = failure + QStringLiteral(", code %1: ").arg(error.code()) + error.message();
-    if (error.message() == WriteFailed)
-        return known + QLatin1String(" (the tethering daemon is gone)");
-    if (!m_refusal.isEmpty())
-        return known + QLatin1String(" The tethering daemon says: ") + m_refusal;
-    return known;
+    const QString reason = error.message() == WriteFailed ? QStringLiteral("the tethering daemon is gone") : m_refusal;
+    const QString known = failure + QStringLiteral(", code %1: ").arg(error.code()) + error.message();
+    return reason.isEmpty() ? known : known + QStringLiteral(" (%1)").arg(reason);
 }
 
 } // namespace morvek

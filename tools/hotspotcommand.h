@@ -42,7 +42,7 @@ private:
     void hear(const QString &line);
 
     std::optional<LibraryLog> m_log;
-    QString m_refusal; //!< the daemon's words
+    QString m_refusal; //!< why, as far as the library hands it on
     std::unique_ptr<AsyncHotspotConfigOperation> m_fetch;
 };
 

@@ -231,9 +231,11 @@ void TestMorvekctlHotspotSet::refused_data()
         QStringLiteral("the profile was not changed, code -1: Failed to update WifiHotspot config.");
     QTest::newRow("by the daemon") << QByteArray(R"({ "message": "update_profile", "fault": "refuse", "err": 16,
                                                       "errmsg": "device or resource busy" })")
-                                   << notChanged + " The tethering daemon says: device or resource busy";
+                                   << notChanged + " (device or resource busy)";
     QTest::newRow("without a word") << QByteArray(R"({ "message": "update_profile", "fault": "refuse", "err": 16 })")
                                     << notChanged;
+    QTest::newRow("by its death") << QByteArray(R"({ "message": "update_profile", "fault": "die" })")
+                                  << notChanged + " (the daemon is gone)";
     QTest::newRow("to be read") << QByteArray(R"({ "fault": "refuse", "err": 13, "errmsg": "permission denied" })")
                                 << "the profile was not changed: it was not read, code -1: Failed to retrieve "
                                    "WifiHotspot config.";
