@@ -12,6 +12,7 @@ namespace morvek {
  * Reading or writing the hotspot's profile.
  *
  * On success results() holds one profile.
+ * It holds none when the tethering manager has answered this request as another one.
  */
 class MORVEK_NETWORK_EXPORT AsyncHotspotConfigOperation : public AsyncOperation<WifiHotspot>
 {

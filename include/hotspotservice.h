@@ -26,27 +26,30 @@ class AsyncHotspotEnableOperation;
  * connect(service, &HotSpotService::enabledChanged, this, &Screen::showHotspot);
  * connect(service, &HotSpotService::readyChanged, this, [this, service] {
  *     AsyncHotspotConfigOperation *fetch = service->configuration();
- *     connect(fetch, &AsyncHotspotConfigOperation::success, this, [service, fetch] {
+ *     connect(fetch, &AsyncHotspotConfigOperation::failure, this, &Screen::showFailure); // and delete it, too
+ *     connect(fetch, &AsyncHotspotConfigOperation::success, service, [service, fetch] { // which may be gone by then
  *         fetch->deleteLater();
  *         AsyncHotspotEnableOperation *start = service->setEnabled(true);
  *         connect(start, &AsyncHotspotEnableOperation::success, start, &QObject::deleteLater);
+ *         connect(start, &AsyncHotspotEnableOperation::failure, start, &QObject::deleteLater);
  *     });
  * });
  * // at the end:
  * deleteHotSpotService(&service);
  * \endcode
  *
- * The service is usable on the thread that created it. Slots may delete it.
+ * The service is usable on the thread that created it, which must be the same for all hotspot services of a process.
+ * Slots may delete it.
  *
  * A new service is not ready: it becomes so, from the event loop, when the tethering manager serves its control object,
- * and tells it with readyChanged(). It tries once: when the control object is there and cannot be opened, such as while
- * the manager restarts, the service does not become ready any more, and no signal tells that. An application that is
- * still waiting after a second or two makes a new service. Once ready, it outlives any restart of the manager; what it
- * tells is what the manager has published last, also while the manager is dead.
+ * and tells it with readyChanged(). It tries once: when the control object is there and one of the manager's objects
+ * cannot be opened, such as while the manager restarts, the service does not become ready any more, and no signal tells
+ * that. An application that is still waiting after a second or two makes a new service. Once ready, it outlives any
+ * restart of the manager; what it tells is what the manager has published last, also while the manager is dead.
  *
  * The caller owns the operations that are returned, which are never null, and may delete them at any time. Their
  * failures carry code -1. There is no time limit: a request that the manager does not answer stays pending, and fails
- * when the manager dies.
+ * when the manager dies, as if it were refused.
  *
  * Deleting the service does not delete what talks to the tethering manager behind it: that stays for the life of the
  * process, and operations that are pending still end. So an application makes one service and keeps it.
@@ -74,7 +77,8 @@ public:
      * - "Unable to write to vantor zop": the manager is not there.
      *
      * The hotspot starts with the profile that this service has read last, see configuration(); before it has read one,
-     * the request holds an empty profile. What setConfiguration() has written does not count until it is read.
+     * the request holds none, which the manager may refuse. What setConfiguration() has written does not count until it
+     * is read.
      */
     AsyncHotspotEnableOperation *setEnabled(bool enable);
     /*! Whether the hotspot is on, as the tethering manager has told last; false while the service is not ready. */
@@ -82,8 +86,8 @@ public:
 
     /*!
      * Writes \a profile. The operation succeeds when the tethering manager has taken it; its result, and that of
-     * configurationChanged(), is the profile that this service has read last, not \a profile: read it again. It fails
-     * with one of these messages:
+     * configurationChanged(), is the profile that this service has read last (an empty one when it has read none), not
+     * \a profile: read it again. It fails with one of these messages:
      *
      * - "The service is not ready."
      * - "Failed to update WifiHotspot config.": the manager refuses the profile.
@@ -98,13 +102,19 @@ public:
      *
      * - "The service is not ready."
      * - "Failed to retrieve WifiHotspot config.": the manager refuses to tell it.
-     * - "Empty or malformatted config.": what the manager answers holds no profile.
+     * - "Empty or malformatted config.": what the manager answers is not JSON by its encoding.
      * - "Unable to write to vantor zop": the manager is not there.
+     *
+     * JSON that tells nothing of a hotspot gives the profile of a new WifiHotspot, which is empty. In one that tells
+     * something, what is missing or of a wrong kind reads as an empty text, 0 or false.
      */
     AsyncHotspotConfigOperation *configuration() const;
 
 Q_SIGNALS:
-    /*! The hotspot is on now, or off, whoever has switched it. */
+    /*!
+     * The hotspot is on now, or off, whoever has switched it. When it is on already, a new service tells that just
+     * before readyChanged(), and enabled() is true only after that.
+     */
     void enabledChanged(bool enabled);
     /*!
      * A profile has been read or written through this service; \a configutaion is the one that was read last. Changes

@@ -46,11 +46,15 @@ public:
     QString passphrase() const;
     void setPassphrase(const QString &passphrase);
 
-    /*! WPA2 at first; WPA and WPA2 together mean that clients may use either. */
+    /*!
+     * WPA2 at first; WPA and WPA2 together mean that clients may use either. The tethering manager knows none, WPA,
+     * WPA2 and these two together: anything else is written as an empty text, and what it tells in other words is read
+     * as no flag at all. A value that was once written as an empty text is what that text is read as from then on.
+     */
     QFlags<WifiSecurityProtocol> securityType() const;
     void setSecurityType(const QFlags<WifiSecurityProtocol> &securityType);
 
-    /*! The radio band that the hotspot works in; 2.4 GHz at first. */
+    /*! The radio band that the hotspot works in; 2.4 GHz at first, and for any band that the library does not know. */
     WifiBand band() const;
     void setBand(WifiBand band);
 

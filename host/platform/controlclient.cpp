@@ -4,7 +4,6 @@
 #include "controllink.h"
 
 #include <QtCore/QPointer>
-#include <QtCore/QVector>
 
 namespace morvek {
 
@@ -24,6 +23,22 @@ ZopChangeset refusal(const ZopVariant &message, int id)
     changes.assignments.insert(QStringLiteral("err"), ZopVariant(-1));
     changes.assignments.insert(QStringLiteral("errmsg"), ZopVariant(QStringLiteral("the daemon is gone")));
     return changes;
+}
+
+/*! Those of \a requests that \a link has carried. */
+template<typename Requests>
+Requests takeThoseOf(const ControlLink *link, Requests *requests)
+{
+    Requests taken;
+    for (auto it = requests->begin(); it != requests->end();) {
+        if (it->link == link) {
+            taken.insert(it.key(), *it);
+            it = requests->erase(it);
+        } else {
+            ++it;
+        }
+    }
+    return taken;
 }
 
 } // namespace
@@ -89,7 +104,8 @@ bool ControlClient::send(ZopChangeset request, const Answer &answer, int *id, QS
 void ControlClient::onReceived(const ZopChangeset &changes)
 {
     const int id = changes.assignments.value(idName()).toInt();
-    m_written.remove(id);
+    if (changes.assignments.contains(QStringLiteral("res")))
+        m_written.remove(id);
     const QPointer<ControlClient> guard(this);
     tell(changes);
     if (!guard)
@@ -107,30 +123,13 @@ void ControlClient::onClosed(ControlLink *link)
     if (m_link == link)
         m_link = nullptr;
     link->deleteLater();
-    for (auto it = m_pending.begin(); it != m_pending.end();) {
-        if (it->link != link) {
-            ++it;
-            continue;
-        }
-        it->answer(nullptr);
-        it = m_pending.erase(it);
-    }
-
-    QVector<ZopChangeset> refusals;
-    for (auto it = m_written.begin(); it != m_written.end();) {
-        if (it->link != link) {
-            ++it;
-            continue;
-        }
-        refusals.append(refusal(it->message, it.key()));
-        it = m_written.erase(it);
-    }
+    const auto pending = takeThoseOf(link, &m_pending);
+    for (const Pending &one : pending)
+        one.answer(nullptr);
+    const auto written = takeThoseOf(link, &m_written);
     const QPointer<ControlClient> guard(this);
-    for (const ZopChangeset &refusal : qAsConst(refusals)) {
-        tell(refusal);
-        if (!guard)
-            return;
-    }
+    for (auto it = written.begin(); it != written.end() && guard; ++it)
+        tell(refusal(it->message, it.key()));
 }
 
 } // namespace morvek

@@ -5,7 +5,6 @@
 #include "zopbackend.h"
 #include "zoppath.h"
 
-#include <QtCore/QHash>
 #include <QtCore/QMap>
 #include <QtCore/QObject>
 
@@ -22,7 +21,7 @@ class ControlClient : public QObject, public ZopBackend
     Q_OBJECT
 
 public:
-    /*! Told the reply, or null when there will be none. Afterwards the client may be gone. */
+    /*! Told the reply, after which the client may be gone; or null when there will be none, where it must stay. */
     using Answer = std::function<void(const ZopChangeset *reply)>;
 
     ControlClient(const ZopPath &path, Tell tell);
@@ -31,7 +30,10 @@ public:
     /*! Connects; false when no daemon serves the object. */
     bool start(QString *error) override;
 
-    /*! Writes a request. When the daemon dies before it has replied, that is told as a refusal. */
+    /*!
+     * Writes a request. When the daemon dies before it has replied, that is told as a refusal. Its identifier must not
+     * be one of those that send() gives.
+     */
     bool write(const ZopChangeset &changes, QString *error) override;
 
     /*! Writes \a request under an \a id of its own, and awaits the reply with that id. */
@@ -56,7 +58,7 @@ private:
 
     ZopPath m_path;
     ControlLink *m_link = nullptr;
-    QHash<int, Pending> m_pending;
+    QMap<int, Pending> m_pending;
     QMap<int, Written> m_written; //!< what awaits a reply, by the identifier that its writer has chosen
     int m_lastId = 0;
 };

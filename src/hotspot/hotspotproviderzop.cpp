@@ -240,9 +240,8 @@ void HotspotProviderZop::sendRequest(AsyncOperationBase *operation, const QStrin
         return;
     if (m_controlObject && m_controlObject->setAttributes(changes))
         return;
-    fail(operation, WriteFailedReason);
+    fail(m_pendingOperations.take(id), WriteFailedReason);
     NetworkLog::error(WriteFailedReason, m_controlObject ? m_controlObject->errorString() : QString());
-    m_pendingOperations.remove(id);
 }
 
 void HotspotProviderZop::zopControlChanged(const ZopChangeset &changes)

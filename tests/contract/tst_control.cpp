@@ -46,6 +46,8 @@ private Q_SLOTS:
     void anOrderlyEndIsSeen();
     void requestsOfADeadDaemonFailAndTheObjectWorksAgain();
     void writtenRequestsOfADeadDaemonAreRefused();
+    void theEndOfOneDaemonRefusesNothingThatTheNextWasAsked();
+    void onlyAReplySettlesARequest();
     void aSlotThatHearsOfADeadDaemonDeletesTheObject();
     void aReplyIsToldThoughTheDaemonDiedAfterIt();
     void aDaemonThatDiesOfARequestFailsIt();
@@ -246,6 +248,7 @@ void ControlTest::requestsOfADeadDaemonFailAndTheObjectWorksAgain()
     QCOMPARE(finished, 0);
     daemon->kill();
     QVERIFY(waitUntil([&finished] { return finished == 3; }));
+    QCOMPARE(events.updates(), QStringList()); // a command's end is told by the command
     for (const ZopControlCommand &command : commands) {
         QVERIFY(command.hasError());
         QCOMPARE(command.errorCode(), -1);
@@ -306,6 +309,48 @@ void ControlTest::writtenRequestsOfADeadDaemonAreRefused()
     QVERIFY(set(client, QStringLiteral("msg=echo id=10")));
     QVERIFY(events.wait(QStringLiteral("{id=10 res=echo}")));
     QCOMPARE(told.size(), 3);
+}
+
+void ControlTest::theEndOfOneDaemonRefusesNothingThatTheNextWasAsked()
+{
+    auto daemon = std::make_unique<Peer>();
+    QVERIFY(serve(*daemon));
+    Peer client;
+    QVERIFY(openClient(client));
+    client.send(QStringLiteral("set c msg=mute id=1"));
+    QVERIFY(daemon->wait(QStringLiteral("s id=1")));
+    QVERIFY(client.ask(QStringLiteral("hold"), QStringLiteral("held"))); // it does not see the end of the first
+    daemon->kill();
+    daemon = std::make_unique<Peer>();
+    QVERIFY(serve(*daemon));
+    client.send(QStringLiteral("go\nset c msg=mute id=2"));
+    QVERIFY(daemon->wait(QStringLiteral("s id=2")));
+    QVERIFY(client.ask(QStringLiteral("set c msg=echo id=3"), QStringLiteral("c {id=3 res=echo}")));
+    QVERIFY(client.wait(QStringLiteral("c id=1")));
+    QCOMPARE(client.heard(QStringLiteral("c {")).size(), 2);
+    QVERIFY(client.heard(QStringLiteral("c id=2")).isEmpty());
+}
+
+void ControlTest::onlyAReplySettlesARequest()
+{
+    auto daemon = std::make_unique<ZopObject>(testPath("control"), ZopObject::Publish, true);
+    ZopVariant peer;
+    connect(daemon.get(), &ZopObject::attributesChanged, this,
+            [&peer](const ZopChangeset &request) { peer = request.assignments.value(QStringLiteral("peer")); });
+    ZopObject client(testPath("control"), ZopObject::ReadWrite, false);
+    QList<ZopChangeset> told;
+    connect(&client, &ZopObject::attributesChanged, this,
+            [&told](const ZopChangeset &changes) { told.append(changes); });
+    QVERIFY(set(client, QStringLiteral("msg=slow id=1")));
+    QVERIFY(waitUntil([&peer] { return peer.isValid(); }));
+    ZopChangeset progress;
+    progress.assignments = {{QStringLiteral("id"), 1}, {QStringLiteral("peer"), peer}, {QStringLiteral("done"), 50}};
+    QVERIFY(daemon->setAttributes(progress));
+    QVERIFY(waitUntil([&told] { return told.size() == 1; }));
+    daemon.reset();
+    QVERIFY(waitUntil([&told] { return told.size() == 2; }));
+    QCOMPARE(told.last().assignments.value(QStringLiteral("res")).toString(), QStringLiteral("slow"));
+    QCOMPARE(told.last().assignments.value(QStringLiteral("err")).toInt(), -1);
 }
 
 void ControlTest::aSlotThatHearsOfADeadDaemonDeletesTheObject()
