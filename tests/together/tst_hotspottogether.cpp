@@ -326,6 +326,8 @@ void HotspotTogetherTest::keepsTheProfileAcrossARestart()
 
 void HotspotTogetherTest::identifiersOfApplicationsCollide()
 {
+    m_daemon = std::make_unique<DaemonFixture>();
+    QVERIFY(m_daemon->start(QStringLiteral("headunit"), {QStringLiteral("--verbose")}));
     const Application service = application();
     QStringList lines;
     KrelLogger::setSink([&lines](KrelLogger::Level, unsigned short, const QString &text) { lines += text; });
@@ -349,6 +351,10 @@ void HotspotTogetherTest::identifiersOfApplicationsCollide()
         QCOMPARE(reply.first().value<ZopChangeset>().assignments.value(QStringLiteral("res")).toString(),
                  QStringLiteral("stop"));
     QCOMPARE(lines.filter(QStringLiteral("No operation for message")), QStringList());
+    // They did collide.
+    static const QRegularExpression request(QStringLiteral("retrieve_profile id=(\\d+)"));
+    const int id = request.match(QString::fromUtf8(m_daemon->process().errors())).captured(1).toInt();
+    QVERIFY2(id >= 1 && id <= Requests, qPrintable(QString::number(id)));
 }
 
 void HotspotTogetherTest::outlivesTheManager()

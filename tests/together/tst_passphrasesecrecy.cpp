@@ -79,8 +79,8 @@ void PassphraseSecrecyTest::staysSecret()
     QFile store(m_daemon.root() + QLatin1Char('/') + Store);
     QVERIFY(store.open(QIODevice::ReadOnly));
     QVERIFY(store.readAll().contains("quoted"));
-    QCOMPARE(int(store.permissions() & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther)),
-             0);
+    QCOMPARE(QDir(m_daemon.root()).entryList({Store + QLatin1Char('*')}, QDir::Files | QDir::Hidden),
+             QStringList(Store));
     deleteHotSpotService(&m_service);
     KrelLogger::setSink(nullptr);
 }
@@ -122,7 +122,17 @@ void PassphraseSecrecyTest::await(Operation *started, bool succeeds)
 
 void PassphraseSecrecyTest::look()
 {
-    m_log += m_daemon.process().processId() > 0 ? m_daemon.process().errors() : QByteArray();
+    if (m_daemon.process().processId() > 0)
+        m_log += m_daemon.process().errors() + m_daemon.process().output();
+    // The store, and what becomes the store.
+    const QFileInfoList stores =
+        QDir(m_daemon.root()).entryInfoList({Store + QLatin1Char('*')}, QDir::Files | QDir::Hidden);
+    for (const QFileInfo &store : stores) {
+        if (QFile file(store.filePath()); file.open(QIODevice::ReadOnly)) // it may be renamed just now
+            QCOMPARE(
+                int(file.permissions() & ~(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser)),
+                0);
+    }
     const QByteArray files = filesBelow(m_daemon.root(), Store);
     const QByteArray processes = processList(m_daemon.process().processId());
     // Each place does hold what is not secret.

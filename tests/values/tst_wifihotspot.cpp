@@ -12,6 +12,14 @@ static_assert(WifiBand2_4GHz == 0, "");
 static_assert(WifiBand5GHz == 1, "");
 static_assert(sizeof(WifiHotspot) == sizeof(void *), "");
 
+template<typename T, typename = void>
+constexpr bool IsWritable = false;
+template<typename T>
+constexpr bool IsWritable<T, decltype(std::declval<QTextStream &>() << std::declval<T>(), void())> = true;
+static_assert(IsWritable<WifiHotspot &>, "");
+static_assert(!IsWritable<const WifiHotspot &>, "");
+static_assert(!IsWritable<WifiHotspot>, "");
+
 namespace {
 
 using Change = std::function<void(WifiHotspot &)>;
