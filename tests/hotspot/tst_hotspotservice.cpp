@@ -4,7 +4,7 @@
 #include "hotspotproviderfixture.h"
 #include "logcapture.h"
 #include "metaobject.h"
-#include "privatehalf.h"
+#include "servicedoubles.h"
 
 #include <QtTest/QtTest>
 
@@ -79,35 +79,8 @@ struct ServiceFixture
     std::unique_ptr<Service> service = std::make_unique<Service>();
 };
 
-/*! Never ready, whatever its provider says. */
-class UnreadyService : public HotSpotService
-{
-public:
-    bool ready() const override { return false; }
-};
-
-/*! Ready even when its provider is not. */
-class AlwaysReadyService : public HotSpotService
-{
-public:
-    bool ready() const override { return true; }
-};
-
 /*! Asks \a service for one thing and says what came back. */
 using Call = std::function<QString(HotSpotService &service)>;
-
-template<typename Operation>
-QString endOf(Operation *operation)
-{
-    const std::unique_ptr<Operation> owned(operation);
-    if (!operation)
-        return QStringLiteral("null");
-    if (operation->parent() || !operation->results().isEmpty())
-        return QStringLiteral("not new");
-    if (!operation->hasError())
-        return QStringLiteral("pending");
-    return QStringLiteral("%1 %2").arg(operation->error().code()).arg(operation->error().message());
-}
 
 } // namespace
 
@@ -311,10 +284,10 @@ void TestHotspotService::asksItselfWhetherItIsReady()
     QFETCH(Call, call);
     QFETCH(QString, ready);
     QFETCH(QString, notReady);
-    const ServiceFixture<AlwaysReadyService> alwaysReady;
+    const ServiceFixture<AlwaysReadyService<HotSpotService>> alwaysReady;
     QCOMPARE(call(*alwaysReady.service), ready);
     QCOMPARE(alwaysReady.provider.calls.size(), 1);
-    ServiceFixture<UnreadyService> unready;
+    ServiceFixture<UnreadyService<HotSpotService>> unready;
     unready.provider.setReady(true);
     QCOMPARE(call(*unready.service), notReady);
     QVERIFY(unready.provider.calls.isEmpty());

@@ -5,7 +5,7 @@
 #include "metaobject.h"
 #include "networkingdaemon.h"
 #include "networkinterfaceprovider_p.h"
-#include "privatehalf.h"
+#include "servicedoubles.h"
 
 #include <QtTest/QtTest>
 
@@ -49,29 +49,6 @@ public:
 };
 
 int FakeProvider::deleted = 0;
-
-/*! A service with \a provider in place of its own. */
-template<typename Service>
-FakeProvider *replaceProvider(Service &service)
-{
-    auto *provider = new FakeProvider;
-    privateHalf(service) = std::make_unique<ServicePrivate>(&service, provider);
-    return provider;
-}
-
-/*! Never ready, whatever its provider says. */
-class UnreadyService : public NetworkInterfaceService
-{
-public:
-    bool ready() const override { return false; }
-};
-
-/*! Ready even without a provider. */
-class AlwaysReadyService : public NetworkInterfaceService
-{
-public:
-    bool ready() const override { return true; }
-};
 
 } // namespace
 
@@ -186,14 +163,14 @@ void TestNetworkInterfaceService::isAvailable()
 {
     NetworkInterfaceService service;
     QVERIFY(service.available());
-    replaceProvider(service)->setReady(true);
+    replaceProvider<FakeProvider>(service)->setReady(true);
     QVERIFY(service.available());
 }
 
 void TestNetworkInterfaceService::isAsReadyAsItsProvider()
 {
     NetworkInterfaceService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     QSignalSpy readyChanged(&service, &ServiceBase::readyChanged);
     QVERIFY(!service.ready());
     provider->setReady(true);
@@ -208,7 +185,7 @@ void TestNetworkInterfaceService::isAsReadyAsItsProvider()
 void TestNetworkInterfaceService::withoutProvider()
 {
     NetworkInterfaceService unready;
-    AlwaysReadyService ready;
+    AlwaysReadyService<NetworkInterfaceService> ready;
     for (NetworkInterfaceService *service : {&unready, static_cast<NetworkInterfaceService *>(&ready)}) {
         delete privateHalf(*service)->provider;
         privateHalf(*service)->provider = nullptr;
@@ -226,7 +203,7 @@ void TestNetworkInterfaceService::withoutProvider()
 void TestNetworkInterfaceService::answersEmptyWhileNotReady()
 {
     NetworkInterfaceService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     provider->known = {named("en0")};
     provider->preferred = named("en0");
     LogCapture log(7);
@@ -237,8 +214,8 @@ void TestNetworkInterfaceService::answersEmptyWhileNotReady()
 
 void TestNetworkInterfaceService::asksItsVirtualReady()
 {
-    UnreadyService service;
-    FakeProvider *provider = replaceProvider(service);
+    UnreadyService<NetworkInterfaceService> service;
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     provider->setReady(true);
     provider->known = {named("en0")};
     provider->preferred = named("en0");
@@ -252,7 +229,7 @@ void TestNetworkInterfaceService::asksItsVirtualReady()
 void TestNetworkInterfaceService::translatesInterfaces()
 {
     NetworkInterfaceService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     provider->setReady(true);
     QVERIFY(service.interfaces().isEmpty());
     NetworkInterfaceData first = named("wl0");
@@ -269,7 +246,7 @@ void TestNetworkInterfaceService::translatesInterfaces()
 void TestNetworkInterfaceService::translatesThePreferredInterface()
 {
     NetworkInterfaceService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     provider->setReady(true);
     QVERIFY(service.preferredInterface().isEmpty());
     provider->preferred = named("en0");
@@ -280,7 +257,7 @@ void TestNetworkInterfaceService::translatesThePreferredInterface()
 void TestNetworkInterfaceService::passesParentsOn()
 {
     NetworkInterfaceService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     provider->setReady(true);
     NetworkInterfaceData parent = named("br0");
     parent.priority = 3;
@@ -295,7 +272,7 @@ void TestNetworkInterfaceService::passesParentsOn()
 void TestNetworkInterfaceService::passesConfigureOn()
 {
     NetworkInterfaceService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     provider->setReady(true);
     provider->known = {named("en0")};
     NetworkInterfaceConfig config;
@@ -315,7 +292,7 @@ void TestNetworkInterfaceService::passesConfigureOn()
 void TestNetworkInterfaceService::refusesConfigureWhileNotReady()
 {
     NetworkInterfaceService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     LogCapture log(7);
     const std::unique_ptr<AsyncNetworkInterfaceOperation> operation(service.configure({}, {}));
     QVERIFY(operation);
@@ -333,7 +310,7 @@ void TestNetworkInterfaceService::refusesConfigureWhileNotReady()
 void TestNetworkInterfaceService::completesWithSuccess()
 {
     NetworkInterfaceService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     provider->setReady(true);
     const std::unique_ptr<AsyncNetworkInterfaceOperation> operation(service.configure({}, {}));
     QSignalSpy success(operation.get(), &AsyncNetworkInterfaceOperation::success);
@@ -353,7 +330,7 @@ void TestNetworkInterfaceService::completesWithSuccess()
 void TestNetworkInterfaceService::completesWithFailure()
 {
     NetworkInterfaceService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     provider->setReady(true);
     const std::unique_ptr<AsyncNetworkInterfaceOperation> operation(service.configure({}, {}));
     QSignalSpy success(operation.get(), &AsyncNetworkInterfaceOperation::success);
@@ -410,7 +387,7 @@ void TestNetworkInterfaceService::notices()
 {
     QFETCH(int, which);
     NetworkInterfaceService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     QList<int> signalsHeard;
     QList<NetworkInterface> heard;
     for (int i = 0; i < serviceSignals().size(); ++i) {
@@ -435,7 +412,7 @@ void TestNetworkInterfaceService::notices()
 void TestNetworkInterfaceService::ignoresAddedAndRemoved()
 {
     NetworkInterfaceService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     int heard = 0;
     for (const ServiceSignal signal : serviceSignals())
         connect(&service, signal, [&heard] { ++heard; });
@@ -449,7 +426,7 @@ void TestNetworkInterfaceService::noticesReachQueuedConnectionsByName()
 {
     QFETCH(int, which);
     NetworkInterfaceService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     Listener listener;
     const QByteArray signal = QByteArray(QTest::currentDataTag()) + "(morvek::NetworkInterface)";
     QVERIFY(
@@ -471,7 +448,7 @@ void TestNetworkInterfaceService::deletesItsProvider()
              QByteArray("morvek::NetworkInterfaceProviderZop"));
     const QPointer<NetworkInterfaceProvider> ownProvider(privateHalf(*service)->provider);
     const int before = FakeProvider::deleted;
-    replaceProvider(*service);
+    replaceProvider<FakeProvider>(*service);
     QVERIFY(!ownHalf);
     QVERIFY(!ownProvider);
     QCOMPARE(FakeProvider::deleted, before);
@@ -482,7 +459,7 @@ void TestNetworkInterfaceService::deletesItsProvider()
 void TestNetworkInterfaceService::leavesOperationsAlone()
 {
     auto service = std::make_unique<NetworkInterfaceService>();
-    FakeProvider *provider = replaceProvider(*service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(*service);
     provider->setReady(true);
     const std::unique_ptr<AsyncNetworkInterfaceOperation> pending(service->configure({}, {}));
     const std::unique_ptr<AsyncNetworkInterfaceOperation> ended(service->configure({}, {}));
@@ -504,7 +481,7 @@ void TestNetworkInterfaceService::mayBeDeletedInAnySlot()
 {
     QFETCH(int, which);
     auto service = std::make_unique<NetworkInterfaceService>();
-    FakeProvider *provider = replaceProvider(*service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(*service);
     int heardLater = 0;
     const auto deleteIt = [&service] { service.reset(); };
     if (which == 4) {

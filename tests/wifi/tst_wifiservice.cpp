@@ -4,7 +4,7 @@
 #include "eventloop.h"
 #include "logcapture.h"
 #include "metaobject.h"
-#include "privatehalf.h"
+#include "servicedoubles.h"
 #include "wificonnectionconfig.h"
 #include "wifiproviderzop_p.h"
 #include "zopdouble.h"
@@ -88,40 +88,8 @@ private:
 
 int FakeProvider::deleted = 0;
 
-/*! A service with \a provider in place of its own. */
-template<typename Service>
-FakeProvider *replaceProvider(Service &service)
-{
-    auto *provider = new FakeProvider;
-    privateHalf(service) = std::make_unique<ServicePrivate>(&service, provider);
-    return provider;
-}
-
-/*! Never ready, whatever its provider says. */
-class UnreadyService : public WifiService
-{
-public:
-    bool ready() const override { return false; }
-};
-
-/*! Ready even without a provider. */
-class AlwaysReadyService : public WifiService
-{
-public:
-    bool ready() const override { return true; }
-};
-
 /*! Asks \a service for one thing and says what came back. */
 using Call = std::function<QString(WifiService &service)>;
-
-template<typename Operation>
-QString endOf(Operation *operation)
-{
-    const std::unique_ptr<Operation> owned(operation);
-    if (!operation->hasError())
-        return QStringLiteral("pending");
-    return QStringLiteral("%1 %2").arg(operation->error().code()).arg(operation->error().message());
-}
 
 } // namespace
 
@@ -214,7 +182,7 @@ void TestWifiService::isAvailable()
 {
     WifiService service;
     QVERIFY(service.available());
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     QVERIFY(service.available());
     provider->setReady(true);
     QVERIFY(service.available());
@@ -225,7 +193,7 @@ void TestWifiService::isAvailable()
 void TestWifiService::isAsReadyAsItsProvider()
 {
     WifiService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     QSignalSpy readyChanged(&service, &ServiceBase::readyChanged);
     LogCapture log(7);
     QVERIFY(!service.ready());
@@ -282,7 +250,7 @@ void TestWifiService::asksItsProvider()
     QFETCH(Call, call);
     QFETCH(QString, ready);
     WifiService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     provider->setReady(true);
     LogCapture log(7);
     QCOMPARE(call(service), ready);
@@ -295,7 +263,7 @@ void TestWifiService::asksNothingWhileNotReady()
     QFETCH(Call, call);
     QFETCH(QString, notReady);
     WifiService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     LogCapture log(2);
     QCOMPARE(call(service), notReady);
     QVERIFY(log.take().isEmpty());
@@ -311,7 +279,7 @@ void TestWifiService::asksNothingWithoutProvider()
 {
     QFETCH(Call, call);
     QFETCH(QString, notReady);
-    AlwaysReadyService service;
+    AlwaysReadyService<WifiService> service;
     privateHalf(service) = std::make_unique<ServicePrivate>(&service, nullptr);
     LogCapture log(3);
     QCOMPARE(call(service), notReady);
@@ -326,11 +294,11 @@ void TestWifiService::asksTheProviderWhetherItIsReady()
     QFETCH(Call, call);
     QFETCH(QString, ready);
     QFETCH(QString, notReady);
-    UnreadyService unready;
-    replaceProvider(unready)->setReady(true);
+    UnreadyService<WifiService> unready;
+    replaceProvider<FakeProvider>(unready)->setReady(true);
     QCOMPARE(call(unready), ready);
-    AlwaysReadyService alwaysReady;
-    const FakeProvider *provider = replaceProvider(alwaysReady);
+    AlwaysReadyService<WifiService> alwaysReady;
+    const FakeProvider *provider = replaceProvider<FakeProvider>(alwaysReady);
     QCOMPARE(call(alwaysReady), notReady);
     QVERIFY(provider->calls.isEmpty());
 }
@@ -338,7 +306,7 @@ void TestWifiService::asksTheProviderWhetherItIsReady()
 void TestWifiService::passesOperationsOn()
 {
     WifiService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     provider->setReady(true);
     const std::unique_ptr<AsyncWifiScanOperation> scan(service.scan());
     const std::unique_ptr<AsyncWifiConnectOperation> connection(service.connectAccessPoint(config()));
@@ -353,7 +321,7 @@ void TestWifiService::passesOperationsOn()
 void TestWifiService::refusesFromTheEventLoop()
 {
     WifiService service;
-    replaceProvider(service);
+    replaceProvider<FakeProvider>(service);
     const std::unique_ptr<AsyncWifiScanOperation> scan(service.scan());
     const std::unique_ptr<AsyncWifiConnectOperation> connection(service.connectAccessPoint(config()));
     QVERIFY(!scan->parent());
@@ -375,7 +343,7 @@ void TestWifiService::refusesFromTheEventLoop()
 void TestWifiService::passesSignalsOn()
 {
     WifiService service;
-    FakeProvider *provider = replaceProvider(service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(service);
     QStringList heard;
     connect(&service, &ServiceBase::readyChanged, [&](bool ready) { heard.append(ready ? "ready" : "not ready"); });
     connect(&service, &WifiService::poweredChanged, [&](bool powered) { heard.append(powered ? "on" : "off"); });
@@ -405,7 +373,7 @@ void TestWifiService::deletesItsProvider()
     QVERIFY(!ownProvider->parent());
     QCOMPARE(QByteArray(ownProvider->metaObject()->className()), QByteArray("morvek::WifiProviderZop"));
     const int before = FakeProvider::deleted;
-    const FakeProvider *provider = replaceProvider(*service);
+    const FakeProvider *provider = replaceProvider<FakeProvider>(*service);
     QVERIFY(!ownProvider);
     QCOMPARE(FakeProvider::deleted, before);
     QByteArray serviceThen;
@@ -418,7 +386,7 @@ void TestWifiService::deletesItsProvider()
 void TestWifiService::leavesOperationsAlone()
 {
     auto service = std::make_unique<WifiService>();
-    FakeProvider *provider = replaceProvider(*service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(*service);
     const std::unique_ptr<AsyncWifiScanOperation> refused(service->scan());
     provider->setReady(true);
     const std::unique_ptr<AsyncWifiScanOperation> pending(service->scan());
@@ -441,7 +409,7 @@ void TestWifiService::mayBeDeletedInAnySlot()
 {
     QFETCH(int, which);
     auto service = std::make_unique<WifiService>();
-    FakeProvider *provider = replaceProvider(*service);
+    FakeProvider *provider = replaceProvider<FakeProvider>(*service);
     int heardLater = 0;
     const auto hear = [&](auto signal) {
         connect(service.get(), signal, [&service] { service.reset(); });
