@@ -27,6 +27,8 @@ end() {
     rm -rf "$work"
 }
 trap end EXIT
+trap 'exit 130' INT # the commands that are shown end by themselves then, and the tour would go on
+trap 'exit 143' TERM
 
 # chapter TEXT...: after a moment for reading the last lines
 chapter() {
@@ -157,16 +159,18 @@ stop_daemons KILL
 try morvekctl interfaces
 tell "They come back, with the world of this morning, but for the hotspot: its profile is kept. The applications live on."
 start_daemons
+tell "They take requests again: the wired interface gets an address by hand, the hotspot goes on as it was set."
 try morvekctl configure eth0 manual --address 10.20.0.77 --netmask 255.255.0.0 --gateway 10.20.0.1 --applied
 try morvekctl hotspot on --json
 wait_until 'on       hotspot on'
 try morvekctl hotspot status
 
 chapter "Evening"
-tell "Everything is switched off, and the daemons end."
+tell "The hotspot and the Wi-Fi radio are switched off."
 try morvekctl hotspot off
-try morvekctl wifi disconnect
+try morvekctl wifi off
 try morvekctl wifi status --json
+tell "The applications that followed the changes end, then the daemons."
 for pid in "${monitors[@]}"; do
     show_command kill "$pid"
     stop TERM "$pid"

@@ -93,7 +93,9 @@ public:
      * - "Failed to update WifiHotspot config.": the manager refuses the profile.
      * - "Unable to write to vantor zop": the manager is not there.
      *
-     * Of a profile that is empty (WifiHotspot::isEmpty()), nothing is written: the manager gets an empty one.
+     * Of a profile that is empty (WifiHotspot::isEmpty()), nothing is written: the manager gets an empty one. The
+     * gateway's address, the netmask and the lease time, which a WifiHotspot does not tell, are written as 192.168.0.1,
+     * 255.255.255.0 and 120.
      */
     AsyncHotspotConfigOperation *setConfiguration(const WifiHotspot &profile);
     /*!

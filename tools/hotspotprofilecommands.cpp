@@ -104,25 +104,16 @@ private:
         applyProfileOptions(m_line, &m_wanted, &ignored);
         if (!m_passphrase.isEmpty())
             m_wanted.setPassphrase(m_passphrase);
-        if (!isWritable())
+        const QString gap = gapOf(m_wanted);
+        if (!gap.isEmpty()) {
+            fail(notChanged(QStringLiteral("the tethering daemon's has %1: give that, too").arg(gap)));
             return;
+        }
         awaitAnswer(QStringLiteral("the tethering daemon has not answered; it may still take the profile"));
         m_write.reset(service()->setConfiguration(m_wanted));
         connect(m_write.get(), &AsyncHotspotConfigOperation::success, this, &SetCommand::readAgain);
         connect(m_write.get(), &AsyncHotspotConfigOperation::failure, this,
                 [this] { fail(sentence(QStringLiteral("the profile was not changed"), m_write->error())); });
-    }
-
-    // The library would write nothing at all, or no security.
-    bool isWritable()
-    {
-        const QStringList missing = missingFields(m_wanted);
-        if (!missing.isEmpty())
-            fail(notChanged(QStringLiteral("the tethering daemon's has no %1: give that, too")
-                                .arg(missing.join(QLatin1String(", no ")))));
-        else if (!hasKnownSecurity(m_wanted))
-            fail(notChanged(QStringLiteral("its security is unknown, and would be lost: give --security, too")));
-        return !isFinished();
     }
 
     // What was written tells nothing of what the daemon has made of it.

@@ -41,38 +41,62 @@ class EnableCommand : public HotspotCommand
 public:
     EnableCommand(const CommandLine &line, bool on)
         : HotspotCommand(line),
-          m_on(on),
-          m_still(QStringLiteral("the hotspot is still %1").arg(onOrOff(!on)))
+          m_on(on)
     {
     }
 
 protected:
     void run() override
     {
-        if (service()->enabled() == m_on) {
-            tell(QStringLiteral("The hotspot is %1 already.").arg(onOrOff(m_on)));
+        const bool isSo = service()->enabled() == m_on;
+        if (isSo && m_on) {
+            tell(QStringLiteral("The hotspot is on already."));
             return;
         }
-        connect(service(), &HotSpotService::enabledChanged, this,
-                [this] { tell(QStringLiteral("The hotspot is %1.").arg(onOrOff(m_on))); });
+        // To stop it is asked for in any case: somebody may have had it started, which the status does not tell yet.
+        m_still = isSo ? QStringLiteral("the hotspot is off, but may be starting")
+                       : QStringLiteral("the hotspot is still %1").arg(onOrOff(!m_on));
+        connect(service(), &HotSpotService::enabledChanged, this, [this](bool enabled) {
+            if (enabled == m_on)
+                tellState();
+        });
         if (m_on) // it starts with the profile that was read last
-            fetch(m_still + QLatin1String(", as its profile was not read"), [this](const WifiHotspot &) { request(); });
+            fetch(m_still + QLatin1String(", as its profile was not read"),
+                  [this](const WifiHotspot &profile) { requestWith(profile); });
         else
             request();
     }
 
 private:
+    void requestWith(const WifiHotspot &profile)
+    {
+        const QString gap = gapOf(profile);
+        if (gap.isEmpty())
+            request();
+        else
+            fail(m_still + QStringLiteral(": its profile has %1, see 'morvekctl help hotspot set'").arg(gap));
+    }
+
     void request()
     {
         awaitAnswer(m_still + QLatin1String("; the tethering daemon has not answered"));
         m_operation.reset(service()->setEnabled(m_on));
-        connect(m_operation.get(), &AsyncHotspotEnableOperation::success, this, [this] {
-            setOverdue(m_still + QLatin1String(", though the tethering daemon has accepted to switch it"));
-            setDeadline(ChangeTime);
-        });
+        connect(m_operation.get(), &AsyncHotspotEnableOperation::success, this, &EnableCommand::awaitChange);
         connect(m_operation.get(), &AsyncHotspotEnableOperation::failure, this,
                 [this] { fail(sentence(m_still, m_operation->error())); });
     }
+
+    void awaitChange()
+    {
+        if (service()->enabled() == m_on) {
+            tellState();
+            return;
+        }
+        setOverdue(m_still + QLatin1String(", though the tethering daemon has accepted to switch it"));
+        setDeadline(ChangeTime);
+    }
+
+    void tellState() { tell(QStringLiteral("The hotspot is %1.").arg(onOrOff(m_on))); }
 
     void tell(const QString &text)
     {
@@ -81,7 +105,7 @@ private:
     }
 
     const bool m_on;
-    const QString m_still;
+    QString m_still; //!< what is so when the command fails
     std::unique_ptr<AsyncHotspotEnableOperation> m_operation;
 };
 
@@ -137,7 +161,8 @@ CommandInfo hotspotOffCommand()
             0,
             serviceOptions(),
             {{QString(), QStringLiteral("switch the hotspot off, and wait until it is")}},
-            enableDetails(),
+            QStringLiteral("The tethering daemon is asked also when the hotspot is off: it may be starting.\n")
+                + enableDetails(),
             {QStringLiteral("morvekctl hotspot off")},
             createEnable<false>};
 }

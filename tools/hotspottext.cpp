@@ -91,23 +91,20 @@ bool readSecurity(const QString &word, QFlags<WifiSecurityProtocol> *security)
     return readWord(Securities, word, security);
 }
 
-bool hasKnownSecurity(const WifiHotspot &profile)
+QString gapOf(const WifiHotspot &profile)
 {
-    return !wordOf(Securities, profile.securityType()).isEmpty();
-}
-
-QStringList missingFields(const WifiHotspot &profile)
-{
-    QStringList missing;
+    QStringList gaps;
     if (profile.name().isEmpty())
-        missing += QStringLiteral("name");
+        gaps += QStringLiteral("no name");
     if (profile.passphrase().isEmpty())
-        missing += QStringLiteral("passphrase");
+        gaps += QStringLiteral("no passphrase");
     if (profile.maxClients() == NotSet)
-        missing += QStringLiteral("maximum of clients");
+        gaps += QStringLiteral("no maximum of clients");
     if (profile.inactivityTime() == NotSet)
-        missing += QStringLiteral("inactivity time");
-    return missing;
+        gaps += QStringLiteral("no inactivity time");
+    if (wordOf(Securities, profile.securityType()).isEmpty())
+        gaps += QStringLiteral("an unknown security");
+    return gaps.join(QLatin1String(", "));
 }
 
 QStringList differentFields(const WifiHotspot &profile, const WifiHotspot &other)

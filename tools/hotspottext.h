@@ -19,10 +19,9 @@ bool readBand(const QString &word, WifiBand *band);
 QString securityWord(const QFlags<WifiSecurityProtocol> &security);
 /*! False when \a word is none, or "unknown". */
 bool readSecurity(const QString &word, QFlags<WifiSecurityProtocol> *security);
-bool hasKnownSecurity(const WifiHotspot &profile);
 
-/*! What \a profile lacks that the library would not write it without. */
-QStringList missingFields(const WifiHotspot &profile);
+/*! Why the library cannot write \a profile as it is, as "no name, no passphrase" or "an unknown security"; or empty. */
+QString gapOf(const WifiHotspot &profile);
 /*! The fields in which \a profile and \a other differ. */
 QStringList differentFields(const WifiHotspot &profile, const WifiHotspot &other);
 

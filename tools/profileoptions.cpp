@@ -22,7 +22,8 @@ struct Field
 bool applyName(const QString &value, WifiHotspot *profile)
 {
     profile->setName(value);
-    return !value.isEmpty() && value.toUtf8().size() <= LongestName;
+    // Where bytes are no UTF-8, the value has this character.
+    return !value.isEmpty() && value.toUtf8().size() <= LongestName && !value.contains(QChar::ReplacementCharacter);
 }
 
 bool applyBand(const QString &value, WifiHotspot *profile)
@@ -79,7 +80,7 @@ const std::vector<Field> &fields()
     static const std::vector<Field> table {
         {{QStringLiteral("name"), QStringLiteral("NAME"), QStringLiteral("the network's name")},
          applyName,
-         QStringLiteral("is no name of a network: give 1 to 32 bytes")},
+         QStringLiteral("is no name of a network: give 1 to 32 bytes of UTF-8")},
         {{QStringLiteral("band"), QStringLiteral("2.4|5"), QStringLiteral("the radio band, in GHz")},
          applyBand,
          QStringLiteral("is no band: use 2.4 or 5")},

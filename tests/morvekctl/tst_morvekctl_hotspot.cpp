@@ -25,6 +25,11 @@ private Q_SLOTS:
     void switches();
     void switchesAsJson();
     void startsWithTheProfile();
+    void stopsWithoutTheProfile();
+    void stopsWhatIsStarting();
+    void stopsWhatHasStarted();
+    void startsWithAGap_data();
+    void startsWithAGap();
     void switchedByAnotherApplication();
     void answeredTwice();
 
@@ -209,7 +214,7 @@ void TestMorvekctlHotspot::switches()
         QCOMPARE(result.code, 0);
         QCOMPARE(this->state(), state);
     };
-    check(QStringLiteral("off"), QStringLiteral("The hotspot is off already.\n"), QStringLiteral("INACTIVE"));
+    check(QStringLiteral("off"), QStringLiteral("The hotspot is off.\n"), QStringLiteral("INACTIVE"));
     check(QStringLiteral("on"), QStringLiteral("The hotspot is on.\n"), QStringLiteral("ACTIVE"));
     check(QStringLiteral("on"), QStringLiteral("The hotspot is on already.\n"), QStringLiteral("ACTIVE"));
     check(QStringLiteral("off"), QStringLiteral("The hotspot is off.\n"), QStringLiteral("INACTIVE"));
@@ -240,6 +245,65 @@ void TestMorvekctlHotspot::startsWithTheProfile()
                  .section(QLatin1Char('\n'), 0, 0)
                  .contains(QLatin1String("Morvek Car")),
              qPrintable(m_told));
+}
+
+void TestMorvekctlHotspot::stopsWithoutTheProfile()
+{
+    QVERIFY(start(R"({ "message": "retrieve_profile", "fault": "refuse", "err": 16, "errmsg": "busy" })"));
+    QVERIFY(publish(QStringLiteral("state"), QStringLiteral("ACTIVE")));
+    QCOMPARE(run(QStringLiteral("hotspot off --timeout 1")).errors,
+             QStringLiteral("morvekctl: the time is up: the hotspot is still on, though the tethering daemon has "
+                            "accepted to switch it\n"));
+}
+
+/*! A hotspot that somebody has had started is told as off until it is on. */
+void TestMorvekctlHotspot::stopsWhatIsStarting()
+{
+    QVERIFY(start({}, {QStringLiteral("--verbose")}));
+    const ToolResult result = run(QStringLiteral("hotspot off"));
+    QCOMPARE(result.output, QStringLiteral("The hotspot is off.\n"));
+    QCOMPARE(result.code, 0);
+    QVERIFY(waitForDaemon(QStringLiteral("reply   stop")));
+}
+
+void TestMorvekctlHotspot::stopsWhatHasStarted()
+{
+    QVERIFY(start(R"({ "message": "stop", "fault": "no-reply", "times": 1 })", {QStringLiteral("--verbose")}));
+    Tool tool(m_root->path());
+    tool.start({QStringLiteral("hotspot"), QStringLiteral("off")});
+    QVERIFY(waitForDaemon(QStringLiteral("request stop")));
+    QVERIFY(publish(QStringLiteral("state"), QStringLiteral("ACTIVE")));
+    QVERIFY(publish(QStringLiteral("state"), QStringLiteral("INACTIVE")));
+    QCOMPARE(tool.nextLine(), QStringLiteral("The hotspot is off."));
+    QCOMPARE(tool.wait(), 0);
+}
+
+void TestMorvekctlHotspot::startsWithAGap_data()
+{
+    QTest::addColumn<QByteArray>("profile");
+    QTest::addColumn<QString>("gap");
+    QTest::newRow("nothing") << QByteArray("{}") << "no name, no passphrase, no maximum of clients, no inactivity time";
+    QTest::newRow("no passphrase") << QByteArray(R"({"ssid":"Bus","security_type":"none"})") << "no passphrase";
+    QTest::newRow("no security") << QByteArray(R"({"ssid":"Bus","passphrase":"all aboard","security_type":"wpa3"})")
+                                 << "an unknown security";
+}
+
+/*! The library would send an empty profile, or one without security. */
+void TestMorvekctlHotspot::startsWithAGap()
+{
+    QFETCH(QByteArray, profile);
+    QFETCH(QString, gap);
+    QVERIFY(start(tellsProfile(profile), {QStringLiteral("--verbose")}));
+    const ToolResult result = run(QStringLiteral("hotspot on"));
+    QCOMPARE(
+        result.errors,
+        QStringLiteral("morvekctl: the hotspot is still off: its profile has %1, see 'morvekctl help hotspot set'\n")
+            .arg(gap));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 1);
+    QCOMPARE(run(QStringLiteral("hotspot off")).code, 0);
+    QVERIFY(waitForDaemon(QStringLiteral("reply   stop")));
+    QVERIFY(!m_told.contains(QLatin1String("request start")));
 }
 
 void TestMorvekctlHotspot::switchedByAnotherApplication()
@@ -285,6 +349,10 @@ void TestMorvekctlHotspot::refused_data()
     QTest::newRow("off") << stop << "ACTIVE"
                          << "off"
                          << "the hotspot is still on, code -1: Failed to disable config.";
+    QTest::newRow("off, though it is not on")
+        << stop << "INACTIVE"
+        << "off"
+        << "the hotspot is off, but may be starting, code -1: Failed to disable config.";
     QTest::newRow("profile of on") << fetch << "INACTIVE"
                                    << "on"
                                    << QStringLiteral("the hotspot is still off, as its profile was not read") + refused;
@@ -329,6 +397,9 @@ void TestMorvekctlHotspot::timeIsUp_data()
                          << "off" << QStringLiteral("the hotspot is still on") + silent;
     QTest::newRow("on, accepted") << QByteArray(R"({ "message": "start", "fault": "ignore" })") << "INACTIVE"
                                   << "on" << QStringLiteral("the hotspot is still off") + accepted;
+    QTest::newRow("off, though it is not on")
+        << QByteArray(R"({ "message": "stop", "fault": "no-reply" })") << "INACTIVE"
+        << "off" << QStringLiteral("the hotspot is off, but may be starting") + silent;
     QTest::newRow("off, accepted") << QByteArray(R"({ "message": "stop", "fault": "ignore" })") << "ACTIVE"
                                    << "off" << QStringLiteral("the hotspot is still on") + accepted;
     QTest::newRow("profile of on") << QByteArray(R"({ "fault": "no-reply" })") << "INACTIVE"

@@ -326,7 +326,8 @@ void TestMorvekctlHotspotSet::emptyProfile()
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 1);
     QCOMPARE(run(QStringLiteral("hotspot off")).code, 0);
-    QVERIFY(waitForDaemon(QStringLiteral("reply   retrieve_profile")));
+    QVERIFY(waitForDaemon(QStringLiteral("reply   stop")));
+    QVERIFY(m_told.contains(QLatin1String("request retrieve_profile")));
     QVERIFY(!m_told.contains(QLatin1String("update_profile")));
 }
 
@@ -354,8 +355,8 @@ void TestMorvekctlHotspotSet::unknownSecurity()
     QVERIFY(start(answer));
     const ToolResult refused = run(QStringLiteral("hotspot set --name Tram"));
     QCOMPARE(refused.errors,
-             QStringLiteral("morvekctl: the profile was not changed: its security is unknown, and would be lost: give "
-                            "--security, too\n"));
+             QStringLiteral("morvekctl: the profile was not changed: the tethering daemon's has an unknown security: "
+                            "give that, too\n"));
     QCOMPARE(refused.output, QString());
     QCOMPARE(refused.code, 1);
 

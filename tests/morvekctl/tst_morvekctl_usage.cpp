@@ -72,11 +72,13 @@ void TestMorvekctlUsage::nonsense_data()
     row("word too much for the hotspot", "hotspot on now", "\"now\" is too much: morvekctl hotspot on");
     row("change nothing", "hotspot set", "what shall be changed? See 'morvekctl help hotspot set'");
     row("change nothing as JSON", "hotspot set --json", "what shall be changed? See 'morvekctl help hotspot set'");
-    row("empty name", "hotspot set --name=", "--name \"\" is no name of a network: give 1 to 32 bytes");
+    row("empty name", "hotspot set --name=", "--name \"\" is no name of a network: give 1 to 32 bytes of UTF-8");
     row("name too long", "hotspot set --name 123456789012345678901234567890123",
-        "--name \"123456789012345678901234567890123\" is no name of a network: give 1 to 32 bytes");
+        "--name \"123456789012345678901234567890123\" is no name of a network: give 1 to 32 bytes of UTF-8");
     row("name of too many bytes", "hotspot set --name 1234567890123456789012345678901\u00e9",
-        "--name \"1234567890123456789012345678901\u00e9\" is no name of a network: give 1 to 32 bytes");
+        "--name \"1234567890123456789012345678901\u00e9\" is no name of a network: give 1 to 32 bytes of UTF-8");
+    row("name that was no UTF-8", "hotspot set --name caf\ufffd",
+        "--name \"caf\ufffd\" is no name of a network: give 1 to 32 bytes of UTF-8");
     row("unknown band", "hotspot set --band 5.0", "--band \"5.0\" is no band: use 2.4 or 5");
     row("unknown security", "hotspot set --security wpa3",
         "--security \"wpa3\" is no security: use open, wpa, wpa2 or wpa-wpa2");
