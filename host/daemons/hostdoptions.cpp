@@ -23,6 +23,14 @@ const QString Description = QStringLiteral(
     "Exit codes: 0 ended as asked, 1 cannot publish, 2 bad arguments, 3 bad scenario, 4 unusable root,\n"
     "5 another morvek-hostd publishes below the root.");
 
+QString serviceNames(const QString &separator)
+{
+    QStringList names;
+    for (const ServiceWords &one : Services)
+        names += one.name;
+    return names.join(separator);
+}
+
 struct Switches
 {
     QCommandLineOption scenario {QStringLiteral("scenario"),
@@ -34,7 +42,7 @@ struct Switches
                                    QStringLiteral("scenario|system"), QStringLiteral("scenario")};
     QCommandLineOption without {QStringLiteral("without"),
                                 QStringLiteral("Leaves out a daemon, but not its world; may be given more than once."),
-                                QStringLiteral("networking|wifi|tethering")};
+                                serviceNames(QStringLiteral("|"))};
     QCommandLineOption root {QStringLiteral("root"), QStringLiteral("Publishes below this directory; sets ZOP_ROOT."),
                              QStringLiteral("DIR")};
     QCommandLineOption speed {QStringLiteral("speed"), QStringLiteral("Lets time pass so many times as fast."),
@@ -76,7 +84,7 @@ bool readWithout(const QCommandLineParser &parser, const Switches &switches, Hos
         const auto *service = std::find_if(std::begin(Services), std::end(Services),
                                            [&name](const ServiceWords &one) { return one.name == name; });
         if (service == std::end(Services)) {
-            *error = QStringLiteral("--without: \"%1\" is none of networking, wifi and tethering").arg(name);
+            *error = QStringLiteral("--without: \"%1\" is none of %2").arg(name, serviceNames(QStringLiteral(", ")));
             return false;
         }
         options->without += service->service;

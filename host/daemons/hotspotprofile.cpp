@@ -160,7 +160,7 @@ Refusal HotspotProfile::checkLanProfile(const QJsonObject &lanProfile)
                                     {InactivityTimeKey, QJsonValue::Double},
                                     {PrivacyKey, QJsonValue::Bool},
                                     {BlockConnectionsKey, QJsonValue::Bool}},
-                                   QStringLiteral("\"lanprofile\""));
+                                   QStringLiteral("the hotspot's profile"));
     if (members)
         return members;
     const QString ssid = read.value(Wire::Ssid).toString();

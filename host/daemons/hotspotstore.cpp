@@ -39,6 +39,10 @@ QByteArray readFile(const QByteArray &name, QString *error)
         *error = QStringLiteral("is not a file of at most %1 KiB").arg(LargestFile / 1024);
         return {};
     }
+    if (fchmod(descriptor.get(), OwnerOnly) != 0) { // whatever somebody has made of it
+        *error = systemError(errno);
+        return {};
+    }
     QFile file;
     file.open(descriptor.release(), QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
     QByteArray content = file.readAll();

@@ -6,7 +6,7 @@
 
 namespace morvek {
 
-/*! The hotspot's profile in a hidden file of the root, which nobody but this user can read. */
+/*! The hotspot's profile in a hidden file of the root, which nobody but this user can read once it was loaded. */
 class HotspotStore
 {
 public:

@@ -11,6 +11,137 @@
 
 using namespace morvek;
 
+Q_DECLARE_METATYPE(morvek::Fault)
+
+namespace {
+
+const char ControlPath[] = "/test/control";
+const char StatePath[] = "/test/state";
+
+constexpr int ReplyDelay = 100;
+constexpr int Day = 86400000;
+
+/*! A daemon that accepts everything, and counts. */
+class PlainDaemon : public Daemon
+{
+public:
+    explicit PlainDaemon(const DaemonTools &tools)
+        : Daemon(QStringLiteral("plain"), QLatin1String(ControlPath), ControlFirst, tools, nullptr)
+    {
+    }
+
+    bool writeState(QString *error)
+    {
+        ZopChangeset changes;
+        changes.assignments.insert(QStringLiteral("written"), QStringLiteral("yes"));
+        return publisher().update(QLatin1String(StatePath), changes, error);
+    }
+
+    int published = 0;
+    QStringList performed;
+
+protected:
+    Task read(const ZopChangeset &changes) override
+    {
+        Task task;
+        task.request = ControlRequest(changes);
+        task.judge = [] { return Answer(); };
+        task.perform = [this, message = task.request.message] { performed += message; };
+        return task;
+    }
+
+    bool publish(QString *error) override
+    {
+        ++published;
+        return publisher().publish(QLatin1String(StatePath), {}, ObjectPublisher::TellDifference, error);
+    }
+};
+
+/*! A root with such a daemon, not started yet, and a client of it. */
+struct PlainFixture
+{
+    explicit PlainFixture(const QVector<Fault> &list = {})
+        : faults(list)
+    {
+        qputenv("ZOP_ROOT", QFile::encodeName(root.path()));
+    }
+
+    bool start()
+    {
+        if (!daemon.start(&error))
+            return false;
+        control = std::make_unique<ZopObject>(QLatin1String(ControlPath), ZopObject::ReadWrite, false);
+        QObject::connect(control.get(), &ZopObject::attributesChanged, control.get(),
+                         [this](const ZopChangeset &reply) {
+                             const auto text = [&reply](const char *name) {
+                                 return reply.assignments.value(QLatin1String(name)).toString();
+                             };
+                             replies += text("res") + QLatin1Char(' ') + text("err");
+                         });
+        return true;
+    }
+
+    bool ask(const char *message)
+    {
+        ZopChangeset request;
+        request.assignments.insert(QStringLiteral("msg"), QString::fromLatin1(message));
+        request.assignments.insert(QStringLiteral("id"), ++asked);
+        return control->setAttributes(request);
+    }
+
+    /*! Lets what takes up to \a milliseconds happen. */
+    bool pass(int milliseconds)
+    {
+        bool done = false;
+        pace.after(milliseconds, &world, [&done] { done = true; });
+        return QTest::qWaitFor([&done] { return done; });
+    }
+
+    const QTemporaryDir root;
+    World world;
+    FaultPlan faults;
+    Pace pace {1, 1};
+    const EventLog log {false};
+    PlainDaemon daemon {{&world, &faults, &pace, &log}};
+    std::unique_ptr<ZopObject> control;
+    QStringList replies; //!< "MESSAGE CODE"
+    QString error;
+    int asked = 0;
+};
+
+/*! Faults of requests "slow" that are answered, or carried out, after the daemon's reply delay. */
+void addSlowRows()
+{
+    QTest::addColumn<Fault>("fault");
+
+    const auto row = [](const char *name, Fault fault) {
+        fault.message = QStringLiteral("slow");
+        QTest::addRow("%s", name) << fault;
+    };
+    Fault none;
+    none.times = 0;
+    row("no fault", none);
+    Fault refuse;
+    refuse.code = 7;
+    row("refuse", refuse);
+    Fault performs;
+    performs.kind = Fault::NoReply;
+    performs.performs = true;
+    row("no reply, but performed", performs);
+    Fault twice;
+    twice.kind = Fault::Double;
+    row("double", twice);
+    Fault ignore;
+    ignore.kind = Fault::Answer;
+    ignore.reply.insert(QStringLiteral("err"), QStringLiteral("0"));
+    row("ignore", ignore);
+    Fault answer = ignore;
+    answer.reply.insert(QStringLiteral("dat"), 7);
+    row("answer", answer);
+}
+
+} // namespace
+
 /*! What only a daemon in the test's own process can show. */
 class DaemonTest : public QObject
 {
@@ -20,6 +151,13 @@ private Q_SLOTS:
     void repliesBeforeTheWorldChanges_data();
     void repliesBeforeTheWorldChanges();
     void servesNothingWhenItCannotPublish();
+    void answersNothingOfAFormerLife_data();
+    void answersNothingOfAFormerLife();
+    void repliesTakeTheirTime_data() { addSlowRows(); }
+    void repliesTakeTheirTime();
+    void deadDaemonDoesNotDie();
+    void neverStartedDaemonDoesNotDie();
+    void deadDaemonWritesNothing();
 };
 
 void DaemonTest::repliesBeforeTheWorldChanges_data()
@@ -82,6 +220,81 @@ void DaemonTest::servesNothingWhenItCannotPublish()
     QVERIFY(!daemon.start(&error));
     QVERIFY(!error.isEmpty());
     QVERIFY(!ZopObject(QStringLiteral("/zop/services/wifi/control"), ZopObject::ReadWrite, true).isValid());
+}
+
+void DaemonTest::answersNothingOfAFormerLife_data()
+{
+    addSlowRows();
+    Fault late;
+    late.kind = Fault::Late;
+    late.message = QStringLiteral("slow");
+    late.delay = ReplyDelay;
+    QTest::addRow("late") << late;
+}
+
+void DaemonTest::answersNothingOfAFormerLife()
+{
+    QFETCH(Fault, fault);
+    // The time of the reply comes when the daemon is back, and while it is dead.
+    for (const int backAfter : {0, 2 * ReplyDelay}) {
+        Fault die;
+        die.kind = Fault::Die;
+        die.message = QStringLiteral("die");
+        die.backAfter = backAfter;
+        PlainFixture fixture({fault, die});
+        fixture.daemon.setReplyDelay({ReplyDelay, ReplyDelay});
+        QVERIFY2(fixture.start(), qPrintable(fixture.error));
+        QVERIFY(fixture.ask("slow") && fixture.ask("die"));
+        QTRY_COMPARE(fixture.replies, QStringList({QStringLiteral("slow -1"), QStringLiteral("die -1")}));
+        QVERIFY(QTest::qWaitFor([&fixture] { return fixture.ask("next"); }));
+        QTRY_VERIFY(fixture.replies.size() > 2 && fixture.replies.last() == QLatin1String("next 0"));
+        QCOMPARE(fixture.replies.size(), 3);
+        QCOMPARE(fixture.daemon.performed, QStringList {QStringLiteral("next")});
+    }
+}
+
+void DaemonTest::repliesTakeTheirTime()
+{
+    QFETCH(Fault, fault);
+    Fault quick;
+    quick.kind = Fault::Late;
+    quick.message = QStringLiteral("quick");
+    PlainFixture fixture({fault, quick});
+    fixture.daemon.setReplyDelay({Day, Day});
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    QVERIFY(fixture.ask("slow") && fixture.ask("quick"));
+    QTRY_VERIFY(!fixture.daemon.performed.isEmpty() && !fixture.replies.isEmpty());
+    QCOMPARE(fixture.replies, QStringList {QStringLiteral("quick 0")});
+    QCOMPARE(fixture.daemon.performed, QStringList {QStringLiteral("quick")});
+}
+
+void DaemonTest::deadDaemonDoesNotDie()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    fixture.daemon.die(ReplyDelay);
+    fixture.daemon.die(0);
+    QVERIFY(fixture.pass(2 * ReplyDelay));
+    QCOMPARE(fixture.daemon.published, 2);
+    QVERIFY(fixture.ask("anything"));
+}
+
+void DaemonTest::neverStartedDaemonDoesNotDie()
+{
+    PlainFixture fixture;
+    fixture.daemon.die(0);
+    QVERIFY(fixture.pass(0));
+    QCOMPARE(fixture.daemon.published, 0);
+}
+
+void DaemonTest::deadDaemonWritesNothing()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    QVERIFY(fixture.daemon.writeState(&fixture.error));
+    fixture.daemon.die(-1);
+    QVERIFY(!fixture.daemon.writeState(&fixture.error));
+    QCOMPARE(fixture.error, QStringLiteral("not published"));
 }
 
 QTEST_GUILESS_MAIN(DaemonTest)

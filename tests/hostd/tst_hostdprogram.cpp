@@ -61,7 +61,7 @@ void HostdProgramTest::badArguments_data()
         "morvek-hostd: --interfaces system shows this machine: it goes with neither --scenario nor --check (--help "
         "lists the options)\n");
     row("daemon that there is none", {QStringLiteral("--without"), QStringLiteral("cellular")},
-        "morvek-hostd: --without: \"cellular\" is none of networking, wifi and tethering (--help lists the options)\n");
+        "morvek-hostd: --without: \"cellular\" is none of networking, wifi, tethering (--help lists the options)\n");
     row("empty root", {QStringLiteral("--root"), QString()},
         "morvek-hostd: --root: needs a directory (--help lists the options)\n");
 }

@@ -155,7 +155,8 @@ void HotspotReaderTest::errors_data()
     row("profile is a text", "'hotspot':{'profile':'Car'}", "hotspot.profile: must be an object");
     row("profile is empty", "'hotspot':{'profile':{}}", "hotspot.profile: \"ssid\" is missing");
     profile("missing", "'passphrase'", "'passkey'", "hotspot.profile: \"passphrase\" is missing");
-    profile("unknown", "'ssid'", "'hidden':true,'ssid'", "hotspot.profile: \"lanprofile\" has an unknown member");
+    profile("unknown", "'ssid'", "'hidden':true,'ssid'",
+            "hotspot.profile: the hotspot's profile has an unknown member");
     profile("type", "'Car'", "1", "hotspot.profile: \"ssid\" is not a text");
     profile("value", "'2.4'", "'2'", "hotspot.profile: \"mhs_band\" must be 2.4 or 5.0");
 

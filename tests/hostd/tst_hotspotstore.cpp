@@ -39,6 +39,7 @@ private Q_SLOTS:
     void keepsWhatItIsGiven();
     void isPrivateWhateverTheUmaskIs_data();
     void isPrivateWhateverTheUmaskIs();
+    void isPrivateOnceItIsRead();
     void replacesALink();
     void readsNoLink();
     void readsNoPipe();
@@ -118,6 +119,17 @@ void HotspotStoreTest::isPrivateWhateverTheUmaskIs()
     const bool saved = m_store.save(profile("One"), &m_error);
     umask(former);
     QVERIFY2(saved, qPrintable(m_error));
+    struct stat status;
+    QCOMPARE(lstat(name().constData(), &status), 0);
+    QCOMPARE(status.st_mode, mode_t(S_IFREG | 0600));
+}
+
+void HotspotStoreTest::isPrivateOnceItIsRead()
+{
+    QVERIFY2(m_store.save(profile("One"), &m_error), qPrintable(m_error));
+    QCOMPARE(chmod(name().constData(), 0664), 0);
+    QCOMPARE(m_store.load(&m_error), profile("One"));
+    QCOMPARE(m_error, QString());
     struct stat status;
     QCOMPARE(lstat(name().constData(), &status), 0);
     QCOMPARE(status.st_mode, mode_t(S_IFREG | 0600));

@@ -222,7 +222,7 @@ void TetheringRequestTest::refusesProfiles_data()
     malformed("privacy is a number", "'privacy':false", "'privacy':0", "\"privacy\" is not true or false");
     malformed("no block", ",'block_conn':true", "", "\"block_conn\" is missing");
     malformed("block is a text", "'block_conn':true", "'block_conn':'yes'", "\"block_conn\" is not true or false");
-    malformed("hotspot with more", "'ssid'", "'hidden':false,'ssid'", "\"lanprofile\" has an unknown member");
+    malformed("hotspot with more", "'ssid'", "'hidden':false,'ssid'", "the hotspot's profile has an unknown member");
 
     const auto bad = [](const char *name, const char *before, const QByteArray &after, const char *text) {
         QTest::addRow("%s", name) << profileWith(before, after) << 4 << text;

@@ -63,6 +63,7 @@ private Q_SLOTS:
     void withoutWifi();
     void withoutNetworking();
     void withoutBoth();
+    void leftOutDaemonDoesNotComeBack();
 
 private:
     bool start(const char *scenario, const char *speed = "100");
@@ -464,6 +465,18 @@ void WifiPlayTest::withoutBoth()
                                  QStringLiteral("wifi")}));
     QVERIFY(!ZopObject(QLatin1String(WifiStatus), ZopObject::Subscribe, false).isValid());
     QVERIFY(!ZopObject(QLatin1String(Status), ZopObject::Subscribe, false).isValid());
+}
+
+void WifiPlayTest::leftOutDaemonDoesNotComeBack()
+{
+    const char scenario[] = "{'interfaces': [{'name': 'wlan0', 'type': 'wifi', 'up': false}],"
+                            "'wifi': {'interface': 'wlan0', 'access_points': []}, 'timeline': ["
+                            "{'at': 0, 'event': 'daemon-dies', 'daemon': 'wifi', 'back_after': 0},"
+                            "{'at': 50, 'event': 'radio-off'}]}";
+    QVERIFY(m_daemon->startWith(scenario, {QStringLiteral("--without"), QStringLiteral("wifi")}));
+    QTRY_VERIFY(m_daemon->process().errors().contains("event   radio-off\n"));
+    QVERIFY(!m_daemon->process().errors().contains("daemon  wifi"));
+    QVERIFY(!ZopObject(QLatin1String(WifiControl), ZopObject::ReadWrite, true).isValid());
 }
 
 QTEST_GUILESS_MAIN(WifiPlayTest)

@@ -54,7 +54,7 @@ ToolResult runTool(const QString &root, const QStringList &arguments, const QStr
 
 ToolResult runWithClosedInput(const QString &root, const QString &arguments)
 {
-    QProcess process;
+    ChildProcess process;
     process.setProcessEnvironment(environmentFor(root));
     process.start(
         QStringLiteral("/bin/sh"),

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "terminaltool.h"
 
+#include "childprocess.h"
+
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QVector>
 
@@ -29,7 +31,7 @@ TerminalTool::~TerminalTool()
         ::close(m_terminal);
 }
 
-bool TerminalTool::start(const QString &root, const QStringList &arguments)
+bool TerminalTool::start(const QString &root, const QStringList &arguments, Hangup hangup)
 {
     QVector<QByteArray> words {MORVEKCTL};
     for (const QString &argument : arguments)
@@ -44,7 +46,9 @@ bool TerminalTool::start(const QString &root, const QStringList &arguments)
     if (m_process == 0) {
         ::setenv("ZOP_ROOT", folder.constData(), 1);
         ::unsetenv("KREL_VERBOSITY");
-        ::signal(SIGQUIT, SIG_DFL); // whatever those who started the test think of it
+        restoreSignals();
+        if (hangup == IgnoreHangup)
+            ::signal(SIGHUP, SIG_IGN);
         ::execv(pointers.first(), pointers.data());
         ::_exit(127);
     }

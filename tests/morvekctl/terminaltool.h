@@ -17,7 +17,10 @@ public:
     TerminalTool() = default;
     ~TerminalTool();
 
-    bool start(const QString &root, const QStringList &arguments);
+    /*! IgnoreHangup: as nohup starts it. */
+    enum Hangup { HeedHangup, IgnoreHangup };
+
+    bool start(const QString &root, const QStringList &arguments, Hangup hangup = HeedHangup);
     pid_t processId() const { return m_process; }
     /*! Waits until \a text has been shown; false when it was not within a minute. */
     bool waitFor(const QString &text);

@@ -226,8 +226,11 @@ void TestMorvekctlMonitor::endsBySignal()
 {
     QFETCH(int, signal);
     QVERIFY(m_daemon->publish(QStringLiteral("nothing-preferred")));
+    const auto former = ::signal(signal, SIG_IGN); // who runs the tests may ignore it, as nohup does
     follow();
-    QVERIFY(!nextLine().isNull());
+    const bool follows = !nextLine().isNull();
+    ::signal(signal, former);
+    QVERIFY(follows);
     m_tool->signal(signal);
     QCOMPARE(m_tool->wait(), 0);
     QCOMPARE(m_tool->errors(), QString());

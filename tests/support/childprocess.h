@@ -7,11 +7,22 @@
 #include <csignal>
 #include <sys/prctl.h>
 
+/*! Lets the signals that end a process do so, whatever those who started the test ignore; nohup does, for one. */
+inline void restoreSignals()
+{
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM})
+        ::signal(signal, SIG_DFL);
+}
+
 /*! A process that ends with the test that started it, even when that is killed. */
 class ChildProcess : public QProcess
 {
 protected:
-    void setupChildProcess() override { ::prctl(PR_SET_PDEATHSIG, SIGKILL); }
+    void setupChildProcess() override
+    {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        restoreSignals();
+    }
 };
 
 #endif
