@@ -161,6 +161,17 @@ void Daemon::send(const ControlRequest &request, const Attributes &content, cons
                                    sent ? QString() : QStringLiteral(" (the client is gone)")));
 }
 
+bool Daemon::publishStatus(Service service, const QString &path, ObjectPublisher::Takeover takeover, QString *error)
+{
+    if (!m_publisher.publish(path, world()->status(service), takeover, error))
+        return false;
+    connect(world(), &World::statusChanged, this, [=](Service changed, const ZopChangeset &changes) {
+        if (changed == service)
+            update(path, changes);
+    });
+    return true;
+}
+
 void Daemon::update(const QString &path, const ZopChangeset &changes)
 {
     QString error;

@@ -5,6 +5,7 @@
 #include "controlrequest.h"
 #include "objectpublisher.h"
 #include "pace.h"
+#include "service.h"
 
 #include <QtCore/QObject>
 
@@ -77,6 +78,8 @@ protected:
     virtual bool publish(QString *error) = 0;
 
     World *world() const { return m_tools.world; }
+    /*! Publishes the status of \a service in the object at \a path, and follows it. */
+    bool publishStatus(Service service, const QString &path, ObjectPublisher::Takeover takeover, QString *error);
     ObjectPublisher &publisher() { return m_publisher; }
     void update(const QString &path, const ZopChangeset &changes);
     void report(const QString &path, bool done, const QString &error) const;

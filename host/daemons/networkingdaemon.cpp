@@ -40,12 +40,11 @@ Daemon::Task NetworkingDaemon::read(const ZopChangeset &changes)
 bool NetworkingDaemon::publish(QString *error)
 {
     if (!publishInterfaces(error)
-        || !publisher().publish(Wire::StatusObject, world()->status(), ObjectPublisher::TellAll, error))
+        || !publishStatus(Service::Networking, Wire::StatusObject, ObjectPublisher::TellAll, error))
         return false;
     connect(world(), &World::interfaceAdded, this, &NetworkingDaemon::onInterfaceAdded);
     connect(world(), &World::interfaceRemoved, this, &NetworkingDaemon::onInterfaceRemoved);
     connect(world(), &World::interfaceChanged, this, &NetworkingDaemon::onInterfaceChanged);
-    connect(world(), &World::statusChanged, this, &NetworkingDaemon::onStatusChanged);
     return true;
 }
 
@@ -82,11 +81,6 @@ void NetworkingDaemon::onInterfaceRemoved(const QString &name)
 void NetworkingDaemon::onInterfaceChanged(const QString &name, const ZopChangeset &changes)
 {
     update(pathOf(name), changes);
-}
-
-void NetworkingDaemon::onStatusChanged(const ZopChangeset &changes)
-{
-    update(Wire::StatusObject, changes);
 }
 
 } // namespace morvek

@@ -29,7 +29,6 @@ private:
     void onInterfaceAdded(const QString &name);
     void onInterfaceRemoved(const QString &name);
     void onInterfaceChanged(const QString &name, const ZopChangeset &changes);
-    void onStatusChanged(const ZopChangeset &changes);
 
     InterfaceControl *m_control;
 };

@@ -84,7 +84,7 @@ void SimulatedHotspot::tell()
 {
     ZopChangeset changes;
     changes.assignments.insert(Wire::State, m_active ? Wire::Active : Wire::Inactive);
-    m_world->changeTetheringStatus(changes);
+    m_world->changeStatus(Service::Tethering, changes);
 }
 
 } // namespace morvek

@@ -216,7 +216,8 @@ void SimulatedNetwork::updateStatus()
     }
     if (!found)
         preferred.clear();
-    m_world->updateStatus({{Wire::DefaultInterface, preferred}, {Wire::Priority, textList(present)}});
+    m_world->updateStatus(Service::Networking,
+                          {{Wire::DefaultInterface, preferred}, {Wire::Priority, textList(present)}});
 }
 
 template<typename Function>

@@ -63,7 +63,7 @@ SimulatedRadio::SimulatedRadio(const Scenario &scenario, World *world, Simulated
         m_selected = 0;
         start.assignments.insert(Wire::WifiStatus, current->status());
     }
-    m_world->changeWifiStatus(start);
+    m_world->changeStatus(Service::Wifi, start);
     connect(m_world, &World::interfaceAdded, this, &SimulatedRadio::onInterfaceAdded);
     connect(m_world, &World::interfaceRemoved, this, &SimulatedRadio::onInterfaceRemoved);
 }
@@ -115,7 +115,7 @@ void SimulatedRadio::setPower(bool power)
     ZopChangeset changes;
     changes.assignments.insert(Wire::WifiPower, powerWord(power));
     if (power) {
-        m_world->changeWifiStatus(changes);
+        m_world->changeStatus(Service::Wifi, changes);
         join();
         return;
     }
@@ -165,7 +165,7 @@ void SimulatedRadio::tellEvent(const QString &event)
 {
     ZopChangeset changes;
     changes.assignments.insert(Wire::LastEvent, event);
-    m_world->changeWifiStatus(changes);
+    m_world->changeStatus(Service::Wifi, changes);
 }
 
 void SimulatedRadio::scan()
@@ -191,7 +191,7 @@ void SimulatedRadio::finishScan()
     // Text, unlike all other JSON of the daemons.
     changes.assignments.insert(Wire::ScanResults,
                                QString::fromUtf8(QJsonDocument(results).toJson(QJsonDocument::Compact)));
-    m_world->changeWifiStatus(changes);
+    m_world->changeStatus(Service::Wifi, changes);
 }
 
 void SimulatedRadio::select(int network)
@@ -234,7 +234,7 @@ void SimulatedRadio::associate(const SimulatedAccessPoint &accessPoint)
     ZopChangeset changes;
     changes.assignments.insert(Wire::LastEvent, connectedEvent(m_current, m_selected));
     changes.assignments.insert(Wire::WifiStatus, accessPoint.status());
-    m_world->changeWifiStatus(changes);
+    m_world->changeStatus(Service::Wifi, changes);
     // Whoever has roamed has its link already, and keeps its addresses.
     m_network->offerLease(m_interface, accessPoint.lease());
     m_network->setLink(m_interface, true);
@@ -251,7 +251,7 @@ void SimulatedRadio::leave(int reason, ZopChangeset changes)
         m_current.clear();
     }
     if (!isEmpty(changes))
-        m_world->changeWifiStatus(changes);
+        m_world->changeStatus(Service::Wifi, changes);
     if (connected)
         m_network->setLink(m_interface, false);
 }

@@ -170,7 +170,7 @@ bool SystemNetwork::mirror(QString *error)
             interfaces.insert(interface.name(), attributesOf(interface, link, names.value(link.parentIndex), routes));
     }
     mirrorInterfaces(interfaces);
-    m_world->updateStatus(statusOf(names, routes));
+    m_world->updateStatus(Service::Networking, statusOf(names, routes));
     return true;
 }
 

@@ -61,16 +61,7 @@ void TetheringDaemon::perform(const TetheringRequest &request)
 
 bool TetheringDaemon::publish(QString *error)
 {
-    if (!publisher().publish(Wire::TetheringStatusObject, world()->tetheringStatus(), ObjectPublisher::TellDifference,
-                             error))
-        return false;
-    connect(world(), &World::tetheringStatusChanged, this, &TetheringDaemon::onStatusChanged);
-    return true;
-}
-
-void TetheringDaemon::onStatusChanged(const ZopChangeset &changes)
-{
-    update(Wire::TetheringStatusObject, changes);
+    return publishStatus(Service::Tethering, Wire::TetheringStatusObject, ObjectPublisher::TellDifference, error);
 }
 
 } // namespace morvek

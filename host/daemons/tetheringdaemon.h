@@ -29,7 +29,6 @@ private:
     Q_DISABLE_COPY(TetheringDaemon)
     Answer judge(const TetheringRequest &request) const;
     void perform(const TetheringRequest &request);
-    void onStatusChanged(const ZopChangeset &changes);
 
     SimulatedHotspot *m_hotspot;
     const HotspotStore *m_store;

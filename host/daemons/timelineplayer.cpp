@@ -87,12 +87,8 @@ void TimelinePlayer::changeAttributes(const TimelineEvent &event)
 {
     if (!event.interface.isEmpty())
         m_stage.world->changeInterface(event.interface, event.changes);
-    else if (event.service == Service::Wifi)
-        m_stage.world->changeWifiStatus(event.changes);
-    else if (event.service == Service::Tethering)
-        m_stage.world->changeTetheringStatus(event.changes);
     else
-        m_stage.world->changeStatus(event.changes);
+        m_stage.world->changeStatus(event.service, event.changes);
 }
 
 } // namespace morvek

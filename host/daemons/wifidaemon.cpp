@@ -36,15 +36,7 @@ Daemon::Task WifiDaemon::read(const ZopChangeset &changes)
 bool WifiDaemon::publish(QString *error)
 {
     // Only what differs: old scan results must not be told as new ones.
-    if (!publisher().publish(Wire::WifiStatusObject, world()->wifiStatus(), ObjectPublisher::TellDifference, error))
-        return false;
-    connect(world(), &World::wifiStatusChanged, this, &WifiDaemon::onStatusChanged);
-    return true;
-}
-
-void WifiDaemon::onStatusChanged(const ZopChangeset &changes)
-{
-    update(Wire::WifiStatusObject, changes);
+    return publishStatus(Service::Wifi, Wire::WifiStatusObject, ObjectPublisher::TellDifference, error);
 }
 
 } // namespace morvek

@@ -24,7 +24,6 @@ protected:
 
 private:
     Q_DISABLE_COPY(WifiDaemon)
-    void onStatusChanged(const ZopChangeset &changes);
 
     SimulatedRadio *m_radio;
 };

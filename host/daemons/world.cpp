@@ -31,22 +31,10 @@ void World::changeInterface(const QString &name, const ZopChangeset &changes)
     Q_EMIT interfaceChanged(name, changes);
 }
 
-void World::changeStatus(const ZopChangeset &changes)
+void World::changeStatus(Service service, const ZopChangeset &changes)
 {
-    apply(changes, &m_status);
-    Q_EMIT statusChanged(changes);
-}
-
-void World::changeWifiStatus(const ZopChangeset &changes)
-{
-    apply(changes, &m_wifiStatus);
-    Q_EMIT wifiStatusChanged(changes);
-}
-
-void World::changeTetheringStatus(const ZopChangeset &changes)
-{
-    apply(changes, &m_tetheringStatus);
-    Q_EMIT tetheringStatusChanged(changes);
+    apply(changes, &m_statuses[service]);
+    Q_EMIT statusChanged(service, changes);
 }
 
 void World::updateInterface(const QString &name, const Attributes &attributes)
@@ -56,11 +44,11 @@ void World::updateInterface(const QString &name, const Attributes &attributes)
         changeInterface(name, changes);
 }
 
-void World::updateStatus(const Attributes &attributes)
+void World::updateStatus(Service service, const Attributes &attributes)
 {
-    const ZopChangeset changes = difference(m_status, attributes);
+    const ZopChangeset changes = difference(m_statuses.value(service), attributes);
     if (!isEmpty(changes))
-        changeStatus(changes);
+        changeStatus(service, changes);
 }
 
 } // namespace morvek

@@ -3,6 +3,7 @@
 #define MORVEK_HOSTD_WORLD_H
 
 #include "attributes.h"
+#include "service.h"
 
 #include <QtCore/QObject>
 
@@ -26,36 +27,28 @@ public:
     QStringList interfaces() const { return m_interfaces.keys(); }
     bool hasInterface(const QString &name) const { return m_interfaces.contains(name); }
     Attributes interfaceAttributes(const QString &name) const { return m_interfaces.value(name); }
-    Attributes status() const { return m_status; }
-    Attributes wifiStatus() const { return m_wifiStatus; }
-    Attributes tetheringStatus() const { return m_tetheringStatus; }
+    Attributes status(Service service) const { return m_statuses.value(service); }
 
     void addInterface(const QString &name, const Attributes &attributes);
     void removeInterface(const QString &name);
     /*! Tells \a changes as they are, even what sets a value to what it was. */
     void changeInterface(const QString &name, const ZopChangeset &changes);
-    void changeStatus(const ZopChangeset &changes);
-    void changeWifiStatus(const ZopChangeset &changes);
-    void changeTetheringStatus(const ZopChangeset &changes);
+    void changeStatus(Service service, const ZopChangeset &changes);
 
     /*! Tells what differs from the present attributes, or nothing. */
     void updateInterface(const QString &name, const Attributes &attributes);
-    void updateStatus(const Attributes &attributes);
+    void updateStatus(Service service, const Attributes &attributes);
 
 Q_SIGNALS:
     void interfaceAdded(const QString &name);
     void interfaceRemoved(const QString &name);
     void interfaceChanged(const QString &name, const morvek::ZopChangeset &changes);
-    void statusChanged(const morvek::ZopChangeset &changes);
-    void wifiStatusChanged(const morvek::ZopChangeset &changes);
-    void tetheringStatusChanged(const morvek::ZopChangeset &changes);
+    void statusChanged(morvek::Service service, const morvek::ZopChangeset &changes);
 
 private:
     Q_DISABLE_COPY(World)
     QMap<QString, Attributes> m_interfaces;
-    Attributes m_status;
-    Attributes m_wifiStatus;
-    Attributes m_tetheringStatus;
+    QMap<Service, Attributes> m_statuses;
 };
 
 } // namespace morvek

@@ -196,8 +196,8 @@ void DaemonTest::repliesBeforeTheWorldChanges()
     QSignalSpy finished(&command, &ZopControlCommand::finished);
     // The reply can only arrive while the world waits here if it was on its way before.
     int arrived = -1;
-    connect(&fixture.world, &World::wifiStatusChanged, &command, [&finished, &arrived] {
-        if (arrived == -1)
+    connect(&fixture.world, &World::statusChanged, &command, [&finished, &arrived](Service service) {
+        if (service == Service::Wifi && arrived == -1)
             arrived = finished.count() > 0 || finished.wait() ? 1 : 0;
     });
     command.start();

@@ -63,18 +63,18 @@ private Q_SLOTS:
 void SimulatedHotspotTest::starts()
 {
     WorldFixture fixture(Text.constData());
-    QCOMPARE(fixture.world.tetheringStatus().size(), 1);
-    QCOMPARE(fixture.world.tetheringStatus().value(QStringLiteral("state")), ZopVariant("INACTIVE", "text"));
+    QCOMPARE(fixture.world.status(Service::Tethering).size(), 1);
+    QCOMPARE(fixture.world.status(Service::Tethering).value(QStringLiteral("state")), ZopVariant("INACTIVE", "text"));
     fixture.hotspot->start(profileFor(0));
     QCOMPARE(fixture.take(), QStringList());
     QCOMPARE(fixture.settle(), QStringList {Activated});
-    QCOMPARE(fixture.world.tetheringStatus().value(QStringLiteral("state")), ZopVariant("ACTIVE", "text"));
+    QCOMPARE(fixture.world.status(Service::Tethering).value(QStringLiteral("state")), ZopVariant("ACTIVE", "text"));
 }
 
 void SimulatedHotspotTest::startsActive()
 {
     WorldFixture fixture(active(Text).constData());
-    QCOMPARE(fixture.world.tetheringStatus().value(QStringLiteral("state")), ZopVariant("ACTIVE", "text"));
+    QCOMPARE(fixture.world.status(Service::Tethering).value(QStringLiteral("state")), ZopVariant("ACTIVE", "text"));
     fixture.hotspot->stop();
     QCOMPARE(fixture.settle(), QStringList {Deactivated});
 }
@@ -187,7 +187,7 @@ void SimulatedHotspotTest::stopsByItself()
     WorldFixture fixture(Text.constData());
     fixture.hotspot->start(profileFor(4));
     QCOMPARE(fixture.settle(), QStringList({Activated, Deactivated}));
-    QCOMPARE(fixture.world.tetheringStatus().value(QStringLiteral("state")), ZopVariant("INACTIVE", "text"));
+    QCOMPARE(fixture.world.status(Service::Tethering).value(QStringLiteral("state")), ZopVariant("INACTIVE", "text"));
 }
 
 void SimulatedHotspotTest::stopsByItselfAfterAStartAsActive()

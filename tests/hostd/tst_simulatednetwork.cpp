@@ -279,7 +279,7 @@ void SimulatedNetworkTest::pinnedFromTheStart()
     const WorldFixture one(R"({'default_interface': '', 'interfaces': [{'name': 'a', 'type': 'wired', 'connected': true,
                           'lease': {'ip_addresses': ['10.0.0.5/255.0.0.0']}}]})");
     QCOMPARE(one.status("default_interface"), QString());
-    QVERIFY(one.world.status().contains(QStringLiteral("default_interface")));
+    QVERIFY(one.world.status(Service::Networking).contains(QStringLiteral("default_interface")));
 }
 
 void SimulatedNetworkTest::unrankedInterfaceIsNeverDefault()

@@ -130,7 +130,7 @@ void SimulatedRadioTest::start()
          ZopVariant(R"({"bssid":"02:00:00:00:00:01","key_mgmt":"WPA2-PSK","pairwise_cipher":"CCMP","ssid":"Home"})",
                     "json")},
     };
-    QCOMPARE(fixture.world.wifiStatus(), expected);
+    QCOMPARE(fixture.world.status(Service::Wifi), expected);
     QCOMPARE(fixture.attribute("wlan0", "ip_addresses"), QStringLiteral("[\"192.168.1.7/255.255.255.0\"]"));
 }
 
@@ -139,7 +139,7 @@ void SimulatedRadioTest::startsDisconnected()
     WorldFixture fixture(R"({'interfaces': [{'name': 'wlan0', 'type': 'wifi', 'up': false}],
         'wifi': {'interface': 'wlan0', 'power': false, 'access_points': []}})");
     const Attributes expected {{QStringLiteral("wifi_power"), ZopVariant("off", "text")}};
-    QCOMPARE(fixture.world.wifiStatus(), expected);
+    QCOMPARE(fixture.world.status(Service::Wifi), expected);
     // There is nothing that could be joined.
     QCOMPARE(fixture.wifiRequest("wifi_power", "on"), 0);
     QCOMPARE(fixture.settle(), QStringList {QStringLiteral("wifi: wifi_power=on")});
@@ -170,7 +170,7 @@ void SimulatedRadioTest::scans()
             R"({"bssid":"02:00:00:00:00:04","flags":["ESS"],"frequency":"2462","signal_level":"-70","ssid":"Cafe"},)"
             R"({"bssid":"02:00:00:00:00:05","flags":["WPA-PSK-TKIP","ESS"],"frequency":"2412","signal_level":"-57","ssid":"Garage"},)"
             R"({"bssid":"02:00:00:00:00:06","flags":["ESS"],"frequency":"2412","signal_level":"-57","ssid":"Mute"}])")});
-    QCOMPARE(fixture.world.wifiStatus().value(QStringLiteral("scan_results")).encoding(), QByteArray("text"));
+    QCOMPARE(fixture.world.status(Service::Wifi).value(QStringLiteral("scan_results")).encoding(), QByteArray("text"));
 }
 
 void SimulatedRadioTest::everyScanIsToldAnew()
@@ -226,7 +226,7 @@ void SimulatedRadioTest::associationTakesItsTime()
     fixture.radio->drop(9);
     const QStringList told = fixture.settle();
     QVERIFY(told.contains(home(1)));
-    QVERIFY(!fixture.world.wifiStatus().contains(QStringLiteral("scan_results")));
+    QVERIFY(!fixture.world.status(Service::Wifi).contains(QStringLiteral("scan_results")));
 }
 
 void SimulatedRadioTest::identifiers()
@@ -281,7 +281,7 @@ void SimulatedRadioTest::wrongPasskey()
     QCOMPARE(fixture.settle(),
              QStringList {QStringLiteral("wifi: last_event=CTRL-EVENT-SSID-TEMP-DISABLED id=1 ssid=\"Garage\" "
                                          "auth_failures=1 duration=10 reason=WRONG_KEY")});
-    QVERIFY(!fixture.world.wifiStatus().contains(QStringLiteral("wifi_status")));
+    QVERIFY(!fixture.world.status(Service::Wifi).contains(QStringLiteral("wifi_status")));
     // It is told each time.
     QCOMPARE(fixture.wifiRequest("wnet_select", "1"), 0);
     QCOMPARE(fixture.settle().size(), 1);
@@ -624,7 +624,7 @@ void SimulatedRadioTest::disconnectedInterfaceStaysSo()
     WorldFixture fixture(HomeScenario);
     QCOMPARE(fixture.request("net_disconnected", "'wlan0'"), 0);
     fixture.settle();
-    QVERIFY(fixture.world.wifiStatus().contains(QStringLiteral("wifi_status")));
+    QVERIFY(fixture.world.status(Service::Wifi).contains(QStringLiteral("wifi_status")));
     fixture.radio->drop(6);
     fixture.take();
     QCOMPARE(fixture.settle(), QStringList({home(1), Up}));

@@ -33,8 +33,14 @@ struct WorldFixture
         return world.interfaceAttributes(QLatin1String(interface)).value(QLatin1String(name)).toString();
     }
 
-    QString status(const char *name) const { return world.status().value(QLatin1String(name)).toString(); }
-    QString wifi(const char *name) const { return world.wifiStatus().value(QLatin1String(name)).toString(); }
+    QString status(const char *name) const
+    {
+        return world.status(morvek::Service::Networking).value(QLatin1String(name)).toString();
+    }
+    QString wifi(const char *name) const
+    {
+        return world.status(morvek::Service::Wifi).value(QLatin1String(name)).toString();
+    }
 
     /*! The refusal's code, or 0 when the request is being carried out. */
     int request(const char *message, const char *dat)
@@ -110,6 +116,7 @@ private:
 
     void listen()
     {
+        using morvek::Service;
         using morvek::World;
         using morvek::ZopChangeset;
         QObject::connect(&world, &World::interfaceAdded,
@@ -119,13 +126,11 @@ private:
         QObject::connect(&world, &World::interfaceChanged, [this](const QString &name, const ZopChangeset &changes) {
             told += name + QStringLiteral(": ") + toString(changes);
         });
-        QObject::connect(&world, &World::statusChanged, [this](const ZopChangeset &changes) {
-            told += QStringLiteral("status: ") + toString(changes);
-        });
-        QObject::connect(&world, &World::wifiStatusChanged,
-                         [this](const ZopChangeset &changes) { told += QStringLiteral("wifi: ") + toString(changes); });
-        QObject::connect(&world, &World::tetheringStatusChanged, [this](const ZopChangeset &changes) {
-            told += QStringLiteral("tethering: ") + toString(changes);
+        QObject::connect(&world, &World::statusChanged, [this](Service service, const ZopChangeset &changes) {
+            const QMap<Service, QString> names {{Service::Networking, QStringLiteral("status: ")},
+                                                {Service::Wifi, QStringLiteral("wifi: ")},
+                                                {Service::Tethering, QStringLiteral("tethering: ")}};
+            told += names[service] + toString(changes);
         });
     }
 };
