@@ -147,7 +147,8 @@ void ControlLink::readFrames()
 {
     const QPointer<ControlLink> guard(this);
     Length length = 0;
-    while (guard && m_socket.peek(reinterpret_cast<char *>(&length), sizeof(length)) == sizeof(length)) {
+    while (guard && m_socket.bytesAvailable() >= qint64(sizeof(length))) { // of which a broken connection has none
+        m_socket.peek(reinterpret_cast<char *>(&length), sizeof(length));
         const int size = int(qMin(qFromBigEndian(length), Length(LargestUpdate + 1)));
         if (size <= LargestUpdate && m_socket.bytesAvailable() < qint64(sizeof(length)) + size)
             return;
