@@ -93,7 +93,7 @@ bool KillTest::runWriters(const QString &path)
             return false;
     }
     // A machine that is slow, or slowed down by a sanitizer, gets longer ones after a while.
-    const int longest = LongestLife * (1 + m_confirmed.size() / Lives);
+    const int longest = LongestLife << (m_confirmed.size() / Lives);
     for (int i = 0; i < AtOnce; ++i) {
         const int life = 1 + int(m_random() % unsigned(longest));
         writers[size_t(i)]->send(
