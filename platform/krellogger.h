@@ -35,7 +35,10 @@ public:
     static int getVerbosity();
     /*! Overrides the environment from now on. */
     static void setVerbosity(int verbosity);
-    /*! Sends every line, unescaped, to \a sink in place of standard error; an empty sink restores that. */
+    /*!
+     * Sends every line, unescaped, to \a sink in place of standard error; an empty sink restores that. The thread
+     * that writes a line calls it.
+     */
     static void setSink(const Sink &sink);
 
     KrelStream error(unsigned short code);

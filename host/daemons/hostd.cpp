@@ -50,7 +50,12 @@ Hostd::~Hostd() = default;
 
 HostdExitCode Hostd::start(QString *error)
 {
-    switch (m_lock.take(error)) {
+    QVector<Service> served;
+    for (const ServiceWords &words : Services) {
+        if (!m_without.contains(words.service))
+            served.append(words.service);
+    }
+    switch (m_lock.take(served, error)) {
     case RootLock::Taken:
         break;
     case RootLock::Unusable:

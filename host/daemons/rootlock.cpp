@@ -8,7 +8,6 @@
 #include <cerrno>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -29,7 +28,7 @@ RootLock::~RootLock()
         close(m_file);
 }
 
-RootLock::Result RootLock::take(QString *error)
+RootLock::Result RootLock::take(const QVector<Service> &services, QString *error)
 {
     const ZopPath top = ZopPath::directory(QLatin1String(TopFolder));
     if (!top.isValid()) {
@@ -45,14 +44,21 @@ RootLock::Result RootLock::take(QString *error)
         *error = QStringLiteral("cannot lock the root \"%1\": %2").arg(m_root, systemError(errno));
         return Unusable;
     }
-    if (flock(m_file, LOCK_EX | LOCK_NB) == 0)
-        return Taken;
-    if (errno != EWOULDBLOCK) {
+    for (const Service service : services) {
+        struct flock lock = {};
+        lock.l_type = F_WRLCK;
+        lock.l_start = off_t(service);
+        lock.l_len = 1;
+        if (fcntl(m_file, F_OFD_SETLK, &lock) == 0)
+            continue;
+        if (errno == EAGAIN || errno == EACCES) {
+            *error = QStringLiteral("another morvek-hostd publishes below \"%1\"").arg(m_root);
+            return Held;
+        }
         *error = QStringLiteral("cannot lock the root \"%1\": %2").arg(m_root, systemError(errno));
         return Unusable;
     }
-    *error = QStringLiteral("another morvek-hostd publishes below \"%1\"").arg(m_root);
-    return Held;
+    return Taken;
 }
 
 } // namespace morvek

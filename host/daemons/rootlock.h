@@ -2,13 +2,16 @@
 #ifndef MORVEK_HOSTD_ROOTLOCK_H
 #define MORVEK_HOSTD_ROOTLOCK_H
 
+#include "service.h"
+
 #include <QtCore/QString>
+#include <QtCore/QVector>
 
 namespace morvek {
 
 /*!
- * The right to publish below a root, held by one morvek-hostd at a time: a lock on a hidden file of the root, which
- * the kernel releases however the holder ends.
+ * The right to publish services below a root, held for each service by one morvek-hostd at a time: locks on bytes of
+ * a hidden file of the root, which the kernel releases however the holder ends.
  */
 class RootLock
 {
@@ -18,8 +21,8 @@ public:
     RootLock() = default;
     ~RootLock();
 
-    /*! Takes the root that the environment names, and creates it when there is none. */
-    Result take(QString *error);
+    /*! Takes the root that the environment names for \a services, and creates it when there is none. */
+    Result take(const QVector<Service> &services, QString *error);
     QString root() const { return m_root; }
 
 private:

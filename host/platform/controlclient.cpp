@@ -60,7 +60,7 @@ bool ControlClient::start(QString *error)
     FileDescriptor socket = ControlLink::connectTo(m_path, error);
     if (!socket.isOpen())
         return false;
-    auto *link = new ControlLink(std::move(socket), this);
+    auto *link = new ControlLink(std::move(socket), m_path, this);
     connect(link, &ControlLink::received, this, &ControlClient::onReceived);
     // Queued, as a connection may be found closed while a request is being written.
     connect(

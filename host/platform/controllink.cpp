@@ -5,6 +5,7 @@
 #include "zoppath.h"
 #include "zopwire.h"
 
+#include <QtCore/QFile>
 #include <QtCore/QPointer>
 #include <QtCore/QtEndian>
 
@@ -54,8 +55,9 @@ FileDescriptor makeSocket()
 
 } // namespace
 
-ControlLink::ControlLink(FileDescriptor socket, QObject *parent)
-    : QObject(parent)
+ControlLink::ControlLink(FileDescriptor socket, const ZopPath &path, QObject *parent)
+    : QObject(parent),
+      m_file(path.file())
 {
     m_socket.setReadBufferSize(LargestUpdate + int(sizeof(Length)));
     m_socket.setSocketDescriptor(socket.release());
@@ -147,14 +149,16 @@ void ControlLink::readFrames()
 {
     const QPointer<ControlLink> guard(this);
     Length length = 0;
-    while (guard && m_socket.peek(reinterpret_cast<char *>(&length), sizeof(length)) == sizeof(length)) {
+    while (guard && m_socket.bytesAvailable() >= qint64(sizeof(length))) { // of which a broken connection has none
+        m_socket.peek(reinterpret_cast<char *>(&length), sizeof(length));
         const int size = int(qMin(qFromBigEndian(length), Length(LargestUpdate + 1)));
         if (size <= LargestUpdate && m_socket.bytesAvailable() < qint64(sizeof(length)) + size)
             return;
         ZopChangeset changes;
         if (size > LargestUpdate
             || !decodeChangeset(m_socket.read(int(sizeof(length)) + size).mid(sizeof(length)), &changes)) {
-            logWarning(QStringLiteral("Closed a control connection that carried malformed content"));
+            logWarning(QStringLiteral("Closed a connection of \"%1\", which carried malformed content")
+                           .arg(QFile::decodeName(m_file)));
             m_socket.abort();
             return;
         }

@@ -17,8 +17,8 @@ class ControlLink : public QObject
     Q_OBJECT
 
 public:
-    /*! Takes over the connected socket. */
-    ControlLink(FileDescriptor socket, QObject *parent);
+    /*! Takes over the connected socket, whose control object has the path \a path. */
+    ControlLink(FileDescriptor socket, const ZopPath &path, QObject *parent);
 
     /*! A socket that is connected to the daemon, which may not be this user's; not open when nobody serves. */
     static FileDescriptor connectTo(const ZopPath &path, QString *error);
@@ -43,6 +43,7 @@ private:
     void readLater();
     void readFrames();
 
+    QByteArray m_file; // of the control object
     bool m_readsLater = false;
     QLocalSocket m_socket;
 };

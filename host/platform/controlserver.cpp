@@ -100,7 +100,7 @@ void ControlServer::accept()
     if (!socket.isOpen() || !ControlLink::isOwnPeer(socket.get()))
         return;
     const int peer = ++m_lastPeer;
-    auto *link = new ControlLink(std::move(socket), this);
+    auto *link = new ControlLink(std::move(socket), m_path, this);
     m_links.insert(peer, link);
     connect(link, &ControlLink::received, this, [this, peer](const ZopChangeset &changes) {
         ZopChangeset request = changes;

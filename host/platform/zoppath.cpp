@@ -38,6 +38,10 @@ QString distrust(const QByteArray &root)
     if (!root.startsWith('/'))
         return QStringLiteral("the root \"%1\" is not an absolute path").arg(shown);
     struct stat status;
+    // Where others may write, a link may be theirs.
+    if (lstat(root.constData(), &status) == 0 && S_ISLNK(status.st_mode) && status.st_uid != geteuid()
+        && status.st_uid != 0)
+        return QStringLiteral("the root \"%1\" is a link of another user").arg(shown);
     if (stat(root.constData(), &status) != 0)
         return errno == ENOENT ? QString() : QStringLiteral("the root \"%1\": %2").arg(shown, systemError(errno));
     if (!S_ISDIR(status.st_mode))
@@ -93,6 +97,12 @@ bool ZopPath::makeFolder(QString *error) const
         const bool made = mkdir(folder.constData(), S_IRWXU) == 0;
         if (made ? chmod(folder.constData(), S_IRWXU) != 0 : errno != EEXIST) { // whatever the umask was
             *error = QStringLiteral("cannot create \"%1\": %2").arg(QFile::decodeName(folder), systemError(errno));
+            return false;
+        }
+        // Somebody else may have made the root since it was looked at.
+        const QString reason = end == m_root.size() ? distrust(m_root) : QString();
+        if (!reason.isEmpty()) {
+            *error = reason;
             return false;
         }
         end = end == m_folder.size() ? -1 : m_folder.indexOf('/', end + 1);

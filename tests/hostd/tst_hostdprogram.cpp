@@ -22,6 +22,7 @@ private Q_SLOTS:
     void takesTheRootFromTheEnvironment();
     void terminatesCleanly();
     void secondDaemonOnTheSameRoot();
+    void aProcessForEachService();
     void lockDiesWithItsHolder();
     void tellsWhatHappens();
 };
@@ -210,6 +211,30 @@ void HostdProgramTest::secondDaemonOnTheSameRoot()
     QVERIFY(QFile::exists(folder.filePath(QStringLiteral("zop/services/networking/control"))));
     QVERIFY(QFile::exists(folder.filePath(QStringLiteral("zop/services/networking/all/interfaces/cell0"))));
     QCOMPARE(first.terminate(), 0);
+}
+
+void HostdProgramTest::aProcessForEachService()
+{
+    const QTemporaryDir folder;
+    const QString without = QStringLiteral("--without");
+    HostdProcess networking;
+    QVERIFY(networking.start(folder.path(), {without, QStringLiteral("wifi"), without, QStringLiteral("tethering")}));
+    HostdProcess wifi;
+    QVERIFY(wifi.start(folder.path(), {without, QStringLiteral("networking"), without, QStringLiteral("tethering")}));
+    // Two of its three services are served already, or one.
+    for (const char *left : {"tethering", "wifi", "networking"}) {
+        const auto refused =
+            HostdProcess::run({QStringLiteral("--root"), folder.path(), without, QString::fromLatin1(left)});
+        QCOMPARE(refused.code, 5);
+    }
+    HostdProcess tethering;
+    QVERIFY(tethering.start(folder.path(), {without, QStringLiteral("networking"), without, QStringLiteral("wifi")}));
+    for (const char *service : {"networking", "wifi", "tethering"})
+        QVERIFY(QFile::exists(folder.filePath(QStringLiteral("zop/services/%1/control").arg(QLatin1String(service)))));
+    QCOMPARE(wifi.terminate(), 0);
+    QVERIFY(!QFile::exists(folder.filePath(QStringLiteral("zop/services/wifi/control"))));
+    QVERIFY(QFile::exists(folder.filePath(QStringLiteral("zop/services/networking/control"))));
+    QVERIFY(QFile::exists(folder.filePath(QStringLiteral("zop/services/tethering/control"))));
 }
 
 void HostdProgramTest::lockDiesWithItsHolder()
