@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fuzz.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QTextCodec>
+
+#include <cstdio>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
+
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
+{
+    static QCoreApplication application(*argc, *argv);
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")); // wherever it runs
+    return 0;
+}
+
+void Fuzz::disagree(const QString &what)
+{
+    std::fprintf(stderr, "The oracle disagrees: %s\n", qPrintable(what));
+    std::abort();
+}
+
+QByteArray Fuzz::Line::next()
+{
+    const int blank = rest.indexOf(' ');
+    const QByteArray first = rest.left(blank);
+    rest = blank == -1 ? QByteArray() : rest.mid(blank + 1);
+    return first;
+}
+
+QList<Fuzz::Line> Fuzz::script(const uint8_t *data, size_t size, int most)
+{
+    QList<Line> lines;
+    const QList<QByteArray> all = bytes(data, size).split('\n');
+    for (const QByteArray &one : all) {
+        if (one.isEmpty() || lines.size() == most)
+            continue;
+        Line line {QByteArray(), QByteArray(one).replace('\1', '\n')};
+        line.word = line.next();
+        lines.append(line);
+    }
+    return lines;
+}
