@@ -7,6 +7,15 @@
 #include <cstdio>
 #include <cstdlib>
 
+namespace {
+
+bool isBlank(ushort c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+} // namespace
+
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
 
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
@@ -42,4 +51,29 @@ QList<Fuzz::Line> Fuzz::script(const uint8_t *data, size_t size, int most)
         lines.append(line);
     }
     return lines;
+}
+
+bool Fuzz::readNumber(const QString &text, int *number)
+{
+    int from = 0;
+    int to = text.size();
+    while (from < to && isBlank(text.at(from).unicode()))
+        ++from;
+    while (from < to && isBlank(text.at(to - 1).unicode()))
+        --to;
+    const bool negative = from < to && text.at(from) == QLatin1Char('-');
+    if (negative || (from < to && text.at(from) == QLatin1Char('+')))
+        ++from;
+    if (from == to)
+        return false;
+    qint64 value = 0;
+    for (; from < to; ++from) {
+        const ushort digit = text.at(from).unicode();
+        if (digit < '0' || digit > '9')
+            return false;
+        value = qMin(value * 10 + (digit - '0'), Q_INT64_C(1) << 40);
+    }
+    value = negative ? -value : value;
+    *number = int(value);
+    return value >= -2147483648LL && value <= 2147483647LL;
 }

@@ -43,6 +43,9 @@ inline QString text(const QByteArray &utf8)
     return QString::fromUtf8(utf8.constData(), utf8.size());
 }
 
+/*! Reads a decimal number with an optional sign and blanks around it, of ASCII; false for anything else. */
+bool readNumber(const QString &text, int *number);
+
 /*! A line of a script: a word, and what follows behind one blank, where the byte 1 stands for a line break. */
 struct Line
 {

@@ -9,6 +9,8 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
+#include <array>
+
 /*! Journals written without the stand-in's code, as docs/mechanism.md describes them. */
 namespace JournalBytes {
 
@@ -16,14 +18,24 @@ constexpr quint64 Marker = 0x5a8d3e19c7f046b2;
 constexpr int HeaderSize = 48;
 constexpr int RecordHeaderSize = 24;
 
+inline quint32 shifted(quint32 value)
+{
+    for (int bit = 0; bit < 8; ++bit)
+        value = (value & 1) ? (value >> 1) ^ 0xedb88320 : value >> 1;
+    return value;
+}
+
 inline quint32 checksum(const QByteArray &bytes)
 {
+    static const std::array<quint32, 256> table = [] {
+        std::array<quint32, 256> values {};
+        for (quint32 i = 0; i < values.size(); ++i)
+            values[i] = shifted(i);
+        return values;
+    }();
     quint32 value = 0xffffffff;
-    for (const char byte : bytes) {
-        value ^= static_cast<unsigned char>(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            value = (value & 1) ? (value >> 1) ^ 0xedb88320 : value >> 1;
-    }
+    for (const char byte : bytes)
+        value = (value >> 8) ^ table[(value ^ static_cast<unsigned char>(byte)) & 0xff];
     return ~value;
 }
 

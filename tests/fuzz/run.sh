@@ -61,6 +61,8 @@ if [[ -n $replay ]]; then
     exec "$build/tests/fuzz/fuzz-${targets[0]}" "$replay"
 fi
 
+# In memory where there is such a place: some targets write a file for each input.
+[[ ! -w /dev/shm ]] || TMPDIR=/dev/shm
 TMPDIR=$(mktemp -d "${TMPDIR:-/tmp}/morvek-fuzz.XXXXXX")
 export TMPDIR
 trap 'rm -rf "$TMPDIR"' EXIT

@@ -5,41 +5,6 @@
 
 using namespace morvek;
 
-namespace {
-
-bool isBlank(ushort c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-/*! A decimal number with an optional sign and blanks around it; false for anything else. */
-bool readNumber(const QString &text, int *number)
-{
-    int from = 0;
-    int to = text.size();
-    while (from < to && isBlank(text.at(from).unicode()))
-        ++from;
-    while (from < to && isBlank(text.at(to - 1).unicode()))
-        --to;
-    const bool negative = from < to && text.at(from) == QLatin1Char('-');
-    if (negative || (from < to && text.at(from) == QLatin1Char('+')))
-        ++from;
-    if (from == to)
-        return false;
-    qint64 value = 0;
-    for (; from < to; ++from) {
-        const ushort digit = text.at(from).unicode();
-        if (digit < '0' || digit > '9')
-            return false;
-        value = qMin(value * 10 + (digit - '0'), Q_INT64_C(1) << 40);
-    }
-    value = negative ? -value : value;
-    *number = int(value);
-    return value >= -2147483648LL && value <= 2147483647LL;
-}
-
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray input = Fuzz::bytes(data, size);
@@ -55,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         bool actuallyRead = false;
         int expected = 0;
         const int actual = value.toInt(&actuallyRead);
-        const bool read = readNumber(Fuzz::text(input), &expected);
+        const bool read = Fuzz::readNumber(Fuzz::text(input), &expected);
         Fuzz::expectEqual(actuallyRead, read, "whether it is a number");
         Fuzz::expectEqual(actual, read ? expected : 0, "the number");
         Fuzz::expectEqual(value.toInt(), actual, "the number without asking whether it is one");
