@@ -128,6 +128,12 @@ bool ControlLink::isAlive() const
         && !(state.revents & (POLLHUP | POLLERR));
 }
 
+void ControlLink::drop()
+{
+    m_isDropped = true;
+    m_socket.abort();
+}
+
 /*!
  * Reads on from the event loop: a slot may delete this or run an event loop of its own, which inside the socket's
  * own signal would be the end of it, or wait in vain.
@@ -147,7 +153,8 @@ void ControlLink::readFrames()
 {
     const QPointer<ControlLink> guard(this);
     Length length = 0;
-    while (guard && m_socket.peek(reinterpret_cast<char *>(&length), sizeof(length)) == sizeof(length)) {
+    while (guard && !m_isDropped
+           && m_socket.peek(reinterpret_cast<char *>(&length), sizeof(length)) == sizeof(length)) {
         const int size = int(qMin(qFromBigEndian(length), Length(LargestUpdate + 1)));
         if (size <= LargestUpdate && m_socket.bytesAvailable() < qint64(sizeof(length)) + size)
             return;
@@ -155,7 +162,7 @@ void ControlLink::readFrames()
         if (size > LargestUpdate
             || !decodeChangeset(m_socket.read(int(sizeof(length)) + size).mid(sizeof(length)), &changes)) {
             logWarning(QStringLiteral("Closed a control connection that carried malformed content"));
-            m_socket.abort();
+            drop();
             return;
         }
         if (m_socket.bytesAvailable() > 0)

@@ -32,7 +32,7 @@ public:
     /*! Whether the other side leaves unread more than is kept for it. */
     bool isFull() const;
     /*! Ends the connection, whatever is under way. */
-    void drop() { m_socket.abort(); }
+    void drop();
 
 Q_SIGNALS:
     void received(const morvek::ZopChangeset &changes);
@@ -44,6 +44,7 @@ private:
     void readFrames();
 
     bool m_readsLater = false;
+    bool m_isDropped = false; // what was read before may still be buffered
     QLocalSocket m_socket;
 };
 
