@@ -25,6 +25,16 @@ struct Known
 class Play
 {
 public:
+    Play()
+    {
+        QObject::connect(&m_provider, &NetworkInterfaceProvider::interfaceRemoved,
+                         [this](const NetworkInterfaceData &removed) {
+                             const QList<NetworkInterfaceData> left = m_provider.interfaces();
+                             for (const NetworkInterfaceData &record : left)
+                                 Fuzz::expect(record.parent != &removed, "nothing stands on what is gone");
+                         });
+    }
+
     void line(const Fuzz::Line &line)
     {
         Fuzz::Line rest = line;
