@@ -2,10 +2,14 @@
 #include "fuzz.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QJsonDocument>
 #include <QtCore/QTextCodec>
 
 #include <cstdio>
 #include <cstdlib>
+
+#include <dlfcn.h>
+#include <sanitizer/lsan_interface.h>
 
 namespace {
 
@@ -25,6 +29,16 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
     return 0;
 }
 
+// Stands before Qt's own, which leaks what is under a key that an object holds twice: that is not looked for.
+QJsonDocument QJsonDocument::fromJson(const QByteArray &json, QJsonParseError *error)
+{
+    using Function = QJsonDocument (*)(const QByteArray &, QJsonParseError *);
+    static const auto original =
+        reinterpret_cast<Function>(dlsym(RTLD_NEXT, "_ZN13QJsonDocument8fromJsonERK10QByteArrayP15QJsonParseError"));
+    const __lsan::ScopedDisabler disabler;
+    return original(json, error);
+}
+
 void Fuzz::disagree(const QString &what)
 {
     std::fprintf(stderr, "The oracle disagrees: %s\n", qPrintable(what));
@@ -34,7 +48,7 @@ void Fuzz::disagree(const QString &what)
 QByteArray Fuzz::Line::next()
 {
     const int blank = rest.indexOf(' ');
-    const QByteArray first = rest.left(blank);
+    const QByteArray first = blank == -1 ? rest : rest.left(blank);
     rest = blank == -1 ? QByteArray() : rest.mid(blank + 1);
     return first;
 }

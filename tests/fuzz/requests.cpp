@@ -101,7 +101,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray input = Fuzz::bytes(data, size);
     const int end = input.indexOf('\n');
-    const QByteArray message = input.left(end);
+    const QByteArray message = end == -1 ? input : input.left(end);
     const QByteArray dat = end == -1 ? QByteArray() : withSecret(input.mid(end + 1));
     const ZopChangeset changes {{{QStringLiteral("msg"), ZopVariant(message, "text")},
                                  {QStringLiteral("id"), ZopVariant(7)},
