@@ -130,6 +130,12 @@ bool ControlLink::isAlive() const
         && !(state.revents & (POLLHUP | POLLERR));
 }
 
+void ControlLink::drop()
+{
+    m_isDropped = true;
+    m_socket.abort();
+}
+
 /*!
  * Reads on from the event loop: a slot may delete this or run an event loop of its own, which inside the socket's
  * own signal would be the end of it, or wait in vain.
@@ -149,7 +155,8 @@ void ControlLink::readFrames()
 {
     const QPointer<ControlLink> guard(this);
     Length length = 0;
-    while (guard && m_socket.bytesAvailable() >= qint64(sizeof(length))) { // of which a broken connection has none
+    // A broken connection has nothing to be read, and what a dropped one still has is not believed.
+    while (guard && !m_isDropped && m_socket.bytesAvailable() >= qint64(sizeof(length))) {
         m_socket.peek(reinterpret_cast<char *>(&length), sizeof(length));
         const int size = int(qMin(qFromBigEndian(length), Length(LargestUpdate + 1)));
         if (size <= LargestUpdate && m_socket.bytesAvailable() < qint64(sizeof(length)) + size)
@@ -159,7 +166,7 @@ void ControlLink::readFrames()
             || !decodeChangeset(m_socket.read(int(sizeof(length)) + size).mid(sizeof(length)), &changes)) {
             logWarning(QStringLiteral("Closed a connection of \"%1\", which carried malformed content")
                            .arg(QFile::decodeName(m_file)));
-            m_socket.abort();
+            drop();
             return;
         }
         if (m_socket.bytesAvailable() > 0)

@@ -32,7 +32,7 @@ public:
     /*! Whether the other side leaves unread more than is kept for it. */
     bool isFull() const;
     /*! Ends the connection, whatever is under way. */
-    void drop() { m_socket.abort(); }
+    void drop();
 
 Q_SIGNALS:
     void received(const morvek::ZopChangeset &changes);
@@ -45,6 +45,7 @@ private:
 
     QByteArray m_file; // of the control object
     bool m_readsLater = false;
+    bool m_isDropped = false; // what was read before may still be buffered
     QLocalSocket m_socket;
 };
 

@@ -56,6 +56,7 @@ class SocketTest : public QObject
 private Q_SLOTS:
     void theSocketOfADeadDaemonIsReplaced();
     void aMalformedClientIsDroppedAndDisturbsNobody();
+    void whatFollowsMalformedContentWasRead();
     void anUnfinishedRequestDisturbsNobody();
     void manyConnectionsDisturbNobody();
     void aMalformedDaemonFailsTheRequest();
@@ -106,6 +107,25 @@ void SocketTest::aMalformedClientIsDroppedAndDisturbsNobody()
     const QByteArray report =
         "Closed a connection of \"" + fileOf(testPath("control")).toUtf8() + "\", which carried malformed content\n";
     QCOMPARE(daemon.standardError().count(report), n);
+}
+
+// A valid request before it, and all in one piece, made the daemon read on from what it had buffered.
+void SocketTest::whatFollowsMalformedContentWasRead()
+{
+    const QByteArray valid("\0\0\0\x04\0\0\0\0", 8);
+    const QByteArray wrong("\0\0\0\x05\0\0\0\0\0", 9);
+    Peer daemon;
+    QVERIFY(serve(daemon));
+    QLocalSocket hostile;
+    hostile.connectToServer(fileOf(testPath("control")));
+    QVERIFY(hostile.waitForConnected());
+    hostile.write(valid + wrong + valid + wrong);
+    QVERIFY(waitUntil([&hostile] { return hostile.state() == QLocalSocket::UnconnectedState; }));
+    Peer other;
+    QVERIFY(openClient(other));
+    QVERIFY(other.ask(QStringLiteral("ask c echo x"), QStringLiteral("c finished echo 0 x")));
+    QCOMPARE(daemon.heard(QStringLiteral("s {")).size(), 2);
+    QCOMPARE(daemon.standardError().count("malformed"), 1);
 }
 
 void SocketTest::anUnfinishedRequestDisturbsNobody()

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef ADDRESSSEARCH_H
+#define ADDRESSSEARCH_H
+
+#include "fuzz.h"
+
+#include <QtCore/QJsonArray>
+
+/*! IPv4 addresses in texts, read character by character. */
+namespace AddressSearch {
+
+inline bool isDigit(QChar c)
+{
+    return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+}
+
+inline bool isWordCharacter(QChar c)
+{
+    return isDigit(c) || (c >= QLatin1Char('a') && c <= QLatin1Char('z'))
+        || (c >= QLatin1Char('A') && c <= QLatin1Char('Z')) || c == QLatin1Char('_');
+}
+
+/*! Where the number at \a at of \a text ends; -1 when it is none, or larger than 255. */
+inline int numberEnd(const QString &text, int at)
+{
+    int end = at;
+    int value = 0;
+    while (end < text.size() && end < at + 4 && isDigit(text.at(end)))
+        value = value * 10 + text.at(end++).digitValue();
+    return end == at || end == at + 4 || value > 255 ? -1 : end;
+}
+
+inline bool isQuadAt(const QString &text, int at)
+{
+    for (int i = 0; i < 4; ++i) {
+        at = numberEnd(text, at);
+        if (at == -1)
+            return false;
+        if (i < 3 && (at == text.size() || text.at(at++) != QLatin1Char('.')))
+            return false;
+    }
+    return at == text.size() || !isWordCharacter(text.at(at));
+}
+
+/*! A text that is not of whole characters is not searched. */
+inline bool isWellFormed(const QString &text)
+{
+    return Fuzz::text(text.toUtf8()) == text;
+}
+
+inline bool holdsQuad(const QString &text)
+{
+    for (int i = 0; i < text.size(); ++i) {
+        if ((i == 0 || !isWordCharacter(text.at(i - 1))) && isQuadAt(text, i))
+            return isWellFormed(text);
+    }
+    return false;
+}
+
+inline QString part(const QString &text, int index)
+{
+    int from = 0;
+    for (; index > 0; --index) {
+        const int slash = text.indexOf(QLatin1Char('/'), from);
+        if (slash == -1)
+            return QString();
+        from = slash + 1;
+    }
+    const int end = text.indexOf(QLatin1Char('/'), from);
+    return text.mid(from, end == -1 ? -1 : end - from);
+}
+
+/*! Four plain decimal numbers; false for other spellings, which are the address class's affair. */
+inline bool readPlain(const QString &text, quint32 *address)
+{
+    *address = 0;
+    int at = 0;
+    for (int i = 0; i < 4; ++i) {
+        const int end = numberEnd(text, at);
+        if (end == -1 || (end - at > 1 && text.at(at) == QLatin1Char('0')))
+            return false;
+        *address = *address << 8 | text.mid(at, end - at).toUInt();
+        if (i < 3 && (end == text.size() || text.at(end) != QLatin1Char('.')))
+            return false;
+        at = i < 3 ? end + 1 : end;
+    }
+    return at == text.size();
+}
+
+struct Found
+{
+    QString ip;
+    QString netmask;
+
+    bool isWhole() const { return !ip.isEmpty() && !netmask.isEmpty(); }
+};
+
+/*! The last element whose first part holds a dotted quad, in its first two parts. */
+inline Found find(const QJsonArray &array)
+{
+    Found found;
+    for (const QJsonValue &value : array) {
+        if (holdsQuad(part(value.toString(), 0)))
+            found = {part(value.toString(), 0), part(value.toString(), 1)};
+    }
+    return found;
+}
+
+} // namespace AddressSearch
+
+#endif

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+// A journal that is written, damaged and read by turns. Whatever stands between them, every whole record is told, once
+// and in order, and nothing else is.
+#include "journal.h"
+
+#include "journalbytes.h"
+#include "krellogger.h"
+
+using namespace morvek;
+
+namespace {
+
+enum Step { WriteRecord, WriteLarge, WriteNonsense, WriteDamaged, WriteUnfinished, WriteWrongPayload, Read, StepCount };
+
+class Play
+{
+public:
+    explicit Play(const JournalBytes::JournalFile &file)
+        : m_file(file)
+    {
+        m_file.write(JournalBytes::header());
+        QString error;
+        Fuzz::expect(m_reader.open(m_file.path(), &error), "the journal opens");
+    }
+
+    void step(Fuzz::Bytes &input)
+    {
+        switch (input.number() % StepCount) {
+        case WriteRecord:
+            writeRecord(input.take(input.number()));
+            break;
+        case WriteLarge: // past what is read at a time
+            writeRecord(QByteArray(m_large++ < 2 ? input.number() * 300 : 0, char(input.number())));
+            break;
+        case WriteNonsense:
+            m_file.append(input.take(input.number()));
+            break;
+        case WriteDamaged:
+            writeDamaged(input);
+            break;
+        case WriteUnfinished:
+            m_file.append(nextRecord(input.take(input.number())).left(input.number()).left(unfinishedSize()));
+            break;
+        case WriteWrongPayload: // as no writer makes it, but with its checksum
+            m_file.append(JournalBytes::record(++m_writer, JournalBytes::number(9, 4) + input.take(3)));
+            break;
+        case Read:
+            read();
+            break;
+        }
+    }
+
+    /*! Whatever was left unfinished is stepped over once something follows. */
+    void end()
+    {
+        writeRecord("end");
+        read();
+        Fuzz::expectEqual(m_told, m_whole, "the records that are told");
+    }
+
+private:
+    QByteArray nextRecord(const QByteArray &value)
+    {
+        return JournalBytes::record(++m_writer, JournalBytes::assignment("name", value));
+    }
+    /*! Shorter than any record that nextRecord() makes. */
+    static int unfinishedSize()
+    {
+        return JournalBytes::RecordHeaderSize + JournalBytes::assignment("name", {}).size() - 1;
+    }
+
+    void writeRecord(const QByteArray &value)
+    {
+        m_file.append(nextRecord(value));
+        m_whole.append({m_writer, value});
+    }
+
+    void writeDamaged(Fuzz::Bytes &input)
+    {
+        QByteArray record = nextRecord(input.take(input.number()));
+        const int at = input.number() % record.size();
+        const int difference = input.number();
+        record[at] = char(record.at(at) ^ difference);
+        m_file.append(record);
+        if (difference == 0)
+            m_whole.append({m_writer, record.mid(JournalBytes::RecordHeaderSize + 16).chopped(8)});
+    }
+
+    void read()
+    {
+        Journal::Record record;
+        while (m_reader.next(&record)) {
+            Fuzz::expectEqual(record.changes.assignments.size(), 1, "how many values a record has");
+            Fuzz::expect(record.changes.removals.isEmpty(), "nothing is removed");
+            m_told.append({record.writer, record.changes.assignments.value(QStringLiteral("name")).bytes()});
+        }
+    }
+
+    const JournalBytes::JournalFile &m_file;
+    Journal::Reader m_reader;
+    quint64 m_writer = 0;
+    int m_large = 0;
+    QList<QPair<quint64, QByteArray>> m_whole;
+    QList<QPair<quint64, QByteArray>> m_told;
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    KrelLogger::setVerbosity(0);
+    static const JournalBytes::JournalFile file;
+    Fuzz::Bytes input(data, size);
+    Play play(file);
+    for (int i = 0; i < 64 && !input.isAtEnd(); ++i)
+        play.step(input);
+    play.end();
+    return 0;
+}

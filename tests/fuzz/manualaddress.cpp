@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+// Addresses that are typed for a manual configuration: four lines, the address, the netmask, the length of the prefix
+// and the gateway. An own reading says which are taken, and as what.
+#include "addresssearch.h"
+#include "ipv4.h"
+
+using namespace morvek;
+
+namespace {
+
+bool readHost(const QString &text, quint32 *address)
+{
+    return AddressSearch::readPlain(text, address) && *address >> 24 != 0 && *address >> 24 != 127
+        && *address >> 24 < 224;
+}
+
+bool readMask(const QString &netmask, const QString &prefix, quint32 *mask)
+{
+    if (netmask.isEmpty() == prefix.isEmpty())
+        return false;
+    for (int length = 1; length <= 31; ++length) {
+        *mask = quint32(0xffffffff00000000 >> length);
+        quint32 typed = 0;
+        int number = 0;
+        if (netmask.isEmpty() ? Fuzz::readNumber(prefix, &number) && number == length
+                              : AddressSearch::readPlain(netmask, &typed) && typed == *mask)
+            return true;
+    }
+    return false;
+}
+
+bool isHostOf(quint32 address, quint32 mask)
+{
+    const quint32 host = address & ~mask;
+    return mask == 0xfffffffe || (host != 0 && host != ~mask);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QStringList lines = Fuzz::text(Fuzz::bytes(data, size)).split(QLatin1Char('\n'));
+    const ManualAddress typed {lines.value(0), lines.value(1), lines.value(2), lines.value(3)};
+    for (const QChar c : typed.prefix) {
+        if (c.unicode() > 127)
+            return 0; // blanks and digits of other scripts are the number class's affair
+    }
+    quint32 address = 0;
+    quint32 mask = 0;
+    quint32 gateway = 0;
+    const bool valid = readHost(typed.address, &address) && readMask(typed.netmask, typed.prefix, &mask)
+        && readHost(typed.gateway, &gateway) && (address & mask) == (gateway & mask) && address != gateway
+        && isHostOf(address, mask) && isHostOf(gateway, mask);
+
+    NetworkInterfaceConfig config;
+    QString error;
+    Fuzz::expectEqual(manualConfiguration(typed, &config, &error), valid, "whether the addresses are taken");
+    Fuzz::expectEqual(error.isEmpty(), valid, "whether there is a reason");
+    if (!valid) {
+        Fuzz::expect(config.isEmpty(), "what is wrong leaves the configuration alone");
+        return 0;
+    }
+    QNetworkAddressEntry entry;
+    entry.setIp(QHostAddress(address));
+    entry.setNetmask(QHostAddress(mask));
+    NetworkInterfaceConfig expected;
+    expected.setType(NetworkInterfaceConfig::Manual);
+    expected.addIpAddress(entry);
+    expected.addGatewayAddress(QHostAddress(gateway));
+    Fuzz::expect(config == expected, "the configuration");
+    return 0;
+}

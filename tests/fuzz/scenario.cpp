@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+// Scenario files. A refused one has a reason on one line. An accepted one keeps the rules of a world, checked here
+// anew, is read the same again, and is refused with one key more.
+#include "scenarioreader.h"
+
+#include "profilecheck.h"
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QSet>
+
+using namespace morvek;
+using Fuzz::expect;
+
+namespace {
+
+void checkTimes(DelayRange delay)
+{
+    expect(delay.from >= 0 && delay.from <= delay.to && delay.to <= LongestTime, "a delay is a range");
+}
+
+QSet<QString> checkInterfaces(const Scenario &scenario)
+{
+    QSet<QString> names;
+    for (const ScenarioInterface &interface : scenario.interfaces) {
+        expect(!interface.name.isEmpty() && interface.name.size() <= 15 && !interface.name.contains(QLatin1Char('/')),
+               "an interface's name can be an object's");
+        expect(!names.contains(interface.name), "names are used once");
+        expect(interface.mtu == 0 || (interface.mtu >= 68 && interface.mtu <= 65536), "the MTU");
+        expect(!interface.connected || (interface.present && interface.up), "what is connected is there");
+        const AddressSet &addresses = interface.manual ? interface.given : interface.lease;
+        expect(!interface.connected || !addresses.addresses.isEmpty(), "what is connected has addresses");
+        names.insert(interface.name);
+    }
+    for (const ScenarioInterface &interface : scenario.interfaces)
+        expect(interface.parent.isEmpty() || names.contains(interface.parent), "a parent is there");
+    return names;
+}
+
+void checkWifi(const ScenarioWifi &wifi, const QSet<QString> &interfaces)
+{
+    if (wifi.interface.isEmpty()) {
+        expect(wifi.accessPoints.isEmpty(), "access points need a station");
+        return;
+    }
+    expect(interfaces.contains(wifi.interface), "the station's interface is there");
+    QSet<QString> bssids;
+    for (const ScenarioAccessPoint &point : wifi.accessPoints) {
+        expect(point.bssid.size() == 17 && !bssids.contains(point.bssid), "a bssid");
+        expect(point.ssid.toUtf8().size() <= 32, "an ssid");
+        expect(point.passkey.isEmpty() || ProfileCheck::isPasskey(point.passkey), "a passkey");
+        expect(point.signalLevel >= -100 && point.signalLevel <= 0 && point.drift >= 0, "a level");
+        bssids.insert(point.bssid);
+    }
+    expect(wifi.connected.isEmpty() || (wifi.power && bssids.contains(wifi.connected)), "the connection");
+}
+
+void checkTimeline(const Scenario &scenario, const QSet<QString> &interfaces)
+{
+    int last = 0;
+    for (const TimelineEvent &event : scenario.timeline) {
+        expect(event.at >= last && event.at <= LongestTime, "events are in order");
+        expect(event.interface.isEmpty() || interfaces.contains(event.interface), "an event's interface is known");
+        expect(event.bssid.isEmpty() || scenario.wifi.accessPoint(event.bssid), "an event's access point is known");
+        expect(event.backAfter >= -1 && !event.text.isEmpty(), "an event");
+        last = event.at;
+    }
+}
+
+void checkFaults(const Scenario &scenario, const QSet<QString> &interfaces)
+{
+    for (const Fault &fault : scenario.faults) {
+        expect(fault.kind != Fault::Refuse || fault.code >= 1, "a refusal has a code");
+        expect(fault.skip >= 0 && (fault.times == -1 || fault.times >= 1) && fault.delay >= 0, "a fault's numbers");
+        expect(fault.interface.isEmpty() || interfaces.contains(fault.interface), "a fault's interface is known");
+    }
+}
+
+void checkWorld(const Scenario &scenario)
+{
+    const ScenarioDelays &delays = scenario.delays;
+    for (const DelayRange &delay : {delays.reply, delays.release, delays.manual, delays.lease, delays.scan,
+                                    delays.associate, delays.hotspotStart, delays.hotspotStop})
+        checkTimes(delay);
+    const QSet<QString> interfaces = checkInterfaces(scenario);
+    QSet<QString> ranked;
+    for (const QString &name : scenario.priority) {
+        expect(interfaces.contains(name) && !ranked.contains(name), "the ranking");
+        ranked.insert(name);
+    }
+    expect(scenario.defaultInterface.isEmpty() || interfaces.contains(scenario.defaultInterface), "the default");
+    checkWifi(scenario.wifi, interfaces);
+    expect(scenario.hotspot.profile.isEmpty() || ProfileCheck::isProfile(scenario.hotspot.profile), "the hotspot");
+    checkTimeline(scenario, interfaces);
+    checkFaults(scenario, interfaces);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QByteArray input = Fuzz::bytes(data, size);
+    Scenario scenario;
+    QString error = QStringLiteral("from before");
+    const bool accepted = readScenario(input, &scenario, &error);
+    Fuzz::expectEqual(error.isEmpty(), accepted, "whether there is a reason");
+    if (!accepted)
+        return 0;
+    checkWorld(scenario);
+
+    const QByteArray again = QJsonDocument::fromJson(input).toJson(QJsonDocument::Compact);
+    Scenario second;
+    expect(readScenario(again, &second, &error), "it is accepted again");
+    expect(second.interfaces.size() == scenario.interfaces.size() && second.timeline.size() == scenario.timeline.size()
+               && second.priority == scenario.priority && second.seed == scenario.seed,
+           "it reads the same again");
+    expect(!readScenario(again.chopped(1) + R"(,"zz":1})", &second, &error), "a key that nobody knows is refused");
+    expect(error.contains(QLatin1String("\"zz\"")), "and named");
+    return 0;
+}
