@@ -107,7 +107,6 @@ void openUp(const QByteArray &file)
     const QByteArray root = qgetenv("ZOP_ROOT");
     for (QByteArray path = file; path.size() >= root.size(); path.truncate(path.lastIndexOf('/')))
         chmod(path.constData(), 0777);
-    chmod(QByteArray(root).left(root.lastIndexOf('/')).constData(), 0755);
 }
 
 void closeAgain(const QByteArray &file)
@@ -147,11 +146,11 @@ void UserTest::initTestCase()
 
 void UserTest::theRootIsOutOfReach()
 {
+    const PublicPlace place; // so that it is the root itself that is closed
     QVERIFY(publish(testPath("state"), QStringLiteral("a=1")));
     const ZopObject daemon(testPath("control"), ZopObject::Publish, true);
     QVERIFY2(daemon.isValid(), qPrintable(daemon.errorString()));
-    const QByteArray root = qgetenv("ZOP_ROOT");
-    chmod(root.left(root.lastIndexOf('/')).constData(), 0755); // so that it is the root itself that is closed
+    const QByteArray root = place.file("root");
     const QByteArray state = nameOf(testPath("state"));
     const QByteArray folder = nameOf(testFolder());
     const QByteArray control = nameOf(testPath("control"));
@@ -302,6 +301,7 @@ void UserTest::aLinkOfTheUsersOwnIsFollowed()
 
 void UserTest::aForeignClientIsNotHeard()
 {
+    const PublicPlace place;
     ZopObject daemon(testPath("control"), ZopObject::Publish, true);
     const Events requests(&daemon);
     const QByteArray file = nameOf(testPath("control"));
@@ -328,6 +328,7 @@ void UserTest::aForeignClientIsNotHeard()
 
 void UserTest::aForeignDaemonIsNotAsked()
 {
+    const PublicPlace place;
     QVERIFY(publish(testPath("beside"), QString()));
     const QByteArray file = nameOf(testPath("control"));
     openUp(file);
