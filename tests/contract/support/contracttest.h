@@ -4,7 +4,6 @@
 
 #include "changetext.h"
 #include "events.h"
-#include "peer.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtTest/QtTest>
