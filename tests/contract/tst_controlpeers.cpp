@@ -21,16 +21,6 @@ bool openClient(Peer &client)
     return client.ask(QStringLiteral("open c %1 2").arg(testPath("control")), QStringLiteral("c open"));
 }
 
-/*! What the daemon calls the client that has sent \a msg. */
-QString peerOf(const QStringList &requests, const QString &msg)
-{
-    for (const QString &request : requests) {
-        if (request.contains(QStringLiteral("msg=%1 ").arg(msg)))
-            return request.section(QStringLiteral("peer="), 1).chopped(1);
-    }
-    return QString();
-}
-
 } // namespace
 
 class ControlPeersTest : public QObject
