@@ -42,7 +42,7 @@ fi
     echo "$2 is not run: only root can give it processes of its own" >&2
     exit 1
 }
-export TMPDIR=/tmp HOME=/nonexistent
+export TMPDIR=/mnt HOME=/nonexistent
 project=$(realpath "$(dirname "$0")/../..")
 # The shell stays as process 1, or a program that aborts hangs.
 # shellcheck disable=SC2016 # for the shell in there
@@ -64,8 +64,9 @@ exec "${isolate[@]}" sh -c '
         ordinary test -x "$folder" || closed=$folder
     done
     if [ -n "$closed" ]; then
-        mount --bind "$project" /mnt && mount -t tmpfs -o mode=0755 none "$closed" \
-            && mkdir -p "$project" && mount --move /mnt "$project" || exit 1
+        mount --bind "$project" /media && mount -t tmpfs -o mode=0755 none "$closed" \
+            && mkdir -p "$project" && mount --move /media "$project" || exit 1
     fi
+    mount -t tmpfs -o mode=1777 none "$TMPDIR" || exit 1
     ordinary "$@"
     exit $?' sh "$project" qemu-arm -L "$(realpath "$1")" "$(realpath "$2")" "${@:3}"

@@ -5,6 +5,8 @@
 
 #include <QtCore/QFileInfo>
 
+#include <unistd.h>
+
 using namespace morvek;
 
 class JournalPeersTest : public QObject
