@@ -24,3 +24,7 @@ nm --dynamic --defined-only --format=posix "$library" | awk '{ print $1 }' | c++
 # Of Qt's types, the names will do. What would tell where and by whom it was built is left out.
 abidw --suppressions "$(dirname "${BASH_SOURCE[0]}")/public.suppr" --exported-interfaces-only --drop-undefined-syms \
     --no-corpus-path --no-comp-dir-path --no-show-locs --type-id-style hash --out-file "$2/morvek-network.abi" "$library"
+
+# abidiff overlooks enumerators that are only used as the argument of a template.
+sed -n "s/.*<enumerator name='\([^']*\)' value='\([^']*\)'.*/\1 \2/p" "$2/morvek-network.abi" | LC_ALL=C sort -u \
+    >"$2/enumerators.txt"

@@ -20,7 +20,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 tests/abi/record.sh "$build" "$work/$target"
 
-for list in symbols.txt sizes.txt; do
+for list in symbols.txt sizes.txt enumerators.txt; do
     diff -u "$record/$list" "$work/$target/$list" || mistake "$record/$list: recorded above with -, built with +"
 done
 abidiff --harmless "$record/morvek-network.abi" "$work/$target/morvek-network.abi" \
