@@ -27,6 +27,9 @@ namespace {
 constexpr char Magic[8] = {'Z', 'O', 'P', 'J', 'R', 'N', 'L', '1'};
 constexpr mode_t OwnerOnly = S_IRUSR | S_IWUSR;
 
+// With narrower ones, the kernel refuses the locks that are used here.
+static_assert(sizeof(off_t) == sizeof(qint64), "");
+
 struct Header
 {
     char magic[sizeof(Magic)];
@@ -47,7 +50,7 @@ struct RecordHeader
 // The bytes that are locked: each generation has one for its writers and one for its readers.
 enum LockedByte { WritersByte, ReadersByte };
 
-quint32 checksum(const void *bytes, size_t size, quint64 start = 0)
+quint32 checksum(const void *bytes, size_t size, quint32 start = 0)
 {
     return quint32(crc32_z(start, static_cast<const Bytef *>(bytes), size));
 }

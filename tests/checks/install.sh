@@ -27,8 +27,8 @@ g++ -fPIC -o "$work/with-pkg-config" examples/interfaces/main.cpp "${flags[@]}" 
 # A unit's own platform libraries take the stand-in's place; here they are the installed ones. The contract can be tried
 # on them.
 if ! cmake -S . -B "$work/unit" -G Ninja -DMORVEK_PLATFORM="$prefix" >/dev/null \
-    || ! cmake --build "$work/unit" --target morvek-network contract-update contract-peer >/dev/null \
-    || ! ctest --test-dir "$work/unit" -R '^contract.update$' --no-tests=error >/dev/null; then
+    || ! cmake --build "$work/unit" --target morvek-network contract-update contract-statepeers >/dev/null \
+    || ! ctest --test-dir "$work/unit" -R '^contract\.(update|statepeers)$' --no-tests=error >/dev/null; then
     mistake "the library and the contract's tests do not build and run against an installed platform"
 fi
 

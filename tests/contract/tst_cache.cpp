@@ -18,7 +18,6 @@ private Q_SLOTS:
     void anAbsentAttributeReadsAsTheDefault();
     void aRemovedAttributeReadsAsTheDefault();
     void everyObjectOfAProcessHasItsOwn();
-    void worksInAnotherProcess();
 };
 
 void CacheTest::tellsPresentValuesInsideTheCallToWhoIsConnected()
@@ -149,15 +148,6 @@ void CacheTest::everyObjectOfAProcessHasItsOwn()
     QVERIFY(set(testPath("object"), QStringLiteral("b=1")));
     QVERIFY(events.wait(QStringLiteral("{b=1}")));
     QCOMPARE(events.updates(), QStringList({"{b=1}"}));
-}
-
-void CacheTest::worksInAnotherProcess()
-{
-    QVERIFY(publish(testPath("object"), QStringLiteral("b=2 a=1")));
-    Peer reader;
-    QVERIFY(reader.ask(QStringLiteral("open o %1 1").arg(testPath("object")), QStringLiteral("o open")));
-    QVERIFY(reader.ask(QStringLiteral("cache o"), QStringLiteral("o cached")));
-    QCOMPARE(reader.heard(QStringLiteral("o ")), QStringList({"open", "a=1", "b=2", "{a=1 b=2}", "cached"}));
 }
 
 CONTRACT_TEST_MAIN(CacheTest)

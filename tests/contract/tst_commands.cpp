@@ -35,7 +35,6 @@ private Q_SLOTS:
     void hasAnIdentifierOnceStarted();
     void identifiersDiffer();
     void isStartedOnce();
-    void finishesOnceForADoubledReply();
     void aReplyToAnotherIdentifierIsNotMeant();
     void failsWithoutAnObject_data();
     void failsWithoutAnObject();
@@ -181,23 +180,6 @@ void CommandTest::isStartedOnce()
     QCOMPARE(requests.updates().size(), 2);
     QCOMPARE(finished.count(), 1);
     QCOMPARE(command.id(), id);
-}
-
-void CommandTest::finishesOnceForADoubledReply()
-{
-    Peer daemon;
-    QVERIFY(daemon.ask(QStringLiteral("serve s ") + testPath("control"), QStringLiteral("s open")));
-    ZopObject client(testPath("control"), ZopObject::ReadWrite, false);
-    ZopControlCommand doubled(&client);
-    QSignalSpy finished(&doubled, &ZopControlCommand::finished);
-    doubled.setMessage(QStringLiteral("twice"));
-    doubled.start();
-    ZopControlCommand next(&client);
-    QSignalSpy nextFinished(&next, &ZopControlCommand::finished);
-    next.setMessage(QStringLiteral("echo"));
-    next.start();
-    QVERIFY(nextFinished.wait());
-    QCOMPARE(finished.count(), 1);
 }
 
 void CommandTest::aReplyToAnotherIdentifierIsNotMeant()

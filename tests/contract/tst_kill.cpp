@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "contracttest.h"
+#include "peer.h"
 
 #include <numeric>
 #include <random>

@@ -20,7 +20,6 @@ private Q_SLOTS:
     void theFlagHasNoEffectOnAStateObject();
     void creationHoldsTheValuesFromTheFirstMoment();
     void creationFailsOnAnExistingObject();
-    void onlyOneOfManyCreates();
     void removalFailsWhenThereIsNone();
 };
 
@@ -170,32 +169,6 @@ void OpeningTest::creationFailsOnAnExistingObject()
     ZopObject reader(testPath("object"), ZopObject::Subscribe, false);
     reader.setAttributeCacheEnabled(true);
     QCOMPARE(reader.attribute(QStringLiteral("a")).toString(), QStringLiteral("1"));
-}
-
-void OpeningTest::onlyOneOfManyCreates()
-{
-    Peer peers[4];
-    for (Peer &peer : peers)
-        peer.send(QStringLiteral("verbosity")); // which shows that it runs
-    for (Peer &peer : peers)
-        QVERIFY(peer.wait(QStringLiteral("verbosity 7")));
-    QString commands;
-    for (int round = 0; round < 40; ++round) // large ones, so that the peers meet
-        commands += QStringLiteral("create %1%2 a=1000000*x\n").arg(testPath("object")).arg(round);
-    for (Peer &peer : peers)
-        QVERIFY(peer.ask(QStringLiteral("hold"), QStringLiteral("held")));
-    for (Peer &peer : peers)
-        peer.send(QStringLiteral("go\n") + commands.chopped(1));
-    for (Peer &peer : peers)
-        QVERIFY(peer.quit());
-    int created = 0;
-    int refused = 0;
-    for (const Peer &peer : peers) {
-        created += peer.heard(QStringLiteral("created")).size();
-        refused += peer.heard(QStringLiteral("not created")).size();
-    }
-    QCOMPARE(created, 40);
-    QCOMPARE(refused, 120);
 }
 
 void OpeningTest::removalFailsWhenThereIsNone()

@@ -7,20 +7,6 @@ namespace {
 
 constexpr int Updates = 100; // of up to 60 KB each: some 3 MB
 
-/*! Whether \a updates, as a peer tells them, are the first \a count ones of \a writer, whole and in order. */
-bool isComplete(const QStringList &updates, int writer, int count)
-{
-    int next = 1;
-    for (const QString &update : updates) {
-        if (!update.endsWith(QStringLiteral(" w=%1}").arg(writer)))
-            continue;
-        if (!update.startsWith(QStringLiteral("n=%1 p=").arg(next)))
-            return false;
-        ++next;
-    }
-    return next == count + 1;
-}
-
 /*! Removals may be told in any order. */
 QStringList sorted(QStringList lines)
 {
@@ -36,7 +22,6 @@ class PersistenceTest : public QObject
 
 private Q_SLOTS:
     void valuesOutliveTheirWriter();
-    void valuesOutliveAKilledWriter();
     void removalTellsTheAttributesAsRemoved();
     void removalIsToldToAnUncachedObjectToo();
     void theLastUpdateIsToldBeforeTheRemoval();
@@ -46,8 +31,6 @@ private Q_SLOTS:
     void everyUpdateSinceTheRecreationIsTold();
     void removalIsToldThoughTheCacheIsEnabledAgain();
     void aRemovedObjectCannotBeWritten();
-    void manyUpdatesReachManyReaders();
-    void aSlowReaderMissesNothing();
     void anObjectOpenedAfterManyUpdatesHasThePresentState();
     void aLargeStateSurvivesManyUpdates();
 };
@@ -63,23 +46,6 @@ void PersistenceTest::valuesOutliveTheirWriter()
     const Events events(&reader);
     reader.setAttributeCacheEnabled(true);
     QCOMPARE(events.lines, QStringList({"a=2", "{a=2}"}));
-}
-
-void PersistenceTest::valuesOutliveAKilledWriter()
-{
-    Peer writer;
-    QVERIFY(writer.ask(QStringLiteral("open o %1 3").arg(testPath("object")), QStringLiteral("o open")));
-    QVERIFY(writer.ask(QStringLiteral("set o a=1 b=60000*x"), QStringLiteral("o set")));
-    ZopObject reader(testPath("object"), ZopObject::Subscribe, false);
-    const Events events(&reader);
-    QVERIFY(writer.ask(QStringLiteral("set o a=2"), QStringLiteral("o set")));
-    writer.kill();
-    QVERIFY(events.wait(QStringLiteral("{a=2}")));
-    QCOMPARE(events.updates(), QStringList({"{a=2}"}));
-    reader.setAttributeCacheEnabled(true);
-    QCOMPARE(events.updates(), QStringList({"{a=2}", "{a=2 b=60000*x}"}));
-    QVERIFY(set(testPath("object"), QStringLiteral("a=3")));
-    QVERIFY(events.wait(QStringLiteral("{a=3}")));
 }
 
 void PersistenceTest::removalTellsTheAttributesAsRemoved()
@@ -221,54 +187,6 @@ void PersistenceTest::aRemovedObjectCannotBeWritten()
     ZopObject later(testPath("object"), ZopObject::Subscribe, false);
     later.setAttributeCacheEnabled(true);
     QCOMPARE(later.attribute(QStringLiteral("a")).toString(), QStringLiteral("4"));
-}
-
-void PersistenceTest::manyUpdatesReachManyReaders()
-{
-    QVERIFY(publish(testPath("object"), QString()));
-    Peer readers[2];
-    for (Peer &reader : readers)
-        QVERIFY(reader.ask(QStringLiteral("open o %1 1").arg(testPath("object")), QStringLiteral("o open")));
-    Peer writers[2];
-    for (Peer &writer : writers)
-        QVERIFY(writer.ask(QStringLiteral("open o %1 2").arg(testPath("object")), QStringLiteral("o open")));
-    writers[0].send(QStringLiteral("write o 1 %1 60000").arg(Updates));
-    writers[1].send(QStringLiteral("write o 2 %1 60000").arg(Updates));
-    QVERIFY(writers[0].wait(QStringLiteral("1 wrote %1").arg(Updates)));
-    QVERIFY(writers[1].wait(QStringLiteral("2 wrote %1").arg(Updates)));
-    QVERIFY(set(testPath("object"), QStringLiteral("end=1")));
-    for (Peer &reader : readers) {
-        QVERIFY(reader.wait(QStringLiteral("o {end=1}")));
-        const QStringList updates = reader.heard(QStringLiteral("o {"));
-        QCOMPARE(updates.size(), 2 * Updates + 1);
-        QVERIFY(isComplete(updates, 1, Updates));
-        QVERIFY(isComplete(updates, 2, Updates));
-    }
-    QCOMPARE(readers[0].heard(QStringLiteral("o ")), readers[1].heard(QStringLiteral("o ")));
-}
-
-void PersistenceTest::aSlowReaderMissesNothing()
-{
-    QVERIFY(publish(testPath("object"), QString()));
-    Peer slow;
-    Peer fast;
-    for (Peer *reader : {&slow, &fast})
-        QVERIFY(reader->ask(QStringLiteral("open o %1 1").arg(testPath("object")), QStringLiteral("o open")));
-    QVERIFY(slow.ask(QStringLiteral("hold"), QStringLiteral("held")));
-    Peer writer;
-    QVERIFY(writer.ask(QStringLiteral("open o %1 2").arg(testPath("object")), QStringLiteral("o open")));
-    QVERIFY(writer.ask(QStringLiteral("write o 1 %1 60000").arg(Updates), QStringLiteral("1 wrote %1").arg(Updates)));
-    QVERIFY(fast.wait(QStringLiteral("o w=1")));
-    slow.send(QStringLiteral("go"));
-    QVERIFY(writer.ask(QStringLiteral("write o 2 %1 60000").arg(Updates), QStringLiteral("2 wrote %1").arg(Updates)));
-    QVERIFY(set(testPath("object"), QStringLiteral("end=1")));
-    for (Peer *reader : {&slow, &fast}) {
-        QVERIFY(reader->wait(QStringLiteral("o {end=1}")));
-        const QStringList updates = reader->heard(QStringLiteral("o {"));
-        QCOMPARE(updates.size(), 2 * Updates + 1);
-        QVERIFY(isComplete(updates, 1, Updates));
-        QVERIFY(isComplete(updates, 2, Updates));
-    }
 }
 
 void PersistenceTest::anObjectOpenedAfterManyUpdatesHasThePresentState()

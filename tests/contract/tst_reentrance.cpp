@@ -23,9 +23,6 @@ private Q_SLOTS:
     void aSlotRemovesItsObject();
     void aSlotDeletesItsWatcher();
     void aSlotDeletesItsWatcherInsideEnabling();
-    void aSlotDeletesItsCommand();
-    void aSlotDeletesItsClient_data();
-    void aSlotDeletesItsClient();
     void aSlotDeletesItsDaemon();
     void aSlotWaitsForTheNextUpdate();
     void aSlotWaitsForAnotherObject();
@@ -236,71 +233,6 @@ void ReentranceTest::aSlotDeletesItsWatcherInsideEnabling()
     connect(watcher, &ZopDirWatcher::objectAdded, this, [watcher] { delete watcher; });
     watcher->setNameCacheEnabled(true);
     QCOMPARE(events.lines.size(), 1);
-}
-
-void ReentranceTest::aSlotDeletesItsCommand()
-{
-    Peer daemon;
-    QVERIFY(daemon.ask(QStringLiteral("serve s ") + testPath("control"), QStringLiteral("s open")));
-    ZopObject client(testPath("control"), ZopObject::ReadWrite, false);
-    int finished = 0;
-    for (const char *msg : {"echo", "twice", "fail", "echo"}) {
-        auto *command = new ZopControlCommand(&client);
-        connect(command, &ZopControlCommand::finished, this, [&finished](ZopControlCommand *done) {
-            ++finished;
-            delete done;
-        });
-        command->setMessage(QLatin1String(msg));
-        command->start();
-    }
-    auto *failing = new ZopControlCommand(nullptr);
-    connect(failing, &ZopControlCommand::finished, this, [&finished](ZopControlCommand *done) {
-        ++finished;
-        delete done;
-    });
-    failing->start();
-    QVERIFY(waitUntil([&finished] { return finished == 5; }));
-    ZopControlCommand next(&client);
-    QSignalSpy answered(&next, &ZopControlCommand::finished);
-    next.setMessage(QStringLiteral("echo"));
-    next.start();
-    QVERIFY(answered.wait());
-    QCOMPARE(finished, 5);
-}
-
-void ReentranceTest::aSlotDeletesItsClient_data()
-{
-    QTest::addColumn<bool>("inFinished");
-    QTest::newRow("in finished") << true;
-    QTest::newRow("in attributesChanged") << false;
-}
-
-void ReentranceTest::aSlotDeletesItsClient()
-{
-    QFETCH(bool, inFinished);
-    const QString path = testPath(inFinished ? "one" : "two");
-    Peer daemon;
-    QVERIFY(daemon.ask(QStringLiteral("serve s ") + path, QStringLiteral("s open")));
-    auto *client = new ZopObject(path, ZopObject::ReadWrite, false);
-    QObject owner;
-    int finished = 0;
-    int failed = 0;
-    const auto destroy = [client] { delete client; };
-    for (int i = 0; i < 3; ++i) {
-        auto *command = new ZopControlCommand(client, &owner);
-        connect(command, &ZopControlCommand::finished, this, [&](ZopControlCommand *done) {
-            ++finished;
-            failed += done->hasError() ? 1 : 0;
-        });
-        if (inFinished && i == 0)
-            connect(command, &ZopControlCommand::finished, this, destroy);
-        command->setMessage(QStringLiteral("echo"));
-        command->start();
-    }
-    if (!inFinished)
-        connect(client, &ZopObject::attributesChanged, this, destroy);
-    QVERIFY(waitUntil([&finished] { return finished == 3; }));
-    QCOMPARE(failed, inFinished ? 2 : 3);
 }
 
 void ReentranceTest::aSlotDeletesItsDaemon()

@@ -6,8 +6,8 @@
 #include "asyncwificonnectoperation.h"
 #include "asyncwifiscanoperation.h"
 #include "eventloop.h"
-#include "metaobject.h"
 
+#include <QtCore/QMetaMethod>
 #include <QtTest/QtTest>
 
 #include <memory>
@@ -32,10 +32,6 @@ struct Kind
     void (*setError)(AsyncOperationBase *, const AsyncOperationError &);
     int (*resultCount)(const AsyncOperationBase *);
     void (*record)(AsyncOperationBase *, Ends *);
-    const QMetaObject *metaObject;
-    quintptr firstVirtual;
-    quintptr secondVirtual;
-    int (*pointerType)(); //!< asks for the type, and so registers it
 };
 
 template<typename Operation>
@@ -65,10 +61,6 @@ Kind kind(const char *name)
             QObject::connect(concrete, &Operation::success, [ends](Operation *o) { ends->succeeded.append(o); });
             QObject::connect(concrete, &Operation::failure, [ends](Operation *o) { ends->failed.append(o); });
         },
-        &Operation::staticMetaObject,
-        virtualPosition(&Operation::notifySuccess),
-        virtualPosition(&Operation::notifyFailure),
-        []() -> int { return qMetaTypeId<Operation *>(); },
     };
 }
 
@@ -106,12 +98,6 @@ private Q_SLOTS:
     void reachesQueuedConnectionsByName();
     void startsPending_data() { kinds(); }
     void startsPending();
-    void declaresItsMethodsInOrder_data() { kinds(); }
-    void declaresItsMethodsInOrder();
-    void declaresItsVirtualsFirst_data() { kinds(); }
-    void declaresItsVirtualsFirst();
-    void registersItsPointer_data() { kinds(); }
-    void registersItsPointer();
     void tellsItselfWhenNotified_data() { kinds(); }
     void tellsItselfWhenNotified();
     void succeedsFromTheEventLoop_data() { kinds(); }
@@ -155,46 +141,6 @@ void TestAsyncOperation::startsPending()
     QCOMPARE(operation->error().code(), 0);
     QVERIFY(operation->error().message().isEmpty());
     QCOMPARE(kind.resultCount(operation.get()), 0);
-}
-
-void TestAsyncOperation::declaresItsMethodsInOrder()
-{
-    QFETCH(Kind, kind);
-    QCOMPARE(QByteArray(kind.metaObject->className()), kind.name);
-    QCOMPARE(QByteArray(kind.metaObject->superClass()->className()), QByteArray("morvek::AsyncOperationBase"));
-    const QString pointer = QString::fromLatin1(kind.name) + QLatin1Char('*');
-    QCOMPARE(ownMethods(*kind.metaObject),
-             (QStringList {
-                 QStringLiteral("signal success(%1)").arg(pointer),
-                 QStringLiteral("signal failure(%1)").arg(pointer),
-                 QStringLiteral("method notifySuccess()"),
-                 QStringLiteral("method notifyFailure()"),
-             }));
-    for (int i = 0; i < 2; ++i) {
-        const QMetaMethod signal = kind.metaObject->method(kind.metaObject->methodOffset() + i);
-        QCOMPARE(signal.parameterNames(), QList<QByteArray> {"asyncop"});
-    }
-}
-
-void TestAsyncOperation::declaresItsVirtualsFirst()
-{
-    QFETCH(Kind, kind);
-    // Behind the last operation of QObject.
-    struct LastOfQObject : QObject
-    {
-        static quintptr position() { return virtualPosition(&LastOfQObject::disconnectNotify); }
-    };
-    QCOMPARE(kind.firstVirtual, LastOfQObject::position() + 1);
-    QCOMPARE(kind.secondVirtual, LastOfQObject::position() + 2);
-}
-
-void TestAsyncOperation::registersItsPointer()
-{
-    QFETCH(Kind, kind);
-    const std::unique_ptr<AsyncOperationBase> operation(kind.create());
-    const int registered = QMetaType::type(kind.name + '*');
-    QVERIFY(registered != QMetaType::UnknownType);
-    QCOMPARE(registered, kind.pointerType());
 }
 
 void TestAsyncOperation::tellsItselfWhenNotified()
@@ -304,8 +250,8 @@ void TestAsyncOperation::mayBeDeletedInItsSlot()
     QPointer<AsyncOperationBase> first = kind.create();
     QPointer<AsyncOperationBase> second = kind.create();
     for (AsyncOperationBase *operation : {first.data(), second.data()}) {
-        const QMetaMethod signal =
-            kind.metaObject->method(kind.metaObject->methodOffset() + (operation == first ? 0 : 1));
+        const QMetaObject *metaObject = operation->metaObject();
+        const QMetaMethod signal = metaObject->method(metaObject->methodOffset() + (operation == first ? 0 : 1));
         QVERIFY(
             QObject::connect(operation, signal, operation,
                              QObject::staticMetaObject.method(QObject::staticMetaObject.indexOfSlot("deleteLater()"))));

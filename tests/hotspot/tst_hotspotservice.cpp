@@ -17,7 +17,6 @@ namespace {
 
 using ServicePrivate = PrivateHalfOf<HotSpotService>;
 
-static_assert(sizeof(HotSpotService) == sizeof(ServiceBase) + sizeof(void *), "");
 static_assert(std::is_base_of<ServiceBase, HotSpotService>::value, "");
 static_assert(std::is_same<decltype(&HotSpotService::configuration),
                            AsyncHotspotConfigOperation *(HotSpotService::*)() const>::value,
@@ -124,19 +123,11 @@ private:
 
 void TestHotspotService::declaresItsMethodsInOrder()
 {
-    const QMetaObject &service = HotSpotService::staticMetaObject;
     const QMetaObject &provider = HotspotProvider::staticMetaObject;
-    QCOMPARE(ownMethods(service),
-             lines({"signal enabledChanged(bool)", "signal configurationChanged(morvek::WifiHotspot)"}));
     QCOMPARE(ownMethods(provider), lines({"signal enabledChanged(bool)", "signal configurationChanged(WifiHotspot)"}));
-    for (const QMetaObject *metaObject : {&service, &provider}) {
-        QCOMPARE(metaObject->method(metaObject->methodOffset()).parameterNames(), QList<QByteArray> {"enabled"});
-        QCOMPARE(metaObject->method(metaObject->methodOffset() + 1).parameterNames(),
-                 QList<QByteArray> {"configutaion"});
-        QCOMPARE(metaObject->propertyCount(), metaObject->propertyOffset());
-    }
-    QCOMPARE(QByteArray(service.className()), QByteArray("morvek::HotSpotService"));
-    QCOMPARE(QByteArray(service.superClass()->className()), QByteArray("morvek::ServiceBase"));
+    QCOMPARE(provider.method(provider.methodOffset()).parameterNames(), QList<QByteArray> {"enabled"});
+    QCOMPARE(provider.method(provider.methodOffset() + 1).parameterNames(), QList<QByteArray> {"configutaion"});
+    QCOMPARE(provider.propertyCount(), provider.propertyOffset());
     QCOMPARE(QByteArray(provider.className()), QByteArray("morvek::HotspotProvider"));
     QCOMPARE(QByteArray(provider.superClass()->className()), QByteArray("morvek::ServiceProviderBase"));
 
@@ -158,8 +149,6 @@ void TestHotspotService::declaresItsVirtualsInOrder()
     QCOMPARE(virtualPosition(&HotspotProvider::configuration), LastOfQObject::position() + 2);
     QCOMPARE(virtualPosition(&HotspotProvider::setEnabled), LastOfQObject::position() + 3);
     QCOMPARE(virtualPosition(&HotspotProvider::enabled), LastOfQObject::position() + 4);
-    QCOMPARE(virtualPosition(&HotSpotService::available), LastOfQObject::position() + 1);
-    QCOMPARE(virtualPosition(&HotSpotService::ready), LastOfQObject::position() + 2);
 }
 
 void TestHotspotService::isMadeOfThreeObjects()

@@ -11,7 +11,6 @@ using namespace morvek;
 static_assert(NetworkInterfaceConfig::Auto == 0, "");
 static_assert(NetworkInterfaceConfig::Manual == 1, "");
 static_assert(std::is_same<std::underlying_type<NetworkInterfaceConfig::ConfigurationType>::type, int>::value, "");
-static_assert(sizeof(NetworkInterfaceConfig) == sizeof(void *), "");
 
 namespace {
 

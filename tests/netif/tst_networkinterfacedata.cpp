@@ -21,7 +21,6 @@ static_assert(NetworkInterface::Bluetooth == 5, "");
 static_assert(NetworkInterface::Vpn == 6, "");
 static_assert(NetworkInterface::OrvanBridge == 7, "");
 static_assert(std::is_same<std::underlying_type<NetworkInterface::InterfaceType>::type, int>::value, "");
-static_assert(sizeof(NetworkInterface) == sizeof(void *), "");
 
 namespace {
 

@@ -22,11 +22,7 @@ static_assert(WifiSecurityProtocolWpa2 == 0x8, "");
 static_assert(WifiSecurityProtocolWps == 0x10, "");
 static_assert(WifiServiceSetEss == 1, "");
 static_assert(WifiServiceSetIbss == 2, "");
-static_assert(sizeof(QFlags<WifiCipher>) == 4, "");
-static_assert(sizeof(QFlags<WifiKeyManagementType>) == 4, "");
-static_assert(sizeof(QFlags<WifiSecurityProtocol>) == 4, "");
 static_assert(std::is_same<decltype(WifiAccessPoint().frequency()), unsigned int>::value, "");
-static_assert(sizeof(WifiAccessPoint) == sizeof(void *), "");
 
 namespace {
 

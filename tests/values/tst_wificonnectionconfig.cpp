@@ -8,8 +8,6 @@
 
 using namespace morvek;
 
-static_assert(sizeof(WifiConnectionConfig) == sizeof(void *), "");
-
 namespace {
 
 using Change = std::function<void(WifiConnectionConfig &)>;

@@ -10,7 +10,6 @@ using namespace morvek;
 
 static_assert(WifiBand2_4GHz == 0, "");
 static_assert(WifiBand5GHz == 1, "");
-static_assert(sizeof(WifiHotspot) == sizeof(void *), "");
 
 template<typename T, typename = void>
 constexpr bool IsWritable = false;

@@ -50,6 +50,15 @@ bool set(const QString &path, const QString &text)
     return set(object, text);
 }
 
+QString peerOf(const QStringList &requests, const QString &msg)
+{
+    for (const QString &request : requests) {
+        if (request.contains(QStringLiteral("msg=%1 ").arg(msg)))
+            return request.section(QStringLiteral("peer="), 1).chopped(1);
+    }
+    return QString();
+}
+
 int runContractTest(QObject *test, int argc, char **argv)
 {
     const QTemporaryDir root;

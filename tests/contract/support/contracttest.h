@@ -4,7 +4,6 @@
 
 #include "changetext.h"
 #include "events.h"
-#include "peer.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtTest/QtTest>
@@ -25,6 +24,9 @@ bool publish(const QString &path, const QString &text);
 bool set(morvek::ZopObject &object, const QString &text);
 /*! The same through an object of its own. */
 bool set(const QString &path, const QString &text);
+
+/*! What a daemon calls the client that has sent \a msg; \a requests are the updates that the daemon was told. */
+QString peerOf(const QStringList &requests, const QString &msg);
 
 /*! Runs the tests of \a test on a fresh root, on machines where the environment names the root. */
 int runContractTest(QObject *test, int argc, char **argv);

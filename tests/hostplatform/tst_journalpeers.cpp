@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "contracttest.h"
+#include "hostfiles.h"
+#include "peer.h"
+
+#include <QtCore/QFileInfo>
+
+#include <unistd.h>
+
+using namespace morvek;
+
+class JournalPeersTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void whatAKilledWriterLeftDoesNotMatter();
+    void aFileIsNotReplacedTwiceUnderASlowReader();
+    void aReaderThatIsFarTooSlowIsToldThePresentState();
+};
+
+void JournalPeersTest::whatAKilledWriterLeftDoesNotMatter()
+{
+    for (const char *name : {".object.new", ".object.old"})
+        QVERIFY(plant(testPath(name), "garbage"));
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=1")));
+    Peer reader;
+    QVERIFY(reader.ask(QStringLiteral("open o %1 1").arg(testPath("object")), QStringLiteral("o open")));
+    for (const char *name : {".object.new", ".object.old"})
+        QVERIFY(plant(testPath(name), "garbage"));
+    // A writer that dies between its two steps leaves the present file under the old one's name.
+    QVERIFY(publish(testPath("twice"), QStringLiteral("a=1")));
+    QCOMPARE(::link(QFile::encodeName(fileOf(testPath("twice"))).constData(),
+                    QFile::encodeName(fileOf(testPath(".twice.old"))).constData()),
+             0);
+    for (const char *name : {"object", "twice"}) {
+        ZopObject writer(testPath(name), ZopObject::ReadWrite, false);
+        for (int n = 0; n < 50; ++n) {
+            QVERIFY(set(writer, QStringLiteral("p=50000*p n=%1").arg(n)));
+            QVERIFY(waitUntil([&] { return writer.attribute(QStringLiteral("n")).toInt() == n; }));
+            if (n % 10 == 0 && QLatin1String(name) == QLatin1String("object"))
+                QVERIFY(reader.wait(QStringLiteral("o {n=%1 p=50000*p}").arg(n)));
+        }
+        const qint64 size = QFileInfo(fileOf(testPath(name))).size();
+        QVERIFY2(size < 1500000, qPrintable(QString::number(size)));
+    }
+    QVERIFY(reader.wait(QStringLiteral("o {n=49 p=50000*p}")));
+    QCOMPARE(reader.heard(QStringLiteral("o {")).size(), 50);
+}
+
+void JournalPeersTest::aFileIsNotReplacedTwiceUnderASlowReader()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    Peer slow;
+    QVERIFY(slow.ask(QStringLiteral("open o %1 1").arg(testPath("object")), QStringLiteral("o open")));
+    QVERIFY(slow.ask(QStringLiteral("hold"), QStringLiteral("held")));
+    for (int n = 0; n < 100; ++n)
+        QVERIFY(set(testPath("object"), QStringLiteral("p=50000*p n=%1").arg(n)));
+    const qint64 held = QFileInfo(fileOf(testPath("object"))).size();
+    QVERIFY2(held > 3000000, qPrintable(QString::number(held)));
+    slow.send(QStringLiteral("go"));
+    QVERIFY(slow.wait(QStringLiteral("o {n=99 p=50000*p}")));
+    for (int n = 100; n < 150; ++n)
+        QVERIFY(set(testPath("object"), QStringLiteral("p=50000*p n=%1").arg(n)));
+    QVERIFY(QFileInfo(fileOf(testPath("object"))).size() < held);
+    QVERIFY(slow.wait(QStringLiteral("o {n=149 p=50000*p}")));
+    QCOMPARE(slow.heard(QStringLiteral("o {")).size(), 150);
+}
+
+void JournalPeersTest::aReaderThatIsFarTooSlowIsToldThePresentState()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("gone=1")));
+    Peer slow;
+    QVERIFY(slow.ask(QStringLiteral("open o %1 1").arg(testPath("object")), QStringLiteral("o open")));
+    QVERIFY(slow.ask(QStringLiteral("cache o"), QStringLiteral("o cached")));
+    QVERIFY(slow.ask(QStringLiteral("hold"), QStringLiteral("held")));
+    QVERIFY(set(testPath("object"), QStringLiteral("-gone")));
+    for (int n = 1; n <= 160; ++n)
+        QVERIFY(set(testPath("object"), QStringLiteral("p=1000000*p n=%1").arg(n)));
+    QVERIFY(QFileInfo(fileOf(testPath("object"))).size() < 100 * 1000 * 1000);
+    slow.send(QStringLiteral("go"));
+    QVERIFY(slow.wait(QStringLiteral("o n=160")));
+    QVERIFY(slow.ask(QStringLiteral("cache o"), QStringLiteral("o cached")));
+    QCOMPARE(slow.heard(QStringLiteral("o {")).last(), QStringLiteral("n=160 p=1000000*p}"));
+    QVERIFY(set(testPath("object"), QStringLiteral("end=1")));
+    QVERIFY(slow.wait(QStringLiteral("o {end=1}")));
+    QCOMPARE(slow.heard(QStringLiteral("o -")), QStringList({"gone"}));
+    QVERIFY(slow.quit());
+    QVERIFY(slow.standardError().contains(QFile::encodeName(fileOf(testPath("object")))));
+}
+
+CONTRACT_TEST_MAIN(JournalPeersTest)
+
+#include "tst_journalpeers.moc"
