@@ -18,7 +18,7 @@ class DescriptorStorm : public Storm
 protected:
     void rage(int rounds) override
     {
-        demand(writeLivelyWorld(scratch("lively.json"), WorldLength, WorldStep, &generator()),
+        demand(writeLivelyWorld(scratch("lively.json"), {WorldLength}, 0, WorldStep, &generator()),
                QStringLiteral("no scenario"));
         startWorld();
         for (int i = 0; i < 2; ++i) {

@@ -49,9 +49,41 @@ private:
     bool m_hasLink = true;
 };
 
+/*! What happens at \a at. */
+void addEvent(Timeline *timeline, int at, std::mt19937 *random)
+{
+    switch ((*random)() % 8) {
+    case 0:
+        timeline->toggleCell(at);
+        break;
+    case 1:
+        timeline->toggleLink(at);
+        break;
+    case 2:
+        timeline->add(at, "hotspot-starts");
+        break;
+    case 3:
+        timeline->add(at, "hotspot-stops");
+        break;
+    case 4:
+        timeline->add(at, "default", {{QStringLiteral("interface"), (*random)() % 2 ? Wire : QString()}});
+        break;
+    case 5:
+        timeline->add(at, "default-follows");
+        break;
+    case 6:
+        timeline->add(at, "signal",
+                      {{QStringLiteral("bssid"), QStringLiteral("02:00:00:00:20:01")},
+                       {QStringLiteral("signal_level"), -40 - int((*random)() % 50)}});
+        break;
+    default:
+        timeline->add(at, "dropped");
+    }
+}
+
 } // namespace
 
-bool writeLivelyWorld(const QString &file, int length, int step, std::mt19937 *random)
+bool writeLivelyWorld(const QString &file, const QVector<int> &lengths, int pause, int step, std::mt19937 *random)
 {
     QFile usual(QStringLiteral(STORM_SCENARIO));
     QFile lively(file);
@@ -59,36 +91,14 @@ bool writeLivelyWorld(const QString &file, int length, int step, std::mt19937 *r
         return false;
     QJsonObject scenario = QJsonDocument::fromJson(usual.readAll()).object();
     Timeline timeline;
-    for (int at = step; at < length; at += step) {
-        switch ((*random)() % 8) {
-        case 0:
-            timeline.toggleCell(at);
-            break;
-        case 1:
-            timeline.toggleLink(at);
-            break;
-        case 2:
-            timeline.add(at, "hotspot-starts");
-            break;
-        case 3:
-            timeline.add(at, "hotspot-stops");
-            break;
-        case 4:
-            timeline.add(at, "default", {{QStringLiteral("interface"), (*random)() % 2 ? Wire : QString()}});
-            break;
-        case 5:
-            timeline.add(at, "default-follows");
-            break;
-        case 6:
-            timeline.add(at, "signal",
-                         {{QStringLiteral("bssid"), QStringLiteral("02:00:00:00:20:01")},
-                          {QStringLiteral("signal_level"), -40 - int((*random)() % 50)}});
-            break;
-        default:
-            timeline.add(at, "dropped");
-        }
+    int begin = 0;
+    for (const int length : lengths) {
+        begin += pause;
+        for (int at = begin; at < begin + length; at += step)
+            addEvent(&timeline, at, random);
+        begin += length;
+        timeline.restore(begin);
     }
-    timeline.restore(length);
     scenario.insert(QStringLiteral("timeline"), timeline.events);
     return lively.write(QJsonDocument(scenario).toJson()) > 0;
 }

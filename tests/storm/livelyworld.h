@@ -3,13 +3,15 @@
 #define LIVELYWORLD_H
 
 #include <QtCore/QString>
+#include <QtCore/QVector>
 
 #include <random>
 
 /*!
- * Writes a scenario to \a file in which something happens each \a step milliseconds, for \a length of them: interfaces
- * come and go, links and networks are lost, the hotspot is switched. At the end everything is as it was.
+ * Writes a scenario to \a file in which something happens each \a step milliseconds: interfaces come and go, links and
+ * networks are lost, the hotspot is switched. It has times of such \a lengths, with a pause before each; at the end of
+ * each everything is as it was.
  */
-bool writeLivelyWorld(const QString &file, int length, int step, std::mt19937 *random);
+bool writeLivelyWorld(const QString &file, const QVector<int> &lengths, int pause, int step, std::mt19937 *random);
 
 #endif

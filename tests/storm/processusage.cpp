@@ -5,7 +5,6 @@
 #include <QtCore/QFile>
 
 #include <malloc.h>
-#include <unistd.h>
 
 // There when the program was built with sanitizers, which have a heap of their own.
 extern "C" __attribute__((weak)) size_t __sanitizer_get_current_allocated_bytes();
@@ -36,21 +35,4 @@ qint64 anonymousMemory(qint64 processId)
             return line.simplified().split(' ').value(1).toLongLong() * 1024;
     }
     return -1;
-}
-
-int DescriptorHoard::takeAll()
-{
-    while (m_count < int(sizeof(m_taken) / sizeof(*m_taken))) {
-        const int fd = dup(STDIN_FILENO);
-        if (fd == -1)
-            break;
-        m_taken[m_count++] = fd;
-    }
-    return m_count;
-}
-
-void DescriptorHoard::giveBack()
-{
-    while (m_count > 0)
-        close(m_taken[--m_count]);
 }

@@ -12,6 +12,7 @@ constexpr int Speed = 60;
 constexpr int MinuteOfWorld = 60000;
 constexpr int WorldStep = 1000;
 constexpr int WarmUp = 3; // minutes of the world
+constexpr int Pause = 4;  // in which is measured
 
 /*! As many minutes of a lively world as there are rounds, and nothing may grow but finished commands. */
 class SoakStorm : public Storm
@@ -19,7 +20,8 @@ class SoakStorm : public Storm
 protected:
     void rage(int rounds) override
     {
-        demand(writeLivelyWorld(scratch("lively.json"), (WarmUp + rounds) * MinuteOfWorld, WorldStep, &generator()),
+        demand(writeLivelyWorld(scratch("lively.json"), {WarmUp * MinuteOfWorld, rounds * MinuteOfWorld},
+                                Pause * MinuteOfWorld, WorldStep, &generator()),
                QStringLiteral("no scenario"));
         startDaemons({QStringLiteral("--scenario"), scratch("lively.json")}, Speed);
         for (int i = 0; i < 3; ++i)
@@ -31,7 +33,7 @@ protected:
             before.push_back(usageOf(application));
         const int daemonsBefore = openDescriptors(m_daemons->processId());
         const qint64 memoryBefore = memoryOf(m_daemons);
-        live(rounds);
+        live(Pause + rounds);
         for (size_t i = 0; i < m_applications.size(); ++i)
             compare(before[i], usageOf(m_applications[i]), cost);
         const int daemonsAfter = openDescriptors(m_daemons->processId());

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commandlines.h"
+#include "descriptorhoard.h"
 #include "networkuser.h"
 #include "processusage.h"
 #include "zopcontrolcommand.h"
 #include "zopobject.h"
 
 #include <QtCore/QCoreApplication>
-
-#include <sys/resource.h>
 
 /*
  * An application that uses all three services, in the middle of a storm:
@@ -17,7 +16,7 @@
  *   rest                   "rest": no more requests, and what waits for the radio is ended
  *   open                   "open N STARTED ENDED DOUBLE": how many operations must still end, and how all went
  *   view                   "view TEXT": what the services tell
- *   hoard, release         takes all file descriptors, and gives them back
+ *   hoard, release         takes all file descriptors and whatever gets free, and gives them back
  *   limit N                "limited": this process may have N file descriptors
  *   stats                  "stats HEAP DESCRIPTORS COMMANDS TOLD"
  *   measure N              "measured BYTES": what a finished command costs, from N of them
@@ -67,6 +66,7 @@ public:
     StormApplication()
         : m_lines([this](const QStringList &words) { run(words); })
     {
+        QObject::connect(&m_hoarding, &QTimer::timeout, [this] { m_hoard.takeAll(); });
     }
 
 private:
@@ -84,9 +84,9 @@ private:
         else if (command == QLatin1String("view"))
             CommandLines::say(QStringLiteral("view ") + m_user.view());
         else if (command == QLatin1String("hoard"))
-            CommandLines::say(QStringLiteral("hoarded %1").arg(m_hoard.takeAll()));
+            hoard();
         else if (command == QLatin1String("release"))
-            m_hoard.giveBack();
+            release();
         else if (command == QLatin1String("limit"))
             limit(words.at(1).toUInt());
         else if (command == QLatin1String("stats"))
@@ -97,12 +97,21 @@ private:
             CommandLines::say(command);
     }
 
+    void hoard()
+    {
+        CommandLines::say(QStringLiteral("hoarded %1").arg(m_hoard.takeAll()));
+        m_hoarding.start(1);
+    }
+
+    void release()
+    {
+        m_hoarding.stop();
+        m_hoard.giveBack();
+    }
+
     static void limit(rlim_t count)
     {
-        rlimit present = {};
-        getrlimit(RLIMIT_NOFILE, &present);
-        present.rlim_cur = count;
-        setrlimit(RLIMIT_NOFILE, &present);
+        DescriptorHoard::limit(count);
         CommandLines::say(QStringLiteral("limited"));
     }
 
@@ -117,6 +126,7 @@ private:
 
     NetworkUser m_user;
     DescriptorHoard m_hoard;
+    QTimer m_hoarding;
     CommandLines m_lines;
 };
 

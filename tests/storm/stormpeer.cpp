@@ -27,7 +27,6 @@
  *   ask PATH INTERVAL                     "asking": requests of both kinds, one each INTERVAL milliseconds
  *   still                                 "still": no more requests
  *   asked                                 "asked STARTED ENDED OPEN WRONG"
- *   hoard, release                        takes all file descriptors, and gives them back
  *   stats                                 "stats HEAP DESCRIPTORS"
  */
 
@@ -201,10 +200,6 @@ private:
             still();
         else if (command == QLatin1String("asked"))
             CommandLines::say(QStringLiteral("asked ") + m_asker->report());
-        else if (command == QLatin1String("hoard"))
-            CommandLines::say(QStringLiteral("hoarded %1").arg(m_hoard.takeAll()));
-        else if (command == QLatin1String("release"))
-            release();
         else if (command == QLatin1String("stats"))
             CommandLines::say(QStringLiteral("stats %1 %2")
                                   .arg(heapInUse())
@@ -294,18 +289,11 @@ private:
         CommandLines::say(QStringLiteral("still"));
     }
 
-    void release()
-    {
-        m_hoard.giveBack();
-        CommandLines::say(QStringLiteral("released"));
-    }
-
     std::mt19937 m_random;
     std::vector<std::unique_ptr<UpdateCheck>> m_checks;
     std::unique_ptr<Writer> m_writer;
     std::unique_ptr<ZopObject> m_server;
     std::unique_ptr<Asker> m_asker;
-    DescriptorHoard m_hoard;
     CommandLines m_lines;
 };
 
