@@ -126,7 +126,9 @@ bool Storm::agree(QString *difference)
     QString expected;
     const bool isReady = waitUntil([&] { return (expected = viewOf(fresh)).startsWith(ready); });
     demand(isReady, QStringLiteral("a new application does not get ready: ") + expected);
-    bool isSame = true;
+    // Every application has switched the radio on and left its network, so that a lost update of that shows.
+    bool isSame = expected.contains(QStringLiteral("/ powered yes connected no "));
+    *difference = QStringLiteral("a new application tells of a radio at rest: ") + expected;
     for (const Process &application : m_applications) {
         const QString view = viewOf(application);
         if (view != expected) {
