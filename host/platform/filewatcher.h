@@ -64,6 +64,7 @@ public:
      * no more of them, would come before that.
      */
     void holdUntilRetry(FolderListener *listener);
+    bool isHolding() const { return m_holding; }
 
 private:
     FileWatcher();

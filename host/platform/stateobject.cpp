@@ -110,7 +110,10 @@ void StateObject::followLater()
         return;
     const auto goOn = [this] {
         m_followsLater = false;
-        follow();
+        if (m_watcher->isHolding())
+            m_watcher->retryLater(this);
+        else
+            follow();
     };
     QMetaObject::invokeMethod(this, goOn, Qt::QueuedConnection);
 }

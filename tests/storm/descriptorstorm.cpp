@@ -59,8 +59,8 @@ private:
     void grow()
     {
         const Process peer = start(StormProcess::Peer, QStringLiteral("writer"));
-        const QString done = peer->ask(QStringLiteral("flood /zop/services/networking/all/status_public storm 8000"),
-                                       QStringLiteral("flooded "));
+        const QString done =
+            peer->ask(QStringLiteral("flood /zop/services/tethering/status storm 8000"), QStringLiteral("flooded "));
         count("updates written", done.toLongLong());
     }
 

@@ -15,6 +15,8 @@ namespace {
 class DiskStorm : public WritingStorm
 {
 public:
+    ~DiskStorm() override { umount2(QFile::encodeName(place()).constData(), MNT_DETACH); }
+
     QString prepare() override
     {
         const QString obstacle = enterMountNamespace();
@@ -28,10 +30,11 @@ public:
     }
 
 protected:
-    QString place() override { return scratch("disk"); }
+    QString place() final { return scratch("disk"); }
 
     void rage(int rounds) override
     {
+        qputenv("KREL_VERBOSITY", "3");
         startDaemons();
         createObjects();
         for (int i = 0; i < 3; ++i)
@@ -57,6 +60,10 @@ protected:
             count("disks filled");
         }
         expectAllSeen();
+        // An update that did not fit has left nothing behind.
+        for (const Process &reader : m_readers)
+            demand(!reader->errors().contains("malformed"),
+                   reader->name() + QStringLiteral(" says: ") + QString::fromLocal8Bit(reader->errors().left(1000)));
     }
 
 private:

@@ -38,9 +38,10 @@ for name in "${names[@]}"; do
         printf "there is no storm '%s', but these:\n%s\n" "$name" "$list" >&2
         exit 2
     fi
-    usual=${line##*(}
+    usual=${line##*\(}
+    usual=${usual%\)}
     code=0
-    "$program" "$name" "${seed[@]}" --rounds "${rounds:-$((10 * ${usual%)}))}" || code=$?
+    "$program" "$name" "${seed[@]}" --rounds "${rounds:-$((10 * usual))}" || code=$?
     ((code == 0 || code == 77)) || failed=$((failed + 1))
 done
 ((failed == 0)) || echo "$failed of ${#names[@]} storms failed"
