@@ -24,6 +24,9 @@ constexpr size_t BufferSize = 16 * 1024;
 
 constexpr std::chrono::milliseconds RetryPause {200};
 
+// A control object and a state object, and some for whoever else needs one meanwhile.
+constexpr int DescriptorsOfAnnouncement = 4;
+
 } // namespace
 
 std::shared_ptr<FileWatcher> FileWatcher::instance()
@@ -87,6 +90,11 @@ void FileWatcher::retryLater(FolderListener *listener)
         m_retryTimer.start();
 }
 
+bool FileWatcher::hasSpareDescriptors()
+{
+    return FileDescriptor::areToSpare(DescriptorsOfAnnouncement);
+}
+
 void FileWatcher::holdUntilRetry(FolderListener *listener)
 {
     m_holding = true;
@@ -99,7 +107,15 @@ void FileWatcher::retry()
     // Whoever fails again asks again; and a listener may drop the last user of this.
     const QScopedValueRollback<bool> handling(m_handling, true);
     const std::shared_ptr<FileWatcher> kept = weak_from_this().lock();
-    m_holding = false;
+    if (m_holding && !hasSpareDescriptors()) {
+        m_retryTimer.start();
+        return;
+    }
+    // What has happened meanwhile is old news: told now, it would come between names and values of the present.
+    if (std::exchange(m_holding, false)) {
+        forgetEvents();
+        renewAll();
+    }
     const QVector<QPointer<FolderListener>> retries = std::exchange(m_retries, {});
     for (const QPointer<FolderListener> &listener : retries) {
         if (listener)
@@ -110,6 +126,22 @@ void FileWatcher::retry()
         return;
     m_notifier->setEnabled(true);
     handleEvents();
+}
+
+void FileWatcher::forgetEvents()
+{
+    char buffer[BufferSize];
+    while (read(m_inotify.get(), buffer, sizeof(buffer)) > 0) { }
+    m_events.clear();
+}
+
+void FileWatcher::renewAll()
+{
+    const QList<QByteArray> paths = m_folders.keys();
+    for (const QByteArray &path : paths) {
+        if (WatchedFolder *folder = m_folders.value(path))
+            folder->renew();
+    }
 }
 
 /*! Has \a listener look at its folder: at once when it watches one for others, else when all of these have. */
@@ -192,11 +224,7 @@ void FileWatcher::dispatch(const RawEvent &event)
 void FileWatcher::handle(const RawEvent &event)
 {
     if (event.mask & IN_Q_OVERFLOW) {
-        const QList<QByteArray> paths = m_folders.keys();
-        for (const QByteArray &path : paths) {
-            if (WatchedFolder *folder = m_folders.value(path))
-                folder->renew();
-        }
+        renewAll();
         return;
     }
     WatchedFolder *folder = m_watches.value(event.watch);

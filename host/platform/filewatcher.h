@@ -60,10 +60,12 @@ public:
      */
     void retryLater(FolderListener *listener);
     /*!
-     * The same for want of file descriptors. Until then nothing is told: what was published later, by objects that need
-     * no more of them, would come before that.
+     * The same for want of file descriptors. Until there are some nothing is told: what was published later, by objects
+     * that need no more of them, would come before that. Then everything is looked at again.
      */
     void holdUntilRetry(FolderListener *listener);
+    /*! Whether this process can open what is announced. */
+    static bool hasSpareDescriptors();
     bool isHolding() const { return m_holding; }
 
 private:
@@ -83,6 +85,8 @@ private:
     void dispatch(const RawEvent &event);
     void handle(const RawEvent &event);
     void retry();
+    void forgetEvents();
+    void renewAll();
     void look(FolderListener *listener);
     void tellChanged();
 

@@ -17,13 +17,6 @@
 
 namespace morvek {
 
-namespace {
-
-// A control object and a state object, and some for whoever else needs one meanwhile.
-constexpr int DescriptorsOfAnnouncement = 4;
-
-} // namespace
-
 class ZopDirWatcher::Private : public FolderListener
 {
 public:
@@ -120,7 +113,7 @@ bool ZopDirWatcher::Private::addLater(Presence presence)
     if (presence == Presence::Absent)
         return true;
     // Whoever hears of an object opens it and what belongs to it, and tries once.
-    if (presence == Presence::Present && FileDescriptor::areToSpare(DescriptorsOfAnnouncement))
+    if (presence == Presence::Present && FileWatcher::hasSpareDescriptors())
         return false;
     lookLater();
     return true;
@@ -128,7 +121,7 @@ bool ZopDirWatcher::Private::addLater(Presence presence)
 
 void ZopDirWatcher::Private::lookLater()
 {
-    if (FileDescriptor::areToSpare(DescriptorsOfAnnouncement))
+    if (FileWatcher::hasSpareDescriptors())
         m_watcher->retryLater(this);
     else
         m_watcher->holdUntilRetry(this);

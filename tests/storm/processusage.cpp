@@ -9,9 +9,14 @@
 // There when the program was built with sanitizers, which have a heap of their own.
 extern "C" __attribute__((weak)) size_t __sanitizer_get_current_allocated_bytes();
 
+bool hasSanitizers()
+{
+    return __sanitizer_get_current_allocated_bytes != nullptr;
+}
+
 qint64 heapInUse()
 {
-    if (__sanitizer_get_current_allocated_bytes)
+    if (hasSanitizers())
         return qint64(__sanitizer_get_current_allocated_bytes());
     const struct mallinfo2 info = mallinfo2();
     return qint64(info.uordblks + info.hblkhd);

@@ -4,6 +4,8 @@
 
 #include <QtCore/QtGlobal>
 
+/*! Whether what was built here has sanitizers, whose memory grows on its own. */
+bool hasSanitizers();
 /*! Bytes of this process's heap that are in use. */
 qint64 heapInUse();
 /*! How many file descriptors a process has open. */

@@ -23,11 +23,23 @@ public:
         setrlimit(RLIMIT_NOFILE, &present);
     }
 
+    /*! How many are left over: a sanitizer's look at a pointer needs two, and takes it for wild without them. */
+    static constexpr int ofSanitizers()
+    {
+#ifdef __SANITIZE_ADDRESS__
+        return 2;
+#else
+        return 0;
+#endif
+    }
+
     /*! What is free now, too; how many it has. */
     int takeAll()
     {
         for (int fd = dup(STDOUT_FILENO); fd != -1; fd = dup(STDOUT_FILENO))
             m_taken.append(fd);
+        for (int i = 0; i < ofSanitizers() && !m_taken.isEmpty(); ++i)
+            close(m_taken.takeLast());
         return m_taken.size();
     }
 
