@@ -15,6 +15,13 @@ constexpr int WorldStep = 200;
 /*! Applications and daemons have no file descriptor left, while the world goes on. */
 class DescriptorStorm : public Storm
 {
+public:
+    QString prepare() override
+    {
+        // Without them it takes sound pointers for wild ones.
+        return hasSanitizers() ? QStringLiteral("a sanitizer needs file descriptors itself") : QString();
+    }
+
 protected:
     void rage(int rounds) override
     {

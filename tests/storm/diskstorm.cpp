@@ -3,11 +3,14 @@
 #include "patience.h"
 #include "storms.h"
 #include "writers.h"
+#include "zopobject.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 
 #include <sys/mount.h>
+
+using namespace morvek;
 
 namespace {
 
@@ -43,14 +46,16 @@ protected:
             startWriter(20000, 1000);
         for (int i = 0; i < 2; ++i)
             startApplication();
+        expectLateNews();
         for (int round = 0; round < rounds; ++round) {
             for (const Process &application : m_applications)
                 application->send(QStringLiteral("busy 5 %1").arg(random(1000000)));
             letPass(100 + random(200));
             fill();
+            fillObjects();
             letPass(300 + random(500));
             expectLife();
-            if (chance(2)) {
+            if (chance(4)) {
                 kill(&m_daemons);
                 empty();
                 startDaemons();
@@ -80,6 +85,37 @@ private:
                     size /= 2;
             }
             letPass(5);
+        }
+    }
+
+    /*! What the daemons could not publish is published when there is room, though nobody asks for anything any more. */
+    void expectLateNews()
+    {
+        const Process application = m_applications.front();
+        const auto tells = [&application](const char *text) {
+            return application->ask(QStringLiteral("view"), QStringLiteral("view ")).contains(QLatin1String(text));
+        };
+        demand(waitUntil([&] { return tells("powered yes connected yes"); }),
+               QStringLiteral("the station is not connected"));
+        fill();
+        fillObjects();
+        application->ask(QStringLiteral("rest"), QStringLiteral("rest"));
+        letPass(500);
+        demand(tells("powered yes connected yes"), QStringLiteral("the disk is not full"));
+        empty();
+        demand(waitUntil([&] { return tells("powered yes connected no"); }),
+               QStringLiteral("what met a full disk was never published"));
+    }
+
+    /*! The daemons' files have room left in what they occupy. */
+    void fillObjects()
+    {
+        for (const char *name : {"networking/all/status_public", "wifi/status", "tethering/status"}) {
+            ZopObject object(QStringLiteral("/zop/services/") + QLatin1String(name), ZopObject::ReadWrite, false);
+            ZopChangeset changes;
+            changes.assignments.insert(QStringLiteral("s"), ZopVariant(1));
+            while (object.setAttributes(changes))
+                count("updates that still fitted");
         }
     }
 
