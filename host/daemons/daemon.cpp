@@ -7,7 +7,16 @@
 #include "world.h"
 #include "zopobject.h"
 
+#include <chrono>
+
 namespace morvek {
+
+namespace {
+
+// Of the machine's time: what hinders a daemon has nothing to do with the world.
+constexpr std::chrono::milliseconds RetryPause {200};
+
+} // namespace
 
 Daemon::Daemon(const QString &name, const QString &controlPath, Order order, const DaemonTools &tools, QObject *parent)
     : QObject(parent),
@@ -16,6 +25,9 @@ Daemon::Daemon(const QString &name, const QString &controlPath, Order order, con
       m_order(order),
       m_tools(tools)
 {
+    m_publishAgain.setSingleShot(true);
+    m_publishAgain.setInterval(RetryPause);
+    connect(&m_publishAgain, &QTimer::timeout, this, &Daemon::publishAgain);
 }
 
 Daemon::~Daemon() = default;
@@ -26,7 +38,9 @@ bool Daemon::start(QString *error)
     // only.
     const bool started = m_order == ControlFirst ? serveControl(error) && publish(error)
                                                  : expectUnserved(error) && publish(error) && serveControl(error);
-    if (!started)
+    if (started)
+        follow();
+    else
         letGo();
     return started;
 }
@@ -37,20 +51,28 @@ void Daemon::die(int backAfter)
         return;
     letGo();
     m_tools.log->happened("daemon", m_name + QStringLiteral(" dead"));
-    if (backAfter == -1)
-        return;
-    m_tools.pace->after(backAfter, this, [this] {
+    if (backAfter != -1)
+        comeBack(backAfter, true);
+}
+
+void Daemon::comeBack(int after, bool isFirst)
+{
+    m_tools.pace->after(after, this, [this, isFirst] {
         QString error;
-        if (start(&error))
+        if (start(&error)) {
             m_tools.log->happened("daemon", m_name + QStringLiteral(" back"));
-        else
+            return;
+        }
+        if (isFirst)
             m_tools.log->trouble(QStringLiteral("the %1 daemon cannot come back: %2").arg(m_name, error));
+        QTimer::singleShot(RetryPause, this, [this] { comeBack(0, false); });
     });
 }
 
 void Daemon::letGo()
 {
     m_tools.world->disconnect(this);
+    m_publishAgain.stop();
     m_controlObject.reset();
     m_publisher.abandon();
 }
@@ -163,13 +185,15 @@ void Daemon::send(const ControlRequest &request, const Attributes &content, cons
 
 bool Daemon::publishStatus(Service service, const QString &path, ObjectPublisher::Takeover takeover, QString *error)
 {
-    if (!m_publisher.publish(path, world()->status(service), takeover, error))
-        return false;
+    return m_publisher.publish(path, world()->status(service), takeover, error);
+}
+
+void Daemon::followStatus(Service service, const QString &path)
+{
     connect(world(), &World::statusChanged, this, [=](Service changed, const ZopChangeset &changes) {
         if (changed == service)
             update(path, changes);
     });
-    return true;
 }
 
 void Daemon::update(const QString &path, const ZopChangeset &changes)
@@ -179,10 +203,21 @@ void Daemon::update(const QString &path, const ZopChangeset &changes)
     report(path, done, error);
 }
 
-void Daemon::report(const QString &path, bool done, const QString &error) const
+void Daemon::report(const QString &path, bool done, const QString &error)
 {
-    if (!done)
-        m_tools.log->trouble(QStringLiteral("cannot publish \"%1\": %2").arg(path, error));
+    if (done || m_publishAgain.isActive())
+        return;
+    m_tools.log->trouble(QStringLiteral("cannot publish \"%1\": %2").arg(path, error));
+    m_publishAgain.start();
+}
+
+void Daemon::publishAgain()
+{
+    QString error;
+    if (publish(&error))
+        m_tools.log->happened("daemon", m_name + QStringLiteral(" has published everything again"));
+    else
+        m_publishAgain.start();
 }
 
 } // namespace morvek

@@ -8,6 +8,7 @@
 #include "service.h"
 
 #include <QtCore/QObject>
+#include <QtCore/QTimer>
 
 #include <functional>
 
@@ -74,22 +75,28 @@ protected:
     Daemon(const QString &name, const QString &controlPath, Order order, const DaemonTools &tools, QObject *parent);
 
     virtual Task read(const ZopChangeset &changes) = 0;
-    /*! Publishes the world as it is, and follows it from then on. */
+    /*! Publishes the world as it is, over whatever is there. */
     virtual bool publish(QString *error) = 0;
+    /*! Follows the world from now on. */
+    virtual void follow() = 0;
 
     World *world() const { return m_tools.world; }
-    /*! Publishes the status of \a service in the object at \a path, and follows it. */
+    /*! Publishes the status of \a service in the object at \a path. */
     bool publishStatus(Service service, const QString &path, ObjectPublisher::Takeover takeover, QString *error);
+    void followStatus(Service service, const QString &path);
     ObjectPublisher &publisher() { return m_publisher; }
     void update(const QString &path, const ZopChangeset &changes);
-    void report(const QString &path, bool done, const QString &error) const;
+    /*! What could not be published is told once, and everything is published again until it can be. */
+    void report(const QString &path, bool done, const QString &error);
 
 private:
     Q_DISABLE_COPY(Daemon)
 
     bool expectUnserved(QString *error) const;
     bool serveControl(QString *error);
+    void comeBack(int after, bool isFirst);
     void letGo();
+    void publishAgain();
     void onRequest(const ZopChangeset &changes);
     void treat(const Task &task, const Fault &fault);
     void answerLater(const Task &task, int replies);
@@ -103,6 +110,7 @@ private:
     DaemonTools m_tools;
     DelayRange m_replyDelay;
     ObjectPublisher m_publisher;
+    QTimer m_publishAgain;                      // runs while what is published is not the world as it is
     std::unique_ptr<ZopObject> m_controlObject; // none while the daemon is dead
 };
 

@@ -39,13 +39,16 @@ Daemon::Task NetworkingDaemon::read(const ZopChangeset &changes)
 
 bool NetworkingDaemon::publish(QString *error)
 {
-    if (!publishInterfaces(error)
-        || !publishStatus(Service::Networking, Wire::StatusObject, ObjectPublisher::TellAll, error))
-        return false;
+    return publishInterfaces(error)
+        && publishStatus(Service::Networking, Wire::StatusObject, ObjectPublisher::TellAll, error);
+}
+
+void NetworkingDaemon::follow()
+{
+    followStatus(Service::Networking, Wire::StatusObject);
     connect(world(), &World::interfaceAdded, this, &NetworkingDaemon::onInterfaceAdded);
     connect(world(), &World::interfaceRemoved, this, &NetworkingDaemon::onInterfaceRemoved);
     connect(world(), &World::interfaceChanged, this, &NetworkingDaemon::onInterfaceChanged);
-    return true;
 }
 
 bool NetworkingDaemon::publishInterfaces(QString *error)

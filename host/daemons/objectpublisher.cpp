@@ -30,22 +30,34 @@ bool ObjectPublisher::publish(const QString &path, const Attributes &attributes,
 {
     ZopChangeset whole;
     whole.assignments = attributes;
-    const bool created = ZopObject::create(path, whole, error);
-    auto object = std::make_unique<ZopObject>(path, ZopObject::Publish, false);
+    bool created = ZopObject::create(path, whole, error);
+    // Not a mode that creates: nobody must see the object before it has its values.
+    auto object = std::make_unique<ZopObject>(path, ZopObject::ReadWrite, false);
+    if (!object->isValid() && !created && ZopObject::remove(path)) {
+        created = ZopObject::create(path, whole, error);
+        object = std::make_unique<ZopObject>(path, ZopObject::ReadWrite, false);
+    }
     if (!object->isValid()) {
-        *error = object->errorString();
+        if (created)
+            *error = object->errorString();
         return false;
     }
     if (!created) {
         ZopChangeset changes = difference(attributesOf(object.get()), attributes);
         if (takeover == TellAll)
             changes.assignments = attributes;
+        const Attributes unwritten = m_unwritten[path];
+        for (auto it = unwritten.begin(); it != unwritten.end(); ++it) {
+            if (attributes.contains(it.key()))
+                changes.assignments.insert(it.key(), attributes.value(it.key()));
+        }
         if (!isEmpty(changes) && !object->setAttributes(changes)) {
             *error = object->errorString();
             return false;
         }
     }
     m_objects[path] = std::move(object);
+    m_unwritten.erase(path);
     return true;
 }
 
@@ -54,6 +66,8 @@ bool ObjectPublisher::update(const QString &path, const ZopChangeset &changes, Q
     const auto found = m_objects.find(path);
     if (found == m_objects.end() || !found->second->setAttributes(changes)) {
         *error = found == m_objects.end() ? QStringLiteral("not published") : found->second->errorString();
+        for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)
+            m_unwritten[path].insert(it.key(), it.value());
         return false;
     }
     return true;
@@ -68,6 +82,7 @@ bool ObjectPublisher::remove(const QString &path, QString *error)
 void ObjectPublisher::abandon()
 {
     m_objects.clear();
+    m_unwritten.clear();
 }
 
 QStringList ObjectPublisher::names(const QString &directory)

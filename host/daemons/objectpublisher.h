@@ -23,7 +23,10 @@ public:
     /*! How an object of a former run is turned into the new one: everything is told anew, or what differs. */
     enum Takeover { TellAll, TellDifference };
 
-    /*! Creates the object complete, or turns one of a former run into it by one update. */
+    /*!
+     * Creates the object complete, or turns one of a former run into it by one update, which tells what update() could
+     * not write, too. What is there and cannot be read makes way.
+     */
     bool publish(const QString &path, const Attributes &attributes, Takeover takeover, QString *error);
     /*! Writes one update to a published object. */
     bool update(const QString &path, const ZopChangeset &changes, QString *error);
@@ -37,6 +40,7 @@ public:
 private:
     Q_DISABLE_COPY(ObjectPublisher)
     std::map<QString, std::unique_ptr<ZopObject>> m_objects;
+    std::map<QString, Attributes> m_unwritten; // attributes that must still be told, by object
 };
 
 } // namespace morvek

@@ -64,4 +64,9 @@ bool TetheringDaemon::publish(QString *error)
     return publishStatus(Service::Tethering, Wire::TetheringStatusObject, ObjectPublisher::TellDifference, error);
 }
 
+void TetheringDaemon::follow()
+{
+    followStatus(Service::Tethering, Wire::TetheringStatusObject);
+}
+
 } // namespace morvek

@@ -39,4 +39,9 @@ bool WifiDaemon::publish(QString *error)
     return publishStatus(Service::Wifi, Wire::WifiStatusObject, ObjectPublisher::TellDifference, error);
 }
 
+void WifiDaemon::follow()
+{
+    followStatus(Service::Wifi, Wire::WifiStatusObject);
+}
+
 } // namespace morvek

@@ -21,6 +21,7 @@ public:
 protected:
     Task read(const ZopChangeset &changes) override;
     bool publish(QString *error) override;
+    void follow() override;
 
 private:
     Q_DISABLE_COPY(WifiDaemon)

@@ -29,7 +29,9 @@ using Length = quint32;
 bool makeAddress(const FileDescriptor &folder, const QByteArray &name, sockaddr_un *address, QString *error)
 {
     if (!folder.isOpen()) {
-        *error = errno == ENOENT ? QStringLiteral("no such object") : systemError(errno);
+        const int reason = errno;
+        *error = reason == ENOENT ? QStringLiteral("no such object") : systemError(reason);
+        errno = reason;
         return false;
     }
     const QByteArray path = "/proc/self/fd/" + QByteArray::number(folder.get()) + '/' + name;
@@ -37,6 +39,7 @@ bool makeAddress(const FileDescriptor &folder, const QByteArray &name, sockaddr_
     address->sun_family = AF_UNIX;
     if (size_t(path.size()) >= sizeof(address->sun_path)) {
         *error = QStringLiteral("the name is too long for a control object");
+        errno = ENAMETOOLONG;
         return false;
     }
     std::memcpy(address->sun_path, path.constData(), size_t(path.size()));
@@ -72,16 +75,26 @@ FileDescriptor ControlLink::connectTo(const ZopPath &path, QString *error)
     if (!makeAddress(folder, path.name(), &address, error))
         return FileDescriptor();
     FileDescriptor socket = makeSocket();
-    if (::connect(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
-        *error = errno == ECONNREFUSED ? QStringLiteral("no daemon serves it")
-            : errno == ENOENT          ? QStringLiteral("no such object")
-                                       : systemError(errno);
-        socket.reset();
+    int reason = 0;
+    if (!socket.isOpen()
+        || ::connect(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
+        reason = errno;
+        *error = reason == ECONNREFUSED ? QStringLiteral("no daemon serves it")
+            : reason == ENOENT          ? QStringLiteral("no such object")
+                                        : systemError(reason);
     } else if (!isOwnPeer(socket.get())) {
+        reason = EPERM;
         *error = QStringLiteral("another user serves it");
-        socket.reset();
     }
+    if (reason != 0)
+        socket.reset();
+    errno = reason;
     return socket;
+}
+
+bool ControlLink::isNobody(int error)
+{
+    return error == ECONNREFUSED || error == ENOENT || error == ENOTDIR || error == EPERM || error == ENAMETOOLONG;
 }
 
 FileDescriptor ControlLink::listenAt(const ZopPath &path, const QByteArray &name, QString *error)
@@ -91,7 +104,7 @@ FileDescriptor ControlLink::listenAt(const ZopPath &path, const QByteArray &name
     if (!makeAddress(folder, name, &address, error))
         return FileDescriptor();
     FileDescriptor socket = makeSocket();
-    if (bind(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0
+    if (!socket.isOpen() || bind(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0
         || chmod(address.sun_path, S_IRUSR | S_IWUSR) != 0 || listen(socket.get(), SOMAXCONN) != 0) {
         *error = systemError(errno);
         socket.reset();

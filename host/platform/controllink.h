@@ -20,11 +20,16 @@ public:
     /*! Takes over the connected socket, whose control object has the path \a path. */
     ControlLink(FileDescriptor socket, const ZopPath &path, QObject *parent);
 
-    /*! A socket that is connected to the daemon, which may not be this user's; not open when nobody serves. */
+    /*!
+     * A socket that is connected to the daemon. Not open, with errno, when there is none: isNobody() tells that from
+     * what only hinders this process at present.
+     */
     static FileDescriptor connectTo(const ZopPath &path, QString *error);
     /*! A socket that listens at the file \a name of the folder of \a path. */
     static FileDescriptor listenAt(const ZopPath &path, const QByteArray &name, QString *error);
     static bool isOwnPeer(int socket);
+    /*! Whether \a error of connectTo() means that nobody serves the object for this user. */
+    static bool isNobody(int error);
 
     bool send(const ZopChangeset &changes);
     /*! Whether the other side can still be written to. */

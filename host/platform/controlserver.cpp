@@ -56,6 +56,10 @@ bool ControlServer::start(QString *error)
                                           : QStringLiteral("a state object has this path");
         return false;
     }
+    if (exists && !ControlLink::isNobody(errno)) {
+        *error = refusal; // whether somebody serves it cannot be told
+        return false;
+    }
     // It gets its name when it listens: whoever sees the name can connect. What a dead daemon left goes first, so
     // that its going is seen too.
     const QByteArray fresh = m_path.hidden(".new");
@@ -92,7 +96,7 @@ bool ControlServer::write(const ZopChangeset &changes, QString *error)
 void ControlServer::accept()
 {
     FileDescriptor socket(accept4(m_listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-    if (!socket.isOpen() && (errno == EMFILE || errno == ENFILE)) {
+    if (!socket.isOpen() && (errno == EMFILE || errno == ENFILE || errno == ENOMEM || errno == ENOBUFS)) {
         // The client goes on waiting; asking at once again would only burn time.
         m_notifier->setEnabled(false);
         QTimer::singleShot(AcceptPause, m_notifier, [this] { m_notifier->setEnabled(true); });

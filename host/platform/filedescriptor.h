@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace morvek {
@@ -26,6 +27,13 @@ public:
         return *this;
     }
     ~FileDescriptor() { reset(); }
+
+    /*! Whether this process can open \a count more. */
+    static bool areToSpare(int count)
+    {
+        const FileDescriptor one(open("/", O_PATH | O_CLOEXEC));
+        return one.isOpen() && (count <= 1 || areToSpare(count - 1));
+    }
 
     int get() const { return m_fd; }
     bool isOpen() const { return m_fd != -1; }

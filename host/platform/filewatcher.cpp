@@ -7,7 +7,9 @@
 #include <QtCore/QScopedValueRollback>
 #include <QtCore/QSocketNotifier>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <utility>
 
@@ -19,6 +21,11 @@ namespace {
 
 // Bounds what one wake-up handles, so that a flood leaves turns of the event loop to others.
 constexpr size_t BufferSize = 16 * 1024;
+
+constexpr std::chrono::milliseconds RetryPause {200};
+
+// A control object and a state object, and some for whoever else needs one meanwhile.
+constexpr int DescriptorsOfAnnouncement = 4;
 
 } // namespace
 
@@ -40,7 +47,12 @@ std::shared_ptr<FileWatcher> FileWatcher::instance()
     return watcher;
 }
 
-FileWatcher::FileWatcher() = default;
+FileWatcher::FileWatcher()
+{
+    m_retryTimer.setSingleShot(true);
+    m_retryTimer.setInterval(RetryPause);
+    connect(&m_retryTimer, &QTimer::timeout, this, &FileWatcher::retry);
+}
 
 FileWatcher::~FileWatcher() = default;
 
@@ -70,6 +82,92 @@ void FileWatcher::unwatch(const QByteArray &folder, const QByteArray &name, Fold
     delete watched;
 }
 
+void FileWatcher::retryLater(FolderListener *listener)
+{
+    if (!m_retries.contains(listener))
+        m_retries.append(listener);
+    if (!m_retryTimer.isActive())
+        m_retryTimer.start();
+}
+
+bool FileWatcher::hasSpareDescriptors()
+{
+    return FileDescriptor::areToSpare(DescriptorsOfAnnouncement);
+}
+
+void FileWatcher::holdUntilRetry(FolderListener *listener)
+{
+    m_holding = true;
+    m_notifier->setEnabled(false);
+    retryLater(listener);
+}
+
+void FileWatcher::retry()
+{
+    // Whoever fails again asks again; and a listener may drop the last user of this.
+    const QScopedValueRollback<bool> handling(m_handling, true);
+    const std::shared_ptr<FileWatcher> kept = weak_from_this().lock();
+    if (m_holding && !hasSpareDescriptors()) {
+        m_retryTimer.start();
+        return;
+    }
+    // What has happened meanwhile is old news: told now, it would come between names and values of the present.
+    if (std::exchange(m_holding, false)) {
+        forgetEvents();
+        renewAll();
+    }
+    const QVector<QPointer<FolderListener>> retries = std::exchange(m_retries, {});
+    for (const QPointer<FolderListener> &listener : retries) {
+        if (listener)
+            look(listener);
+    }
+    tellChanged();
+    if (m_holding)
+        return;
+    m_notifier->setEnabled(true);
+    handleEvents();
+}
+
+void FileWatcher::forgetEvents()
+{
+    char buffer[BufferSize];
+    while (read(m_inotify.get(), buffer, sizeof(buffer)) > 0) { }
+    m_events.clear();
+}
+
+void FileWatcher::renewAll()
+{
+    const QList<QByteArray> paths = m_folders.keys();
+    for (const QByteArray &path : paths) {
+        if (WatchedFolder *folder = m_folders.value(path))
+            folder->renew();
+    }
+}
+
+/*! Has \a listener look at its folder: at once when it watches one for others, else when all of these have. */
+void FileWatcher::look(FolderListener *listener)
+{
+    if (listener->kind() == FolderListener::OfFolders)
+        listener->folderChanged();
+    else
+        m_changed.emplace_back(listener);
+}
+
+void FileWatcher::tellChanged()
+{
+    std::stable_partition(m_changed.begin(), m_changed.end(), [](const QPointer<FolderListener> &listener) {
+        return listener && listener->kind() == FolderListener::OfNames;
+    });
+    while (!m_changed.empty()) {
+        const QPointer<FolderListener> listener = m_changed.front();
+        m_changed.pop_front();
+        if (m_holding && listener)
+            retryLater(listener);
+        else if (listener)
+            listener->folderChanged();
+    }
+}
+
 /*! Gets the inotify instance, unless it is there already. False with errno. */
 bool FileWatcher::open()
 {
@@ -78,8 +176,8 @@ bool FileWatcher::open()
     m_inotify.reset(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
     if (!m_inotify.isOpen())
         return false;
-    auto *notifier = new QSocketNotifier(m_inotify.get(), QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, &FileWatcher::readEvents);
+    m_notifier = new QSocketNotifier(m_inotify.get(), QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, &FileWatcher::readEvents);
     return true;
 }
 
@@ -102,7 +200,7 @@ void FileWatcher::handleEvents()
     // A slot may drop the last user, or run an event loop that handles what is left here, in order.
     const QScopedValueRollback<bool> handling(m_handling, true);
     const std::shared_ptr<FileWatcher> kept = weak_from_this().lock();
-    while (!m_events.empty()) {
+    while (!m_events.empty() && !m_holding) {
         const RawEvent event = m_events.front();
         m_events.pop_front();
         if (!m_events.empty() && !std::exchange(m_handlesLater, true)) {
@@ -118,12 +216,15 @@ void FileWatcher::handleEvents()
 
 void FileWatcher::dispatch(const RawEvent &event)
 {
+    tellChanged(); // whom a slot's own event loop has kept waiting
+    handle(event);
+    tellChanged();
+}
+
+void FileWatcher::handle(const RawEvent &event)
+{
     if (event.mask & IN_Q_OVERFLOW) {
-        const QList<QByteArray> paths = m_folders.keys();
-        for (const QByteArray &path : paths) {
-            if (WatchedFolder *folder = m_folders.value(path))
-                folder->renew();
-        }
+        renewAll();
         return;
     }
     WatchedFolder *folder = m_watches.value(event.watch);

@@ -8,10 +8,13 @@
 #include <QtCore/QHash>
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
+#include <QtCore/QTimer>
 #include <QtCore/QVector>
 
 #include <deque>
 #include <memory>
+
+class QSocketNotifier;
 
 namespace morvek {
 
@@ -22,6 +25,10 @@ class FolderListener : public QObject
 {
 public:
     enum Event { Appeared, Replaced, Vanished, Modified };
+    enum Kind { OfFolders, OfNames, OfValues };
+
+    /*! When much is looked at again, names are told before values, which may speak of them. */
+    virtual Kind kind() const { return OfValues; }
 
     /*! Something happened to the entry \a name. It is a hint: events merge, and come after the fact. */
     virtual void entryChanged(const QByteArray &name, Event event) = 0;
@@ -47,6 +54,20 @@ public:
     bool watch(const QByteArray &folder, const QByteArray &name, FolderListener *listener, QString *error);
     void unwatch(const QByteArray &folder, const QByteArray &name, FolderListener *listener);
 
+    /*!
+     * Tells \a listener a little later that the folder may have changed: it could not look at something, for want of
+     * file descriptors, watches or permissions, and no event tells when they are there again.
+     */
+    void retryLater(FolderListener *listener);
+    /*!
+     * The same for want of file descriptors. Until there are some nothing is told: what was published later, by objects
+     * that need no more of them, would come before that. Then everything is looked at again.
+     */
+    void holdUntilRetry(FolderListener *listener);
+    /*! Whether this process can open what is announced. */
+    static bool hasSpareDescriptors();
+    bool isHolding() const { return m_holding; }
+
 private:
     FileWatcher();
     friend class WatchedFolder;
@@ -62,11 +83,22 @@ private:
     void readEvents();
     void handleEvents();
     void dispatch(const RawEvent &event);
+    void handle(const RawEvent &event);
+    void retry();
+    void forgetEvents();
+    void renewAll();
+    void look(FolderListener *listener);
+    void tellChanged();
 
     FileDescriptor m_inotify;
     QHash<QByteArray, WatchedFolder *> m_folders;
     QHash<int, WatchedFolder *> m_watches;
-    std::deque<RawEvent> m_events; // read, and not handled yet
+    std::deque<RawEvent> m_events;                  // read, and not handled yet
+    std::deque<QPointer<FolderListener>> m_changed; // to be told that their folder has changed
+    QVector<QPointer<FolderListener>> m_retries;
+    QTimer m_retryTimer;
+    QSocketNotifier *m_notifier = nullptr;
+    bool m_holding = false;
     bool m_handling = false;
     bool m_handlesLater = false;
 };

@@ -90,6 +90,7 @@ FileDescriptor openFile(const ZopPath &path, int flags, Header *header, QString 
     } else if (!readHeader(file, header)) {
         *error = QStringLiteral("malformed content in \"%1\"").arg(QFile::decodeName(path.file()));
         file.reset();
+        errno = EBADMSG;
     }
     return file;
 }
@@ -170,6 +171,12 @@ bool exists(const ZopPath &path)
 {
     struct stat status;
     return lstat(path.file().constData(), &status) == 0;
+}
+
+bool isGone(const ZopPath &path)
+{
+    struct stat status;
+    return lstat(path.file().constData(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
 }
 
 bool create(const ZopPath &path, const ZopChangeset &values, QString *error)

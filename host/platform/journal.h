@@ -46,6 +46,8 @@ struct Record
 };
 
 bool exists(const ZopPath &path);
+/*! Whether it is certain that nothing is there; a file that cannot be looked at may be. */
+bool isGone(const ZopPath &path);
 /*! Creates the file with the assignments of \a values; false when there is one already. */
 bool create(const ZopPath &path, const ZopChangeset &values, QString *error);
 /*! Removes the file; false when there is none. */
@@ -54,6 +56,7 @@ bool remove(const ZopPath &path, QString *error);
 class Reader
 {
 public:
+    /*! False with errno, which is EBADMSG when the content is malformed; what was open stays so. */
     bool open(const ZopPath &path, QString *error);
     void close() { m_file.reset(); }
     bool isOpen() const { return m_file.isOpen(); }

@@ -5,6 +5,7 @@
 
 #include <QtCore/QFile>
 
+#include <cerrno>
 #include <utility>
 
 namespace morvek {
@@ -64,10 +65,8 @@ void StateObject::refresh()
 {
     const bool wasThere = m_reader.isOpen();
     const quint64 incarnation = m_reader.identity().incarnation;
-    QString error;
-    if (!m_reader.open(m_path, &error))
+    if (!open(&m_reader) && !m_isBehind)
         m_reader.close();
-    m_isBehind = !m_reader.isOpen();
     m_toldFrom = 0;
     const bool isSame = m_reader.isOpen() && m_reader.identity().incarnation == incarnation;
     if (wasThere && !isSame && !tellState({}))
@@ -111,7 +110,10 @@ void StateObject::followLater()
         return;
     const auto goOn = [this] {
         m_followsLater = false;
-        follow();
+        if (m_watcher->isHolding())
+            m_watcher->retryLater(this);
+        else
+            follow();
     };
     QMetaObject::invokeMethod(this, goOn, Qt::QueuedConnection);
 }
@@ -137,13 +139,23 @@ bool StateObject::drain()
     return true;
 }
 
+/*! Lets \a reader read what the path names now. When it cannot, but there is something, this object is behind. */
+bool StateObject::open(Journal::Reader *reader)
+{
+    QString error;
+    const bool isOpen = reader->open(m_path, &error);
+    const bool isMalformed = !isOpen && errno == EBADMSG; // which an event ends
+    m_isBehind = !isOpen && !Journal::isGone(m_path);
+    if (m_isBehind && !isMalformed)
+        m_watcher->retryLater(this);
+    return isOpen;
+}
+
 /*! Goes on to the file that the path names now; false when there is none, or this object is gone. */
 bool StateObject::openNext()
 {
     Journal::Reader next; // takes its lock before the old one's is let go
-    QString error;
-    const bool isThere = next.open(m_path, &error);
-    m_isBehind = !isThere && Journal::exists(m_path);
+    const bool isThere = open(&next);
     if (m_isBehind)
         return false;
 

@@ -31,6 +31,7 @@ private:
     void followLater();
     bool drain();
     bool openNext();
+    bool open(Journal::Reader *reader);
     bool tellState(const QMap<QString, ZopVariant> &state);
 
     ZopPath m_path;

@@ -70,9 +70,11 @@ void WatchedFolder::renew()
     m_watcher->m_watches.remove(m_watch);
     inotify_rm_watch(m_watcher->m_inotify.get(), m_watch);
     m_watch = -1;
-    if (!attach())
-        logWarning(
-            QStringLiteral("\"%1\" is not watched any more: %2").arg(QFile::decodeName(m_path), systemError(errno)));
+    if (!attach()) {
+        logWarning(QStringLiteral("\"%1\" cannot be watched at present: %2")
+                       .arg(QFile::decodeName(m_path), systemError(errno)));
+        m_watcher->retryLater(this);
+    }
     tellAll();
 }
 
@@ -108,7 +110,7 @@ void WatchedFolder::tellAll() const
     for (const Listeners &listeners : all) {
         for (const QPointer<FolderListener> &listener : listeners) {
             if (listener)
-                listener->folderChanged();
+                m_watcher->look(listener);
         }
     }
 }
@@ -121,7 +123,11 @@ void WatchedFolder::entryChanged(const QByteArray &, Event event)
 
 void WatchedFolder::folderChanged()
 {
-    if (m_watch == -1 && attach() && m_watch != -1)
+    if (m_watch != -1)
+        return;
+    if (!attach())
+        m_watcher->retryLater(this);
+    else if (m_watch != -1)
         tellAll();
 }
 

@@ -25,6 +25,7 @@ public:
     void tell(const QByteArray &name, Event event) const;
     void tellAll() const;
 
+    Kind kind() const override { return OfFolders; }
     // What happens to this folder in the one above, while it is awaited there.
     void entryChanged(const QByteArray &name, Event event) override;
     void folderChanged() override;

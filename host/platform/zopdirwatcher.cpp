@@ -5,12 +5,14 @@
 #include "filewatcher.h"
 #include "zoppath.h"
 
+#include <QtCore/QMap>
 #include <QtCore/QSet>
 
-#include <algorithm>
+#include <cerrno>
 #include <memory>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace morvek {
@@ -21,6 +23,7 @@ public:
     Private(ZopDirWatcher *dirWatcher, const QString &path);
     ~Private() override;
 
+    Kind kind() const override { return OfNames; }
     void entryChanged(const QByteArray &name, Event event) override;
     void folderChanged() override;
     void listOnce();
@@ -28,8 +31,13 @@ public:
     QString error;
 
 private:
-    bool isThere(const QByteArray &name) const;
-    QList<QByteArray> list() const;
+    enum class Presence { Absent, Present, Unknown };
+
+    Presence look(const QByteArray &name) const;
+    Presence lookAtFile(const QByteArray &file) const;
+    bool list(QMap<QByteArray, Presence> *found) const;
+    bool addLater(Presence presence);
+    void lookLater();
     bool add(const QByteArray &name);
     bool remove(const QByteArray &name);
 
@@ -69,7 +77,7 @@ void ZopDirWatcher::Private::entryChanged(const QByteArray &name, Event event)
     // A known name that is replaced is an object whose file has got its next generation.
     if (event == Vanished)
         remove(name);
-    else if (!m_known.contains(name) && isThere(name))
+    else if (!m_known.contains(name) && !addLater(look(name)))
         add(name);
 }
 
@@ -83,42 +91,77 @@ void ZopDirWatcher::Private::listOnce()
 void ZopDirWatcher::Private::folderChanged()
 {
     m_hasListed = true;
-    const QList<QByteArray> present = list();
+    QMap<QByteArray, Presence> found;
+    if (!list(&found)) {
+        lookLater();
+        return;
+    }
     const QList<QByteArray> known = m_known.values();
     for (const QByteArray &name : known) {
-        if (!std::binary_search(present.begin(), present.end(), name) && !remove(name))
+        if (found.value(name, Presence::Absent) == Presence::Absent && !remove(name))
             return;
     }
-    for (const QByteArray &name : present) {
-        if (!m_known.contains(name) && !add(name))
+    for (auto it = found.cbegin(); it != found.cend(); ++it) {
+        if (!m_known.contains(it.key()) && !addLater(*it) && !add(it.key()))
             return;
     }
+}
+
+/*! Whether what was found is not to be announced, now or ever; when that may change, it is looked at again. */
+bool ZopDirWatcher::Private::addLater(Presence presence)
+{
+    if (presence == Presence::Absent)
+        return true;
+    // Whoever hears of an object opens it and what belongs to it, and tries once.
+    if (presence == Presence::Present && FileWatcher::hasSpareDescriptors())
+        return false;
+    lookLater();
+    return true;
+}
+
+void ZopDirWatcher::Private::lookLater()
+{
+    if (FileWatcher::hasSpareDescriptors())
+        m_watcher->retryLater(this);
+    else
+        m_watcher->holdUntilRetry(this);
 }
 
 /*! Whether \a name is an object: a state object, or a control object that a daemon serves. */
-bool ZopDirWatcher::Private::isThere(const QByteArray &name) const
+ZopDirWatcher::Private::Presence ZopDirWatcher::Private::look(const QByteArray &name) const
 {
+    const QByteArray file = m_folder.folder() + '/' + name;
     struct stat status;
-    if (lstat((m_folder.folder() + '/' + name).constData(), &status) != 0)
-        return false;
+    if (lstat(file.constData(), &status) != 0)
+        return errno == ENOENT || errno == ENOTDIR ? Presence::Absent : Presence::Unknown;
     if (!S_ISSOCK(status.st_mode))
-        return S_ISREG(status.st_mode);
+        return S_ISREG(status.st_mode) ? lookAtFile(file) : Presence::Absent;
     QString refusal;
-    return ControlLink::connectTo(ZopPath::object(m_path + QString::fromUtf8(name)), &refusal).isOpen();
+    if (ControlLink::connectTo(ZopPath::object(m_path + QString::fromUtf8(name)), &refusal).isOpen())
+        return Presence::Present;
+    return ControlLink::isNobody(errno) ? Presence::Absent : Presence::Unknown;
 }
 
-/*! The names of the objects that are there, in ascending order. */
-QList<QByteArray> ZopDirWatcher::Private::list() const
+ZopDirWatcher::Private::Presence ZopDirWatcher::Private::lookAtFile(const QByteArray &file) const
 {
-    QList<QByteArray> names;
+    const FileDescriptor opened(open(file.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (opened.isOpen())
+        return Presence::Present;
+    return errno == ENOENT ? Presence::Absent : Presence::Unknown;
+}
+
+/*! What is there, or may be; false when that cannot be told. */
+bool ZopDirWatcher::Private::list(QMap<QByteArray, Presence> *found) const
+{
     const std::unique_ptr<DIR, int (*)(DIR *)> directory(opendir(m_folder.folder().constData()), closedir);
-    while (const dirent *entry = directory ? readdir(directory.get()) : nullptr) {
+    if (!directory)
+        return errno == ENOENT || errno == ENOTDIR;
+    while (const dirent *entry = readdir(directory.get())) {
         const QByteArray name(entry->d_name);
-        if (ZopPath::isObjectName(name) && isThere(name))
-            names.append(name);
+        if (ZopPath::isObjectName(name))
+            found->insert(name, look(name));
     }
-    std::sort(names.begin(), names.end());
-    return names;
+    return true;
 }
 
 /*! Announces \a name; false when this watcher is gone. */

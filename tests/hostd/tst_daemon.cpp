@@ -37,7 +37,17 @@ public:
         return publisher().update(QLatin1String(StatePath), changes, error);
     }
 
+    /*! The world changes, and the object with it. */
+    void change(const char *name, const char *value)
+    {
+        ZopChangeset changes;
+        changes.assignments.insert(QLatin1String(name), QString::fromLatin1(value));
+        state.insert(QLatin1String(name), QString::fromLatin1(value));
+        update(QLatin1String(StatePath), changes);
+    }
+
     int published = 0;
+    Attributes state;
     QStringList performed;
 
 protected:
@@ -53,8 +63,10 @@ protected:
     bool publish(QString *error) override
     {
         ++published;
-        return publisher().publish(QLatin1String(StatePath), {}, ObjectPublisher::TellDifference, error);
+        return publisher().publish(QLatin1String(StatePath), state, ObjectPublisher::TellDifference, error);
     }
+
+    void follow() override { }
 };
 
 /*! A root with such a daemon, not started yet, and a client of it. */
@@ -87,6 +99,22 @@ struct PlainFixture
         request.assignments.insert(QStringLiteral("msg"), QString::fromLatin1(message));
         request.assignments.insert(QStringLiteral("id"), ++asked);
         return control->setAttributes(request);
+    }
+
+    /*! Puts what is no object into the place of the object at \a path. */
+    bool spoil(const char *path) const
+    {
+        QFile file(root.path() + QLatin1String(path));
+        file.remove();
+        QDir().mkpath(QFileInfo(file).path());
+        return file.open(QIODevice::WriteOnly) && file.write("no object") > 0;
+    }
+
+    static QString stateAttribute(const char *name)
+    {
+        ZopObject object(QLatin1String(StatePath), ZopObject::Subscribe, false);
+        object.setAttributeCacheEnabled(true);
+        return object.attribute(QLatin1String(name)).toString();
     }
 
     /*! Lets what takes up to \a milliseconds happen. */
@@ -158,6 +186,10 @@ private Q_SLOTS:
     void deadDaemonDoesNotDie();
     void neverStartedDaemonDoesNotDie();
     void deadDaemonWritesNothing();
+    void aChangeThatCouldNotBePublishedWasLost();
+    void anUpdateOfAnEqualValueWasLost();
+    void aMalformedObjectKeptTheDaemonFromStarting();
+    void aDaemonThatCouldNotComeBackStayedDead();
 };
 
 void DaemonTest::repliesBeforeTheWorldChanges_data()
@@ -295,6 +327,59 @@ void DaemonTest::deadDaemonWritesNothing()
     fixture.daemon.die(-1);
     QVERIFY(!fixture.daemon.writeState(&fixture.error));
     QCOMPARE(fixture.error, QStringLiteral("not published"));
+}
+
+void DaemonTest::aChangeThatCouldNotBePublishedWasLost()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    QVERIFY(fixture.spoil(StatePath));
+    fixture.daemon.change("first", "1");
+    fixture.daemon.change("second", "2");
+    QTRY_COMPARE(PlainFixture::stateAttribute("first"), QStringLiteral("1"));
+    QCOMPARE(PlainFixture::stateAttribute("second"), QStringLiteral("2"));
+    fixture.daemon.change("first", "3");
+    QCOMPARE(PlainFixture::stateAttribute("first"), QStringLiteral("3"));
+}
+
+void DaemonTest::anUpdateOfAnEqualValueWasLost()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    fixture.daemon.change("event", "failed");
+    ZopObject reader(QLatin1String(StatePath), ZopObject::Subscribe, false);
+    QStringList told;
+    QObject::connect(&reader, &ZopObject::attributeChanged,
+                     [&told](const QString &name, const ZopVariant &value) { told << name + value.toString(); });
+    // Something else takes the object's place, and gives it back.
+    const QString file = fixture.root.path() + QLatin1String(StatePath);
+    QVERIFY(QFile::rename(file, file + QStringLiteral(".away")));
+    QVERIFY(QDir().mkdir(file));
+    fixture.daemon.change("event", "failed");
+    QVERIFY(QDir().rmdir(file));
+    QVERIFY(QFile::rename(file + QStringLiteral(".away"), file));
+    QTRY_VERIFY(told.contains(QStringLiteral("eventfailed")));
+}
+
+void DaemonTest::aMalformedObjectKeptTheDaemonFromStarting()
+{
+    PlainFixture fixture;
+    QVERIFY(QFile::setPermissions(fixture.root.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    QVERIFY(fixture.spoil(StatePath));
+    fixture.daemon.state.insert(QStringLiteral("first"), QStringLiteral("1"));
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    QCOMPARE(PlainFixture::stateAttribute("first"), QStringLiteral("1"));
+}
+
+void DaemonTest::aDaemonThatCouldNotComeBackStayedDead()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    fixture.daemon.die(1);
+    QVERIFY(fixture.spoil(ControlPath));
+    QVERIFY(fixture.pass(50));
+    QVERIFY(QFile::remove(fixture.root.path() + QLatin1String(ControlPath)));
+    QTRY_VERIFY(ZopObject(QLatin1String(ControlPath), ZopObject::Subscribe, false).isValid());
 }
 
 QTEST_GUILESS_MAIN(DaemonTest)

@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "contracttest.h"
+#include "descriptorhoard.h"
+#include "hostfiles.h"
+
+#include <memory>
+
+using namespace morvek;
+
+/*! What happens while this process lacks something, and when it has it again: no event tells that. */
+class ShortageTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { DescriptorHoard::limit(200); }
+    void anObjectWasTakenForRemovedWithoutDescriptors();
+    void anObjectThatCameWithoutDescriptorsWasNeverAnnounced();
+    void anObjectWasAnnouncedThatCouldNotBeOpened();
+    void aControlObjectThatCameWithoutDescriptorsWasNeverAnnounced();
+    void valuesWereToldAsRemovedWithoutDescriptors();
+    void theNextFileWasNotReadWhenDescriptorsWereBack();
+    void aFolderThatCouldNotBeWatchedWasForgotten();
+    void valuesWereToldBeforeTheNamesThatTheySpeakOf();
+    void connectingWithoutDescriptorsTellsWhatIsMissing();
+};
+
+void ShortageTest::anObjectWasTakenForRemovedWithoutDescriptors()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    ZopDirWatcher watcher(testFolder());
+    const Events events(&watcher);
+    watcher.setNameCacheEnabled(true);
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    watcher.setNameCacheEnabled(true); // lists the folder, which takes a descriptor
+    hoard.giveBack();
+    QVERIFY(publish(testPath("end"), QString()));
+    QVERIFY(events.wait(QStringLiteral("+end")));
+    QCOMPARE(events.lines, QStringList({"+object", "+end"}));
+}
+
+void ShortageTest::anObjectThatCameWithoutDescriptorsWasNeverAnnounced()
+{
+    Peer peer;
+    QVERIFY(publish(testPath("first"), QString()));
+    ZopDirWatcher watcher(testFolder());
+    const Events events(&watcher);
+    watcher.setNameCacheEnabled(true);
+    ZopObject beside(testPath("first"), ZopObject::Subscribe, false);
+    const Events ofBeside(&beside);
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    QVERIFY(peer.ask(QStringLiteral("create %1 a=1").arg(testPath("object")), QStringLiteral("created")));
+    QVERIFY(peer.ask(QStringLiteral("open f %1 2").arg(testPath("first")), QStringLiteral("f open")));
+    QVERIFY(peer.ask(QStringLiteral("set f later=1"), QStringLiteral("f set")));
+    hoard.giveBack();
+    QVERIFY(events.wait(QStringLiteral("+object")));
+    QVERIFY(ofBeside.wait(QStringLiteral("{later=1}")));
+    QCOMPARE(events.lines, QStringList({"+first", "+object"}));
+}
+
+void ShortageTest::anObjectWasAnnouncedThatCouldNotBeOpened()
+{
+    Peer peer;
+    QVERIFY(publish(testPath("first"), QString()));
+    ZopDirWatcher watcher(testFolder());
+    watcher.setNameCacheEnabled(true);
+    std::unique_ptr<ZopObject> opened;
+    connect(&watcher, &ZopDirWatcher::objectAdded, [&opened](const QString &name) {
+        opened = std::make_unique<ZopObject>(testFolder() + name, ZopObject::Subscribe, false);
+    });
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    QVERIFY(peer.ask(QStringLiteral("create %1 a=1").arg(testPath("object")), QStringLiteral("created")));
+    QVERIFY(peer.ask(QStringLiteral("verbosity"), QStringLiteral("verbosity 7"))); // meanwhile the event was heard
+    QVERIFY(!opened);
+    hoard.giveBack();
+    QVERIFY(waitUntil([&opened] { return opened != nullptr; }));
+    QVERIFY2(opened->isValid(), qPrintable(opened->errorString()));
+}
+
+void ShortageTest::aControlObjectThatCameWithoutDescriptorsWasNeverAnnounced()
+{
+    Peer daemon;
+    QVERIFY(publish(testPath("first"), QString()));
+    ZopDirWatcher watcher(testFolder());
+    const Events events(&watcher);
+    watcher.setNameCacheEnabled(true);
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    QVERIFY(daemon.ask(QStringLiteral("serve s ") + testPath("control"), QStringLiteral("s open")));
+    hoard.giveBack();
+    QVERIFY(events.wait(QStringLiteral("+control")));
+}
+
+void ShortageTest::valuesWereToldAsRemovedWithoutDescriptors()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=1")));
+    ZopObject object(testPath("object"), ZopObject::Subscribe, false);
+    object.setAttributeCacheEnabled(true);
+    const Events events(&object);
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    object.setAttributeCacheEnabled(true);
+    QCOMPARE(events.updates(), QStringList({"{a=1}"}));
+    QCOMPARE(object.attribute(QStringLiteral("a")).toInt(), 1);
+    hoard.giveBack();
+    QVERIFY(set(testPath("object"), QStringLiteral("a=2")));
+    QVERIFY(events.wait(QStringLiteral("{a=2}")));
+    QCOMPARE(events.updates(), QStringList({"{a=1}", "{a=2}"}));
+}
+
+void ShortageTest::theNextFileWasNotReadWhenDescriptorsWereBack()
+{
+    Peer peer;
+    QVERIFY(publish(testPath("object"), QString()));
+    ZopObject object(testPath("object"), ZopObject::Subscribe, false);
+    const Events events(&object);
+    QVERIFY(peer.ask(QStringLiteral("open o %1 2").arg(testPath("object")), QStringLiteral("o open")));
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    for (int n = 1; n <= 8; ++n)
+        QVERIFY(peer.ask(QStringLiteral("set o n=%1 p=50000*p").arg(n), QStringLiteral("o set")));
+    QVERIFY(QFile::exists(fileOf(testPath(".object.old"))));
+    hoard.giveBack();
+    QVERIFY(waitUntil([&events] { return events.updates().size() == 8; }));
+    for (int n = 1; n <= 8; ++n)
+        QVERIFY(events.updates()[n - 1].contains(QStringLiteral("n=%1 ").arg(n)));
+}
+
+void ShortageTest::aFolderThatCouldNotBeWatchedWasForgotten()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    ZopDirWatcher watcher(testFolder());
+    const Events events(&watcher);
+    watcher.setNameCacheEnabled(true);
+    const QString folder = fileOf(testFolder()).chopped(1);
+    QVERIFY(QDir().rename(folder, folder + QStringLiteral(".away")));
+    QVERIFY(plant(testFolder().chopped(1), "no folder at all"));
+    QVERIFY(events.wait(QStringLiteral("-object")));
+    QVERIFY(QFile::remove(folder));
+    QVERIFY(QDir().rename(folder + QStringLiteral(".away"), folder));
+    QVERIFY(waitUntil([&events] { return events.lines == QStringList({"+object", "-object", "+object"}); }));
+}
+
+void ShortageTest::valuesWereToldBeforeTheNamesThatTheySpeakOf()
+{
+    QVERIFY(publish(testPath("status"), QString()));
+    QVERIFY(publish(testPath("names/known"), QString()));
+    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
+    ZopDirWatcher names(testPath("names"));
+    names.setNameCacheEnabled(true);
+    QStringList told;
+    connect(&status, &ZopObject::attributesChanged, [&told] { told << QStringLiteral("status"); });
+    connect(&names, &ZopDirWatcher::objectAdded, [&told](const QString &name) { told << name; });
+    // A whole tree that is put back at once, in which the status names what is new.
+    const QString folder = fileOf(testFolder()).chopped(1);
+    QVERIFY(publish(testPath("names/fresh"), QString()));
+    QVERIFY(set(testPath("status"), QStringLiteral("best=fresh")));
+    QVERIFY(QDir().rename(folder, folder + QStringLiteral(".away")));
+    QVERIFY(QDir().rename(folder + QStringLiteral(".away"), folder));
+    QVERIFY(waitUntil([&told] { return told.contains(QStringLiteral("status")); }));
+    QVERIFY(told.contains(QStringLiteral("fresh")));
+    QVERIFY2(told.indexOf(QStringLiteral("fresh")) < told.indexOf(QStringLiteral("status")),
+             qPrintable(told.join(' ')));
+}
+
+void ShortageTest::connectingWithoutDescriptorsTellsWhatIsMissing()
+{
+    if (DescriptorHoard::ofSanitizers() > 0)
+        return QTest::qSkip("sanitizers need descriptors, too", __FILE__, __LINE__);
+    Peer daemon;
+    QVERIFY(daemon.ask(QStringLiteral("serve s ") + testPath("control"), QStringLiteral("s open")));
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    close(STDIN_FILENO); // enough for the folder, and not for the socket
+    const ZopObject client(testPath("control"), ZopObject::ReadWrite, false);
+    QVERIFY(!client.isValid());
+    QCOMPARE(client.errorString(), QString::fromLocal8Bit(strerror(EMFILE)));
+}
+
+CONTRACT_TEST_MAIN(ShortageTest)
+
+#include "tst_shortage.moc"
