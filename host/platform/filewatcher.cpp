@@ -22,6 +22,9 @@ namespace {
 // Bounds what one wake-up handles, so that a flood leaves turns of the event loop to others.
 constexpr size_t BufferSize = 16 * 1024;
 
+// Not more are read ahead: what is told of one may take longer than the next ones take to come.
+constexpr size_t MostEvents = 4096;
+
 constexpr std::chrono::milliseconds RetryPause {200};
 
 // A control object and a state object, and some for whoever else needs one meanwhile.
@@ -181,7 +184,43 @@ bool FileWatcher::open()
     return true;
 }
 
+void FileWatcher::tellAppearances()
+{
+    if (!m_notifier || m_holding)
+        return;
+    const std::shared_ptr<FileWatcher> kept = weak_from_this().lock();
+    if (m_events.size() < MostEvents)
+        fetchEvents();
+    handleLater();
+    // A copy, as a slot may run an event loop that handles events. They are handled in their turn all the same: whoever
+    // watches names knows which ones it has told of.
+    const std::deque<RawEvent> events = m_events;
+    for (const RawEvent &event : events) {
+        WatchedFolder *folder = m_watches.value(event.watch);
+        if (folder && event.mask & (IN_CREATE | IN_MOVED_TO))
+            folder->tellOfNames(event.name, FolderListener::Appeared);
+    }
+}
+
+/*! Handles what has been read from the event loop, unless that is done anyway. */
+void FileWatcher::handleLater()
+{
+    if (m_events.empty() || std::exchange(m_handlesLater, true))
+        return;
+    const auto goOn = [this] {
+        m_handlesLater = false;
+        handleEvents();
+    };
+    QMetaObject::invokeMethod(this, goOn, Qt::QueuedConnection);
+}
+
 void FileWatcher::readEvents()
+{
+    fetchEvents();
+    handleEvents();
+}
+
+void FileWatcher::fetchEvents()
 {
     alignas(inotify_event) char buffer[BufferSize];
     const ssize_t size = read(m_inotify.get(), buffer, sizeof(buffer));
@@ -192,7 +231,6 @@ void FileWatcher::readEvents()
         m_events.push_back({event.wd, event.mask, event.len ? QByteArray(name) : QByteArray()});
         position += ssize_t(sizeof(event) + event.len);
     }
-    handleEvents();
 }
 
 void FileWatcher::handleEvents()
@@ -203,13 +241,7 @@ void FileWatcher::handleEvents()
     while (!m_events.empty() && !m_holding) {
         const RawEvent event = m_events.front();
         m_events.pop_front();
-        if (!m_events.empty() && !std::exchange(m_handlesLater, true)) {
-            const auto goOn = [this] {
-                m_handlesLater = false;
-                handleEvents();
-            };
-            QMetaObject::invokeMethod(this, goOn, Qt::QueuedConnection);
-        }
+        handleLater();
         dispatch(event);
     }
 }

@@ -68,6 +68,12 @@ public:
     static bool hasSpareDescriptors();
     bool isHolding() const { return m_holding; }
 
+    /*!
+     * Tells of the objects that have come by now: what was just read from a file, and is told next, may speak of them.
+     * Whoever calls it may be gone afterwards.
+     */
+    void tellAppearances();
+
 private:
     FileWatcher();
     friend class WatchedFolder;
@@ -81,6 +87,8 @@ private:
 
     bool open();
     void readEvents();
+    void fetchEvents();
+    void handleLater();
     void handleEvents();
     void dispatch(const RawEvent &event);
     void handle(const RawEvent &event);

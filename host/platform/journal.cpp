@@ -265,23 +265,36 @@ qint64 Reader::size() const
 
 bool Reader::next(Record *record)
 {
-    for (;;) {
-        if (const int size = recordAt(m_position)) {
-            RecordHeader header;
-            std::memcpy(&header, m_buffer.constData() + m_position, sizeof(header));
-            const char *payload = m_buffer.constData() + m_position + sizeof(header);
-            m_position += size;
-            m_offset += size;
-            record->writer = header.writer;
-            record->end = m_offset;
-            if (decodeChangeset(QByteArray::fromRawData(payload, int(header.size)), &record->changes))
-                return true;
-            logMalformed(m_path, size);
-        } else if (!fill() && !skip()) {
-            drop();
+    while (!nextOfRead(record)) {
+        if (!readOn())
             return false;
-        }
     }
+    return true;
+}
+
+bool Reader::nextOfRead(Record *record)
+{
+    while (const int size = recordAt(m_position)) {
+        RecordHeader header;
+        std::memcpy(&header, m_buffer.constData() + m_position, sizeof(header));
+        const char *payload = m_buffer.constData() + m_position + sizeof(header);
+        m_position += size;
+        m_offset += size;
+        record->writer = header.writer;
+        record->end = m_offset;
+        if (decodeChangeset(QByteArray::fromRawData(payload, int(header.size)), &record->changes))
+            return true;
+        logMalformed(m_path, size);
+    }
+    return false;
+}
+
+bool Reader::readOn()
+{
+    if (fill() || skip())
+        return true;
+    drop();
+    return false;
 }
 
 void Reader::rewind()

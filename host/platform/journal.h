@@ -69,6 +69,9 @@ public:
 
     /*! The next record; false when there is none yet. */
     bool next(Record *record);
+    /*! The same in two steps: the next of what has been read of the file, and reading on. */
+    bool nextOfRead(Record *record);
+    bool readOn();
     /*! Whether some of what was read of the file has not been handed out yet. */
     bool hasMore() const { return m_position < m_buffer.size(); }
     /*! Goes back to the first record, which holds the whole state as it was when the file was made. */

@@ -123,7 +123,13 @@ bool StateObject::drain()
 {
     const QPointer<StateObject> guard(this);
     Journal::Record record;
-    for (int told = 0; m_reader.isOpen() && m_reader.next(&record);) {
+    for (int told = 0; guard && m_reader.isOpen();) {
+        if (!m_reader.nextOfRead(&record)) {
+            if (!m_reader.readOn())
+                return true;
+            m_watcher->tellAppearances();
+            continue;
+        }
         if (record.end <= m_toldFrom)
             continue;
         apply(record.changes, &m_values);
@@ -133,10 +139,10 @@ bool StateObject::drain()
         if (enough || m_reader.hasMore())
             followLater();
         tell(record.changes);
-        if (enough || !guard)
+        if (enough)
             return false;
     }
-    return true;
+    return guard;
 }
 
 /*! Lets \a reader read what the path names now. When it cannot, but there is something, this object is behind. */

@@ -96,11 +96,18 @@ void WatchedFolder::tell(const QByteArray &name, Event event) const
     // Copies, as a listener may come or go meanwhile, and this folder with the last one.
     const Listeners ofEntry = m_listeners.value(name);
     const Listeners ofAll = m_listeners.value(QByteArray());
-    for (const Listeners &listeners : {ofEntry, ofAll}) {
-        for (const QPointer<FolderListener> &listener : listeners) {
-            if (listener)
-                listener->entryChanged(name, event);
-        }
+    for (const QPointer<FolderListener> &listener : ofEntry + ofAll) {
+        if (listener)
+            listener->entryChanged(name, event);
+    }
+}
+
+void WatchedFolder::tellOfNames(const QByteArray &name, Event event) const
+{
+    const Listeners ofAll = m_listeners.value(QByteArray());
+    for (const QPointer<FolderListener> &listener : ofAll) {
+        if (listener)
+            listener->entryChanged(name, event);
     }
 }
 

@@ -23,6 +23,8 @@ public:
     bool isUnused() const { return m_listeners.isEmpty(); }
 
     void tell(const QByteArray &name, Event event) const;
+    /*! The same to those only who watch the names of this folder. */
+    void tellOfNames(const QByteArray &name, Event event) const;
     void tellAll() const;
 
     Kind kind() const override { return OfFolders; }

@@ -2,6 +2,7 @@
 #include "contracttest.h"
 #include "descriptorhoard.h"
 #include "hostfiles.h"
+#include "peer.h"
 
 #include <memory>
 

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "contracttest.h"
+
+using namespace morvek;
+
+/*!
+ * What is told of several objects, in the order in which it was done. Everything is done before any of it is told, as
+ * by a daemon while the application is busy.
+ */
+class OrderTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void anObjectIsAnnouncedBeforeWhatIsSaidOfIt();
+    void goingAndComingAgainAreToldInOrder();
+    void theLastUpdateOfAnObjectComesBeforeItsEnd();
+    void theReaderMayBeDeletedByAnAnnouncement();
+
+private:
+    void follow(ZopObject *object, const char *name);
+    void follow(ZopDirWatcher *watcher);
+
+    QStringList m_told;
+};
+
+void OrderTest::init()
+{
+    m_told.clear();
+}
+
+void OrderTest::follow(ZopObject *object, const char *name)
+{
+    connect(object, &ZopObject::attributesChanged, this,
+            [this, name](const ZopChangeset &changes) { m_told << QLatin1String(name) + toText(changes); });
+}
+
+void OrderTest::follow(ZopDirWatcher *watcher)
+{
+    connect(watcher, &ZopDirWatcher::objectAdded, this, [this](const QString &name) { m_told << '+' + name; });
+    connect(watcher, &ZopDirWatcher::objectRemoved, this, [this](const QString &name) { m_told << '-' + name; });
+}
+
+void OrderTest::anObjectIsAnnouncedBeforeWhatIsSaidOfIt()
+{
+    QVERIFY(publish(testPath("status"), QString()));
+    QVERIFY(publish(testPath("all/first"), QString()));
+    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
+    ZopDirWatcher watcher(testPath("all"));
+    watcher.setNameCacheEnabled(true);
+    follow(&status, "status ");
+    follow(&watcher);
+    QVERIFY(set(testPath("status"), QStringLiteral("list=first")));
+    QVERIFY(publish(testPath("all/second"), QString()));
+    QVERIFY(set(testPath("status"), QStringLiteral("list=first,second")));
+    QVERIFY(waitUntil([this] { return m_told.size() == 3; }));
+    m_told.removeAll(QStringLiteral("status {list=first}")); // which may come before it or after
+    QCOMPARE(m_told, QStringList({"+second", "status {list=first,second}"}));
+    // Once, and what was read ahead is not forgotten.
+    QVERIFY(publish(testPath("all/third"), QString()));
+    QVERIFY(waitUntil([this] { return m_told.contains(QStringLiteral("+third")); }));
+    QCOMPARE(m_told.count(QStringLiteral("+second")), 1);
+}
+
+void OrderTest::goingAndComingAgainAreToldInOrder()
+{
+    QVERIFY(publish(testPath("status"), QString()));
+    QVERIFY(publish(testPath("all/one"), QString()));
+    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
+    ZopDirWatcher watcher(testPath("all"));
+    watcher.setNameCacheEnabled(true);
+    follow(&status, "status ");
+    follow(&watcher);
+    QVERIFY(set(testPath("status"), QStringLiteral("n=1")));
+    QVERIFY(ZopObject::remove(testPath("all/one")));
+    QVERIFY(publish(testPath("all/one"), QString()));
+    QVERIFY(set(testPath("status"), QStringLiteral("n=2")));
+    QVERIFY(waitUntil([this] { return m_told.size() == 4; }));
+    m_told.removeAll(QStringLiteral("status {n=1}"));
+    m_told.removeAll(QStringLiteral("status {n=2}"));
+    QCOMPARE(m_told, QStringList({"-one", "+one"}));
+}
+
+void OrderTest::theLastUpdateOfAnObjectComesBeforeItsEnd()
+{
+    QVERIFY(publish(testPath("status"), QString()));
+    QVERIFY(publish(testPath("all/one"), QString()));
+    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
+    ZopObject one(testPath("all/one"), ZopObject::Subscribe, false);
+    ZopDirWatcher watcher(testPath("all"));
+    watcher.setNameCacheEnabled(true);
+    follow(&status, "status ");
+    follow(&one, "one ");
+    follow(&watcher);
+    QVERIFY(set(testPath("status"), QStringLiteral("n=1")));
+    QVERIFY(set(testPath("all/one"), QStringLiteral("up=no")));
+    QVERIFY(ZopObject::remove(testPath("all/one")));
+    QVERIFY(set(testPath("status"), QStringLiteral("n=2")));
+    QVERIFY(waitUntil([this] { return m_told.contains(QStringLiteral("-one")); }));
+    QVERIFY(m_told.indexOf(QStringLiteral("one {up=no}")) != -1);
+    QVERIFY(m_told.indexOf(QStringLiteral("one {up=no}")) < m_told.indexOf(QStringLiteral("-one")));
+}
+
+void OrderTest::theReaderMayBeDeletedByAnAnnouncement()
+{
+    QVERIFY(publish(testPath("status"), QString()));
+    QVERIFY(publish(testPath("all/one"), QString()));
+    auto status = std::make_unique<ZopObject>(testPath("status"), ZopObject::Subscribe, false);
+    ZopDirWatcher watcher(testPath("all"));
+    watcher.setNameCacheEnabled(true);
+    follow(status.get(), "status ");
+    follow(&watcher);
+    connect(&watcher, &ZopDirWatcher::objectAdded, this, [&status] { status.reset(); });
+    QVERIFY(set(testPath("status"), QStringLiteral("n=1")));
+    QVERIFY(publish(testPath("all/two"), QString()));
+    QVERIFY(publish(testPath("all/three"), QString()));
+    QVERIFY(waitUntil([this] { return m_told.contains(QStringLiteral("+three")); }));
+    QCOMPARE(m_told, QStringList({"+two", "+three"}));
+}
+
+CONTRACT_TEST_MAIN(OrderTest)
+
+#include "tst_order.moc"
