@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <cstring>
 
 #include <sys/stat.h>
@@ -29,28 +31,65 @@ QByteArray rootFolder()
     return root;
 }
 
+bool isTrusted(uid_t owner)
+{
+    return owner == geteuid() || owner == 0;
+}
+
+/*! The part of the way to \a path that another user could exchange for something else; empty when there is none. */
+QByteArray exchangeablePart(const QByteArray &path)
+{
+    for (int end = 0; end != -1; end = path.indexOf('/', end + 1)) {
+        const QByteArray part = end == 0 ? QByteArrayLiteral("/") : path.left(end);
+        struct stat status;
+        if (lstat(part.constData(), &status) != 0)
+            return QByteArray();
+        const bool isOpen = S_ISDIR(status.st_mode) && status.st_mode & S_IWOTH && !(status.st_mode & S_ISVTX);
+        if (!isTrusted(status.st_uid) || isOpen)
+            return part;
+    }
+    return QByteArray();
+}
+
+/*! Why another user could exchange \a root, links on the way to it resolved; empty when none could. */
+QString exchange(const QByteArray &root)
+{
+    QByteArray part = exchangeablePart(root);
+    struct stat status;
+    if (part.isEmpty() && lstat(root.constData(), &status) == 0 && S_ISLNK(status.st_mode) && !isTrusted(status.st_uid))
+        part = root;
+    if (part.isEmpty()) {
+        // A root that does not exist yet is none of a link either, but the folder that it is made in may be.
+        char resolved[PATH_MAX];
+        const QByteArray parent = root.left(qMax(1, root.lastIndexOf('/')));
+        if (realpath(root.constData(), resolved) || realpath(parent.constData(), resolved))
+            part = exchangeablePart(QByteArray(resolved) + '/');
+    }
+    if (part.isEmpty())
+        return QString();
+    return QStringLiteral("the root \"%1\" could be exchanged by another user at \"%2\"")
+        .arg(QFile::decodeName(root), QFile::decodeName(part));
+}
+
 /*! Empty when \a root may be used; a root that does not exist yet may. */
 QString distrust(const QByteArray &root)
 {
     if (root.isEmpty())
         return QStringLiteral("there is no root: neither ZOP_ROOT nor XDG_RUNTIME_DIR is set");
     const QString shown = QFile::decodeName(root);
-    if (!root.startsWith('/'))
-        return QStringLiteral("the root \"%1\" is not an absolute path").arg(shown);
+    if (!root.startsWith('/') || (root + '/').contains("/./") || (root + '/').contains("/../"))
+        return QStringLiteral("the root \"%1\" is not a plain absolute path").arg(shown);
     struct stat status;
-    // Where others may write, a link may be theirs.
-    if (lstat(root.constData(), &status) == 0 && S_ISLNK(status.st_mode) && status.st_uid != geteuid()
-        && status.st_uid != 0)
-        return QStringLiteral("the root \"%1\" is a link of another user").arg(shown);
-    if (stat(root.constData(), &status) != 0)
-        return errno == ENOENT ? QString() : QStringLiteral("the root \"%1\": %2").arg(shown, systemError(errno));
-    if (!S_ISDIR(status.st_mode))
+    const bool exists = stat(root.constData(), &status) == 0;
+    if (!exists && errno != ENOENT)
+        return QStringLiteral("the root \"%1\": %2").arg(shown, systemError(errno));
+    if (exists && !S_ISDIR(status.st_mode))
         return QStringLiteral("the root \"%1\" is not a directory").arg(shown);
-    if (status.st_uid != geteuid())
+    if (exists && status.st_uid != geteuid())
         return QStringLiteral("the root \"%1\" belongs to another user").arg(shown);
-    if (status.st_mode & (S_IRWXG | S_IRWXO))
+    if (exists && status.st_mode & (S_IRWXG | S_IRWXO))
         return QStringLiteral("the root \"%1\" is open to other users (wanted: mode 0700)").arg(shown);
-    return QString();
+    return exchange(root);
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <sys/inotify.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -33,7 +34,8 @@ public:
     {
         if (m_process != 0)
             return;
-        const bool changed = setgroups(0, nullptr) == 0 && setgid(Other) == 0 && setuid(Other) == 0;
+        const bool changed = setgroups(0, nullptr) == 0 && setgid(Other) == 0 && setuid(Other) == 0
+            && prctl(PR_SET_PDEATHSIG, SIGKILL) == 0;
         _exit(changed ? action() : 126);
     }
     ~OtherUser()
@@ -133,6 +135,8 @@ private Q_SLOTS:
     void aPlantedRootIsRefused();
     void aRootThatIsPlantedMeanwhileIsRefused_data();
     void aRootThatIsPlantedMeanwhileIsRefused();
+    void aRootThatCouldBeExchangedIsRefused_data();
+    void aRootThatCouldBeExchangedIsRefused();
     void aLinkOfTheUsersOwnIsFollowed();
     void aForeignClientIsNotHeard();
     void aForeignDaemonIsNotAsked();
@@ -141,7 +145,11 @@ private Q_SLOTS:
 void UserTest::initTestCase()
 {
     if (geteuid() != 0) // the QSKIP macro is not pedantic enough for Clang
-        QTest::qSkip("needs the right to be another user", __FILE__, __LINE__);
+        return QTest::qSkip("needs the right to be another user", __FILE__, __LINE__);
+    const PublicPlace place;
+    OtherUser other([&place] { return access(place.file("").constData(), W_OK | X_OK); });
+    if (other.result() != 0)
+        QTest::qSkip("another user cannot reach the folder for temporary files", __FILE__, __LINE__);
 }
 
 void UserTest::theRootIsOutOfReach()
@@ -290,13 +298,64 @@ void UserTest::aRootThatIsPlantedMeanwhileIsRefused()
              QStringList());
 }
 
+void UserTest::aRootThatCouldBeExchangedIsRefused_data()
+{
+    QTest::addColumn<QString>("root");
+    QTest::newRow("below another user's folder") << "folder/root";
+    QTest::newRow("below another user's folder, still to be made") << "folder/absent";
+    QTest::newRow("below another user's link") << "link/root";
+    QTest::newRow("below another user's link, still to be made") << "link/absent";
+    QTest::newRow("below an own link to another user's folder") << "own/root";
+    QTest::newRow("below a folder where everybody may rename") << "open/root";
+    QTest::newRow("another user's link, as the folder itself") << "link/root/.";
+    QTest::newRow("another user's link, and back") << "link/../private/root";
+}
+
+void UserTest::aRootThatCouldBeExchangedIsRefused()
+{
+    QFETCH(QString, root);
+    const PublicPlace place;
+    OtherUser other([&place] {
+        umask(0);
+        const bool made = mkdir(place.file("folder").constData(), 0777) == 0;
+        return made && symlink("private", place.file("link").constData()) == 0 ? 0 : 1;
+    });
+    QCOMPARE(other.result(), 0);
+    for (const char *name : {"private", "open", "folder/root", "private/root", "open/root"})
+        QCOMPARE(mkdir(place.file(name).constData(), 0700), 0);
+    QCOMPARE(chmod(place.file("open").constData(), 0777), 0);
+    QCOMPARE(symlink("folder", place.file("own").constData()), 0);
+    qputenv("ZOP_ROOT", place.file(qPrintable(root)));
+    QString error;
+    QVERIFY(!ZopObject::create(testPath("object"), ZopChangeset(), &error));
+    QVERIFY2(error.contains(root), qPrintable(error));
+    const ZopObject daemon(testPath("control"), ZopObject::Publish, true);
+    QVERIFY(!daemon.isValid());
+    QVERIFY(!ZopDirWatcher(testFolder()).isValid());
+    for (const char *folder : {"folder", "private", "open", "private/root"}) {
+        const QStringList there =
+            QDir(QFile::decodeName(place.file(folder))).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+        QCOMPARE(there, folder == QByteArray("private/root") ? QStringList() : QStringList(QStringLiteral("root")));
+    }
+}
+
 void UserTest::aLinkOfTheUsersOwnIsFollowed()
 {
     const PublicPlace place;
-    QCOMPARE(mkdir(place.file("private").constData(), 0700), 0);
+    const auto publishBelowLink = [&place] {
+        const bool made = mkdir(place.file("private").constData(), 0700) == 0
+            && symlink("private", place.file("root").constData()) == 0
+            && publish(testPath("object"), QStringLiteral("a=1"));
+        return made && QFile::exists(QFile::decodeName(place.file("private/zop"))) ? 0 : 1;
+    };
+    // Of an ordinary user, too; and of root, who is trusted by all, for another user's folder, which is not.
+    OtherUser other(publishBelowLink);
+    QCOMPARE(other.result(), 0);
+    QCOMPARE(unlink(place.file("root").constData()), 0);
     QCOMPARE(symlink("private", place.file("root").constData()), 0);
-    QVERIFY(publish(testPath("object"), QStringLiteral("a=1")));
-    QVERIFY(QFile::exists(QFile::decodeName(place.file("private/zop"))));
+    OtherUser again([] { return publish(testPath("more"), QString()) ? 0 : 1; });
+    QCOMPARE(again.result(), 0);
+    QVERIFY(!publish(testPath("most"), QString()));
 }
 
 void UserTest::aForeignClientIsNotHeard()
