@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "filewatcher.h"
 
+#include "hostlog.h"
 #include "watchedfolder.h"
 #include "zoppath.h"
 
@@ -100,7 +101,8 @@ bool FileWatcher::hasSpareDescriptors()
 
 void FileWatcher::holdUntilRetry(FolderListener *listener)
 {
-    m_holding = true;
+    if (!std::exchange(m_holding, true))
+        logWarning(QStringLiteral("Nothing is told until there are file descriptors for what has come"));
     m_notifier->setEnabled(false);
     retryLater(listener);
 }
@@ -116,6 +118,7 @@ void FileWatcher::retry()
     }
     // What has happened meanwhile is old news: told now, it would come between names and values of the present.
     if (std::exchange(m_holding, false)) {
+        m_notifier->setEnabled(true); // a slot may run an event loop
         forgetEvents();
         renewAll();
     }
@@ -125,9 +128,6 @@ void FileWatcher::retry()
             look(listener);
     }
     tellChanged();
-    if (m_holding)
-        return;
-    m_notifier->setEnabled(true);
     handleEvents();
 }
 

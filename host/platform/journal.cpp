@@ -158,8 +158,10 @@ bool isPreviousRead(const ZopPath &path, const FileDescriptor &current)
 {
     const QByteArray previous = path.hidden(".old");
     const FileDescriptor file(open(previous.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
+    if (!file.isOpen())
+        return errno != ENOENT; // it cannot be told
     // A writer that was killed between its two steps leaves the current generation under this name.
-    if (!file.isOpen() || names(previous, current))
+    if (names(previous, current))
         return false;
     struct flock lock = lockOn(ReadersByte, F_WRLCK);
     return fcntl(file.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;

@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <memory>
+#include <utility>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -35,7 +36,7 @@ private:
 
     Presence look(const QByteArray &name) const;
     Presence lookAtFile(const QByteArray &file) const;
-    bool list(QMap<QByteArray, Presence> *found) const;
+    bool list(QMap<QByteArray, Presence> *found);
     bool addLater(Presence presence);
     void lookLater();
     bool add(const QByteArray &name);
@@ -47,7 +48,8 @@ private:
     std::shared_ptr<FileWatcher> m_watcher;
     bool m_watching = false;
     bool m_hasListed = false;
-    QSet<QByteArray> m_known; // the names that have been announced
+    bool m_looksAgain = false; // for names that could not be told from others; known ones need no second look
+    QSet<QByteArray> m_known;  // the names that have been announced
 };
 
 ZopDirWatcher::Private::Private(ZopDirWatcher *dirWatcher, const QString &path)
@@ -121,6 +123,7 @@ bool ZopDirWatcher::Private::addLater(Presence presence)
 
 void ZopDirWatcher::Private::lookLater()
 {
+    m_looksAgain = true;
     if (FileWatcher::hasSpareDescriptors())
         m_watcher->retryLater(this);
     else
@@ -151,15 +154,16 @@ ZopDirWatcher::Private::Presence ZopDirWatcher::Private::lookAtFile(const QByteA
 }
 
 /*! What is there, or may be; false when that cannot be told. */
-bool ZopDirWatcher::Private::list(QMap<QByteArray, Presence> *found) const
+bool ZopDirWatcher::Private::list(QMap<QByteArray, Presence> *found)
 {
+    const bool onlyNew = std::exchange(m_looksAgain, false);
     const std::unique_ptr<DIR, int (*)(DIR *)> directory(opendir(m_folder.folder().constData()), closedir);
     if (!directory)
         return errno == ENOENT || errno == ENOTDIR;
     while (const dirent *entry = readdir(directory.get())) {
         const QByteArray name(entry->d_name);
         if (ZopPath::isObjectName(name))
-            found->insert(name, look(name));
+            found->insert(name, onlyNew && m_known.contains(name) ? Presence::Present : look(name));
     }
     return true;
 }

@@ -18,6 +18,7 @@ private Q_SLOTS:
     void anObjectWasTakenForRemovedWithoutDescriptors();
     void anObjectThatCameWithoutDescriptorsWasNeverAnnounced();
     void anObjectWasAnnouncedThatCouldNotBeOpened();
+    void aSlotsOwnEventLoopHeardNothingAfterwards();
     void aControlObjectThatCameWithoutDescriptorsWasNeverAnnounced();
     void valuesWereToldAsRemovedWithoutDescriptors();
     void theNextFileWasNotReadWhenDescriptorsWereBack();
@@ -79,6 +80,31 @@ void ShortageTest::anObjectWasAnnouncedThatCouldNotBeOpened()
     hoard.giveBack();
     QVERIFY(waitUntil([&opened] { return opened != nullptr; }));
     QVERIFY2(opened->isValid(), qPrintable(opened->errorString()));
+}
+
+void ShortageTest::aSlotsOwnEventLoopHeardNothingAfterwards()
+{
+    Peer peer;
+    QVERIFY(publish(testPath("first"), QString()));
+    QVERIFY(peer.ask(QStringLiteral("open f %1 2").arg(testPath("first")), QStringLiteral("f open")));
+    ZopObject first(testPath("first"), ZopObject::Subscribe, false);
+    const Events ofFirst(&first);
+    ZopDirWatcher watcher(testFolder());
+    watcher.setNameCacheEnabled(true);
+    bool heard = false;
+    connect(&watcher, &ZopDirWatcher::objectAdded, [&] {
+        peer.send(QStringLiteral("set f x=1"));
+        heard = ofFirst.wait(QStringLiteral("{x=1}"));
+    });
+    const LogLines log;
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    QVERIFY(peer.ask(QStringLiteral("create %1 a=1").arg(testPath("object")), QStringLiteral("created")));
+    QVERIFY(peer.ask(QStringLiteral("verbosity"), QStringLiteral("verbosity 7"))); // meanwhile the event was heard
+    hoard.giveBack();
+    QVERIFY(waitUntil([&heard] { return heard; }));
+    const QStringList told = log.lines.filter(QStringLiteral("Nothing is told until there are file descriptors"));
+    QCOMPARE(told.size(), 1);
 }
 
 void ShortageTest::aControlObjectThatCameWithoutDescriptorsWasNeverAnnounced()
