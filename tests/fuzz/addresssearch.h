@@ -5,6 +5,7 @@
 #include "fuzz.h"
 
 #include <QtCore/QJsonArray>
+#include <QtNetwork/QNetworkAddressEntry>
 
 /*! IPv4 addresses in texts, read character by character. */
 namespace AddressSearch {
@@ -87,6 +88,15 @@ inline bool readPlain(const QString &text, quint32 *address)
     return at == text.size();
 }
 
+/*! What \a text stands for; nothing is read up to a zero. */
+inline QHostAddress read(const QString &text)
+{
+    quint32 plain = 0;
+    if (readPlain(text, &plain))
+        return QHostAddress(plain);
+    return text.contains(QChar(0)) ? QHostAddress() : QHostAddress(text);
+}
+
 struct Found
 {
     QString ip;
@@ -104,6 +114,25 @@ inline Found find(const QJsonArray &array)
             found = {part(value.toString(), 0), part(value.toString(), 1)};
     }
     return found;
+}
+
+/*! Ends the run when \a entries are not what was found. */
+inline void expectEntries(const QList<QNetworkAddressEntry> &entries, const Found &found)
+{
+    Fuzz::expectEqual(entries.size(), found.isWhole() ? 1 : 0, "how many addresses");
+    if (entries.isEmpty())
+        return;
+    QNetworkAddressEntry expected;
+    expected.setIp(read(found.ip));
+    expected.setNetmask(read(found.netmask));
+    Fuzz::expectEqual(entries.first().ip(), expected.ip(), "the address");
+    Fuzz::expectEqual(entries.first().netmask(), expected.netmask(), "its netmask");
+}
+
+/*! The first of a list of gateways, if there is one. */
+inline QList<QHostAddress> gateways(const QJsonArray &array)
+{
+    return array.isEmpty() ? QList<QHostAddress>() : QList<QHostAddress> {read(array.first().toString())};
 }
 
 } // namespace AddressSearch

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Bytes on a control connection, in arbitrary pieces: the first byte says how many lengths of pieces follow. The frames
-// up to the first malformed one are received, whatever the pieces; a malformed one ends the connection.
+// up to the first malformed one are received, whatever the pieces; a malformed one ends the connection. An own walk
+// over the bytes says what a frame is, and what it says.
 #include "controllink.h"
 
-#include "fuzz.h"
 #include "logcapture.h"
+#include "updatewalk.h"
 #include "zoppath.h"
 #include "zopwire.h"
 
@@ -25,18 +26,18 @@ struct Stream
         while (!malformed && at + 4 <= bytes.size()) {
             const int from = int(at);
             const qint64 length = byte(from) << 24 | byte(from + 1) << 16 | byte(from + 2) << 8 | byte(from + 3);
-            ZopChangeset changes;
             malformed = length > LargestUpdate;
             if (malformed || at + 4 + length > bytes.size())
                 return;
-            malformed = !decodeChangeset(bytes.mid(from + 4, int(length)), &changes);
+            const UpdateWalk::Walk walk(bytes.mid(from + 4, int(length)));
+            malformed = !walk.isWhole();
             if (!malformed)
-                frames.append(encodeChangeset(changes));
+                frames.append(walk.update());
             at += 4 + length;
         }
     }
 
-    QList<QByteArray> frames;
+    QList<UpdateWalk::Update> frames;
     bool malformed = false;
 };
 
@@ -47,7 +48,7 @@ public:
         : m_link(FileDescriptor(socket), ZopPath(), nullptr)
     {
         QObject::connect(&m_link, &ControlLink::received, &m_link,
-                         [this](const ZopChangeset &changes) { m_frames.append(encodeChangeset(changes)); });
+                         [this](const ZopChangeset &changes) { m_frames.append(UpdateWalk::of(changes)); });
         QObject::connect(&m_link, &ControlLink::closed, &m_link, [this] { m_closed = true; });
     }
 
@@ -63,7 +64,7 @@ public:
 
 private:
     ControlLink m_link;
-    QList<QByteArray> m_frames;
+    QList<UpdateWalk::Update> m_frames;
     bool m_closed = false;
 };
 

@@ -27,7 +27,7 @@ QString word(const ZopDouble::Values &values, const char *name)
 struct Model
 {
     AddressSearch::Found address;
-    int gateways = 0;
+    QList<QHostAddress> gateways;
     bool manual = false;
     int type = 0;
     bool isVirtual = false;
@@ -43,6 +43,10 @@ struct Model
     {
         address = AddressSearch::find(QJsonDocument::fromJson(json).array());
         lines += address.isWhole() ? 0 : 1;
+    }
+    void setGateways(const QByteArray &json)
+    {
+        gateways = AddressSearch::gateways(QJsonDocument::fromJson(json).array());
     }
     void setMode(const QByteArray &value)
     {
@@ -69,7 +73,7 @@ struct Model
         const auto value = [&held](const char *name) { return held.value(QLatin1String(name)).bytes(); };
         setAddresses(value("ip_addresses"));
         setMode(value("manual"));
-        gateways = qMin(1, QJsonDocument::fromJson(value("ip_gateway")).array().size());
+        setGateways(value("ip_gateway"));
         macAddress = word(held, "link_address");
         setMtu(word(held, "mtu"));
         setType(value("type"));
@@ -91,7 +95,7 @@ struct Model
         if (has("ip_addresses"))
             setAddresses(value("ip_addresses"));
         if (has("ip_gateway"))
-            gateways = qMin(1, QJsonDocument::fromJson(value("ip_gateway")).array().size());
+            setGateways(value("ip_gateway"));
         if (has("link_address"))
             macAddress = word(held, "link_address");
         if (has("manual"))
@@ -190,8 +194,8 @@ private:
         Fuzz::expectEqual(m_events, m_model.events, "the signals");
         Fuzz::expectEqual(m_log.take().size(), m_model.lines, "how many lines are logged");
         m_model.lines = 0;
-        Fuzz::expectEqual(config.ipAddresses().size(), m_model.address.isWhole() ? 1 : 0, "the addresses");
-        Fuzz::expectEqual(config.gatewayAddresses().size(), m_model.gateways, "the gateways");
+        AddressSearch::expectEntries(config.ipAddresses(), m_model.address);
+        Fuzz::expectEqual(config.gatewayAddresses(), m_model.gateways, "the gateways");
         Fuzz::expectEqual(int(config.type()), m_model.manual ? 1 : 0, "the kind of configuration");
         Fuzz::expectEqual(record.macAddress, m_model.macAddress, "the hardware address");
         if (m_model.mtuKnown)

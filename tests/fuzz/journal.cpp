@@ -5,6 +5,7 @@
 
 #include "journalbytes.h"
 #include "krellogger.h"
+#include "updatewalk.h"
 
 using namespace morvek;
 
@@ -59,49 +60,56 @@ public:
     }
 
 private:
-    QByteArray nextRecord(const QByteArray &value)
+    QByteArray nextRecord(const QByteArray &value) { return JournalBytes::record(++m_writer, payload(value)); }
+    /*! An update that sets one attribute, leaves one without a value, and removes one. */
+    static QByteArray payload(const QByteArray &value)
     {
-        return JournalBytes::record(++m_writer, JournalBytes::assignment("name", value));
+        return JournalBytes::number(2, 4) + JournalBytes::block("name") + JournalBytes::block(value)
+            + JournalBytes::block("text") + JournalBytes::block("none") + JournalBytes::number(0xffffffff, 4)
+            + JournalBytes::block("gone");
     }
     /*! Shorter than any record that nextRecord() makes. */
-    static int unfinishedSize()
-    {
-        return JournalBytes::RecordHeaderSize + JournalBytes::assignment("name", {}).size() - 1;
-    }
+    static int unfinishedSize() { return JournalBytes::RecordHeaderSize + payload({}).size() - 1; }
 
     void writeRecord(const QByteArray &value)
     {
         m_file.append(nextRecord(value));
-        m_whole.append({m_writer, value});
+        expectTold(value);
+    }
+
+    void expectTold(const QByteArray &value)
+    {
+        UpdateWalk::Update update;
+        update.values = {{QStringLiteral("name"), {value, "text"}}, {QStringLiteral("none"), {}}};
+        update.removals = {QStringLiteral("gone")};
+        m_whole.append({m_writer, update});
     }
 
     void writeDamaged(Fuzz::Bytes &input)
     {
-        QByteArray record = nextRecord(input.take(input.number()));
+        const QByteArray value = input.take(input.number());
+        QByteArray record = nextRecord(value);
         const int at = input.number() % record.size();
         const int difference = input.number();
         record[at] = char(record.at(at) ^ difference);
         m_file.append(record);
         if (difference == 0)
-            m_whole.append({m_writer, record.mid(JournalBytes::RecordHeaderSize + 16).chopped(8)});
+            expectTold(value);
     }
 
     void read()
     {
         Journal::Record record;
-        while (m_reader.next(&record)) {
-            Fuzz::expectEqual(record.changes.assignments.size(), 1, "how many values a record has");
-            Fuzz::expect(record.changes.removals.isEmpty(), "nothing is removed");
-            m_told.append({record.writer, record.changes.assignments.value(QStringLiteral("name")).bytes()});
-        }
+        while (m_reader.next(&record))
+            m_told.append({record.writer, UpdateWalk::of(record.changes)});
     }
 
     const JournalBytes::JournalFile &m_file;
     Journal::Reader m_reader;
     quint64 m_writer = 0;
     int m_large = 0;
-    QList<QPair<quint64, QByteArray>> m_whole;
-    QList<QPair<quint64, QByteArray>> m_told;
+    QList<QPair<quint64, UpdateWalk::Update>> m_whole;
+    QList<QPair<quint64, UpdateWalk::Update>> m_told;
 };
 
 } // namespace

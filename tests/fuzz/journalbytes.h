@@ -80,12 +80,6 @@ inline QByteArray block(const QByteArray &bytes)
     return number(quint64(bytes.size()), 4) + bytes;
 }
 
-/*! An update that sets \a name to the text \a value. */
-inline QByteArray assignment(const QByteArray &name, const QByteArray &value)
-{
-    return number(1, 4) + block(name) + block(value) + block("text");
-}
-
 /*! The file of an object in a root of the run's own. */
 class JournalFile
 {

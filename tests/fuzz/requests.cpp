@@ -13,6 +13,11 @@ using namespace ProfileCheck;
 
 namespace {
 
+bool oneOf(const QString &word, std::initializer_list<const char *> words)
+{
+    return std::any_of(words.begin(), words.end(), [&word](const char *one) { return word == QLatin1String(one); });
+}
+
 bool isManual(const QJsonObject &settings)
 {
     quint32 address = 0;
@@ -44,11 +49,11 @@ bool isConnect(const QByteArray &dat)
     return fits && settings.size() == (manual ? 3 : 0);
 }
 
-bool isNetworking(const QByteArray &message, const QByteArray &dat)
+bool isNetworking(const QString &message, const QByteArray &dat)
 {
     const QJsonArray only = QJsonDocument::fromJson('[' + dat + ']').array();
-    return (message == "net_connected" && isConnect(dat))
-        || (message == "net_disconnected" && only.size() == 1 && only.at(0).isString());
+    return (message == QLatin1String("net_connected") && isConnect(dat))
+        || (message == QLatin1String("net_disconnected") && only.size() == 1 && only.at(0).isString());
 }
 
 bool isNetwork(const QByteArray &dat)
@@ -60,21 +65,21 @@ bool isNetwork(const QByteArray &dat)
     return (open || secured) && isName(textOf(object, "ssid"));
 }
 
-bool isWifi(const QByteArray &message, const QByteArray &dat)
+bool isWifi(const QString &message, const QByteArray &dat)
 {
-    return (message == "wifi_power" && (dat == "on" || dat == "off"))
-        || ((message == "scan" || message == "wnet_disableall") && dat.isEmpty())
-        || (message == "wnet_new" && isNetwork(dat)) || message == "wnet_select";
+    return (message == QLatin1String("wifi_power") && oneOf(Fuzz::text(dat), {"on", "off"}))
+        || ((message == QLatin1String("scan") || message == QLatin1String("wnet_disableall")) && dat.isEmpty())
+        || (message == QLatin1String("wnet_new") && isNetwork(dat)) || message == QLatin1String("wnet_select");
 }
 
-bool isTethering(const QByteArray &message, const QByteArray &dat)
+bool isTethering(const QString &message, const QByteArray &dat)
 {
     const QJsonObject object = QJsonDocument::fromJson(dat).object();
-    if (message == "retrieve_profile")
+    if (message == QLatin1String("retrieve_profile"))
         return object.size() == 2 && textOf(object, "type") == QLatin1String("lan")
             && textOf(object, "lan_type") == QLatin1String("wlanap");
-    return ((message == "update_profile" || message == "start") && isProfile(object))
-        || (message == "stop" && dat.isEmpty());
+    return ((message == QLatin1String("update_profile") || message == QLatin1String("start")) && isProfile(object))
+        || (message == QLatin1String("stop") && dat.isEmpty());
 }
 
 template<typename Request>
@@ -90,11 +95,6 @@ void check(const Request &request, bool valid, bool known, bool named)
     expectSecrecy(request.refusal.text);
 }
 
-bool oneOf(const QByteArray &word, std::initializer_list<const char *> words)
-{
-    return std::any_of(words.begin(), words.end(), [&word](const char *one) { return word == one; });
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
@@ -103,23 +103,20 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const int end = input.indexOf('\n');
     const QByteArray message = end == -1 ? input : input.left(end);
     const QByteArray dat = end == -1 ? QByteArray() : withSecret(input.mid(end + 1));
+    const QString word = Fuzz::text(message);
     const ZopChangeset changes {{{QStringLiteral("msg"), ZopVariant(message, "text")},
                                  {QStringLiteral("id"), ZopVariant(7)},
                                  {QStringLiteral("dat"), ZopVariant(dat, "json")}},
                                 {}};
-    const bool isAscii = std::all_of(input.begin(), input.end(), [](char c) { return c > 0; });
-    if (!isAscii)
-        return 0; // the rules above are of bytes
-
     const QJsonObject object = QJsonDocument::fromJson(dat).object();
     const QString secret = QLatin1String(Secret);
     const bool named = textOf(object, "ssid").contains(secret)
         || textOf(object.value(QLatin1String("lanprofile")).toObject(), "ssid").contains(secret);
-    check(NetworkingRequest::read(changes), isNetworking(message, dat),
-          oneOf(message, {"net_connected", "net_disconnected"}), true);
-    check(WifiRequest::read(changes), isWifi(message, dat),
-          oneOf(message, {"wifi_power", "scan", "wnet_new", "wnet_select", "wnet_disableall"}), named);
-    check(TetheringRequest::read(changes), isTethering(message, dat),
-          oneOf(message, {"retrieve_profile", "update_profile", "start", "stop"}), named);
+    check(NetworkingRequest::read(changes), isNetworking(word, dat), oneOf(word, {"net_connected", "net_disconnected"}),
+          true);
+    check(WifiRequest::read(changes), isWifi(word, dat),
+          oneOf(word, {"wifi_power", "scan", "wnet_new", "wnet_select", "wnet_disableall"}), named);
+    check(TetheringRequest::read(changes), isTethering(word, dat),
+          oneOf(word, {"retrieve_profile", "update_profile", "start", "stop"}), named);
     return 0;
 }

@@ -14,7 +14,7 @@ die() {
 
 # options: what every run of the target $1 is given
 options() {
-    printf '%s\n' "-artifact_prefix=$build/findings/$1-" -max_len=4096 -timeout=20 -rss_limit_mb=2048 -print_final_stats=1
+    printf '%s\n' "-artifact_prefix=$build/findings/$1-" -max_len=4096 -timeout=120 -rss_limit_mb=2048 -print_final_stats=1
     [[ ! -f tests/fuzz/$1.dict ]] || printf '%s\n' "-dict=tests/fuzz/$1.dict"
 }
 

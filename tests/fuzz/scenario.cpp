@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// Scenario files. A refused one has a reason on one line. An accepted one keeps the rules of a world, checked here
-// anew, is read the same again, and is refused with one key more.
-#include "scenarioreader.h"
+// Scenario files. A refused one has a reason. An accepted one says what its JSON says, keeps the rules of a world,
+// checked here anew, is read the same again, and is refused with one key more. Those that come with the product are
+// accepted.
+#include "scenariocontent.h"
 
 #include "profilecheck.h"
 
+#include <QtCore/QDir>
+#include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QSet>
 
@@ -94,26 +97,45 @@ void checkWorld(const Scenario &scenario)
     checkFaults(scenario, interfaces);
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+bool isAccepted(const QByteArray &input)
 {
-    const QByteArray input = Fuzz::bytes(data, size);
     Scenario scenario;
     QString error = QStringLiteral("from before");
     const bool accepted = readScenario(input, &scenario, &error);
     Fuzz::expectEqual(error.isEmpty(), accepted, "whether there is a reason");
     if (!accepted)
-        return 0;
+        return false;
+    const QJsonDocument document = QJsonDocument::fromJson(input);
+    ScenarioContent::expectSame(document.object(), scenario);
     checkWorld(scenario);
 
-    const QByteArray again = QJsonDocument::fromJson(input).toJson(QJsonDocument::Compact);
+    const QByteArray again = document.toJson(QJsonDocument::Compact);
     Scenario second;
     expect(readScenario(again, &second, &error), "it is accepted again");
-    expect(second.interfaces.size() == scenario.interfaces.size() && second.timeline.size() == scenario.timeline.size()
-               && second.priority == scenario.priority && second.seed == scenario.seed,
-           "it reads the same again");
+    ScenarioContent::expectSame(document.object(), second);
     expect(!readScenario(again.chopped(1) + R"(,"zz":1})", &second, &error), "a key that nobody knows is refused");
     expect(error.contains(QLatin1String("\"zz\"")), "and named");
+    return true;
+}
+
+/*! Those that come with the product. */
+bool areShippedAccepted()
+{
+    const QFileInfoList files = QDir(QStringLiteral(":/scenarios")).entryInfoList();
+    expect(!files.isEmpty(), "scenarios come with the product");
+    for (const QFileInfo &info : files) {
+        QFile file(info.filePath());
+        expect(file.open(QIODevice::ReadOnly) && isAccepted(file.readAll()), "a scenario of the product is accepted");
+    }
+    return true;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    static const bool shipped = areShippedAccepted();
+    Q_UNUSED(shipped)
+    isAccepted(Fuzz::bytes(data, size));
     return 0;
 }

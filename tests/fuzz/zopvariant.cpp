@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Conversions of an attribute's value. Own readings of numbers and truth values by hand.
+// Conversions of an attribute's value. Own readings of numbers and truth values by hand; JSON as its parser reads the
+// bytes.
 #include "zopvariant.h"
 #include "fuzz.h"
 
@@ -30,7 +31,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const bool isTrue = input == "true" || input == "1" || input == "yes" || input == "on";
     Fuzz::expectEqual(value.toBool(), isTrue, "the truth value");
 
-    const QJsonDocument document = value.toJson();
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(input, &error);
+    QJsonParseError told {-1, QJsonParseError::DocumentTooLarge};
+    Fuzz::expect(value.toJson(&told) == document, "JSON is parsed");
+    Fuzz::expect(told.error == error.error && told.offset == error.offset, "what is wrong with it is told");
+    Fuzz::expect(value.toJson() == document, "JSON is parsed without asking what is wrong");
     Fuzz::expect(ZopVariant(input, "json").toJson() == document, "JSON is parsed whatever the encoding");
     if (document.isObject())
         Fuzz::expect(ZopVariant(document.object()).toJson() == document, "an object comes back");
