@@ -32,10 +32,10 @@ check() {
         exit 1
     }
     local unreadable=('(' -type f ! -perm -004 -o -type d ! -perm -005 ')' -print -quit) closed
-    closed=$(find "$project" '(' -path "$project/.git" -o -path "$project/build*" ')' -prune -o "${unreadable[@]}")
-    [[ -n $closed ]] || closed=$(find "$1" -name Testing -prune -o "${unreadable[@]}")
+    closed=$(find "$project" -maxdepth 0 ! -perm -005)
+    [[ -n $closed ]] || closed=$(find "$project"/{docs,host,tests} "$1" -name Testing -prune -o "${unreadable[@]}")
     [[ -z $closed ]] || {
-        echo "$0: programs run as an ordinary user, to whom $closed is closed: chmod -R go+rX \"$project\" opens it" >&2
+        echo "$0: programs run as an ordinary user, to whom $closed is closed" >&2
         exit 1
     }
 }
