@@ -21,6 +21,7 @@ set(CMAKE_CROSSCOMPILING_EMULATOR ${MORVEK_EMULATE} ${MORVEK_SYSROOT})
 
 # Where the libraries are that the target's libraries ask for.
 foreach(FOLDER lib usr/lib)
-    string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -Wl,-rpath-link,${MORVEK_SYSROOT}/${FOLDER}/arm-linux-gnueabihf")
-    string(APPEND CMAKE_SHARED_LINKER_FLAGS_INIT " -Wl,-rpath-link,${MORVEK_SYSROOT}/${FOLDER}/arm-linux-gnueabihf")
+    set(OPTION " \"-Wl,-rpath-link,${MORVEK_SYSROOT}/${FOLDER}/arm-linux-gnueabihf\"")
+    string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT "${OPTION}")
+    string(APPEND CMAKE_SHARED_LINKER_FLAGS_INIT "${OPTION}")
 endforeach()

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Writes into FOLDER what the build in BUILD promises to programs that are built against it: the symbols of the library,
-# the sizes of the public types, and all that can be told of both by the debug information.
+# the sizes of the public types, and all that can be told of both by the debug information. The same goes for the classes
+# of the platform's library that public ones derive from.
 set -euo pipefail
 
 (($# == 2)) || {
@@ -9,6 +10,8 @@ set -euo pipefail
     exit 2
 }
 library=$1/src/libmorvek-network.so.1
+platform=$1/host/platform/libmorvek-platform.so.1
+folder=$(dirname "${BASH_SOURCE[0]}")
 sizes=$(find "$1/tests/abi" -name 'sizes.cpp.o')
 mkdir -p "$2"
 
@@ -21,9 +24,14 @@ nm --format=posix --radix=d "$sizes" | awk '
 nm --dynamic --defined-only --format=posix "$library" | awk '{ print $1 }' | c++filt | LC_ALL=C sort -u \
     >"$2/symbols.txt"
 
-# Of Qt's types, the names will do. What would tell where and by whom it was built is left out.
-abidw --suppressions "$(dirname "${BASH_SOURCE[0]}")/public.suppr" --exported-interfaces-only --drop-undefined-syms \
-    --no-corpus-path --no-comp-dir-path --no-show-locs --type-id-style hash --out-file "$2/morvek-network.abi" "$library"
+# describe LIBRARY FILE [ARGUMENT]...: of Qt's types, the names will do. What would tell where and by whom it was built is
+# left out.
+describe() {
+    abidw --suppressions "$folder/public.suppr" --exported-interfaces-only --drop-undefined-syms --no-corpus-path \
+        --no-comp-dir-path --no-show-locs --type-id-style hash --out-file "$2" "${@:3}" "$1"
+}
+describe "$library" "$2/morvek-network.abi"
+describe "$platform" "$2/morvek-platform.abi" --suppressions "$folder/bases.suppr"
 
 # abidiff overlooks enumerators that are only used as the argument of a template.
 sed -n "s/.*<enumerator name='\([^']*\)' value='\([^']*\)'.*/\1 \2/p" "$2/morvek-network.abi" | LC_ALL=C sort -u \

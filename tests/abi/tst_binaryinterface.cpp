@@ -15,6 +15,9 @@
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
+#include <cstring>
+#include <type_traits>
+
 using namespace morvek;
 
 namespace {
@@ -48,18 +51,69 @@ static_assert(occupies<WifiAccessPoint>(8, 4), "");
 static_assert(occupies<WifiConnectionConfig>(8, 4), "");
 static_assert(occupies<WifiHotspot>(8, 4), "");
 
-static_assert(sizeof(NetworkInterface::InterfaceType) == 4, "");
-static_assert(sizeof(NetworkInterfaceConfig::ConfigurationType) == 4, "");
-static_assert(sizeof(WifiBand) == 4, "");
-static_assert(sizeof(WifiServiceSet) == 4, "");
+/*! Whether \a Enumeration stands in memory, and is passed, as \a Number. */
+template<typename Enumeration, typename Number>
+constexpr bool isLike()
+{
+    return std::is_same<std::underlying_type_t<Enumeration>, Number>::value && sizeof(Enumeration) == 4;
+}
+
+static_assert(isLike<NetworkInterface::InterfaceType, int>(), "");
+static_assert(isLike<NetworkInterfaceConfig::ConfigurationType, int>(), "");
+static_assert(isLike<WifiBand, int>(), "");
+static_assert(isLike<WifiServiceSet, unsigned>(), "");
+static_assert(isLike<WifiCipher, unsigned>(), "");
+static_assert(isLike<WifiKeyManagementType, unsigned>(), "");
+static_assert(isLike<WifiSecurityProtocol, unsigned>(), "");
 static_assert(sizeof(QFlags<WifiCipher>) == 4, "");
 static_assert(sizeof(QFlags<WifiKeyManagementType>) == 4, "");
 static_assert(sizeof(QFlags<WifiSecurityProtocol>) == 4, "");
 
-// A list holds what may be moved itself, and pointers to anything else.
-static_assert(!QTypeInfo<WifiAccessPoint>::isStatic, "");
-static_assert(QTypeInfo<NetworkInterface>::isStatic, "");
-static_assert(QTypeInfo<WifiHotspot>::isStatic, "");
+/*! Whether a list holds the very values of \a Type; otherwise it holds pointers to them. */
+template<typename Type>
+constexpr bool standsInLists()
+{
+    return !QTypeInfo<Type>::isStatic && !QTypeInfo<Type>::isLarge;
+}
+
+static_assert(standsInLists<WifiAccessPoint>(), "");
+static_assert(!standsInLists<NetworkInterface>(), "");
+static_assert(!standsInLists<NetworkInterfaceConfig>(), "");
+static_assert(!standsInLists<WifiConnectionConfig>(), "");
+static_assert(!standsInLists<WifiHotspot>(), "");
+static_assert(!standsInLists<AsyncOperationError>(), "");
+
+/*! Whether values of \a Type are copied and destroyed by their own functions, wherever Qt keeps them. */
+template<typename Type>
+constexpr bool isCopiedByItself()
+{
+    return QTypeInfo<Type>::isComplex;
+}
+
+static_assert(isCopiedByItself<WifiAccessPoint>(), "");
+static_assert(isCopiedByItself<NetworkInterface>(), "");
+static_assert(isCopiedByItself<NetworkInterfaceConfig>(), "");
+static_assert(isCopiedByItself<WifiConnectionConfig>(), "");
+static_assert(isCopiedByItself<WifiHotspot>(), "");
+static_assert(isCopiedByItself<AsyncOperationError>(), "");
+
+/*! Adds a virtual function, as programs do in classes of their own: its position tells how many \a Base has. */
+template<typename Base>
+class Derived : public Base
+{
+public:
+    static quintptr virtualsOfBase() { return virtualPosition(&Derived::added); }
+
+    virtual void added() { }
+};
+
+template<typename Type>
+Type valueAt(const void *object, size_t offset)
+{
+    Type value;
+    std::memcpy(&value, static_cast<const char *>(object) + offset, sizeof value);
+    return value;
+}
 
 /*! Each method that a class adds to its base: its index, its kind, its signature, and its parameters' names. */
 QStringList indexedMethods(const QMetaObject &metaObject)
@@ -112,6 +166,8 @@ private Q_SLOTS:
     void placesItsMethods_data();
     void placesItsMethods();
     void placesItsVirtuals();
+    void hasNoOtherVirtuals();
+    void placesTheErrorOfAnOperation();
 
 private:
     QTemporaryDir m_root;
@@ -258,6 +314,33 @@ void TestBinaryInterface::placesItsVirtuals()
     QCOMPARE(virtualPosition(&AsyncHotspotEnableOperation::notifyFailure), quintptr(13));
     QCOMPARE(virtualPosition(&AsyncHotspotConfigOperation::notifySuccess), quintptr(12));
     QCOMPARE(virtualPosition(&AsyncHotspotConfigOperation::notifyFailure), quintptr(13));
+}
+
+// A class that derives from one of these has its own behind them.
+void TestBinaryInterface::hasNoOtherVirtuals()
+{
+    QCOMPARE(Derived<ServiceBase>::virtualsOfBase(), quintptr(14));
+    QCOMPARE(Derived<NetworkInterfaceService>::virtualsOfBase(), quintptr(14));
+    QCOMPARE(Derived<WifiService>::virtualsOfBase(), quintptr(14));
+    QCOMPARE(Derived<HotSpotService>::virtualsOfBase(), quintptr(14));
+    QCOMPARE(Derived<AsyncOperationBase>::virtualsOfBase(), quintptr(12));
+    QCOMPARE(Derived<AsyncNetworkInterfaceOperation>::virtualsOfBase(), quintptr(14));
+    QCOMPARE(Derived<AsyncWifiScanOperation>::virtualsOfBase(), quintptr(14));
+    QCOMPARE(Derived<AsyncWifiConnectOperation>::virtualsOfBase(), quintptr(14));
+    QCOMPARE(Derived<AsyncHotspotEnableOperation>::virtualsOfBase(), quintptr(14));
+    QCOMPARE(Derived<AsyncHotspotConfigOperation>::virtualsOfBase(), quintptr(14));
+}
+
+// The error's text and code come behind QObject, and then whether there is an error.
+void TestBinaryInterface::placesTheErrorOfAnOperation()
+{
+    AsyncOperationBase operation;
+    QCOMPARE(valueAt<bool>(&operation, bytes(32, 16)), false);
+    QString text = QStringLiteral("out of range");
+    operation.setError(AsyncOperationError(1234567, text));
+    QCOMPARE(valueAt<const void *>(&operation, bytes(16, 8)), static_cast<const void *>(text.data_ptr()));
+    QCOMPARE(valueAt<int>(&operation, bytes(24, 12)), 1234567);
+    QCOMPARE(valueAt<bool>(&operation, bytes(32, 16)), true);
 }
 
 QTEST_GUILESS_MAIN(TestBinaryInterface)

@@ -7,8 +7,10 @@
 # but its own, and has no rights, or it does not run.
 #
 # With --check it tells whether it can run programs here, and, of the build folder BUILD, that nothing but this runs its
-# tests.
+# tests, and that an ordinary user may read what they need.
 set -euo pipefail
+umask 022 # also for the folders that are made below
+project=$(realpath "$(dirname "$0")/../..")
 
 usage() {
     echo "Usage: $0 SYSROOT PROGRAM [ARGUMENT]... | --check [BUILD]" >&2
@@ -29,6 +31,13 @@ check() {
         echo "$0: there is a test in $1 that would run outside of it" >&2
         exit 1
     }
+    local unreadable=('(' -type f ! -perm -004 -o -type d ! -perm -005 ')' -print -quit) closed
+    closed=$(find "$project" -maxdepth 0 ! -perm -005)
+    [[ -n $closed ]] || closed=$(find "$project"/{docs,host,tests} "$1" -name Testing -prune -o "${unreadable[@]}")
+    [[ -z $closed ]] || {
+        echo "$0: programs run as an ordinary user, to whom $closed is closed" >&2
+        exit 1
+    }
 }
 
 (($#)) || usage
@@ -43,7 +52,7 @@ fi
     exit 1
 }
 export TMPDIR=/mnt HOME=/nonexistent
-project=$(realpath "$(dirname "$0")/../..")
+[[ $project != /mnt/* ]] || TMPDIR=/srv # an empty folder is put there, which must not hide the project
 # The shell stays as process 1, or a program that aborts hangs.
 # shellcheck disable=SC2016 # for the shell in there
 exec "${isolate[@]}" sh -c '
@@ -64,8 +73,8 @@ exec "${isolate[@]}" sh -c '
         ordinary test -x "$folder" || closed=$folder
     done
     if [ -n "$closed" ]; then
-        mount --bind "$project" /media && mount -t tmpfs -o mode=0755 none "$closed" \
-            && mkdir -p "$project" && mount --move /media "$project" || exit 1
+        mount --bind "$project" "$TMPDIR" && mount -t tmpfs -o mode=0755 none "$closed" \
+            && mkdir -p "$project" && mount --move "$TMPDIR" "$project" || exit 1
     fi
     mount -t tmpfs -o mode=1777 none "$TMPDIR" || exit 1
     ordinary "$@"

@@ -20,13 +20,14 @@ manager=$folder/manager
 mkdir -p "$manager"/{state/lists/partial,cache/archives/partial,packages}
 touch "$manager/status"
 
-# The machine's own sources, of these the release itself; they are known when the package lists are.
+# The machine's own sources, of these the release itself, by its code name or another, such as "stable"; they are known
+# when the package lists are.
 # shellcheck source=/dev/null
 release=$(source /etc/os-release && echo "$VERSION_CODENAME")
 sources() {
     # shellcheck disable=SC2016 # words of apt-get
     apt-get indextargets --format 'deb [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $(REPO_URI) $(RELEASE) main' \
-        'Created-By: Packages' "Release: $release" 'Component: main'
+        'Created-By: Packages' "Codename: $release" 'Component: main'
 }
 source=$(sources | head -n 1)
 [[ -n $source ]] || {

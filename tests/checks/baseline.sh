@@ -16,7 +16,7 @@ git cat-file -e "$commit^{tree}" 2>/dev/null || {
 }
 work=$(mktemp -d)
 daemon=
-trap '[[ -z $daemon ]] || kill "$daemon"; rm -rf "$work"' EXIT
+trap '[[ -z $daemon ]] || kill "$daemon" || true; rm -rf "$work"' EXIT
 
 # The library, the stand-in and the tool as they were, and an application with nothing but their headers. Only what they
 # are linked with is needed, so they are built for speed of building.

@@ -7,7 +7,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/lib/check.bash"
 need "$build/CMakeCache.txt"
 work=$(mktemp -d)
 daemon=
-trap '[[ -z $daemon ]] || kill "$daemon"; rm -rf "$work"' EXIT
+trap '[[ -z $daemon ]] || kill "$daemon" || true; rm -rf "$work"' EXIT
 
 prefix=$work/prefix
 cmake --install "$build" --prefix "$prefix" >/dev/null
@@ -50,6 +50,6 @@ for application in "$work/cmake/interfaces-example" "$work/with-pkg-config"; do
     pid=$!
     read -r -t 20 line <&"$output" || line=
     [[ $line == "$name is "* ]] || mistake "$(basename "$application") says '$line'"
-    kill "$pid"
+    kill "$pid" || mistake "$(basename "$application") has ended by itself"
 done
 finish
