@@ -201,7 +201,8 @@ void PermissionTest::anObjectInAClosedFolderWasNeverAnnounced()
     const Withdrawal withdrawal(folder.chopped(1), mode_t(left));
     QVERIFY(withdrawal.isDone());
     QVERIFY(beside.hear());
-    watcher.setNameCacheEnabled(true); // lists the folder
+    if (left != 0)
+        watcher.setNameCacheEnabled(true); // lists the folder
     QCOMPARE(names.lines, QStringList("+known"));
     withdrawal.giveBack();
     QVERIFY(names.wait(QStringLiteral("+fresh")));
