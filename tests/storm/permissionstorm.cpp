@@ -18,15 +18,24 @@ constexpr uid_t Nobody = 65534;
 class PermissionStorm : public Storm
 {
 public:
+    ~PermissionStorm() override
+    {
+        // What was taken away when the storm failed; the folder may be in one where only root may remove it.
+        giveBack();
+        if (m_wasRoot)
+            (void)!seteuid(0);
+    }
+
     QString prepare() override
     {
         if (geteuid() != 0)
             return QString();
-        // They do not hinder root.
+        // They do not hinder root. What is started has no way back.
         const QByteArray folder = QFile::encodeName(Storm::place());
         if (chown(folder.constData(), Nobody, Nobody) != 0 || setgroups(0, nullptr) != 0
-            || setresgid(Nobody, Nobody, Nobody) != 0 || setresuid(Nobody, Nobody, Nobody) != 0)
+            || setresgid(Nobody, Nobody, Nobody) != 0 || setresuid(Nobody, Nobody, 0) != 0)
             return QStringLiteral("this user cannot become an ordinary one");
+        m_wasRoot = true;
         return access(STORM_APPLICATION, X_OK) == 0 ? QString()
                                                     : QStringLiteral("an ordinary user cannot run what was built here");
     }
@@ -88,6 +97,7 @@ private:
 
     QByteArray m_path;
     mode_t m_mode = 0;
+    bool m_wasRoot = false;
 };
 
 } // namespace
