@@ -5,6 +5,7 @@
 #include "peer.h"
 
 #include <memory>
+#include <vector>
 
 using namespace morvek;
 
@@ -173,24 +174,40 @@ void ShortageTest::aFolderThatCouldNotBeWatchedWasForgotten()
 
 void ShortageTest::valuesWereToldBeforeTheNamesThatTheySpeakOf()
 {
-    QVERIFY(publish(testPath("status"), QString()));
-    QVERIFY(publish(testPath("names/known"), QString()));
-    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
-    ZopDirWatcher names(testPath("names"));
-    names.setNameCacheEnabled(true);
+    // Many, as folders are looked at in an order that nobody knows.
+    constexpr int Pairs = 10;
+    const auto status = [](int n) { return testFolder() + QStringLiteral("values%1/status").arg(n); };
+    const auto names = [](int n) { return testFolder() + QStringLiteral("names%1/").arg(n); };
+    Peer peer;
     QStringList told;
-    connect(&status, &ZopObject::attributesChanged, [&told] { told << QStringLiteral("status"); });
-    connect(&names, &ZopDirWatcher::objectAdded, [&told](const QString &name) { told << name; });
-    // A whole tree that is put back at once, in which the status names what is new.
-    const QString folder = fileOf(testFolder()).chopped(1);
-    QVERIFY(publish(testPath("names/fresh"), QString()));
-    QVERIFY(set(testPath("status"), QStringLiteral("best=fresh")));
-    QVERIFY(QDir().rename(folder, folder + QStringLiteral(".away")));
-    QVERIFY(QDir().rename(folder + QStringLiteral(".away"), folder));
-    QVERIFY(waitUntil([&told] { return told.contains(QStringLiteral("status")); }));
-    QVERIFY(told.contains(QStringLiteral("fresh")));
-    QVERIFY2(told.indexOf(QStringLiteral("fresh")) < told.indexOf(QStringLiteral("status")),
-             qPrintable(told.join(' ')));
+    std::vector<std::unique_ptr<QObject>> listeners;
+    for (int n = 0; n < Pairs; ++n) {
+        QVERIFY(publish(status(n), QString()));
+        QVERIFY(publish(names(n) + QStringLiteral("known"), QString()));
+        auto object = std::make_unique<ZopObject>(status(n), ZopObject::Subscribe, false);
+        auto watcher = std::make_unique<ZopDirWatcher>(names(n));
+        watcher->setNameCacheEnabled(true);
+        connect(object.get(), &ZopObject::attributesChanged, [&told, n] { told << QStringLiteral("status%1").arg(n); });
+        connect(watcher.get(), &ZopDirWatcher::objectAdded, [&told](const QString &name) { told << name; });
+        listeners.push_back(std::move(object));
+        listeners.push_back(std::move(watcher));
+    }
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    for (int n = 0; n < Pairs; ++n)
+        QVERIFY(peer.ask(QStringLiteral("create %1fresh%2 a=1").arg(names(n)).arg(n), QStringLiteral("created")));
+    for (int n = 0; n < Pairs; ++n) {
+        QVERIFY(peer.ask(QStringLiteral("open s%1 %2 2").arg(n).arg(status(n)), QStringLiteral("s%1 open").arg(n)));
+        QVERIFY(peer.ask(QStringLiteral("set s%1 best=fresh%1").arg(n), QStringLiteral("s%1 set").arg(n)));
+    }
+    QCOMPARE(told, QStringList());
+    hoard.giveBack();
+    QVERIFY(waitUntil([&told] { return told.size() == 2 * Pairs; }));
+    for (int n = 0; n < Pairs; ++n) {
+        const int name = told.indexOf(QStringLiteral("fresh%1").arg(n));
+        QVERIFY(name != -1);
+        QVERIFY2(name < told.indexOf(QStringLiteral("status%1").arg(n)), qPrintable(told.join(' ')));
+    }
 }
 
 void ShortageTest::connectingWithoutDescriptorsTellsWhatIsMissing()

@@ -38,7 +38,7 @@ protected:
     void rage(int rounds) override
     {
         qputenv("KREL_VERBOSITY", "3");
-        startDaemons();
+        startDaemons({QStringLiteral("--verbose")});
         createObjects();
         for (int i = 0; i < 3; ++i)
             startReader();
@@ -100,8 +100,12 @@ private:
         fill();
         fillObjects();
         application->ask(QStringLiteral("rest"), QStringLiteral("rest"));
-        letPass(500);
-        demand(tells("powered yes connected yes"), QStringLiteral("the disk is not full"));
+        // What is answered last was asked last.
+        demand(waitUntil([this] { return m_daemons->errors().contains("reply   scan "); }),
+               QStringLiteral("nobody was asked to leave the network"));
+        demand(m_daemons->errors().contains("cannot publish \"/zop/services/wifi/status\""),
+               QStringLiteral("the disk is not full"));
+        demand(tells("powered yes connected yes"), QStringLiteral("what was not published is told"));
         empty();
         demand(waitUntil([&] { return tells("powered yes connected no"); }),
                QStringLiteral("what met a full disk was never published"));

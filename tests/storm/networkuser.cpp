@@ -165,16 +165,33 @@ void NetworkUser::join()
 
 void NetworkUser::setHotspot()
 {
-    switch (m_random() % 3) {
+    switch (m_random() % 4) {
     case 0:
         follow(m_hotspot->configuration(), true);
         break;
     case 1:
+        nameHotspot();
+        break;
+    case 2:
         follow(m_hotspot->setEnabled(true), true);
         break;
     default:
         follow(m_hotspot->setEnabled(false), true);
     }
+}
+
+/*! Which the tethering manager stores. */
+void NetworkUser::nameHotspot()
+{
+    WifiHotspot profile;
+    profile.setName(QStringLiteral("Car %1").arg(m_random() % 1000));
+    profile.setPassphrase(QStringLiteral("correct horse 7"));
+    profile.setSecurityType(WifiSecurityProtocolWpa2);
+    profile.setInactivityTime(600);
+    profile.setMaxClients(5);
+    // Without the manager it is not written, and the operation stays open.
+    const bool mustEnd = m_hotspot->ready();
+    follow(m_hotspot->setConfiguration(profile), mustEnd);
 }
 
 template<typename Operation>

@@ -46,6 +46,7 @@ private:
     void scan();
     void join();
     void setHotspot();
+    void nameHotspot();
     template<typename Operation>
     void follow(Operation *operation, bool mustEnd);
 

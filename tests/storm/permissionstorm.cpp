@@ -6,6 +6,8 @@
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
+#include <cerrno>
+
 #include <grp.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,15 +20,24 @@ constexpr uid_t Nobody = 65534;
 class PermissionStorm : public Storm
 {
 public:
+    ~PermissionStorm() override
+    {
+        // What was taken away when the storm failed; the folder may be in one where only root may remove it.
+        giveBack();
+        if (m_wasRoot)
+            (void)!seteuid(0);
+    }
+
     QString prepare() override
     {
         if (geteuid() != 0)
             return QString();
-        // They do not hinder root.
+        // They do not hinder root. What is started has no way back.
         const QByteArray folder = QFile::encodeName(Storm::place());
         if (chown(folder.constData(), Nobody, Nobody) != 0 || setgroups(0, nullptr) != 0
-            || setresgid(Nobody, Nobody, Nobody) != 0 || setresuid(Nobody, Nobody, Nobody) != 0)
+            || setresgid(Nobody, Nobody, Nobody) != 0 || setresuid(Nobody, Nobody, 0) != 0)
             return QStringLiteral("this user cannot become an ordinary one");
+        m_wasRoot = true;
         return access(STORM_APPLICATION, X_OK) == 0 ? QString()
                                                     : QStringLiteral("an ordinary user cannot run what was built here");
     }
@@ -60,7 +71,7 @@ private:
     QString anyEntry()
     {
         QStringList entries;
-        QDirIterator it(root(), QDir::Files | QDir::Dirs | QDir::System | QDir::NoDotAndDotDot,
+        QDirIterator it(root(), QDir::Files | QDir::Dirs | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot,
                         QDirIterator::Subdirectories);
         while (it.hasNext())
             entries << it.next();
@@ -72,11 +83,17 @@ private:
     void takeAway(const QString &path)
     {
         const mode_t modes[] = {0, 0200, 0400, 0100};
+        const mode_t left = modes[random(4)];
         m_path = QFile::encodeName(path);
         struct stat status;
-        demand(stat(m_path.constData(), &status) == 0, path + QStringLiteral(" is gone"));
+        if (stat(m_path.constData(), &status) != 0) {
+            m_path.clear();
+            demand(path.contains(QLatin1String("/.")), path + QStringLiteral(" is gone")); // hidden ones come and go
+            return;
+        }
         m_mode = status.st_mode & 07777;
-        demand(chmod(m_path.constData(), modes[random(4)]) == 0, path + QStringLiteral(" keeps its permissions"));
+        if (chmod(m_path.constData(), left) != 0)
+            demand(errno == ENOENT, path + QStringLiteral(" keeps its permissions"));
         count(S_ISDIR(status.st_mode) ? "folders closed" : "files closed");
     }
 
@@ -88,6 +105,7 @@ private:
 
     QByteArray m_path;
     mode_t m_mode = 0;
+    bool m_wasRoot = false;
 };
 
 } // namespace

@@ -24,6 +24,7 @@ void Storm::run(quint32 seed, int rounds)
     try {
         rage(rounds);
         checkTroubles();
+        expectSingleEnds();
         endAll();
     } catch (...) {
         // A crash is the better explanation of whatever else went wrong.
@@ -32,6 +33,7 @@ void Storm::run(quint32 seed, int rounds)
             const QString trouble = process->trouble();
             if (!trouble.isEmpty())
                 qWarning("%s", qPrintable(trouble));
+            process->kill(); // before its root is removed
         }
         throw;
     }
@@ -100,6 +102,16 @@ void Storm::checkTroubles()
     }
 }
 
+void Storm::expectSingleEnds()
+{
+    for (const Process &application : m_applications) {
+        const QString open = application->ask(QStringLiteral("open"), QStringLiteral("open "));
+        demand(open.section(QLatin1Char(' '), 3, 3) == QLatin1String("0"),
+               QStringLiteral("%1 has operations that ended twice (waited for, started, ended, twice): %2")
+                   .arg(application->name(), open));
+    }
+}
+
 void Storm::expectAgreement()
 {
     for (const Process &application : m_applications) {
@@ -131,6 +143,7 @@ void Storm::expectAgreement()
         return agree(&difference);
     });
     demand(agreed, difference);
+    expectSingleEnds();
     count("views compared", qint64(m_applications.size()));
     checkTroubles();
 }

@@ -66,16 +66,20 @@ protected:
     /*! Ends every process in peace. */
     void endAll();
 
+private:
+    QTemporaryDir m_folder; // outlives the processes that use it
+
+protected:
     Process m_daemons;
     std::vector<Process> m_applications;
 
 private:
     void checkTroubles();
+    void expectSingleEnds();
     bool agree(QString *difference);
 
     std::mt19937 m_random;
     QMap<QString, qint64> m_counts;
-    QTemporaryDir m_folder;
     std::vector<Process> m_processes;
     int m_names = 0;
 };

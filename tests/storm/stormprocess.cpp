@@ -75,8 +75,10 @@ QString StormProcess::wait(const QString &start, int from)
 QString StormProcess::find(const QString &start, int from) const
 {
     for (int i = from; i < m_lines.size(); ++i) {
-        if (m_lines[i].startsWith(start))
-            return QLatin1String("") + m_lines[i].mid(start.size()).trimmed();
+        if (m_lines[i].startsWith(start)) {
+            const QString rest = m_lines[i].mid(start.size()).trimmed();
+            return rest.isNull() ? QStringLiteral("") : rest; // null says that there is no such line
+        }
     }
     return QString();
 }
@@ -91,9 +93,9 @@ void StormProcess::kill()
 {
     if (m_process.state() == QProcess::NotRunning)
         return;
-    m_killed = true;
     m_process.kill();
-    waitForEnd();
+    // It may have crashed just before.
+    m_killed = waitForEnd() && m_process.exitStatus() == QProcess::CrashExit && m_process.exitCode() == SIGKILL;
 }
 
 void StormProcess::signal(int number) const
@@ -123,7 +125,7 @@ QString StormProcess::trouble()
                  m_process.exitStatus() == QProcess::CrashExit ? QStringLiteral("signal") : QStringLiteral("code"))
             .arg(m_process.exitCode())
             .arg(QString::fromLocal8Bit(errors().right(3000)));
-    for (const char *report : {"ERROR: ", "runtime error", "ASSERT", "terminate called"}) {
+    for (const char *report : {"ERROR: ", "WARNING: ThreadSanitizer", "runtime error", "ASSERT", "terminate called"}) {
         const int at = errors().indexOf(report);
         if (at != -1)
             return QStringLiteral("%1 reports: %2").arg(m_name, QString::fromLocal8Bit(errors().mid(at, 3000)));
