@@ -12,8 +12,6 @@
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QTemporaryFile>
 
-#include <cstdio>
-
 #include <sys/resource.h>
 #include <unistd.h>
 
