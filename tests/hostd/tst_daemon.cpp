@@ -316,6 +316,8 @@ private Q_SLOTS:
     void everyInterfaceWasToldAgainForTheStatus();
     void aLateInterfaceWasPassedOver();
     void aRemovalThatFailedWasForgotten();
+    void theRemovalOfWhatWasGoneFailed();
+    void aSecondTroubleWasNotTold();
     void aDeadDaemonWentOnTrying();
     void anotherLifeToldWhatHadWaited();
     void aDaemonThatCouldNotComeBackShowedItselfAllTheTime();
@@ -614,6 +616,32 @@ void DaemonTest::aRemovalThatFailedWasForgotten()
     }
     QVERIFY(ZopObject(path, ZopObject::Subscribe, false).isValid());
     QTRY_VERIFY(!ZopObject(path, ZopObject::Subscribe, false).isValid());
+}
+
+void DaemonTest::theRemovalOfWhatWasGoneFailed()
+{
+    NetworkFixture network;
+    QVERIFY(ZopObject::remove(NetworkFixture::pathOf("eth0")));
+    const ErrorCapture errors;
+    network.fixture.world.removeInterface(QStringLiteral("eth0"));
+    QCOMPARE(errors.text(), QByteArray());
+}
+
+void DaemonTest::aSecondTroubleWasNotTold()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    const Told told {QLatin1String(StatePath)};
+    const ErrorCapture errors;
+    for (int trouble = 1; trouble <= 2; ++trouble) {
+        {
+            const Obstacle obstacle {QLatin1String(StatePath)};
+            fixture.daemon.change("event", "failed");
+            fixture.daemon.change("event", "again");
+        }
+        QCOMPARE(errors.text().count("cannot publish"), trouble);
+        QTRY_COMPARE(told.list.size(), 2 * trouble);
+    }
 }
 
 void DaemonTest::aDeadDaemonWentOnTrying()
