@@ -7,7 +7,7 @@
 #include "world.h"
 #include "zopobject.h"
 
-#include <chrono>
+#include <algorithm>
 
 namespace morvek {
 
@@ -15,6 +15,7 @@ namespace {
 
 // Of the machine's time: what hinders a daemon has nothing to do with the world.
 constexpr std::chrono::milliseconds RetryPause {200};
+constexpr std::chrono::milliseconds LongestPause {10000};
 
 } // namespace
 
@@ -25,7 +26,6 @@ Daemon::Daemon(const QString &name, const QString &controlPath, Order order, con
       m_order(order),
       m_tools(tools)
 {
-    m_publishAgain.setSingleShot(true);
     m_publishAgain.setInterval(RetryPause);
     connect(&m_publishAgain, &QTimer::timeout, this, &Daemon::publishAgain);
 }
@@ -52,21 +52,21 @@ void Daemon::die(int backAfter)
     letGo();
     m_tools.log->happened("daemon", m_name + QStringLiteral(" dead"));
     if (backAfter != -1)
-        comeBack(backAfter, true);
+        m_tools.pace->after(backAfter, this, [this] { comeBack(RetryPause); });
 }
 
-void Daemon::comeBack(int after, bool isFirst)
+/*! Tries to start; \a pause is how long it waits before it tries again. */
+void Daemon::comeBack(std::chrono::milliseconds pause)
 {
-    m_tools.pace->after(after, this, [this, isFirst] {
-        QString error;
-        if (start(&error)) {
-            m_tools.log->happened("daemon", m_name + QStringLiteral(" back"));
-            return;
-        }
-        if (isFirst)
-            m_tools.log->trouble(QStringLiteral("the %1 daemon cannot come back: %2").arg(m_name, error));
-        QTimer::singleShot(RetryPause, this, [this] { comeBack(0, false); });
-    });
+    QString error;
+    if (start(&error)) {
+        m_tools.log->happened("daemon", m_name + QStringLiteral(" back"));
+        return;
+    }
+    if (pause == RetryPause)
+        m_tools.log->trouble(QStringLiteral("the %1 daemon cannot come back: %2").arg(m_name, error));
+    // Ever longer ones: each attempt shows the control object for a moment, and tells what can be published.
+    QTimer::singleShot(pause, this, [this, pause] { comeBack(std::min(2 * pause, LongestPause)); });
 }
 
 void Daemon::letGo()
@@ -213,11 +213,13 @@ void Daemon::report(const QString &path, bool done, const QString &error)
 
 void Daemon::publishAgain()
 {
-    QString error;
-    if (publish(&error))
-        m_tools.log->happened("daemon", m_name + QStringLiteral(" has published everything again"));
-    else
-        m_publishAgain.start();
+    const QStringList late = m_publisher.retry();
+    for (const QString &path : late)
+        onLatePublication(path);
+    if (m_publisher.isWaiting())
+        return;
+    m_publishAgain.stop();
+    m_tools.log->happened("daemon", m_name + QStringLiteral(" has published everything again"));
 }
 
 } // namespace morvek

@@ -10,6 +10,7 @@
 #include <QtCore/QObject>
 #include <QtCore/QTimer>
 
+#include <chrono>
 #include <functional>
 
 namespace morvek {
@@ -79,6 +80,8 @@ protected:
     virtual bool publish(QString *error) = 0;
     /*! Follows the world from now on. */
     virtual void follow() = 0;
+    /*! The object at \a path was published, or made anew, later than it was meant to be. */
+    virtual void onLatePublication(const QString &path) { Q_UNUSED(path) }
 
     World *world() const { return m_tools.world; }
     /*! Publishes the status of \a service in the object at \a path. */
@@ -86,7 +89,7 @@ protected:
     void followStatus(Service service, const QString &path);
     ObjectPublisher &publisher() { return m_publisher; }
     void update(const QString &path, const ZopChangeset &changes);
-    /*! What could not be published is told once, and everything is published again until it can be. */
+    /*! What could not be published is told once, and tried again until it can be. */
     void report(const QString &path, bool done, const QString &error);
 
 private:
@@ -94,7 +97,7 @@ private:
 
     bool expectUnserved(QString *error) const;
     bool serveControl(QString *error);
-    void comeBack(int after, bool isFirst);
+    void comeBack(std::chrono::milliseconds pause);
     void letGo();
     void publishAgain();
     void onRequest(const ZopChangeset &changes);
@@ -110,7 +113,7 @@ private:
     DaemonTools m_tools;
     DelayRange m_replyDelay;
     ObjectPublisher m_publisher;
-    QTimer m_publishAgain;                      // runs while what is published is not the world as it is
+    QTimer m_publishAgain;                      // runs while something waits to be published
     std::unique_ptr<ZopObject> m_controlObject; // none while the daemon is dead
 };
 

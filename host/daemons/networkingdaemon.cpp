@@ -53,8 +53,10 @@ void NetworkingDaemon::follow()
 
 bool NetworkingDaemon::publishInterfaces(QString *error)
 {
-    const QStringList former = ObjectPublisher::names(Wire::InterfacesDirectory);
-    for (const QString &name : former) {
+    QStringList former;
+    if (!ObjectPublisher::list(Wire::InterfacesDirectory, &former, error))
+        return false;
+    for (const QString &name : qAsConst(former)) {
         if (!world()->hasInterface(name) && !publisher().remove(pathOf(name), error))
             return false;
     }
@@ -64,6 +66,20 @@ bool NetworkingDaemon::publishInterfaces(QString *error)
             return false;
     }
     return true;
+}
+
+// Clients that had heard of an interface before it was there have passed over its name.
+void NetworkingDaemon::onLatePublication(const QString &path)
+{
+    if (path == Wire::StatusObject)
+        return;
+    const Attributes status = world()->status(Service::Networking);
+    ZopChangeset ranking;
+    for (const QString &name : {Wire::Priority, Wire::DefaultInterface}) {
+        if (status.contains(name))
+            ranking.assignments.insert(name, status.value(name));
+    }
+    update(Wire::StatusObject, ranking);
 }
 
 void NetworkingDaemon::onInterfaceAdded(const QString &name)

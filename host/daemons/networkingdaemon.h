@@ -22,6 +22,7 @@ protected:
     Task read(const ZopChangeset &changes) override;
     bool publish(QString *error) override;
     void follow() override;
+    void onLatePublication(const QString &path) override;
 
 private:
     Q_DISABLE_COPY(NetworkingDaemon)

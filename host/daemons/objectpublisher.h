@@ -6,6 +6,7 @@
 
 #include <QtCore/QMap>
 
+#include <deque>
 #include <map>
 #include <memory>
 
@@ -13,7 +14,12 @@ namespace morvek {
 
 class ZopObject;
 
-/*! A daemon's state objects, by path. They stay when the publisher goes. */
+/*!
+ * A daemon's state objects, by path. They stay when the publisher goes.
+ *
+ * What cannot be done (false, with the reason) waits until retry() can do it, and so does what is asked of the same
+ * object later: in order, and each update as one of its own.
+ */
 class ObjectPublisher
 {
 public:
@@ -24,23 +30,47 @@ public:
     enum Takeover { TellAll, TellDifference };
 
     /*!
-     * Creates the object complete, or turns one of a former run into it by one update, which tells what update() could
-     * not write, too. What is there and cannot be read makes way.
+     * Creates the object complete, or turns one of a former run into it by one update. Malformed content makes way;
+     * what merely cannot be opened stays. Updates that come while it waits become part of it.
      */
     bool publish(const QString &path, const Attributes &attributes, Takeover takeover, QString *error);
-    /*! Writes one update to a published object. */
+    /*! Writes one update to a published object. One that has become malformed, or is gone, is made anew by retry(). */
     bool update(const QString &path, const ZopChangeset &changes, QString *error);
     bool remove(const QString &path, QString *error);
-    /*! Lets go of every object, as the death of a process does. */
+
+    /*! Does what waits, as far as that is possible; the paths of the objects that have been published by that. */
+    QStringList retry();
+    bool isWaiting() const;
+    /*! Lets go of every object and of what waits, as the death of a process does. */
     void abandon();
 
-    /*! The names of the objects of \a directory, whoever created them. */
-    static QStringList names(const QString &directory);
+    /*! The names of the objects of \a directory, whoever created them; false when it cannot be watched. */
+    static bool list(const QString &directory, QStringList *names, QString *error);
 
 private:
     Q_DISABLE_COPY(ObjectPublisher)
-    std::map<QString, std::unique_ptr<ZopObject>> m_objects;
-    std::map<QString, Attributes> m_unwritten; // attributes that must still be told, by object
+
+    struct Step
+    {
+        enum Kind { Create, Update, Remove } kind;
+        ZopChangeset changes; // of an update
+        Takeover takeover;    // of a creation
+    };
+
+    struct Published
+    {
+        Attributes attributes;             // when everything is written
+        std::unique_ptr<ZopObject> object; // none before it is created and after it is removed
+        std::deque<Step> waiting;
+
+        bool endsWith(Step::Kind kind) const { return !waiting.empty() && waiting.back().kind == kind; }
+    };
+
+    bool add(const QString &path, const Step &step, QString *error);
+    static bool perform(const QString &path, Published *published, QString *error);
+    static bool create(const QString &path, Published *published, QString *error);
+
+    std::map<QString, Published> m_objects;
 };
 
 } // namespace morvek

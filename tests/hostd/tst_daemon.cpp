@@ -1,13 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "eventlog.h"
 #include "faultplan.h"
+#include "networkingdaemon.h"
 #include "wifidaemon.h"
+#include "wirenames.h"
 #include "worldfixture.h"
 #include "zopcontrolcommand.h"
 #include "zopobject.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
+#include <QtCore/QTemporaryFile>
+
+#include <sys/resource.h>
+#include <unistd.h>
 
 using namespace morvek;
 
@@ -28,6 +34,7 @@ public:
     explicit PlainDaemon(const DaemonTools &tools)
         : Daemon(QStringLiteral("plain"), QLatin1String(ControlPath), ControlFirst, tools, nullptr)
     {
+        m_clock.start();
     }
 
     bool writeState(QString *error)
@@ -47,6 +54,7 @@ public:
     }
 
     int published = 0;
+    QVector<qint64> times; // of publishing
     Attributes state;
     QStringList performed;
 
@@ -63,10 +71,123 @@ protected:
     bool publish(QString *error) override
     {
         ++published;
+        times += m_clock.elapsed();
         return publisher().publish(QLatin1String(StatePath), state, ObjectPublisher::TellDifference, error);
     }
 
     void follow() override { }
+
+private:
+    QElapsedTimer m_clock;
+};
+
+/*! While it lives, the object at a path is away, and something that can neither be opened nor removed has its place. */
+class Obstacle
+{
+public:
+    explicit Obstacle(const QString &path)
+        : m_file(qEnvironmentVariable("ZOP_ROOT") + path)
+    {
+        QFile::rename(m_file, away());
+        if (!QDir().mkpath(m_file))
+            qFatal("no obstacle");
+    }
+    ~Obstacle()
+    {
+        QDir().rmdir(m_file);
+        QFile::rename(away(), m_file);
+    }
+
+private:
+    Q_DISABLE_COPY(Obstacle)
+    QString away() const { return m_file + QStringLiteral(".away"); }
+
+    QString m_file;
+};
+
+/*! What the object at a path tells, one "NAME=TEXT" for each assignment. */
+struct Told
+{
+    explicit Told(const QString &path)
+        : object(path, ZopObject::Subscribe, false)
+    {
+        QObject::connect(&object, &ZopObject::attributeChanged, [this](const QString &name, const ZopVariant &value) {
+            list += name + QLatin1Char('=') + value.toString();
+        });
+    }
+
+    ZopObject object;
+    QStringList list;
+};
+
+/*! Standard error, while it lives, goes into a file. */
+class ErrorCapture
+{
+public:
+    ErrorCapture()
+        : m_former(dup(STDERR_FILENO))
+    {
+        m_file.open();
+        dup2(m_file.handle(), STDERR_FILENO);
+    }
+    ~ErrorCapture()
+    {
+        dup2(m_former, STDERR_FILENO);
+        close(m_former);
+    }
+
+    QByteArray text() const
+    {
+        QFile file(m_file.fileName());
+        file.open(QIODevice::ReadOnly);
+        return file.readAll();
+    }
+
+private:
+    Q_DISABLE_COPY(ErrorCapture)
+    QTemporaryFile m_file;
+    int m_former;
+};
+
+/*! A networking daemon that publishes "eth0", and what is told of it and of the status. */
+struct NetworkFixture
+{
+    NetworkFixture()
+    {
+        qputenv("ZOP_ROOT", QFile::encodeName(root.path()));
+        daemon = std::make_unique<NetworkingDaemon>(fixture.network.get(),
+                                                    DaemonTools {&fixture.world, &faults, &fixture.pace, &log});
+        if (!daemon->start(&error))
+            qFatal("%s", qPrintable(error));
+        eth0 = std::make_unique<Told>(pathOf("eth0"));
+        status = std::make_unique<Told>(Wire::StatusObject);
+    }
+
+    static QString pathOf(const char *interface)
+    {
+        return Wire::InterfacesDirectory + QLatin1Char('/') + QLatin1String(interface);
+    }
+
+    static Attributes attribute(const QString &name, const char *value)
+    {
+        return {{name, ZopVariant(QString::fromLatin1(value))}};
+    }
+
+    void changeStatus(const QString &name, const char *value)
+    {
+        ZopChangeset changes;
+        changes.assignments = attribute(name, value);
+        fixture.world.changeStatus(Service::Networking, changes);
+    }
+
+    const QTemporaryDir root;
+    WorldFixture fixture {R"({'interfaces': [{'name': 'eth0', 'type': 'wired', 'up': false}]})"};
+    FaultPlan faults;
+    const EventLog log {false};
+    std::unique_ptr<NetworkingDaemon> daemon;
+    std::unique_ptr<Told> eth0;
+    std::unique_ptr<Told> status;
+    QString error;
 };
 
 /*! A root with such a daemon, not started yet, and a client of it. */
@@ -188,6 +309,18 @@ private Q_SLOTS:
     void deadDaemonWritesNothing();
     void aChangeThatCouldNotBePublishedWasLost();
     void anUpdateOfAnEqualValueWasLost();
+    void updatesOvertookOneThatFailedAndItWasToldTwice();
+    void updatesThatFailedWereMerged();
+    void anObjectMadeAnewWasToldTwice();
+    void aSoundObjectWasRemovedForWantOfDescriptors();
+    void everyInterfaceWasToldAgainForTheStatus();
+    void aLateInterfaceWasPassedOver();
+    void aRemovalThatFailedWasForgotten();
+    void theRemovalOfWhatWasGoneFailed();
+    void aSecondTroubleWasNotTold();
+    void aDeadDaemonWentOnTrying();
+    void anotherLifeToldWhatHadWaited();
+    void aDaemonThatCouldNotComeBackShowedItselfAllTheTime();
     void aMalformedObjectKeptTheDaemonFromStarting();
     void aDaemonThatCouldNotComeBackStayedDead();
 };
@@ -347,18 +480,213 @@ void DaemonTest::anUpdateOfAnEqualValueWasLost()
     PlainFixture fixture;
     QVERIFY2(fixture.start(), qPrintable(fixture.error));
     fixture.daemon.change("event", "failed");
-    ZopObject reader(QLatin1String(StatePath), ZopObject::Subscribe, false);
-    QStringList told;
-    QObject::connect(&reader, &ZopObject::attributeChanged,
-                     [&told](const QString &name, const ZopVariant &value) { told << name + value.toString(); });
-    // Something else takes the object's place, and gives it back.
+    const Told told {QLatin1String(StatePath)};
+    {
+        const Obstacle obstacle {QLatin1String(StatePath)};
+        fixture.daemon.change("event", "failed");
+    }
+    QTRY_COMPARE(told.list, QStringList {QStringLiteral("event=failed")});
+}
+
+void DaemonTest::updatesOvertookOneThatFailedAndItWasToldTwice()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    const Told told {QLatin1String(StatePath)};
+    {
+        const Obstacle obstacle {QLatin1String(StatePath)};
+        fixture.daemon.change("event", "first");
+    }
+    fixture.daemon.change("event", "second");
+    fixture.daemon.change("other", "third");
+    QStringList expected {QStringLiteral("event=first"), QStringLiteral("event=second"), QStringLiteral("other=third")};
+    QTRY_COMPARE(told.list, expected);
+    fixture.daemon.change("event", "last");
+    expected += QStringLiteral("event=last");
+    QTRY_COMPARE(told.list, expected);
+}
+
+void DaemonTest::updatesThatFailedWereMerged()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    Told told {QLatin1String(StatePath)};
+    QSignalSpy updates(&told.object, &ZopObject::attributesChanged);
+    {
+        const Obstacle obstacle {QLatin1String(StatePath)};
+        fixture.daemon.change("event", "first");
+        fixture.daemon.change("event", "second");
+        fixture.daemon.change("other", "third");
+    }
+    QTRY_COMPARE(
+        told.list,
+        QStringList({QStringLiteral("event=first"), QStringLiteral("event=second"), QStringLiteral("other=third")}));
+    QTRY_COMPARE(updates.count(), 3);
+}
+
+void DaemonTest::anObjectMadeAnewWasToldTwice()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    fixture.daemon.change("before", "0");
+    const Told told {QLatin1String(StatePath)};
+    QVERIFY(fixture.spoil(StatePath));
+    fixture.daemon.change("first", "1");
+    fixture.daemon.change("first", "2");
+    QStringList expected {QStringLiteral("before=0"), QStringLiteral("first=2")};
+    QTRY_COMPARE(told.list, expected);
+    fixture.daemon.change("last", "3");
+    expected += QStringLiteral("last=3");
+    QTRY_COMPARE(told.list, expected);
+}
+
+void DaemonTest::aSoundObjectWasRemovedForWantOfDescriptors()
+{
+    PlainFixture fixture;
+    ZopChangeset values;
+    values.assignments.insert(QStringLiteral("old"), QStringLiteral("value"));
+    QVERIFY(ZopObject::create(QLatin1String(StatePath), values));
     const QString file = fixture.root.path() + QLatin1String(StatePath);
-    QVERIFY(QFile::rename(file, file + QStringLiteral(".away")));
-    QVERIFY(QDir().mkdir(file));
+    rlimit usual = {};
+    QCOMPARE(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    rlimit starved = usual;
+    const int lowestFree = dup(STDOUT_FILENO);
+    close(lowestFree);
+    // One is enough to remove an object, but not to open it.
+    starved.rlim_cur = rlim_t(lowestFree) + 1;
+    QCOMPARE(setrlimit(RLIMIT_NOFILE, &starved), 0);
+    ObjectPublisher publisher;
+    QString error;
+    const bool done = publisher.publish(QLatin1String(StatePath), {}, ObjectPublisher::TellDifference, &error);
+    const bool isThere = QFile::exists(file);
+    QCOMPARE(setrlimit(RLIMIT_NOFILE, &usual), 0);
+    QVERIFY(!done);
+    QVERIFY(isThere);
+    QCOMPARE(PlainFixture::stateAttribute("old"), QStringLiteral("value"));
+    QCOMPARE(publisher.retry(), QStringList {QLatin1String(StatePath)});
+    QCOMPARE(PlainFixture::stateAttribute("old"), QString());
+}
+
+void DaemonTest::everyInterfaceWasToldAgainForTheStatus()
+{
+    NetworkFixture network;
+    {
+        const Obstacle obstacle(Wire::StatusObject);
+        network.changeStatus(Wire::DefaultInterface, "eth0");
+    }
+    QTRY_COMPARE(network.status->list, QStringList {QStringLiteral("default_interface=eth0")});
+    ZopChangeset changes;
+    changes.assignments = NetworkFixture::attribute(Wire::Mtu, "1400");
+    network.fixture.world.changeInterface(QStringLiteral("eth0"), changes);
+    QTRY_COMPARE(network.eth0->list, QStringList {QStringLiteral("mtu=1400")});
+}
+
+void DaemonTest::aLateInterfaceWasPassedOver()
+{
+    NetworkFixture network;
+    const QString path = NetworkFixture::pathOf("usb0");
+    bool known = false;
+    connect(&network.status->object, &ZopObject::attributesChanged,
+            [&] { known = ZopObject(path, ZopObject::Subscribe, false).isValid(); });
+    {
+        const Obstacle obstacle(path);
+        network.fixture.world.addInterface(QStringLiteral("usb0"), NetworkFixture::attribute(Wire::Type, "usb"));
+        network.changeStatus(Wire::DefaultInterface, "usb0");
+        ZopChangeset changes;
+        changes.assignments = NetworkFixture::attribute(Wire::Mtu, "1400");
+        network.fixture.world.changeInterface(QStringLiteral("usb0"), changes);
+        QTRY_COMPARE(network.status->list, QStringList {QStringLiteral("default_interface=usb0")});
+        QVERIFY(!known);
+    }
+    QTRY_COMPARE(network.status->list.mid(1),
+                 QStringList({QStringLiteral("default_interface=usb0"), QStringLiteral("priority=[\"eth0\"]")}));
+    QTRY_VERIFY(known);
+    Told usb0(path);
+    usb0.object.setAttributeCacheEnabled(true);
+    QCOMPARE(usb0.list, QStringList({QStringLiteral("mtu=1400"), QStringLiteral("type=usb")}));
+}
+
+void DaemonTest::aRemovalThatFailedWasForgotten()
+{
+    NetworkFixture network;
+    const QString path = NetworkFixture::pathOf("eth0");
+    {
+        const Obstacle obstacle(path);
+        network.fixture.world.removeInterface(QStringLiteral("eth0"));
+    }
+    QVERIFY(ZopObject(path, ZopObject::Subscribe, false).isValid());
+    QTRY_VERIFY(!ZopObject(path, ZopObject::Subscribe, false).isValid());
+}
+
+void DaemonTest::theRemovalOfWhatWasGoneFailed()
+{
+    NetworkFixture network;
+    QVERIFY(ZopObject::remove(NetworkFixture::pathOf("eth0")));
+    const ErrorCapture errors;
+    network.fixture.world.removeInterface(QStringLiteral("eth0"));
+    QCOMPARE(errors.text(), QByteArray());
+}
+
+void DaemonTest::aSecondTroubleWasNotTold()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    const Told told {QLatin1String(StatePath)};
+    const ErrorCapture errors;
+    for (int trouble = 1; trouble <= 2; ++trouble) {
+        {
+            const Obstacle obstacle {QLatin1String(StatePath)};
+            fixture.daemon.change("event", "failed");
+            fixture.daemon.change("event", "again");
+        }
+        QCOMPARE(errors.text().count("cannot publish"), trouble);
+        QTRY_COMPARE(told.list.size(), 2 * trouble);
+    }
+}
+
+void DaemonTest::aDeadDaemonWentOnTrying()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    const ErrorCapture errors;
+    for (int life = 1; life <= 2; ++life) {
+        {
+            const Obstacle obstacle {QLatin1String(StatePath)};
+            fixture.daemon.change("event", "failed");
+        }
+        // Only a daemon that is not trying already says so.
+        QCOMPARE(errors.text().count("cannot publish"), life);
+        fixture.daemon.die(-1);
+        QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    }
+}
+
+void DaemonTest::anotherLifeToldWhatHadWaited()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
     fixture.daemon.change("event", "failed");
-    QVERIFY(QDir().rmdir(file));
-    QVERIFY(QFile::rename(file + QStringLiteral(".away"), file));
-    QTRY_VERIFY(told.contains(QStringLiteral("eventfailed")));
+    const Told told {QLatin1String(StatePath)};
+    {
+        const Obstacle obstacle {QLatin1String(StatePath)};
+        fixture.daemon.change("event", "failed");
+    }
+    fixture.daemon.die(-1);
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    fixture.daemon.change("other", "first");
+    QTRY_COMPARE(told.list, QStringList {QStringLiteral("other=first")});
+}
+
+void DaemonTest::aDaemonThatCouldNotComeBackShowedItselfAllTheTime()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    fixture.daemon.die(0);
+    const Obstacle obstacle {QLatin1String(StatePath)};
+    const QVector<qint64> &times = fixture.daemon.times;
+    QTRY_VERIFY(times.size() >= 5);
+    // Attempts come late on a busy machine, but never early: 200, 400 and 800 ms, less what a coarse timer may miss.
+    QVERIFY(times[4] - times[1] >= 1300);
 }
 
 void DaemonTest::aMalformedObjectKeptTheDaemonFromStarting()
