@@ -40,7 +40,7 @@ bool isTrusted(uid_t owner)
 QByteArray exchangeablePart(const QByteArray &path)
 {
     for (int end = 0; end != -1; end = path.indexOf('/', end + 1)) {
-        const QByteArray part = end == 0 ? QByteArrayLiteral("/") : path.left(end);
+        QByteArray part = end == 0 ? QByteArrayLiteral("/") : path.left(end);
         struct stat status;
         if (lstat(part.constData(), &status) != 0)
             return QByteArray();
