@@ -7,22 +7,6 @@
 
 using namespace morvek;
 
-namespace {
-
-/*! Another process that serves the control object of the test function. */
-bool serve(Peer &daemon)
-{
-    return daemon.ask(QStringLiteral("serve s ") + testPath("control"), QStringLiteral("s open"));
-}
-
-/*! Another process with that object open, as "c". */
-bool openClient(Peer &client)
-{
-    return client.ask(QStringLiteral("open c %1 2").arg(testPath("control")), QStringLiteral("c open"));
-}
-
-} // namespace
-
 class ControlPeersTest : public QObject
 {
     Q_OBJECT

@@ -10,20 +10,6 @@
 
 using namespace morvek;
 
-namespace {
-
-bool serve(Peer &daemon)
-{
-    return daemon.ask(QStringLiteral("serve s ") + testPath("control"), QStringLiteral("s open"));
-}
-
-bool openClient(Peer &client)
-{
-    return client.ask(QStringLiteral("open c %1 2").arg(testPath("control")), QStringLiteral("c open"));
-}
-
-} // namespace
-
 class SocketPeersTest : public QObject
 {
     Q_OBJECT

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "asyncnetworkinterfaceoperation.h"
 #include "logcapture.h"
+#include "namedinterface.h"
 #include "networkingdaemon.h"
 #include "networkinterfaceservice.h"
 #include "operationend.h"
@@ -36,16 +37,6 @@ NetworkInterfaceConfig manual()
     config.addIpAddress(entry);
     config.addGatewayAddress(QHostAddress(QStringLiteral("10.1.1.1")));
     return config;
-}
-
-NetworkInterface named(const NetworkInterfaceService &service, const char *name)
-{
-    const QList<NetworkInterface> interfaces = service.interfaces();
-    for (const NetworkInterface &networkInterface : interfaces) {
-        if (networkInterface.name() == QLatin1String(name))
-            return networkInterface;
-    }
-    return NetworkInterface();
 }
 
 const char *const Unknown = "failure -1 The interface to configure is not in the list of known interfaces.";

@@ -8,6 +8,7 @@
 #include "asyncwifiscanoperation.h"
 #include "hostdoptions.h"
 #include "hotspotservice.h"
+#include "namedinterface.h"
 #include "networkinterfaceservice.h"
 #include "scenariofiles.h"
 #include "servicepointer.h"
@@ -48,15 +49,6 @@ NetworkInterfaceConfig manual(const char *ip, const char *netmask, const char *g
     config.addIpAddress(address);
     config.addGatewayAddress(QHostAddress(QLatin1String(gateway)));
     return config;
-}
-
-NetworkInterface named(const NetworkInterfaceService &service, const char *name)
-{
-    for (const NetworkInterface &networkInterface : service.interfaces()) {
-        if (networkInterface.name() == QLatin1String(name))
-            return networkInterface;
-    }
-    return NetworkInterface();
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "asyncwificonnectoperation.h"
 #include "asyncwifiscanoperation.h"
 #include "hotspotservice.h"
+#include "namedinterface.h"
 #include "networkinterfaceservice.h"
 #include "nowaiting.h"
 #include "servicepointer.h"
@@ -47,16 +48,6 @@ NetworkInterfaceConfig manual()
     config.addIpAddress(entry);
     config.addGatewayAddress(QHostAddress(QStringLiteral("10.20.0.1")));
     return config;
-}
-
-NetworkInterface named(const NetworkInterfaceService &service, const char *name)
-{
-    const QList<NetworkInterface> interfaces = service.interfaces();
-    for (const NetworkInterface &networkInterface : interfaces) {
-        if (networkInterface.name() == QLatin1String(name))
-            return networkInterface;
-    }
-    return NetworkInterface();
 }
 
 WifiConnectionConfig open(const QString &ssid)

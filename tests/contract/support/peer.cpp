@@ -76,3 +76,13 @@ void Peer::read()
     while (m_process.canReadLine())
         m_lines << QString::fromUtf8(m_process.readLine().chopped(1));
 }
+
+bool serve(Peer &daemon)
+{
+    return daemon.ask(QStringLiteral("serve s ") + testPath("control"), QStringLiteral("s open"));
+}
+
+bool openClient(Peer &client)
+{
+    return client.ask(QStringLiteral("open c %1 2").arg(testPath("control")), QStringLiteral("c open"));
+}

@@ -38,4 +38,9 @@ private:
     QStringList m_lines;
 };
 
+/*! Lets \a daemon serve the control object of the test function, as "s". */
+bool serve(Peer &daemon);
+/*! Lets \a client open that object, as "c". */
+bool openClient(Peer &client);
+
 #endif
