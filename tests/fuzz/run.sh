@@ -3,9 +3,10 @@
 # Runs fuzz targets and tells how many inputs each of them has tried: see docs/fuzzing.md.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+# shellcheck source=tests/checks/lib/beside.bash
+source tests/checks/lib/beside.bash
 
 build="build-fuzz"
-found=0
 
 die() {
     echo "./dev fuzz: $*" >&2
@@ -32,9 +33,9 @@ fuzz() {
     executed=$(sed -n 's/^stat::number_of_executed_units: //p' "$log")
     printf '%-5s  %-20s %10s executions\n' "$result" "$target" "${executed:-?}"
     [[ $result == ok ]] && return
-    found=1
     sed -n '/^INFO:\|^#[0-9]/!p' "$log" | head -n 60
     echo "What was found, and how to see it again: ./dev fuzz --replay FILE $target"
+    return 1
 }
 
 limit=(-max_total_time=60)
@@ -67,6 +68,6 @@ TMPDIR=$(mktemp -d "${TMPDIR:-/tmp}/morvek-fuzz.XXXXXX")
 export TMPDIR
 trap 'rm -rf "$TMPDIR"' EXIT
 for target in "${targets[@]}"; do
-    fuzz "$target" "${limit[@]}"
+    beside fuzz "$target" "${limit[@]}"
 done
-exit "$found"
+beside_all

@@ -26,7 +26,7 @@ public:
     /*! How many are left over: a sanitizer's look at a pointer needs two, and takes it for wild without them. */
     static constexpr int ofSanitizers()
     {
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
         return 2;
 #else
         return 0;

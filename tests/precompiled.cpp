@@ -1,0 +1,2 @@
+// SPDX-License-Identifier: Apache-2.0
+// Stands for the headers that are compiled with it.
