@@ -55,7 +55,7 @@ bool TerminalTool::start(const QString &root, const QStringList &arguments, Hang
     return m_process > 0;
 }
 
-bool TerminalTool::waitFor(const QString &text)
+bool TerminalTool::waitFor(const QRegularExpression &text)
 {
     QElapsedTimer timer;
     timer.start();

@@ -2,6 +2,7 @@
 #ifndef MORVEK_TEST_TERMINALTOOL_H
 #define MORVEK_TEST_TERMINALTOOL_H
 
+#include <QtCore/QRegularExpression>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -23,7 +24,8 @@ public:
     bool start(const QString &root, const QStringList &arguments, Hangup hangup = HeedHangup);
     pid_t processId() const { return m_process; }
     /*! Waits until \a text has been shown; false when it was not within a minute. */
-    bool waitFor(const QString &text);
+    bool waitFor(const QString &text) { return waitFor(QRegularExpression(QRegularExpression::escape(text))); }
+    bool waitFor(const QRegularExpression &text);
     void type(const QByteArray &keys);
     /*! How the terminal is set. */
     termios modes() const;

@@ -369,7 +369,8 @@ void TestMorvekctlWifi::progressIsShownOnTerminals()
     TerminalTool tool;
     QVERIFY(tool.start(m_root->path(), {QStringLiteral("wifi"), QStringLiteral("scan")}));
     QVERIFY(tool.waitFor(QStringLiteral("\r\x1b[KScanning ... 0 s")));
-    QVERIFY(tool.waitFor(QStringLiteral("\r\x1b[KScanning ... 1 s")));
+    // A slow moment skips seconds.
+    QVERIFY(tool.waitFor(QRegularExpression(QStringLiteral("\r\x1b\\[KScanning \\.\\.\\. [1-9][0-9]* s"))));
     QVERIFY(publish(QStringLiteral("scan_results"), QStringLiteral("[]")));
     QCOMPARE(tool.wait(), 0);
     QVERIFY2(tool.shown().endsWith(QLatin1String(" s\r\x1b[KSSID  BSSID  SIGNAL  FREQUENCY  CHANNEL  SECURITY\r\n")),
@@ -379,8 +380,8 @@ void TestMorvekctlWifi::progressIsShownOnTerminals()
     QVERIFY(
         other.start(m_root->path(), {QStringLiteral("wifi"), QStringLiteral("scan"), QStringLiteral("--timeout=0.3")}));
     QCOMPARE(other.wait(), 4);
-    QVERIFY2(other.shown().startsWith(QLatin1String("\r\x1b[KScanning ... 0 s\r\x1b[Kmorvekctl: the time is up: ")),
-             qPrintable(other.shown()));
+    QVERIFY2(other.shown().startsWith(QLatin1String("\r\x1b[KScanning ... 0 s\r\x1b[K")), qPrintable(other.shown()));
+    QVERIFY2(other.shown().contains(QLatin1String("\r\x1b[Kmorvekctl: the time is up: ")), qPrintable(other.shown()));
 }
 
 void TestMorvekctlWifi::noProgressAsJson()
