@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef MORVEK_NETWORKLOG_H
-#define MORVEK_NETWORKLOG_H
+#ifndef MORVEK_NETWORKLOG_P_H
+#define MORVEK_NETWORKLOG_P_H
 
 #include "krellogger.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef MORVEK_ZOPACCESS_H
-#define MORVEK_ZOPACCESS_H
+#ifndef MORVEK_ZOPACCESS_P_H
+#define MORVEK_ZOPACCESS_P_H
 
 #include "zopcontrolcommand.h"
 #include "zopvariant.h"

@@ -3,9 +3,9 @@
 
 #include "asynchotspotconfigoperation.h"
 #include "asynchotspotenableoperation.h"
-#include "asyncoperationwriter.h"
-#include "networklog.h"
-#include "zopaccess.h"
+#include "asyncoperationwriter_p.h"
+#include "networklog_p.h"
+#include "zopaccess_p.h"
 #include "zopchangeset.h"
 #include "zopcontrolmessage.h"
 #include "zopdirwatcher.h"

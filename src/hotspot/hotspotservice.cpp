@@ -3,10 +3,10 @@
 
 #include "asynchotspotconfigoperation.h"
 #include "asynchotspotenableoperation.h"
-#include "asyncoperationwriter.h"
+#include "asyncoperationwriter_p.h"
 #include "hotspotproviderzop_p.h"
 #include "hotspotservice_p.h"
-#include "networklog.h"
+#include "networklog_p.h"
 
 namespace morvek {
 

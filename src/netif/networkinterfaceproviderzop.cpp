@@ -2,8 +2,8 @@
 #include "networkinterfaceproviderzop_p.h"
 
 #include "asyncnetworkinterfaceoperation.h"
-#include "networklog.h"
-#include "zopaccess.h"
+#include "networklog_p.h"
+#include "zopaccess_p.h"
 #include "zopcontrolcommand.h"
 #include "zopdirwatcher.h"
 #include "zopinterfaceconnection_p.h"

@@ -2,7 +2,7 @@
 #include "networkinterfaceservice.h"
 
 #include "asyncnetworkinterfaceoperation.h"
-#include "asyncoperationwriter.h"
+#include "asyncoperationwriter_p.h"
 #include "networkinterfacedata.h"
 #include "networkinterfaceproviderzop_p.h"
 #include "networkinterfaceservice_p.h"

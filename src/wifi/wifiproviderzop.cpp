@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wifiproviderzop_p.h"
 
-#include "asyncoperationwriter.h"
+#include "asyncoperationwriter_p.h"
 #include "asyncwificonnectoperation.h"
 #include "asyncwifiscanoperation.h"
-#include "networklog.h"
+#include "networklog_p.h"
 #include "wificonnectionconfig.h"
 #include "wifiproviderzopparserutilities.h"
-#include "zopaccess.h"
+#include "zopaccess_p.h"
 #include "zopcontrolcommand.h"
 #include "zopdirwatcher.h"
 #include "zopobject.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wifiproviderzopparserutilities.h"
 
-#include "networklog.h"
+#include "networklog_p.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QStringView>

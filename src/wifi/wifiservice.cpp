@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wifiservice.h"
 
-#include "asyncoperationwriter.h"
+#include "asyncoperationwriter_p.h"
 #include "asyncwificonnectoperation.h"
 #include "asyncwifiscanoperation.h"
-#include "networklog.h"
+#include "networklog_p.h"
 #include "wifiproviderzop_p.h"
 #include "wifiservice_p.h"
 

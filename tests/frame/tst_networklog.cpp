@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "logcapture.h"
-#include "networklog.h"
+#include "networklog_p.h"
 
 #include <QtTest/QtTest>
 
