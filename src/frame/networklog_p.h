@@ -4,22 +4,55 @@
 
 #include "krellogger.h"
 
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+#include <QtCore/QTextStream>
+
+#include <type_traits>
+
 namespace morvek {
 
 /*!
- * The library's lines in the system log. Their texts are put together only when they are wanted.
+ * The library's lines in the system log, each put together of pieces with nothing between them. A piece is whatever
+ * a text stream takes, or a function that returns such a thing: it is called for a line that is written, only.
+ *
+ * A printed piece is what printf makes of it for "%s": text in the locale's encoding, up to its first zero.
  */
 namespace NetworkLog {
 
 constexpr unsigned short MessageCode = 1300;
 
-template<typename... Pieces>
-void write(KrelStream stream, Pieces &...pieces)
+template<typename Piece>
+void append(QTextStream &stream, Piece &piece)
 {
-    (stream << ... << pieces);
+    if constexpr (std::is_invocable_v<Piece &>)
+        stream << piece();
+    else
+        stream << piece;
 }
 
-/*! Writes \a pieces, whatever a text stream takes, with nothing between them. */
+template<typename... Pieces>
+void write(KrelStream line, Pieces &...pieces)
+{
+    (append(line, pieces), ...);
+}
+
+template<typename Piece>
+QByteArray printed(Piece &piece)
+{
+    QString text;
+    QTextStream stream(&text);
+    append(stream, piece);
+    stream.flush();
+    return text.toLocal8Bit().constData();
+}
+
+template<typename... Pieces>
+QByteArray printedLine(Pieces &...pieces)
+{
+    return (QByteArray() + ... + printed(pieces));
+}
+
 template<typename... Pieces>
 void error(Pieces &&...pieces)
 {
@@ -28,10 +61,17 @@ void error(Pieces &&...pieces)
 }
 
 template<typename... Pieces>
-void warning(Pieces &&...pieces)
+void printError(Pieces &&...pieces)
+{
+    if (KrelLogger::getVerbosity() >= 2)
+        KrelLogger().error(MessageCode, "%s", printedLine(pieces...).constData());
+}
+
+template<typename... Pieces>
+void printWarning(Pieces &&...pieces)
 {
     if (KrelLogger::getVerbosity() >= 3)
-        write(KrelLogger().warning(MessageCode), pieces...);
+        KrelLogger().warning(MessageCode, "%s", printedLine(pieces...).constData());
 }
 
 template<typename... Pieces>
@@ -42,10 +82,10 @@ void debug1(Pieces &&...pieces)
 }
 
 template<typename... Pieces>
-void debug2(Pieces &&...pieces)
+void printDebug2(Pieces &&...pieces)
 {
     if (KrelLogger::getVerbosity() >= 7)
-        write(KrelLogger().debug2(MessageCode), pieces...);
+        KrelLogger().debug2(MessageCode, "%s", printedLine(pieces...).constData());
 }
 
 } // namespace NetworkLog

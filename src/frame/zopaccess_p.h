@@ -3,11 +3,16 @@
 #define MORVEK_ZOPACCESS_P_H
 
 #include "zopcontrolcommand.h"
+#include "zopobject.h"
 #include "zopvariant.h"
 
 namespace morvek {
 
 // What the providers do alike with the objects of their daemons.
+
+// Modes in which objects are opened.
+constexpr auto ReadOnly = ZopObject::PublicationMode(1);
+constexpr auto ReadWrite = ZopObject::PublicationMode(2);
 
 /*! Sets \a object to null and lets the event loop delete it: it may be telling something just now. */
 template<typename Object>

@@ -9,7 +9,6 @@
 #include "zopchangeset.h"
 #include "zopcontrolmessage.h"
 #include "zopdirwatcher.h"
-#include "zopobject.h"
 
 #include <QtCore/QJsonDocument>
 
@@ -69,7 +68,7 @@ ZopControlMessage controlMessage(const ZopChangeset &changes)
         else if (it.key() == ReplyAttribute)
             message.res = it->toString();
         else if (it.key() == IdAttribute)
-            message.id = it->toInt();
+            message.id = it->toInt(nullptr);
         else if (it.key() == PayloadAttribute)
             message.dat = *it;
         else if (it.key() == ErrorAttribute)
@@ -117,7 +116,7 @@ void fail(AsyncOperationBase *operation, const QString &message)
 void refuse(AsyncOperationBase *operation, const QString &message, const QString &detail = QString())
 {
     fail(operation, message);
-    NetworkLog::warning(message, detail);
+    NetworkLog::printWarning(message, detail);
 }
 
 } // namespace
@@ -154,7 +153,8 @@ HotspotProviderZop::HotspotProviderZop()
         connect(m_dirWatcher, &ZopDirWatcher::objectAdded, this, &HotspotProviderZop::init);
         return;
     }
-    NetworkLog::error(WatcherFailedText, ConstructorSignature, WatcherErrorText, m_dirWatcher->errorString());
+    NetworkLog::error(WatcherFailedText, ConstructorSignature, WatcherErrorText,
+                      [this] { return m_dirWatcher->errorString(); });
     discardLater(m_dirWatcher);
     setReady(false);
 }
@@ -168,8 +168,8 @@ void HotspotProviderZop::init(const QString &name)
         return;
     discardLater(m_dirWatcher);
 
-    m_controlObject = new ZopObject(DaemonPath + ControlName, ZopObject::ReadWrite, false, this);
-    m_statusObject = new ZopObject(DaemonPath + StatusName, ZopObject::ReadWrite, false, this);
+    m_controlObject = new ZopObject(DaemonPath + ControlName, ReadWrite, false, this);
+    m_statusObject = new ZopObject(DaemonPath + StatusName, ReadWrite, false, this);
     if (!m_controlObject->isValid()) {
         giveUp(m_controlObject);
         return;
@@ -185,13 +185,13 @@ void HotspotProviderZop::init(const QString &name)
     m_statusObject->setAttributeCacheEnabled(true);
 
     // Unlike later, when only the two known states count, whatever is not "ACTIVE" is off here.
-    setEnabled(m_statusObject->attribute(StateAttribute).toString() == Active);
+    setEnabled(m_statusObject->attribute(StateAttribute, ZopVariant()).toString() == Active);
     setReady(true);
 }
 
 void HotspotProviderZop::giveUp(ZopObject *&object)
 {
-    NetworkLog::error(ObjectFailedText, object->errorString());
+    NetworkLog::error(ObjectFailedText, [object] { return object->errorString(); });
     setReady(false);
     discardLater(object);
 }
@@ -241,7 +241,8 @@ void HotspotProviderZop::sendRequest(AsyncOperationBase *operation, const QStrin
     if (m_controlObject && m_controlObject->setAttributes(changes))
         return;
     fail(m_pendingOperations.take(id), WriteFailedReason);
-    NetworkLog::error(WriteFailedReason, m_controlObject ? m_controlObject->errorString() : QString());
+    NetworkLog::error(WriteFailedReason,
+                      [this] { return m_controlObject ? m_controlObject->errorString() : QString(); });
 }
 
 void HotspotProviderZop::zopControlChanged(const ZopChangeset &changes)
@@ -256,7 +257,7 @@ void HotspotProviderZop::onControlReply(const ZopControlMessage &message)
         return;
     const auto pending = m_pendingOperations.find(message.id);
     if (pending == m_pendingOperations.end()) {
-        NetworkLog::warning(UnknownIdText, message.id);
+        NetworkLog::printWarning(UnknownIdText, message.id);
         return;
     }
     AsyncOperationBase *operation = *pending; // null when its application has deleted it
@@ -268,7 +269,7 @@ void HotspotProviderZop::onControlReply(const ZopControlMessage &message)
         } else if (!message.dat.isValid() || message.dat.encoding() != JsonEncoding) {
             refuse(operation, NoProfileReason);
         } else {
-            const WifiHotspot hotspot = parseProfile(message.dat.toJson());
+            const WifiHotspot hotspot = parseProfile(message.dat.toJson(nullptr));
             succeed(operation, hotspot);
             m_hotspot = hotspot;
             emit configurationChanged(m_hotspot);
@@ -311,7 +312,7 @@ void HotspotProviderZop::setEnabled(bool enabled)
 QJsonObject HotspotProviderZop::serializeProfile(const WifiHotspot &hotspot) const
 {
     if (hotspot.isEmpty()) {
-        NetworkLog::warning(EmptyProfileText);
+        NetworkLog::printWarning(EmptyProfileText);
         return QJsonObject();
     }
     const QJsonObject network {

@@ -7,7 +7,6 @@
 #include "zopcontrolcommand.h"
 #include "zopdirwatcher.h"
 #include "zopinterfaceconnection_p.h"
-#include "zopobject.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -131,7 +130,7 @@ bool NetworkInterfaceProviderZop::init()
     setReady(opened);
     NetworkLog::debug1(ReadyText, opened ? "true" : "false");
     if (!opened)
-        NetworkLog::warning(InitFailedText);
+        NetworkLog::printWarning(InitFailedText);
     return opened;
 }
 
@@ -160,7 +159,7 @@ bool NetworkInterfaceProviderZop::openStatusObject()
 {
     if (statusObject)
         return true;
-    statusObject = openObject(StatusPath, ZopObject::Subscribe, false, this);
+    statusObject = openObject(StatusPath, ReadOnly, false, this);
     if (!statusObject)
         return false;
     connect(statusObject, &ZopObject::attributeChanged, this,
@@ -172,7 +171,7 @@ bool NetworkInterfaceProviderZop::openStatusObject()
 bool NetworkInterfaceProviderZop::openControlObject()
 {
     if (!controlObject)
-        controlObject = openObject(ControlPath, ZopObject::ReadWrite, true, this);
+        controlObject = openObject(ControlPath, ReadWrite, true, this);
     return controlObject;
 }
 
@@ -193,7 +192,7 @@ void NetworkInterfaceProviderZop::onZopNetworkingInterfaceAdded(const QString &n
 {
     const QString path = interfacePath(name);
     auto *connection = new ZopInterfaceConnection(this);
-    auto *object = new ZopObject(path, ZopObject::Subscribe, false, connection);
+    auto *object = new ZopObject(path, ReadOnly, false, connection);
     if (!object->isValid()) {
         NetworkLog::debug1(UnreadableInterfaceText, path, "\"");
         delete connection;
@@ -271,7 +270,7 @@ void NetworkInterfaceProviderZop::setPreferredInterface(const QString &name)
 {
     preferredConnection = interfaceConnections.value(name);
     if (!preferredConnection && !name.isEmpty())
-        NetworkLog::warning(PreferredText, name, UnknownPreferredText);
+        NetworkLog::printWarning(PreferredText, name, UnknownPreferredText);
     emit preferredInterfaceChanged(preferredInterface());
 }
 
@@ -420,7 +419,9 @@ bool NetworkInterfaceProviderZop::takeRequest(const ZopControlCommand *command, 
 void NetworkInterfaceProviderZop::failRequest(const ZopControlCommand *command, const NetZopRequest &request)
 {
     const QString error = command->errorString();
-    NetworkLog::debug1(CommandFailedText, command->message(), ErrorCodeText, command->errorCode(), ErrorText, error);
+    NetworkLog::debug1(
+        CommandFailedText, [command] { return command->message(); }, ErrorCodeText,
+        [command] { return command->errorCode(); }, ErrorText, error);
     const QString detail = error.isEmpty() ? QString() : QLatin1String(" (") + error + QLatin1Char(')');
     fail(request.operation, command->errorCode(), DaemonRefusedReason + detail);
 }

@@ -10,7 +10,6 @@
 #include "zopaccess_p.h"
 #include "zopcontrolcommand.h"
 #include "zopdirwatcher.h"
-#include "zopobject.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -128,6 +127,12 @@ WifiAccessPoint scannedAccessPoint(const QJsonObject &result)
     return accessPoint;
 }
 
+void printOpenError(const char *text, const ZopObject &object)
+{
+    NetworkLog::printError(
+        text, [&object] { return object.path(); }, ": ", [&object] { return object.errorString(); });
+}
+
 } // namespace
 
 WifiProviderZop::WifiProviderZop()
@@ -151,30 +156,30 @@ void WifiProviderZop::init()
 {
     if (initZopControlObj() && initZopStatusObj()) {
         // Results and events that are there already belong to nobody who waits here.
-        handleStatusZopPoweredAttribute(statusObject->attribute(PowerAttribute), true);
-        handleStatusZopStatusAttribute(statusObject->attribute(ConnectionAttribute), true);
+        handleStatusZopPoweredAttribute(statusObject->attribute(PowerAttribute, ZopVariant()), true);
+        handleStatusZopStatusAttribute(statusObject->attribute(ConnectionAttribute, ZopVariant()), true);
         setReady(true);
         return;
     }
-    NetworkLog::error(InitFailedText);
+    NetworkLog::printError(InitFailedText);
     discardLater(controlObject);
     discardLater(statusObject);
 }
 
 bool WifiProviderZop::initZopControlObj()
 {
-    controlObject = new ZopObject(DaemonPath + ControlName, ZopObject::ReadWrite, false, this);
+    controlObject = new ZopObject(DaemonPath + ControlName, ReadWrite, false, this);
     if (controlObject->isValid())
         return true;
-    NetworkLog::error(ControlFailedText, controlObject->path(), ": ", controlObject->errorString());
+    printOpenError(ControlFailedText, *controlObject);
     return false;
 }
 
 bool WifiProviderZop::initZopStatusObj()
 {
-    statusObject = new ZopObject(DaemonPath + StatusName, ZopObject::Subscribe, false, this);
+    statusObject = new ZopObject(DaemonPath + StatusName, ReadOnly, false, this);
     if (!statusObject->isValid()) {
-        NetworkLog::error(StatusFailedText, statusObject->path(), ": ", statusObject->errorString());
+        printOpenError(StatusFailedText, *statusObject);
         return false;
     }
     // In this order: the values that are there are read, and not told as changes.
@@ -219,7 +224,7 @@ void WifiProviderZop::connectAccessPoint(AsyncWifiConnectOperation *operation, c
 {
     if (!config.isValid()) {
         AsyncOperationWriter::setError(*operation, InvalidConfigurationReason);
-        NetworkLog::warning(InvalidConfigurationText, ConnectSignature);
+        NetworkLog::printWarning(InvalidConfigurationText, ConnectSignature);
         return;
     }
     if (!pendingConnects.isEmpty()) {
@@ -251,8 +256,9 @@ void WifiProviderZop::enableAccessPoint(const QString &id)
 void WifiProviderZop::zopControlCommandComplete(ZopControlCommand *command)
 {
     if (command->hasError())
-        NetworkLog::error(CommandFailedText, command->message(), ErrorCodeText, command->errorCode(), ErrorText,
-                          command->errorString());
+        NetworkLog::printError(
+            CommandFailedText, [command] { return command->message(); }, ErrorCodeText,
+            [command] { return command->errorCode(); }, ErrorText, [command] { return command->errorString(); });
 }
 
 void WifiProviderZop::onAddAccessPointComplete(ZopControlCommand *command)
@@ -266,7 +272,7 @@ void WifiProviderZop::onAddAccessPointComplete(ZopControlCommand *command)
 void WifiProviderZop::onEnableAccessPointComplete(ZopControlCommand *command)
 {
     if (pendingConnects.isEmpty())
-        NetworkLog::warning(ConnectCancelledText);
+        NetworkLog::printWarning(ConnectCancelledText);
     else if (command->hasError())
         failFirstConnect(command->errorString());
 }
@@ -304,22 +310,22 @@ void WifiProviderZop::zopStatusAttributeRemoved(const QString &name)
 void WifiProviderZop::handleStatusZopPoweredAttribute(const ZopVariant &value, bool initial)
 {
     if (!value.isValid()) {
-        NetworkLog::warning(PowerInvalidText);
+        NetworkLog::printWarning(PowerInvalidText);
         return;
     }
     const QString text = value.toString();
     if (text != On && text != Off) {
-        NetworkLog::warning(PowerUnknownText, text);
+        NetworkLog::printWarning(PowerUnknownText, text);
         return;
     }
     const bool newPowered = text == On;
     if (newPowered == isPowered)
         return;
-    NetworkLog::debug2(PoweredText, int(newPowered));
+    NetworkLog::printDebug2(PoweredText, int(newPowered));
     isPowered = newPowered;
     if (initial)
         return;
-    NetworkLog::debug2(PoweredChangedText, int(isPowered));
+    NetworkLog::printDebug2(PoweredChangedText, int(isPowered));
     emit poweredChanged(isPowered);
 }
 
@@ -327,9 +333,9 @@ void WifiProviderZop::handleStatusZopStatusAttribute(const ZopVariant &value, bo
 {
     if (value.isValid()) {
         NetworkLog::debug1(ConnectionValidText);
-        currentAccessPoint = connectedAccessPointFrom(value.toJson().object());
+        currentAccessPoint = connectedAccessPointFrom(value.toJson(nullptr).object());
         if (!currentAccessPoint.isEmpty() && !pendingConnects.isEmpty()) {
-            NetworkLog::warning(AccessPointText, currentAccessPoint);
+            NetworkLog::printWarning(AccessPointText, currentAccessPoint);
             if (AsyncWifiConnectOperation *operation = pendingConnects.takeFirst())
                 AsyncOperationWriter::setResult(*operation, currentAccessPoint);
         }
@@ -341,18 +347,18 @@ void WifiProviderZop::handleStatusZopStatusAttribute(const ZopVariant &value, bo
     const bool newConnected = !currentAccessPoint.isEmpty();
     if (newConnected == isConnected)
         return;
-    NetworkLog::debug2(ConnectedText, int(newConnected));
+    NetworkLog::printDebug2(ConnectedText, int(newConnected));
     isConnected = newConnected;
     if (initial)
         return;
-    NetworkLog::debug2(ConnectedChangedText, int(isConnected));
+    NetworkLog::printDebug2(ConnectedChangedText, int(isConnected));
     emit connectedChanged(isConnected);
 }
 
 void WifiProviderZop::handleStatusZopScanResultsAttribute(const ZopVariant &value)
 {
     if (!value.isValid() || pendingScans.isEmpty()) {
-        NetworkLog::warning(ScanResultsInvalidText);
+        NetworkLog::printWarning(ScanResultsInvalidText);
         return;
     }
     const QJsonArray results = QJsonDocument::fromJson(value.toString().toLocal8Bit()).array();

@@ -114,7 +114,7 @@ bool WifiService::Private::admits(const char *operation) const
 {
     if (provider && provider->ready())
         return true;
-    NetworkLog::warning(operation, NotReadyText);
+    NetworkLog::printWarning(operation, NotReadyText);
     return false;
 }
 
