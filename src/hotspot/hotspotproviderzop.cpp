@@ -6,11 +6,11 @@
 #include "asyncoperationwriter_p.h"
 #include "networklog_p.h"
 #include "zopaccess_p.h"
-#include "zopchangeset.h"
 #include "zopcontrolmessage.h"
 #include "zopdirwatcher.h"
 
 #include <QtCore/QJsonDocument>
+#include <QtCore/QScopeGuard>
 
 namespace morvek {
 
@@ -204,21 +204,24 @@ bool HotspotProviderZop::enabled() const
 void HotspotProviderZop::setEnabled(AsyncHotspotEnableOperation *operation, bool enable)
 {
     if (enable)
-        sendRequest(operation, StartMessage, serializeProfile(m_hotspot));
+        writeRequest(enterRequest(operation, StartMessage, serializeProfile(m_hotspot)));
     else
-        sendRequest(operation, StopMessage, ZopVariant());
+        writeRequest(enterRequest(operation, StopMessage, ZopVariant()));
 }
 
 void HotspotProviderZop::configuration(AsyncHotspotConfigOperation *operation)
 {
     // "lan_type" here, "lantype" in the profile.
     const QJsonObject wanted {{Type, LanType}, {QStringLiteral("lan_type"), AccessPointType}};
-    sendRequest(operation, FetchMessage, wanted);
+    writeRequest(enterRequest(operation, FetchMessage, wanted));
 }
 
 void HotspotProviderZop::setConfiguration(AsyncHotspotConfigOperation *operation, const WifiHotspot &profile)
 {
-    sendRequest(operation, UpdateMessage, serializeProfile(profile));
+    const Request request = enterRequest(operation, UpdateMessage, serializeProfile(profile));
+    // A profile is not written too early. Its operation stays open.
+    if (ready())
+        writeRequest(request);
 }
 
 int HotspotProviderZop::nextId()
@@ -226,21 +229,27 @@ int HotspotProviderZop::nextId()
     return ++m_idSequence;
 }
 
-void HotspotProviderZop::sendRequest(AsyncOperationBase *operation, const QString &message, const ZopVariant &dat)
+/*! Lets \a operation wait for the reply to a new request, which is not written yet. */
+HotspotProviderZop::Request HotspotProviderZop::enterRequest(AsyncOperationBase *operation, const QString &message,
+                                                             const ZopVariant &dat)
 {
-    const int id = nextId();
-    ZopChangeset changes;
-    changes.assignments.insert(MessageAttribute, message);
-    changes.assignments.insert(IdAttribute, id);
+    Request request {nextId(), {}};
+    request.changes.assignments.insert(MessageAttribute, message);
+    request.changes.assignments.insert(IdAttribute, request.id);
     if (dat.isValid())
-        changes.assignments.insert(PayloadAttribute, dat);
-    m_pendingOperations.insert(id, operation);
-    // A profile is not written too early. Its operation stays open.
-    if (message == UpdateMessage && !ready())
+        request.changes.assignments.insert(PayloadAttribute, dat);
+    m_pendingOperations.insert(request.id, operation);
+    return request;
+}
+
+void HotspotProviderZop::writeRequest(const Request &request)
+{
+    auto forget = qScopeGuard([this, &request] { m_pendingOperations.remove(request.id); });
+    const bool written = m_controlObject && m_controlObject->setAttributes(request.changes);
+    forget.dismiss();
+    if (written)
         return;
-    if (m_controlObject && m_controlObject->setAttributes(changes))
-        return;
-    fail(m_pendingOperations.take(id), WriteFailedReason);
+    fail(m_pendingOperations.take(request.id), WriteFailedReason);
     NetworkLog::error(WriteFailedReason,
                       [this] { return m_controlObject ? m_controlObject->errorString() : QString(); });
 }
@@ -272,13 +281,15 @@ void HotspotProviderZop::onControlReply(const ZopControlMessage &message)
             const WifiHotspot hotspot = parseProfile(message.dat.toJson(nullptr));
             succeed(operation, hotspot);
             m_hotspot = hotspot;
-            emit configurationChanged(m_hotspot);
+            emit configurationChanged(hotspot);
         }
     } else if (res == UpdateMessage) {
         if (isAccepted(message)) {
-            // Not the profile that was written: the manager may keep another one.
-            succeed(operation, m_hotspot);
-            emit configurationChanged(m_hotspot);
+            // Not the profile that was written: the manager may keep another one. A copy: before the last listener has
+            // heard of it, an earlier one may have let other replies come.
+            const WifiHotspot hotspot = m_hotspot;
+            succeed(operation, hotspot);
+            emit configurationChanged(hotspot);
         } else {
             refuse(operation, UpdateFailedReason, message.errmsg);
         }
