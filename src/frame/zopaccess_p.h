@@ -6,6 +6,8 @@
 #include "zopobject.h"
 #include "zopvariant.h"
 
+#include <memory>
+
 namespace morvek {
 
 // What the providers do alike with the objects of their daemons.
@@ -24,20 +26,20 @@ void discardLater(Object *&object)
 }
 
 /*!
- * Sends a request to the daemon of \a controlObject; \a finished of \a provider hears of the reply. The command lives
- * as long as the provider.
+ * Sends a request to the daemon of \a controlObject; \a finished of \a provider hears of the reply. The command, once
+ * it is started, lives as long as the provider.
  */
 template<typename Provider>
 ZopControlCommand *startCommand(ZopObject *controlObject, const QString &message, const ZopVariant &dat,
                                 Provider *provider, void (Provider::*finished)(ZopControlCommand *))
 {
-    auto *command = new ZopControlCommand(controlObject, provider);
-    QObject::connect(command, &ZopControlCommand::finished, provider, finished);
+    auto command = std::make_unique<ZopControlCommand>(controlObject, provider);
+    QObject::connect(command.get(), &ZopControlCommand::finished, provider, finished);
     command->setMessage(message);
     if (dat.isValid())
         command->setDat(dat);
     command->start();
-    return command;
+    return command.release();
 }
 
 } // namespace morvek
