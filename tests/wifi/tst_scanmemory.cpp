@@ -42,9 +42,9 @@ void TestScanMemory::manyResultsAreHeldInOneFormAtATime()
     const ZopVariant value = raw(results);
     const long scanning = Heap::peakOf([&value] { WifiDaemon::change("scan_results", value); });
     QCOMPARE(operation->results().size(), 5000);
-    // The text in the locale's encoding stays while it is parsed; half of it more is let pass.
+    // The text in the locale's encoding stays while it is parsed; an eighth of it more is let pass.
     QVERIFY2(
-        scanning < parsing + results.size() * 3 / 2,
+        scanning < parsing + results.size() * 9 / 8,
         qPrintable(
             QStringLiteral("%1 bytes at most, and %2 for parsing %3").arg(scanning).arg(parsing).arg(results.size())));
 }
