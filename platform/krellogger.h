@@ -18,21 +18,36 @@ class KrelStream;
  * getVerbosity() whether the line is wanted:
  *
  * \code
- * if (KrelLogger::getVerbosity() > 2)
- *     KrelLogger().warning(1300) << "No such interface: " << name;
+ * if (KrelLogger::getVerbosity() >= 2)
+ *     KrelLogger().error(1300) << "No such interface: " << name;
  * \endcode
  *
  * Lines go to standard error with time, level, code and text; control characters of the text are escaped, so
  * that no value can forge a second line.
+ *
+ * The library itself asks for the verbosity, streams errors and debug1 and prints all four levels. The rest is for
+ * daemons, tools and tests.
  */
 class MORVEK_PLATFORM_EXPORT KrelLogger
 {
 public:
+    /*! 0 to 7: from the environment's KREL_VERBOSITY, 2 when that is unset or no such number. */
+    static int getVerbosity();
+
+    KrelStream error(unsigned short code);
+    KrelStream debug1(unsigned short code);
+
+    // What the format makes of its arguments is read in the locale's encoding.
+    void error(unsigned short code, const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
+    void warning(unsigned short code, const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
+    void debug1(unsigned short code, const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
+    void debug2(unsigned short code, const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
+
+    // For daemons, tools and tests.
+
     enum Level { Error = 2, Warning = 3, Debug1 = 6, Debug2 = 7 };
     using Sink = std::function<void(Level level, unsigned short code, const QString &text)>;
 
-    /*! 0 to 7: from the environment's KREL_VERBOSITY, 2 when that is unset or no such number. */
-    static int getVerbosity();
     /*! Overrides the environment from now on. */
     static void setVerbosity(int verbosity);
     /*!
@@ -41,15 +56,8 @@ public:
      */
     static void setSink(const Sink &sink);
 
-    KrelStream error(unsigned short code);
     KrelStream warning(unsigned short code);
-    KrelStream debug1(unsigned short code);
     KrelStream debug2(unsigned short code);
-
-    void error(unsigned short code, const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
-    void warning(unsigned short code, const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
-    void debug1(unsigned short code, const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
-    void debug2(unsigned short code, const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
 };
 
 /*! The text of one line, which is written when the stream is destroyed. */

@@ -75,7 +75,13 @@ void write(KrelLogger::Level level, unsigned short code, const QString &text)
 
 void write(KrelLogger::Level level, unsigned short code, const char *format, va_list arguments)
 {
-    write(level, code, QString::vasprintf(format, arguments));
+    va_list measured;
+    va_copy(measured, arguments);
+    const int size = std::vsnprintf(nullptr, 0, format, measured);
+    va_end(measured);
+    QByteArray bytes(qMax(size, 0), '\0');
+    std::vsnprintf(bytes.data(), size_t(bytes.size()) + 1, format, arguments);
+    write(level, code, QString::fromLocal8Bit(bytes));
 }
 
 } // namespace

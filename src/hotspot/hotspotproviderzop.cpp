@@ -3,15 +3,14 @@
 
 #include "asynchotspotconfigoperation.h"
 #include "asynchotspotenableoperation.h"
-#include "asyncoperationwriter.h"
-#include "networklog.h"
-#include "zopaccess.h"
-#include "zopchangeset.h"
+#include "asyncoperationwriter_p.h"
+#include "networklog_p.h"
+#include "zopaccess_p.h"
 #include "zopcontrolmessage.h"
 #include "zopdirwatcher.h"
-#include "zopobject.h"
 
 #include <QtCore/QJsonDocument>
+#include <QtCore/QScopeGuard>
 
 namespace morvek {
 
@@ -69,7 +68,7 @@ ZopControlMessage controlMessage(const ZopChangeset &changes)
         else if (it.key() == ReplyAttribute)
             message.res = it->toString();
         else if (it.key() == IdAttribute)
-            message.id = it->toInt();
+            message.id = it->toInt(nullptr);
         else if (it.key() == PayloadAttribute)
             message.dat = *it;
         else if (it.key() == ErrorAttribute)
@@ -117,7 +116,7 @@ void fail(AsyncOperationBase *operation, const QString &message)
 void refuse(AsyncOperationBase *operation, const QString &message, const QString &detail = QString())
 {
     fail(operation, message);
-    NetworkLog::warning(message, detail);
+    NetworkLog::printWarning(message, detail);
 }
 
 } // namespace
@@ -154,7 +153,8 @@ HotspotProviderZop::HotspotProviderZop()
         connect(m_dirWatcher, &ZopDirWatcher::objectAdded, this, &HotspotProviderZop::init);
         return;
     }
-    NetworkLog::error(WatcherFailedText, ConstructorSignature, WatcherErrorText, m_dirWatcher->errorString());
+    NetworkLog::error(WatcherFailedText, ConstructorSignature, WatcherErrorText,
+                      [this] { return m_dirWatcher->errorString(); });
     discardLater(m_dirWatcher);
     setReady(false);
 }
@@ -168,8 +168,8 @@ void HotspotProviderZop::init(const QString &name)
         return;
     discardLater(m_dirWatcher);
 
-    m_controlObject = new ZopObject(DaemonPath + ControlName, ZopObject::ReadWrite, false, this);
-    m_statusObject = new ZopObject(DaemonPath + StatusName, ZopObject::ReadWrite, false, this);
+    m_controlObject = new ZopObject(DaemonPath + ControlName, ReadWrite, false, this);
+    m_statusObject = new ZopObject(DaemonPath + StatusName, ReadWrite, false, this);
     if (!m_controlObject->isValid()) {
         giveUp(m_controlObject);
         return;
@@ -185,13 +185,13 @@ void HotspotProviderZop::init(const QString &name)
     m_statusObject->setAttributeCacheEnabled(true);
 
     // Unlike later, when only the two known states count, whatever is not "ACTIVE" is off here.
-    setEnabled(m_statusObject->attribute(StateAttribute).toString() == Active);
+    setEnabled(m_statusObject->attribute(StateAttribute, ZopVariant()).toString() == Active);
     setReady(true);
 }
 
 void HotspotProviderZop::giveUp(ZopObject *&object)
 {
-    NetworkLog::error(ObjectFailedText, object->errorString());
+    NetworkLog::error(ObjectFailedText, [object] { return object->errorString(); });
     setReady(false);
     discardLater(object);
 }
@@ -204,21 +204,24 @@ bool HotspotProviderZop::enabled() const
 void HotspotProviderZop::setEnabled(AsyncHotspotEnableOperation *operation, bool enable)
 {
     if (enable)
-        sendRequest(operation, StartMessage, serializeProfile(m_hotspot));
+        writeRequest(enterRequest(operation, StartMessage, serializeProfile(m_hotspot)));
     else
-        sendRequest(operation, StopMessage, ZopVariant());
+        writeRequest(enterRequest(operation, StopMessage, ZopVariant()));
 }
 
 void HotspotProviderZop::configuration(AsyncHotspotConfigOperation *operation)
 {
     // "lan_type" here, "lantype" in the profile.
     const QJsonObject wanted {{Type, LanType}, {QStringLiteral("lan_type"), AccessPointType}};
-    sendRequest(operation, FetchMessage, wanted);
+    writeRequest(enterRequest(operation, FetchMessage, wanted));
 }
 
 void HotspotProviderZop::setConfiguration(AsyncHotspotConfigOperation *operation, const WifiHotspot &profile)
 {
-    sendRequest(operation, UpdateMessage, serializeProfile(profile));
+    const Request request = enterRequest(operation, UpdateMessage, serializeProfile(profile));
+    // A profile is not written too early. Its operation stays open.
+    if (ready())
+        writeRequest(request);
 }
 
 int HotspotProviderZop::nextId()
@@ -226,22 +229,29 @@ int HotspotProviderZop::nextId()
     return ++m_idSequence;
 }
 
-void HotspotProviderZop::sendRequest(AsyncOperationBase *operation, const QString &message, const ZopVariant &dat)
+/*! Lets \a operation wait for the reply to a new request, which is not written yet. */
+HotspotProviderZop::Request HotspotProviderZop::enterRequest(AsyncOperationBase *operation, const QString &message,
+                                                             const ZopVariant &dat)
 {
-    const int id = nextId();
-    ZopChangeset changes;
-    changes.assignments.insert(MessageAttribute, message);
-    changes.assignments.insert(IdAttribute, id);
+    Request request {nextId(), {}};
+    request.changes.assignments.insert(MessageAttribute, message);
+    request.changes.assignments.insert(IdAttribute, request.id);
     if (dat.isValid())
-        changes.assignments.insert(PayloadAttribute, dat);
-    m_pendingOperations.insert(id, operation);
-    // A profile is not written too early. Its operation stays open.
-    if (message == UpdateMessage && !ready())
+        request.changes.assignments.insert(PayloadAttribute, dat);
+    m_pendingOperations.insert(request.id, operation);
+    return request;
+}
+
+void HotspotProviderZop::writeRequest(const Request &request)
+{
+    auto forget = qScopeGuard([this, &request] { m_pendingOperations.remove(request.id); });
+    const bool written = m_controlObject && m_controlObject->setAttributes(request.changes);
+    forget.dismiss();
+    if (written)
         return;
-    if (m_controlObject && m_controlObject->setAttributes(changes))
-        return;
-    fail(m_pendingOperations.take(id), WriteFailedReason);
-    NetworkLog::error(WriteFailedReason, m_controlObject ? m_controlObject->errorString() : QString());
+    fail(m_pendingOperations.take(request.id), WriteFailedReason);
+    NetworkLog::error(WriteFailedReason,
+                      [this] { return m_controlObject ? m_controlObject->errorString() : QString(); });
 }
 
 void HotspotProviderZop::zopControlChanged(const ZopChangeset &changes)
@@ -256,7 +266,7 @@ void HotspotProviderZop::onControlReply(const ZopControlMessage &message)
         return;
     const auto pending = m_pendingOperations.find(message.id);
     if (pending == m_pendingOperations.end()) {
-        NetworkLog::warning(UnknownIdText, message.id);
+        NetworkLog::printWarning(UnknownIdText, message.id);
         return;
     }
     AsyncOperationBase *operation = *pending; // null when its application has deleted it
@@ -268,16 +278,18 @@ void HotspotProviderZop::onControlReply(const ZopControlMessage &message)
         } else if (!message.dat.isValid() || message.dat.encoding() != JsonEncoding) {
             refuse(operation, NoProfileReason);
         } else {
-            const WifiHotspot hotspot = parseProfile(message.dat.toJson());
+            const WifiHotspot hotspot = parseProfile(message.dat.toJson(nullptr));
             succeed(operation, hotspot);
             m_hotspot = hotspot;
-            emit configurationChanged(m_hotspot);
+            emit configurationChanged(hotspot);
         }
     } else if (res == UpdateMessage) {
         if (isAccepted(message)) {
-            // Not the profile that was written: the manager may keep another one.
-            succeed(operation, m_hotspot);
-            emit configurationChanged(m_hotspot);
+            // Not the profile that was written: the manager may keep another one. A copy: before the last listener has
+            // heard of it, an earlier one may have let other replies come.
+            const WifiHotspot hotspot = m_hotspot;
+            succeed(operation, hotspot);
+            emit configurationChanged(hotspot);
         } else {
             refuse(operation, UpdateFailedReason, message.errmsg);
         }
@@ -311,7 +323,7 @@ void HotspotProviderZop::setEnabled(bool enabled)
 QJsonObject HotspotProviderZop::serializeProfile(const WifiHotspot &hotspot) const
 {
     if (hotspot.isEmpty()) {
-        NetworkLog::warning(EmptyProfileText);
+        NetworkLog::printWarning(EmptyProfileText);
         return QJsonObject();
     }
     const QJsonObject network {

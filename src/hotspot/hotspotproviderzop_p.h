@@ -3,7 +3,7 @@
 #define MORVEK_HOTSPOTPROVIDERZOP_P_H
 
 #include "hotspotprovider_p.h"
-#include "zopvariant.h"
+#include "zopchangeset.h"
 
 #include <QtCore/QJsonObject>
 #include <QtCore/QMap>
@@ -16,7 +16,6 @@ namespace morvek {
 class AsyncOperationBase;
 class ZopDirWatcher;
 class ZopObject;
-struct ZopChangeset;
 struct ZopControlMessage;
 
 /*!
@@ -74,9 +73,16 @@ private Q_SLOTS:
 private:
     Q_DISABLE_COPY(HotspotProviderZop)
 
+    struct Request
+    {
+        int id;
+        ZopChangeset changes;
+    };
+
     static int nextId();
 
-    void sendRequest(AsyncOperationBase *operation, const QString &message, const ZopVariant &dat);
+    Request enterRequest(AsyncOperationBase *operation, const QString &message, const ZopVariant &dat);
+    void writeRequest(const Request &request);
     void onControlReply(const ZopControlMessage &message);
     void setEnabled(bool enabled);
     void giveUp(ZopObject *&object);

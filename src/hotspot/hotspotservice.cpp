@@ -3,10 +3,10 @@
 
 #include "asynchotspotconfigoperation.h"
 #include "asynchotspotenableoperation.h"
-#include "asyncoperationwriter.h"
+#include "asyncoperationwriter_p.h"
 #include "hotspotproviderzop_p.h"
 #include "hotspotservice_p.h"
-#include "networklog.h"
+#include "networklog_p.h"
 
 namespace morvek {
 
@@ -48,12 +48,12 @@ bool HotSpotService::ready() const
 
 AsyncHotspotEnableOperation *HotSpotService::setEnabled(bool enable)
 {
-    auto *operation = new AsyncHotspotEnableOperation;
+    auto operation = std::make_unique<AsyncHotspotEnableOperation>();
     if (ready())
-        d->provider->setEnabled(operation, enable);
+        d->provider->setEnabled(operation.get(), enable);
     else
         refuse(*operation, SetEnabledSignature);
-    return operation;
+    return operation.release();
 }
 
 bool HotSpotService::enabled() const
@@ -63,36 +63,44 @@ bool HotSpotService::enabled() const
 
 AsyncHotspotConfigOperation *HotSpotService::setConfiguration(const WifiHotspot &profile)
 {
-    auto *operation = new AsyncHotspotConfigOperation;
+    auto operation = std::make_unique<AsyncHotspotConfigOperation>();
     if (ready())
-        d->provider->setConfiguration(operation, profile);
+        d->provider->setConfiguration(operation.get(), profile);
     else
         refuse(*operation, SetConfigurationSignature);
-    return operation;
+    return operation.release();
 }
 
 AsyncHotspotConfigOperation *HotSpotService::configuration() const
 {
-    auto *operation = new AsyncHotspotConfigOperation;
+    auto operation = std::make_unique<AsyncHotspotConfigOperation>();
     if (ready())
-        d->provider->configuration(operation);
+        d->provider->configuration(operation.get());
     else
         refuse(*operation, ConfigurationSignature);
-    return operation;
+    return operation.release();
 }
 
 HotSpotService::Private::Private(HotSpotService *service)
-    : Private(service, new HotspotProviderZop)
+    : q(service)
 {
+    auto made = std::make_unique<HotspotProviderZop>();
+    connectProvider(made.get());
+    provider = made.release();
 }
 
 HotSpotService::Private::Private(HotSpotService *service, HotspotProvider *hotspotProvider)
     : q(service),
       provider(hotspotProvider)
 {
-    connect(provider, &ServiceProviderBase::readyChanged, q, &ServiceBase::readyChanged);
-    connect(provider, &HotspotProvider::enabledChanged, q, &HotSpotService::enabledChanged);
-    connect(provider, &HotspotProvider::configurationChanged, q, &HotSpotService::configurationChanged);
+    connectProvider(provider);
+}
+
+void HotSpotService::Private::connectProvider(const HotspotProvider *sender)
+{
+    connect(sender, &ServiceProviderBase::readyChanged, q, &ServiceBase::readyChanged);
+    connect(sender, &HotspotProvider::enabledChanged, q, &HotSpotService::enabledChanged);
+    connect(sender, &HotspotProvider::configurationChanged, q, &HotSpotService::configurationChanged);
 }
 
 } // namespace morvek

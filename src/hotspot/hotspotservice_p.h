@@ -13,7 +13,8 @@ class HotspotProvider;
 /*!
  * Makes the provider and passes its signals on to the service.
  *
- * The provider stays when the service goes: requests that the tethering manager has not answered yet still end.
+ * The provider, once it is connected, has no owner. It stays when the service goes: requests that the tethering manager
+ * has not answered yet still end.
  */
 class Q_DECL_HIDDEN HotSpotService::Private : public QObject
 {
@@ -24,10 +25,11 @@ public:
     Private(HotSpotService *service, HotspotProvider *hotspotProvider);
 
     HotSpotService *q;
-    HotspotProvider *provider;
+    HotspotProvider *provider = nullptr;
 
 private:
     Q_DISABLE_COPY(Private)
+    void connectProvider(const HotspotProvider *sender);
 };
 
 } // namespace morvek

@@ -127,7 +127,8 @@ QTextStream &operator<<(QTextStream &stream, const NetworkInterface &networkInte
         return stream << "NetworkInterace{empty}";
     return stream << "NetworkInterface {name:" << networkInterface.name()
                   << ",type:" << typeText(networkInterface.type()) << ",mac:" << networkInterface.macAddress()
-                  << ",available:" << int(networkInterface.available()) << ",priority:" << networkInterface.priority()
+                  << ",available:" << (networkInterface.available() ? '1' : '0')
+                  << ",priority:" << QString::number(networkInterface.priority())
                   << ",connected:" << (networkInterface.connected() ? "true" : "false")
                   << ",configuration:" << networkInterface.configuration() << "}";
 }

@@ -2,18 +2,19 @@
 #include "networkinterfaceproviderzop_p.h"
 
 #include "asyncnetworkinterfaceoperation.h"
-#include "networklog.h"
-#include "zopaccess.h"
+#include "networklog_p.h"
+#include "zopaccess_p.h"
 #include "zopcontrolcommand.h"
 #include "zopdirwatcher.h"
 #include "zopinterfaceconnection_p.h"
-#include "zopobject.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QScopeGuard>
 
 #include <algorithm>
+#include <memory>
 
 namespace morvek {
 
@@ -30,11 +31,6 @@ const QLatin1String ConnectMessage("net_connected");
 const QLatin1String DisconnectMessage("net_disconnected");
 
 constexpr int RefusedCode = -1;
-const QLatin1String UnknownInterfaceReason("The interface to configure is not in the list of known interfaces.");
-const QLatin1String
-    SameConfigurationReason("The new configuration settings are the same as the current configuration settings.");
-const QLatin1String IncompleteReason("For manual configuration, the new configuration settings must specify an IP "
-                                     "address, a netmask address and a gateway address.");
 const QLatin1String DaemonRefusedReason("The system was unable to configure the interface.");
 
 const char InitSignature[] = "bool morvek::NetworkInterfaceProviderZop::init()";
@@ -58,17 +54,39 @@ const char ParentNameText[] = "\" has a parent interface \"";
 const char UnknownParentText[] = "\" which is not in our list of known interfaces.Cannot setup parent relationship.";
 const char PreferredText[] = "Preferred network interface changed to \"";
 const char UnknownPreferredText[] = "\" which is not in the list of known interfaces.";
-const char UnknownInterfaceText[] =
-    "Passed in a NetworkInterface to configure() that is not in the list of known interfaces.";
-const char AlreadyAutoText[] =
-    "Trying to configure an interface to type=auto (DHCP) that's already using DHCP configuration.";
-const char SameConfigurationText[] = "Trying to configure an interface with its current configuration.";
-const char IncompleteText[] = "The configuration data is incomplete and the interface cannot be configured.";
 const char PassedInText[] = "Passed in: ";
 const char UnknownIdText[] = "The ZOP networking control sent a message with an id we don't know about.";
 const char CommandFailedText[] = "The command to ";
 const char ErrorCodeText[] = " failed with error(";
 const char ErrorText[] = "):";
+
+/*! Why a request cannot be sent at all: what is logged, and what the operation tells. */
+struct Refusal
+{
+    const char *line;
+    QLatin1String reason;
+};
+
+const QLatin1String
+    SameConfigurationReason("The new configuration settings are the same as the current configuration settings.");
+
+const Refusal UnknownInterface {
+    "Passed in a NetworkInterface to configure() that is not in the list of known interfaces.",
+    QLatin1String("The interface to configure is not in the list of known interfaces."),
+};
+const Refusal AlreadyAuto {
+    "Trying to configure an interface to type=auto (DHCP) that's already using DHCP configuration.",
+    SameConfigurationReason,
+};
+const Refusal SameConfiguration {
+    "Trying to configure an interface with its current configuration.",
+    SameConfigurationReason,
+};
+const Refusal Incomplete {
+    "The configuration data is incomplete and the interface cannot be configured.",
+    QLatin1String("For manual configuration, the new configuration settings must specify an IP "
+                  "address, a netmask address and a gateway address."),
+};
 
 QString interfacePath(const QString &name)
 {
@@ -77,11 +95,10 @@ QString interfacePath(const QString &name)
 
 ZopObject *openObject(const QString &path, ZopObject::PublicationMode mode, bool flag, QObject *parent)
 {
-    auto *object = new ZopObject(path, mode, flag, parent);
+    auto object = std::make_unique<ZopObject>(path, mode, flag, parent);
     if (object->isValid())
-        return object;
+        return object.release();
     NetworkLog::debug1(ObjectFailedText, path, "\"");
-    delete object;
     return nullptr;
 }
 
@@ -97,6 +114,19 @@ void insertAddress(QJsonObject &settings, const QString &key, const QHostAddress
 {
     if (!address.isNull())
         settings.insert(key, address.toString());
+}
+
+/*! Null when \a config can be sent for \a networkInterface: what the caller holds counts, not what is known here. */
+const Refusal *refusal(const NetworkInterface &networkInterface, const NetworkInterfaceConfig &config)
+{
+    const NetworkInterfaceConfig current = networkInterface.configuration();
+    if (current.type() == NetworkInterfaceConfig::Auto && config.type() == NetworkInterfaceConfig::Auto)
+        return &AlreadyAuto;
+    if (current == config)
+        return &SameConfiguration;
+    if (config.type() == NetworkInterfaceConfig::Manual && !isComplete(config))
+        return &Incomplete;
+    return nullptr;
 }
 
 QJsonObject connectSettings(const NetworkInterfaceConfig &config)
@@ -131,7 +161,7 @@ bool NetworkInterfaceProviderZop::init()
     setReady(opened);
     NetworkLog::debug1(ReadyText, opened ? "true" : "false");
     if (!opened)
-        NetworkLog::warning(InitFailedText);
+        NetworkLog::printWarning(InitFailedText);
     return opened;
 }
 
@@ -140,13 +170,12 @@ bool NetworkInterfaceProviderZop::openInterfacesWatcher()
 {
     if (interfacesWatcher)
         return true;
-    interfacesWatcher = new ZopDirWatcher(InterfacesPath, this);
-    if (!interfacesWatcher->isValid()) {
+    auto watcher = std::make_unique<ZopDirWatcher>(InterfacesPath, this);
+    if (!watcher->isValid()) {
         NetworkLog::debug1(WatcherFailedText, InterfacesPath, "\"");
-        delete interfacesWatcher;
-        interfacesWatcher = nullptr;
         return false;
     }
+    interfacesWatcher = watcher.release();
     connect(interfacesWatcher, &ZopDirWatcher::objectAdded, this,
             &NetworkInterfaceProviderZop::onZopNetworkingInterfaceAdded);
     connect(interfacesWatcher, &ZopDirWatcher::objectRemoved, this,
@@ -160,7 +189,7 @@ bool NetworkInterfaceProviderZop::openStatusObject()
 {
     if (statusObject)
         return true;
-    statusObject = openObject(StatusPath, ZopObject::Subscribe, false, this);
+    statusObject = openObject(StatusPath, ReadOnly, false, this);
     if (!statusObject)
         return false;
     connect(statusObject, &ZopObject::attributeChanged, this,
@@ -172,7 +201,7 @@ bool NetworkInterfaceProviderZop::openStatusObject()
 bool NetworkInterfaceProviderZop::openControlObject()
 {
     if (!controlObject)
-        controlObject = openObject(ControlPath, ZopObject::ReadWrite, true, this);
+        controlObject = openObject(ControlPath, ReadWrite, true, this);
     return controlObject;
 }
 
@@ -192,11 +221,11 @@ NetworkInterfaceData NetworkInterfaceProviderZop::preferredInterface() const
 void NetworkInterfaceProviderZop::onZopNetworkingInterfaceAdded(const QString &name)
 {
     const QString path = interfacePath(name);
-    auto *connection = new ZopInterfaceConnection(this);
-    auto *object = new ZopObject(path, ZopObject::Subscribe, false, connection);
+    auto made = std::make_unique<ZopInterfaceConnection>(this);
+    ZopInterfaceConnection *connection = made.get();
+    auto *object = new ZopObject(path, ReadOnly, false, connection);
     if (!object->isValid()) {
         NetworkLog::debug1(UnreadableInterfaceText, path, "\"");
-        delete connection;
         return;
     }
     object->setAttributeCacheEnabled(true);
@@ -213,11 +242,11 @@ void NetworkInterfaceProviderZop::onZopNetworkingInterfaceAdded(const QString &n
             &NetworkInterfaceProviderZop::updateParentInterfaces);
     // A name that is announced again leaves its earlier connection to the end of the interface, but nothing else.
     if (ZopInterfaceConnection *earlier = interfaceConnections.value(name)) {
-        supersededConnections.insert(name, earlier);
+        m_supersededConnections.insert(name, earlier);
         if (preferredConnection == earlier)
             preferredConnection = connection;
     }
-    interfaceConnections.insert(name, connection);
+    interfaceConnections.insert(name, made.release());
     updateParentInterfaces();
     emit interfaceAdded(*connection->interfaceData);
 }
@@ -229,10 +258,10 @@ void NetworkInterfaceProviderZop::onZopNetworkingInterfaceRemoved(const QString 
     if (!known)
         return;
     QList<QPointer<ZopInterfaceConnection>> ended {known};
-    const QList<ZopInterfaceConnection *> superseded = supersededConnections.values(name);
+    const QList<ZopInterfaceConnection *> superseded = m_supersededConnections.values(name);
     for (ZopInterfaceConnection *connection : superseded)
         ended.append(connection);
-    supersededConnections.remove(name);
+    m_supersededConnections.remove(name);
     if (preferredConnection == known)
         preferredConnection = nullptr;
     updateParentInterfaces();
@@ -271,7 +300,7 @@ void NetworkInterfaceProviderZop::setPreferredInterface(const QString &name)
 {
     preferredConnection = interfaceConnections.value(name);
     if (!preferredConnection && !name.isEmpty())
-        NetworkLog::warning(PreferredText, name, UnknownPreferredText);
+        NetworkLog::printWarning(PreferredText, name, UnknownPreferredText);
     emit preferredInterfaceChanged(preferredInterface());
 }
 
@@ -293,68 +322,66 @@ void NetworkInterfaceProviderZop::configure(AsyncNetworkInterfaceOperation *oper
                                             const NetworkInterfaceConfig &config)
 {
     NetworkLog::debug1(ConfigureSignature, " (", networkInterface, ", ", config, ")");
-    const QString reason = refusal(networkInterface, config);
-    if (!reason.isEmpty()) {
-        fail(operation, RefusedCode, reason);
+    ZopInterfaceConnection *connection = interfaceConnections.value(networkInterface.name());
+    if (const Refusal *refused = connection ? refusal(networkInterface, config) : &UnknownInterface) {
+        NetworkLog::debug1(refused->line);
+        if (refused == &Incomplete)
+            NetworkLog::debug1(PassedInText, config);
+        fail(operation, RefusedCode, refused->reason);
         return;
     }
-    NetZopRequest request {0, interfaceConnections.value(networkInterface.name()), operation, config, {}};
-    if (request.connection->interfaceData->connected)
+    const NetZopRequest request {0, connection, operation, config, {}};
+    if (connection->interfaceData->connected)
         sendDisconnect(request);
     else
         sendConnect(request);
 }
 
-/*! Why the request cannot be sent at all; empty when it can. What the caller holds counts, not what is known here. */
-QString NetworkInterfaceProviderZop::refusal(const NetworkInterface &networkInterface,
-                                             const NetworkInterfaceConfig &config) const
+/*! Keeps \a request under the identifier that \a send returns. Its place comes first: what is sent is never lost. */
+template<typename Send>
+int NetworkInterfaceProviderZop::keepRequest(const NetZopRequest &request, Send send)
 {
-    if (!interfaceConnections.contains(networkInterface.name())) {
-        NetworkLog::debug1(UnknownInterfaceText);
-        return UnknownInterfaceReason;
-    }
-    const NetworkInterfaceConfig current = networkInterface.configuration();
-    if (current.type() == NetworkInterfaceConfig::Auto && config.type() == NetworkInterfaceConfig::Auto) {
-        NetworkLog::debug1(AlreadyAutoText);
-        return SameConfigurationReason;
-    }
-    if (current == config) {
-        NetworkLog::debug1(SameConfigurationText);
-        return SameConfigurationReason;
-    }
-    if (config.type() == NetworkInterfaceConfig::Manual && !isComplete(config)) {
-        NetworkLog::debug1(IncompleteText);
-        NetworkLog::debug1(PassedInText, config);
-        return IncompleteReason;
-    }
-    return QString();
+    PendingRequests place;
+    place.emplace(0, request);
+    auto kept = place.extract(place.begin());
+    const int id = send();
+    kept.key() = id;
+    kept.mapped().id = id;
+    pendingRequests.erase(id);
+    pendingRequests.insert(std::move(kept));
+    return id;
 }
 
-void NetworkInterfaceProviderZop::sendConnect(NetZopRequest request)
+void NetworkInterfaceProviderZop::sendConnect(const NetZopRequest &request)
 {
-    request.id = connectInterface(request.connection, request.config);
-    pendingRequests.insert(request.id, request);
+    keepRequest(request, [&] { return connectInterface(request.connection, request.config); });
 }
 
 // The new configuration follows when the daemon reports that the old addresses are gone, whatever it has replied.
 void NetworkInterfaceProviderZop::sendDisconnect(const NetZopRequest &request)
 {
-    const auto release = awaitedReleases.insert(awaitedReleases.end(), AwaitedRelease {request});
+    const auto release = m_awaitedReleases.insert(m_awaitedReleases.end(), AwaitedRelease {request});
+    auto drop = qScopeGuard([this, release] { dropRelease(release); });
     release->handler = connect(request.connection, &ZopInterfaceConnection::interfaceAttributesChanged, this,
                                [this, release](const NetworkInterfaceData &data) {
                                    if (data.configuration.ipAddresses().isEmpty())
                                        finishRelease(release);
                                });
-    release->request.id = disconnectInterface(request.connection);
-    pendingRequests.insert(release->request.id, release->request);
+    release->request.id = keepRequest(request, [&] { return disconnectInterface(request.connection); });
+    drop.dismiss();
 }
 
 void NetworkInterfaceProviderZop::finishRelease(AwaitedReleases::iterator release)
 {
     const NetZopRequest request = release->request;
-    disconnect(release->handler);
-    awaitedReleases.erase(release);
+    dropRelease(release);
     sendConnect(request);
+}
+
+void NetworkInterfaceProviderZop::dropRelease(AwaitedReleases::iterator release)
+{
+    disconnect(release->handler);
+    m_awaitedReleases.erase(release);
 }
 
 int NetworkInterfaceProviderZop::connectInterface(ZopInterfaceConnection *connection,
@@ -401,7 +428,7 @@ void NetworkInterfaceProviderZop::onControlCommandConfigureDisconnectFinished(Zo
     if (command->hasError())
         failRequest(command, request);
     else if (vanished)
-        fail(request.operation, RefusedCode, UnknownInterfaceReason);
+        fail(request.operation, RefusedCode, UnknownInterface.reason);
 }
 
 bool NetworkInterfaceProviderZop::takeRequest(const ZopControlCommand *command, NetZopRequest *request)
@@ -411,7 +438,7 @@ bool NetworkInterfaceProviderZop::takeRequest(const ZopControlCommand *command, 
         NetworkLog::debug1(UnknownIdText);
         return false;
     }
-    *request = pending.value();
+    *request = pending->second;
     pendingRequests.erase(pending);
     return true;
 }
@@ -420,7 +447,9 @@ bool NetworkInterfaceProviderZop::takeRequest(const ZopControlCommand *command, 
 void NetworkInterfaceProviderZop::failRequest(const ZopControlCommand *command, const NetZopRequest &request)
 {
     const QString error = command->errorString();
-    NetworkLog::debug1(CommandFailedText, command->message(), ErrorCodeText, command->errorCode(), ErrorText, error);
+    NetworkLog::debug1(
+        CommandFailedText, [command] { return command->message(); }, ErrorCodeText,
+        [command] { return command->errorCode(); }, ErrorText, error);
     const QString detail = error.isEmpty() ? QString() : QLatin1String(" (") + error + QLatin1Char(')');
     fail(request.operation, command->errorCode(), DaemonRefusedReason + detail);
 }
@@ -438,16 +467,16 @@ void NetworkInterfaceProviderZop::fail(AsyncNetworkInterfaceOperation *operation
 bool NetworkInterfaceProviderZop::answerRelease(int id, bool refused)
 {
     const auto release =
-        std::find_if(awaitedReleases.begin(), awaitedReleases.end(), [id](const AwaitedRelease &awaited) {
+        std::find_if(m_awaitedReleases.begin(), m_awaitedReleases.end(), [id](const AwaitedRelease &awaited) {
             return awaited.request.id == id && awaited.answer == AwaitedRelease::Unanswered;
         });
-    if (release == awaitedReleases.end())
+    if (release == m_awaitedReleases.end())
         return false;
     // A refusal ends the operation, and yet the new configuration still follows the loss of the addresses.
     release->answer = refused ? AwaitedRelease::Refused : AwaitedRelease::Accepted;
     if (release->request.connection)
         return false;
-    awaitedReleases.erase(release);
+    m_awaitedReleases.erase(release);
     return true;
 }
 
@@ -455,7 +484,7 @@ bool NetworkInterfaceProviderZop::answerRelease(int id, bool refused)
 void NetworkInterfaceProviderZop::endConnection(ZopInterfaceConnection *connection)
 {
     QList<QPointer<AsyncNetworkInterfaceOperation>> stranded;
-    for (auto release = awaitedReleases.begin(); release != awaitedReleases.end();) {
+    for (auto release = m_awaitedReleases.begin(); release != m_awaitedReleases.end();) {
         const auto current = release++;
         if (current->request.connection != connection)
             continue;
@@ -465,9 +494,9 @@ void NetworkInterfaceProviderZop::endConnection(ZopInterfaceConnection *connecti
         }
         if (current->answer == AwaitedRelease::Accepted)
             stranded.append(current->request.operation);
-        awaitedReleases.erase(current);
+        m_awaitedReleases.erase(current);
     }
-    for (NetZopRequest &request : pendingRequests) {
+    for (auto &[id, request] : pendingRequests) {
         if (request.connection == connection) {
             request.connection = nullptr;
             request.lastKnownData = *connection->interfaceData;
@@ -477,7 +506,7 @@ void NetworkInterfaceProviderZop::endConnection(ZopInterfaceConnection *connecti
     const QPointer<NetworkInterfaceProviderZop> self(this);
     for (const QPointer<AsyncNetworkInterfaceOperation> &operation : qAsConst(stranded)) {
         if (self)
-            fail(operation, RefusedCode, UnknownInterfaceReason);
+            fail(operation, RefusedCode, UnknownInterface.reason);
     }
 }
 

@@ -9,6 +9,7 @@
 #include <QtCore/QPointer>
 
 #include <list>
+#include <map>
 
 class QJsonArray;
 
@@ -65,6 +66,8 @@ private:
         NetworkInterfaceData lastKnownData; //!< of an interface that has vanished
     };
 
+    using PendingRequests = std::map<int, NetZopRequest>;
+
     /*! A request whose "net_connected" waits until the interface has lost its addresses. */
     struct AwaitedRelease
     {
@@ -83,10 +86,12 @@ private:
     void setPreferredInterface(const QString &name);
     void setPriorities(const QJsonArray &names);
 
-    QString refusal(const NetworkInterface &networkInterface, const NetworkInterfaceConfig &config) const;
-    void sendConnect(NetZopRequest request);
+    template<typename Send>
+    int keepRequest(const NetZopRequest &request, Send send);
+    void sendConnect(const NetZopRequest &request);
     void sendDisconnect(const NetZopRequest &request);
     void finishRelease(AwaitedReleases::iterator release);
+    void dropRelease(AwaitedReleases::iterator release);
     bool answerRelease(int id, bool refused);
 
     bool takeRequest(const ZopControlCommand *command, NetZopRequest *request);
@@ -98,9 +103,9 @@ private:
     ZopDirWatcher *interfacesWatcher = nullptr;
     QMap<QString, ZopInterfaceConnection *> interfaceConnections;
     ZopInterfaceConnection *preferredConnection = nullptr;
-    QMap<int, NetZopRequest> pendingRequests;
-    AwaitedReleases awaitedReleases;
-    QMultiMap<QString, ZopInterfaceConnection *> supersededConnections; //!< of names that were announced again
+    PendingRequests pendingRequests;
+    AwaitedReleases m_awaitedReleases;
+    QMultiMap<QString, ZopInterfaceConnection *> m_supersededConnections; //!< of names that were announced again
 };
 
 } // namespace morvek

@@ -2,7 +2,7 @@
 #include "networkinterfaceservice.h"
 
 #include "asyncnetworkinterfaceoperation.h"
-#include "asyncoperationwriter.h"
+#include "asyncoperationwriter_p.h"
 #include "networkinterfacedata.h"
 #include "networkinterfaceproviderzop_p.h"
 #include "networkinterfaceservice_p.h"
@@ -55,42 +55,43 @@ NetworkInterface NetworkInterfaceService::preferredInterface() const
 AsyncNetworkInterfaceOperation *NetworkInterfaceService::configure(const NetworkInterface &networkInterface,
                                                                    const NetworkInterfaceConfig &config)
 {
-    auto *operation = new AsyncNetworkInterfaceOperation;
+    auto operation = std::make_unique<AsyncNetworkInterfaceOperation>();
     if (d->provider && ready())
-        d->provider->configure(operation, networkInterface, config);
+        d->provider->configure(operation.get(), networkInterface, config);
     else
         AsyncOperationWriter::setError(*operation, NotReadyMessage);
-    return operation;
+    return operation.release();
 }
 
 NetworkInterfaceService::Private::Private(NetworkInterfaceService *service)
-    : Private(service, new NetworkInterfaceProviderZop)
+    : q(service),
+      provider(new NetworkInterfaceProviderZop)
 {
+    connectProvider();
 }
 
 NetworkInterfaceService::Private::Private(NetworkInterfaceService *service,
-                                          NetworkInterfaceProvider *networkInterfaceProvider)
+                                          std::unique_ptr<NetworkInterfaceProvider> networkInterfaceProvider)
     : q(service),
-      provider(networkInterfaceProvider)
+      provider(std::move(networkInterfaceProvider))
 {
-    connect(provider, &ServiceProviderBase::readyChanged, q, &ServiceBase::readyChanged);
-    connect(provider, &NetworkInterfaceProvider::interfaceConfigurationChanged, this,
-            &Private::onProviderInterfaceConfigurationChanged);
-    connect(provider, &NetworkInterfaceProvider::preferredInterfaceChanged, this,
-            &Private::onProviderPreferredInterfaceChanged);
-    connect(provider, &NetworkInterfaceProvider::interfaceConnected, this, &Private::onProviderInterfaceConnected);
-    connect(provider, &NetworkInterfaceProvider::interfaceDisconnected, this,
-            &Private::onProviderInterfaceDisconnected);
-    connect(provider, &NetworkInterfaceProvider::asyncConfigureSuccess, this,
-            &Private::onProviderAsyncConfigureSuccess);
-    connect(provider, &NetworkInterfaceProvider::asyncConfigureFailure, this,
-            &Private::onProviderAsyncConfigureFailure);
+    connectProvider();
 }
 
-NetworkInterfaceService::Private::~Private()
+NetworkInterfaceService::Private::~Private() = default;
+
+void NetworkInterfaceService::Private::connectProvider()
 {
-    delete provider;
-    provider = nullptr;
+    const NetworkInterfaceProvider *sender = provider.get();
+    connect(sender, &ServiceProviderBase::readyChanged, q, &ServiceBase::readyChanged);
+    connect(sender, &NetworkInterfaceProvider::interfaceConfigurationChanged, this,
+            &Private::onProviderInterfaceConfigurationChanged);
+    connect(sender, &NetworkInterfaceProvider::preferredInterfaceChanged, this,
+            &Private::onProviderPreferredInterfaceChanged);
+    connect(sender, &NetworkInterfaceProvider::interfaceConnected, this, &Private::onProviderInterfaceConnected);
+    connect(sender, &NetworkInterfaceProvider::interfaceDisconnected, this, &Private::onProviderInterfaceDisconnected);
+    connect(sender, &NetworkInterfaceProvider::asyncConfigureSuccess, this, &Private::onProviderAsyncConfigureSuccess);
+    connect(sender, &NetworkInterfaceProvider::asyncConfigureFailure, this, &Private::onProviderAsyncConfigureFailure);
 }
 
 void NetworkInterfaceService::Private::writeData(NetworkInterface &target, const NetworkInterfaceData &source)

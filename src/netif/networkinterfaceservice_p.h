@@ -6,6 +6,8 @@
 
 #include <QtCore/QObject>
 
+#include <memory>
+
 namespace morvek {
 
 class NetworkInterfaceProvider;
@@ -20,15 +22,14 @@ class Q_DECL_HIDDEN NetworkInterfaceService::Private : public QObject
 
 public:
     explicit Private(NetworkInterfaceService *service);
-    /*! Takes \a networkInterfaceProvider over. */
-    Private(NetworkInterfaceService *service, NetworkInterfaceProvider *networkInterfaceProvider);
+    Private(NetworkInterfaceService *service, std::unique_ptr<NetworkInterfaceProvider> networkInterfaceProvider);
     ~Private() override;
 
     static void writeData(NetworkInterface &target, const NetworkInterfaceData &source);
     static NetworkInterface publicValue(const NetworkInterfaceData &record);
 
     NetworkInterfaceService *q;
-    NetworkInterfaceProvider *provider;
+    std::unique_ptr<NetworkInterfaceProvider> provider;
 
 public Q_SLOTS:
     void onProviderAsyncConfigureSuccess(morvek::AsyncNetworkInterfaceOperation *operation,
@@ -42,6 +43,7 @@ public Q_SLOTS:
 
 private:
     Q_DISABLE_COPY(Private)
+    void connectProvider();
 };
 
 } // namespace morvek

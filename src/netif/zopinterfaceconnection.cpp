@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "zopinterfaceconnection_p.h"
 
-#include "networklog.h"
+#include "networklog_p.h"
 #include "zopobject.h"
 
 #include <QtCore/QJsonArray>

@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wifiproviderzop_p.h"
 
-#include "asyncoperationwriter.h"
+#include "asyncoperationwriter_p.h"
 #include "asyncwificonnectoperation.h"
 #include "asyncwifiscanoperation.h"
-#include "networklog.h"
+#include "networklog_p.h"
 #include "wificonnectionconfig.h"
 #include "wifiproviderzopparserutilities.h"
-#include "zopaccess.h"
+#include "zopaccess_p.h"
 #include "zopcontrolcommand.h"
 #include "zopdirwatcher.h"
-#include "zopobject.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QScopeGuard>
 
 namespace morvek {
 
@@ -128,12 +128,48 @@ WifiAccessPoint scannedAccessPoint(const QJsonObject &result)
     return accessPoint;
 }
 
+QJsonArray scanResults(const ZopVariant &value)
+{
+    QByteArray text = value.toString().toLocal8Bit();
+    text.squeeze(); // the conversion takes room for the worst case
+    return QJsonDocument::fromJson(text).array();
+}
+
+/*! Lets go of each result once it is read: thousands of them need not be held in two forms. */
+QList<WifiAccessPoint> scannedAccessPoints(const ZopVariant &value)
+{
+    QJsonArray results = scanResults(value);
+    QList<WifiAccessPoint> accessPoints;
+    accessPoints.reserve(results.size());
+    for (int i = 0; i < results.size(); ++i) {
+        accessPoints.append(scannedAccessPoint(results.at(i).toObject()));
+        results.replace(i, QJsonValue());
+    }
+    return accessPoints;
+}
+
+/*! Lets \a operation wait in \a pending from before \a send sends its request; no longer when that fails. */
+template<typename Operation, typename Send>
+void sendAwaited(QList<QPointer<Operation>> &pending, Operation *operation, Send send)
+{
+    pending.append(operation);
+    auto forget = qScopeGuard([&] { pending.removeOne(operation); });
+    send();
+    forget.dismiss();
+}
+
+void printOpenError(const char *text, const ZopObject &object)
+{
+    NetworkLog::printError(
+        text, [&object] { return object.path(); }, ": ", [&object] { return object.errorString(); });
+}
+
 } // namespace
 
 WifiProviderZop::WifiProviderZop()
-    : directoryWatcher(new ZopDirWatcher(DaemonPath, this))
+    : m_directoryWatcher(new ZopDirWatcher(DaemonPath, this))
 {
-    connect(directoryWatcher, &ZopDirWatcher::objectAdded, this, &WifiProviderZop::zopDirWatcherObjectAdded);
+    connect(m_directoryWatcher, &ZopDirWatcher::objectAdded, this, &WifiProviderZop::zopDirWatcherObjectAdded);
 }
 
 WifiProviderZop::~WifiProviderZop() = default;
@@ -141,118 +177,122 @@ WifiProviderZop::~WifiProviderZop() = default;
 void WifiProviderZop::zopDirWatcherObjectAdded(const QString &name)
 {
     // The watcher lives until the event loop runs, and may announce an object that has been replaced meanwhile.
-    if (name != StatusName || !directoryWatcher)
+    if (name != StatusName || !m_directoryWatcher)
         return;
-    discardLater(directoryWatcher);
+    discardLater(m_directoryWatcher);
     init();
 }
 
 void WifiProviderZop::init()
 {
-    if (initZopControlObj() && initZopStatusObj()) {
-        // Results and events that are there already belong to nobody who waits here.
-        handleStatusZopPoweredAttribute(statusObject->attribute(PowerAttribute), true);
-        handleStatusZopStatusAttribute(statusObject->attribute(ConnectionAttribute), true);
-        setReady(true);
+    auto giveUp = qScopeGuard([this] {
+        discardLater(m_controlObject);
+        discardLater(m_statusObject);
+    });
+    if (!initZopControlObj() || !initZopStatusObj()) {
+        NetworkLog::printError(InitFailedText);
         return;
     }
-    NetworkLog::error(InitFailedText);
-    discardLater(controlObject);
-    discardLater(statusObject);
+    // Results and events that are there already belong to nobody who waits here.
+    handleStatusZopPoweredAttribute(m_statusObject->attribute(PowerAttribute, ZopVariant()), true);
+    handleStatusZopStatusAttribute(m_statusObject->attribute(ConnectionAttribute, ZopVariant()), true);
+    giveUp.dismiss();
+    setReady(true);
 }
 
 bool WifiProviderZop::initZopControlObj()
 {
-    controlObject = new ZopObject(DaemonPath + ControlName, ZopObject::ReadWrite, false, this);
-    if (controlObject->isValid())
+    m_controlObject = new ZopObject(DaemonPath + ControlName, ReadWrite, false, this);
+    if (m_controlObject->isValid())
         return true;
-    NetworkLog::error(ControlFailedText, controlObject->path(), ": ", controlObject->errorString());
+    printOpenError(ControlFailedText, *m_controlObject);
     return false;
 }
 
 bool WifiProviderZop::initZopStatusObj()
 {
-    statusObject = new ZopObject(DaemonPath + StatusName, ZopObject::Subscribe, false, this);
-    if (!statusObject->isValid()) {
-        NetworkLog::error(StatusFailedText, statusObject->path(), ": ", statusObject->errorString());
+    m_statusObject = new ZopObject(DaemonPath + StatusName, ReadOnly, false, this);
+    if (!m_statusObject->isValid()) {
+        printOpenError(StatusFailedText, *m_statusObject);
         return false;
     }
     // In this order: the values that are there are read, and not told as changes.
-    statusObject->setAttributeCacheEnabled(true);
-    connect(statusObject, &ZopObject::attributeChanged, this, &WifiProviderZop::zopStatusChanged);
-    connect(statusObject, &ZopObject::attributeRemoved, this, &WifiProviderZop::zopStatusAttributeRemoved);
+    m_statusObject->setAttributeCacheEnabled(true);
+    connect(m_statusObject, &ZopObject::attributeChanged, this, &WifiProviderZop::zopStatusChanged);
+    connect(m_statusObject, &ZopObject::attributeRemoved, this, &WifiProviderZop::zopStatusAttributeRemoved);
     return true;
 }
 
 bool WifiProviderZop::powered() const
 {
-    return isPowered;
+    return m_powered;
 }
 
 bool WifiProviderZop::connected() const
 {
-    return isConnected;
+    return m_connected;
 }
 
 WifiAccessPoint WifiProviderZop::connectedAccessPoint() const
 {
-    return currentAccessPoint;
+    return m_currentAccessPoint;
 }
 
 void WifiProviderZop::powerOn()
 {
-    startCommand(controlObject, PowerMessage, QString(On), this, &WifiProviderZop::zopControlCommandComplete);
+    startCommand(m_controlObject, PowerMessage, QString(On), this, &WifiProviderZop::zopControlCommandComplete);
 }
 
 void WifiProviderZop::powerOff()
 {
-    startCommand(controlObject, PowerMessage, QString(Off), this, &WifiProviderZop::zopControlCommandComplete);
+    startCommand(m_controlObject, PowerMessage, QString(Off), this, &WifiProviderZop::zopControlCommandComplete);
 }
 
 void WifiProviderZop::scan(AsyncWifiScanOperation *operation)
 {
-    pendingScans.append(operation);
-    startCommand(controlObject, ScanMessage, ZopVariant(), this, &WifiProviderZop::zopControlCommandComplete);
+    sendAwaited(m_pendingScans, operation, [this] {
+        startCommand(m_controlObject, ScanMessage, ZopVariant(), this, &WifiProviderZop::zopControlCommandComplete);
+    });
 }
 
 void WifiProviderZop::connectAccessPoint(AsyncWifiConnectOperation *operation, const WifiConnectionConfig &config)
 {
     if (!config.isValid()) {
         AsyncOperationWriter::setError(*operation, InvalidConfigurationReason);
-        NetworkLog::warning(InvalidConfigurationText, ConnectSignature);
+        NetworkLog::printWarning(InvalidConfigurationText, ConnectSignature);
         return;
     }
-    if (!pendingConnects.isEmpty()) {
+    if (!m_pendingConnects.isEmpty()) {
         AsyncOperationWriter::setError(*operation, BusyReason);
         return;
     }
-    pendingConnects.append(operation);
-    addAccessPoint(config);
+    sendAwaited(m_pendingConnects, operation, [this, &config] { addAccessPoint(config); });
 }
 
 void WifiProviderZop::disconnectAccessPoint()
 {
     failFirstConnect(CancelledReason);
-    startCommand(controlObject, DisconnectMessage, ZopVariant(), this,
+    startCommand(m_controlObject, DisconnectMessage, ZopVariant(), this,
                  &WifiProviderZop::disconnectAccessPointCompelete);
 }
 
 ZopControlCommand *WifiProviderZop::addAccessPoint(const WifiConnectionConfig &config)
 {
-    return startCommand(controlObject, AddMessage, networkEntry(config), this,
+    return startCommand(m_controlObject, AddMessage, networkEntry(config), this,
                         &WifiProviderZop::onAddAccessPointComplete);
 }
 
 void WifiProviderZop::enableAccessPoint(const QString &id)
 {
-    startCommand(controlObject, SelectMessage, id, this, &WifiProviderZop::onEnableAccessPointComplete);
+    startCommand(m_controlObject, SelectMessage, id, this, &WifiProviderZop::onEnableAccessPointComplete);
 }
 
 void WifiProviderZop::zopControlCommandComplete(ZopControlCommand *command)
 {
     if (command->hasError())
-        NetworkLog::error(CommandFailedText, command->message(), ErrorCodeText, command->errorCode(), ErrorText,
-                          command->errorString());
+        NetworkLog::printError(
+            CommandFailedText, [command] { return command->message(); }, ErrorCodeText,
+            [command] { return command->errorCode(); }, ErrorText, [command] { return command->errorString(); });
 }
 
 void WifiProviderZop::onAddAccessPointComplete(ZopControlCommand *command)
@@ -265,8 +305,8 @@ void WifiProviderZop::onAddAccessPointComplete(ZopControlCommand *command)
 
 void WifiProviderZop::onEnableAccessPointComplete(ZopControlCommand *command)
 {
-    if (pendingConnects.isEmpty())
-        NetworkLog::warning(ConnectCancelledText);
+    if (m_pendingConnects.isEmpty())
+        NetworkLog::printWarning(ConnectCancelledText);
     else if (command->hasError())
         failFirstConnect(command->errorString());
 }
@@ -304,64 +344,60 @@ void WifiProviderZop::zopStatusAttributeRemoved(const QString &name)
 void WifiProviderZop::handleStatusZopPoweredAttribute(const ZopVariant &value, bool initial)
 {
     if (!value.isValid()) {
-        NetworkLog::warning(PowerInvalidText);
+        NetworkLog::printWarning(PowerInvalidText);
         return;
     }
     const QString text = value.toString();
     if (text != On && text != Off) {
-        NetworkLog::warning(PowerUnknownText, text);
+        NetworkLog::printWarning(PowerUnknownText, text);
         return;
     }
     const bool newPowered = text == On;
-    if (newPowered == isPowered)
+    if (newPowered == m_powered)
         return;
-    NetworkLog::debug2(PoweredText, int(newPowered));
-    isPowered = newPowered;
+    NetworkLog::printDebug2(PoweredText, int(newPowered));
+    m_powered = newPowered;
     if (initial)
         return;
-    NetworkLog::debug2(PoweredChangedText, int(isPowered));
-    emit poweredChanged(isPowered);
+    NetworkLog::printDebug2(PoweredChangedText, int(m_powered));
+    emit poweredChanged(m_powered);
 }
 
 void WifiProviderZop::handleStatusZopStatusAttribute(const ZopVariant &value, bool initial)
 {
     if (value.isValid()) {
         NetworkLog::debug1(ConnectionValidText);
-        currentAccessPoint = connectedAccessPointFrom(value.toJson().object());
-        if (!currentAccessPoint.isEmpty() && !pendingConnects.isEmpty()) {
-            NetworkLog::warning(AccessPointText, currentAccessPoint);
-            if (AsyncWifiConnectOperation *operation = pendingConnects.takeFirst())
-                AsyncOperationWriter::setResult(*operation, currentAccessPoint);
+        m_currentAccessPoint = connectedAccessPointFrom(value.toJson(nullptr).object());
+        if (!m_currentAccessPoint.isEmpty() && !m_pendingConnects.isEmpty()) {
+            NetworkLog::printWarning(AccessPointText, m_currentAccessPoint);
+            if (AsyncWifiConnectOperation *operation = m_pendingConnects.takeFirst())
+                AsyncOperationWriter::setResult(*operation, m_currentAccessPoint);
         }
     } else {
         NetworkLog::debug1(ConnectionInvalidText);
-        currentAccessPoint = WifiAccessPoint();
+        m_currentAccessPoint = WifiAccessPoint();
     }
 
-    const bool newConnected = !currentAccessPoint.isEmpty();
-    if (newConnected == isConnected)
+    const bool newConnected = !m_currentAccessPoint.isEmpty();
+    if (newConnected == m_connected)
         return;
-    NetworkLog::debug2(ConnectedText, int(newConnected));
-    isConnected = newConnected;
+    NetworkLog::printDebug2(ConnectedText, int(newConnected));
+    m_connected = newConnected;
     if (initial)
         return;
-    NetworkLog::debug2(ConnectedChangedText, int(isConnected));
-    emit connectedChanged(isConnected);
+    NetworkLog::printDebug2(ConnectedChangedText, int(m_connected));
+    emit connectedChanged(m_connected);
 }
 
 void WifiProviderZop::handleStatusZopScanResultsAttribute(const ZopVariant &value)
 {
-    if (!value.isValid() || pendingScans.isEmpty()) {
-        NetworkLog::warning(ScanResultsInvalidText);
+    if (!value.isValid() || m_pendingScans.isEmpty()) {
+        NetworkLog::printWarning(ScanResultsInvalidText);
         return;
     }
-    const QJsonArray results = QJsonDocument::fromJson(value.toString().toLocal8Bit()).array();
-    QList<WifiAccessPoint> accessPoints;
-    accessPoints.reserve(results.size());
-    for (const QJsonValue &result : results)
-        accessPoints.append(scannedAccessPoint(result.toObject()));
-    while (!pendingScans.isEmpty()) {
-        if (AsyncWifiScanOperation *operation = pendingScans.takeFirst())
+    const QList<WifiAccessPoint> accessPoints = scannedAccessPoints(value);
+    while (!m_pendingScans.isEmpty()) {
+        if (AsyncWifiScanOperation *operation = m_pendingScans.takeFirst())
             AsyncOperationWriter::setResults(*operation, accessPoints);
     }
 }
@@ -378,9 +414,9 @@ void WifiProviderZop::handleStatusZopLastEventAttribute(const ZopVariant &value)
 /*! Ends the connect that is pending, if any, as failed. */
 void WifiProviderZop::failFirstConnect(const QString &message)
 {
-    if (pendingConnects.isEmpty())
+    if (m_pendingConnects.isEmpty())
         return;
-    if (AsyncWifiConnectOperation *operation = pendingConnects.takeFirst())
+    if (AsyncWifiConnectOperation *operation = m_pendingConnects.takeFirst())
         AsyncOperationWriter::setError(*operation, message);
 }
 

@@ -63,15 +63,15 @@ private:
 
     void failFirstConnect(const QString &message);
 
-    bool isPowered = false;
-    bool isConnected = false;
-    WifiAccessPoint currentAccessPoint;
+    bool m_powered = false;
+    bool m_connected = false;
+    WifiAccessPoint m_currentAccessPoint;
     // An operation that its application has deleted keeps its place.
-    QList<QPointer<AsyncWifiScanOperation>> pendingScans;
-    QList<QPointer<AsyncWifiConnectOperation>> pendingConnects;
-    ZopDirWatcher *directoryWatcher;
-    ZopObject *controlObject = nullptr;
-    ZopObject *statusObject = nullptr;
+    QList<QPointer<AsyncWifiScanOperation>> m_pendingScans;
+    QList<QPointer<AsyncWifiConnectOperation>> m_pendingConnects;
+    ZopDirWatcher *m_directoryWatcher;
+    ZopObject *m_controlObject = nullptr;
+    ZopObject *m_statusObject = nullptr;
 };
 
 } // namespace morvek

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wifiproviderzopparserutilities.h"
 
-#include "networklog.h"
+#include "networklog_p.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QStringView>
@@ -16,12 +16,6 @@ const char UnreadableFlagText[] = "Unable to parse access point WPA flag \"";
 const char UnknownProtocolText[] = "Unrecognized access point flag security protocol: \"";
 const char UnknownKeyManagementText[] = "Unrecognized access point flag key management: \"";
 const char UnknownCipherText[] = "Unrecognized access point cipher: \"";
-
-/*! What the locale's encoding leaves of \a text. */
-QString inLocalEncoding(QStringView text)
-{
-    return QString::fromLocal8Bit(text.toLocal8Bit());
-}
 
 template<typename Value>
 struct Token
@@ -84,7 +78,7 @@ void addPart(const Table &table, QStringView part, const char *unknownText, Set 
     if (const auto *token = find(table, part))
         set |= token->value;
     else
-        NetworkLog::error(unknownText, inLocalEncoding(part), '"');
+        NetworkLog::printError(unknownText, part, '"');
 }
 
 } // namespace
@@ -95,7 +89,7 @@ void WifiProviderZopParserUtilities::parseStatusKeyManagement(const QString &val
 {
     const auto *token = find(StatusKeyManagements, value);
     if (!token) {
-        NetworkLog::warning(UnknownStatusKeyManagementText, inLocalEncoding(value), '"');
+        NetworkLog::printWarning(UnknownStatusKeyManagementText, value, '"');
         return;
     }
     protocols = token->value.protocol;
@@ -107,7 +101,7 @@ void WifiProviderZopParserUtilities::parseStatusCipher(const QString &value, QFl
     if (const auto *token = find(StatusCiphers, value))
         ciphers = token->value;
     else
-        NetworkLog::warning(UnknownStatusCipherText, inLocalEncoding(value), '"');
+        NetworkLog::printWarning(UnknownStatusCipherText, value, '"');
 }
 
 void WifiProviderZopParserUtilities::parseScanResultFlags(const QJsonArray &flags,
@@ -130,7 +124,7 @@ void WifiProviderZopParserUtilities::parseScanResultFlags(const QJsonArray &flag
             ciphers |= WifiCipherNone;
         } else if (flag.startsWith(QLatin1String("WPA"))) {
             if (flag.count(QLatin1Char('-')) != 2) {
-                NetworkLog::error(UnreadableFlagText, inLocalEncoding(flag), '"');
+                NetworkLog::printError(UnreadableFlagText, flag, '"');
                 continue;
             }
             const QStringView text(flag);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wifiservice.h"
 
-#include "asyncoperationwriter.h"
+#include "asyncoperationwriter_p.h"
 #include "asyncwificonnectoperation.h"
 #include "asyncwifiscanoperation.h"
-#include "networklog.h"
+#include "networklog_p.h"
 #include "wifiproviderzop_p.h"
 #include "wifiservice_p.h"
 
@@ -37,84 +37,88 @@ bool WifiService::ready() const
 
 void WifiService::powerOn()
 {
-    if (d->admits("powerOn"))
+    if (d->admitOrWarn("powerOn"))
         d->provider->powerOn();
 }
 
 void WifiService::powerOff()
 {
-    if (d->admits("powerOff"))
+    if (d->admitOrWarn("powerOff"))
         d->provider->powerOff();
 }
 
 bool WifiService::powered() const
 {
-    return d->admits("powered") && d->provider->powered();
+    return d->admitOrWarn("powered") && d->provider->powered();
 }
 
 AsyncWifiScanOperation *WifiService::scan()
 {
-    auto *operation = new AsyncWifiScanOperation;
-    if (d->admits("scan"))
-        d->provider->scan(operation);
+    auto operation = std::make_unique<AsyncWifiScanOperation>();
+    if (d->admitOrWarn("scan"))
+        d->provider->scan(operation.get());
     else
         AsyncOperationWriter::setError(*operation, NotReadyMessage);
-    return operation;
+    return operation.release();
 }
 
 AsyncWifiConnectOperation *WifiService::connectAccessPoint(const WifiConnectionConfig &config)
 {
-    auto *operation = new AsyncWifiConnectOperation;
-    if (d->admits("connectAccessPoint"))
-        d->provider->connectAccessPoint(operation, config);
+    auto operation = std::make_unique<AsyncWifiConnectOperation>();
+    if (d->admitOrWarn("connectAccessPoint"))
+        d->provider->connectAccessPoint(operation.get(), config);
     else
         AsyncOperationWriter::setError(*operation, NotReadyMessage);
-    return operation;
+    return operation.release();
 }
 
 void WifiService::disconnectAccessPoint()
 {
-    if (d->admits("disconnectAccessPoint"))
+    if (d->admitOrWarn("disconnectAccessPoint"))
         d->provider->disconnectAccessPoint();
 }
 
 WifiAccessPoint WifiService::connectedAccessPoint() const
 {
-    return d->admits("connectedAccessPoint") ? d->provider->connectedAccessPoint() : WifiAccessPoint();
+    return d->admitOrWarn("connectedAccessPoint") ? d->provider->connectedAccessPoint() : WifiAccessPoint();
 }
 
 bool WifiService::connected() const
 {
-    return d->admits("connected") && d->provider->connected();
+    return d->admitOrWarn("connected") && d->provider->connected();
 }
 
 WifiService::Private::Private(WifiService *service)
-    : Private(service, new WifiProviderZop)
-{
-}
-
-WifiService::Private::Private(WifiService *service, WifiProvider *wifiProvider)
     : q(service),
-      provider(wifiProvider)
+      provider(new WifiProviderZop)
 {
-    if (!provider)
+    connectProvider();
+}
+
+WifiService::Private::Private(WifiService *service, std::unique_ptr<WifiProvider> wifiProvider)
+    : q(service),
+      provider(std::move(wifiProvider))
+{
+    connectProvider();
+}
+
+WifiService::Private::~Private() = default;
+
+void WifiService::Private::connectProvider()
+{
+    const WifiProvider *sender = provider.get();
+    if (!sender)
         return;
-    QObject::connect(provider, &ServiceProviderBase::readyChanged, q, &ServiceBase::readyChanged);
-    QObject::connect(provider, &WifiProvider::poweredChanged, q, &WifiService::poweredChanged);
-    QObject::connect(provider, &WifiProvider::connectedChanged, q, &WifiService::connectedChanged);
+    QObject::connect(sender, &ServiceProviderBase::readyChanged, q, &ServiceBase::readyChanged);
+    QObject::connect(sender, &WifiProvider::poweredChanged, q, &WifiService::poweredChanged);
+    QObject::connect(sender, &WifiProvider::connectedChanged, q, &WifiService::connectedChanged);
 }
 
-WifiService::Private::~Private()
-{
-    delete provider;
-    provider = nullptr;
-}
-
-bool WifiService::Private::admits(const char *operation) const
+bool WifiService::Private::admitOrWarn(const char *operation) const
 {
     if (provider && provider->ready())
         return true;
-    NetworkLog::warning(operation, NotReadyText);
+    NetworkLog::printWarning(operation, NotReadyText);
     return false;
 }
 

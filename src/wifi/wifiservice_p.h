@@ -4,6 +4,8 @@
 
 #include "wifiservice.h"
 
+#include <memory>
+
 namespace morvek {
 
 class WifiProvider;
@@ -15,18 +17,18 @@ class Q_DECL_HIDDEN WifiService::Private
 {
 public:
     explicit Private(WifiService *service);
-    /*! Takes \a wifiProvider over. */
-    Private(WifiService *service, WifiProvider *wifiProvider);
+    Private(WifiService *service, std::unique_ptr<WifiProvider> wifiProvider);
     ~Private();
 
     /*! Whether there is a provider that is ready; if not, the log tells that \a operation was called in vain. */
-    bool admits(const char *operation) const;
+    bool admitOrWarn(const char *operation) const;
 
     WifiService *q;
-    WifiProvider *provider;
+    std::unique_ptr<WifiProvider> provider;
 
 private:
     Q_DISABLE_COPY(Private)
+    void connectProvider();
 };
 
 } // namespace morvek

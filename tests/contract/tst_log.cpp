@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "contracttest.h"
 #include "krellogger.h"
+#include "localencoding.h"
 
 using namespace morvek;
 
@@ -14,6 +15,8 @@ private Q_SLOTS:
     void levelsAreTheirThresholds();
     void aSinkGetsEveryLineAsItIs();
     void aStreamIsOneLine();
+    void printedTextIsInTheLocalEncoding_data();
+    void printedTextIsInTheLocalEncoding();
 };
 
 void LogTest::cleanup()
@@ -46,15 +49,14 @@ void LogTest::aSinkGetsEveryLineAsItIs()
     });
     KrelLogger().error(1) << "a\nb" << 5;
     KrelLogger().debug1(2) << QStringLiteral("c");
-    KrelLogger().error(3, "%s %d", "gr\xc3\xbc\xc3\x9f", 6);
+    KrelLogger().error(3, "%s %d", "green", 6);
     KrelLogger().warning(4, "w");
     KrelLogger().warning(65535) << "x";
     KrelLogger().debug1(5, "d1");
     KrelLogger().debug2(6, "%%");
     KrelLogger().debug2(7) << "d2";
     QCOMPARE(lines,
-             QStringList({"2 1 a\nb5", "6 2 c", QStringLiteral("2 3 gr\u00fc\u00df 6"), "3 4 w", "3 65535 x", "6 5 d1",
-                          "7 6 %", "7 7 d2"}));
+             QStringList({"2 1 a\nb5", "6 2 c", "2 3 green 6", "3 4 w", "3 65535 x", "6 5 d1", "7 6 %", "7 7 d2"}));
 }
 
 void LogTest::aStreamIsOneLine()
@@ -71,6 +73,30 @@ void LogTest::aStreamIsOneLine()
     QCOMPARE(lines, QStringList({"a\nb"}));
     KrelLogger().error(1);
     QCOMPARE(lines, QStringList({"a\nb", ""}));
+}
+
+void LogTest::printedTextIsInTheLocalEncoding_data()
+{
+    QTest::addColumn<QByteArray>("encoding");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("UTF-8") << QByteArray("UTF-8") << QByteArray("gr\xc3\xbc\xc3\x9f");
+    QTest::newRow("Latin-1") << QByteArray("ISO-8859-1") << QByteArray("gr\xfc\xdf");
+}
+
+void LogTest::printedTextIsInTheLocalEncoding()
+{
+    QFETCH(QByteArray, encoding);
+    QFETCH(QByteArray, bytes);
+    const LocalEncoding local(encoding.constData());
+    QStringList lines;
+    KrelLogger::setSink([&lines](KrelLogger::Level, unsigned short, const QString &text) { lines << text; });
+    const QByteArray cut = bytes + QByteArray("\0 and more", 10);
+    KrelLogger().error(1, "%s %d%%", bytes.constData(), 6);
+    KrelLogger().warning(1, "%s.", cut.constData());
+    KrelLogger().debug1(1, "%.2s|%5s|", bytes.constData(), "a");
+    KrelLogger().debug2(1, "%s", "");
+    const QString text = QStringLiteral("gr\u00fc\u00df");
+    QCOMPARE(lines, QStringList({text + QStringLiteral(" 6%"), text + QStringLiteral("."), "gr|    a|", ""}));
 }
 
 CONTRACT_TEST_MAIN(LogTest)

@@ -11,7 +11,7 @@ namespace {
 /*! What another process writes to standard error when it logs \a text. */
 QByteArray logged(const QString &level, int code, const QString &text)
 {
-    Peer peer;
+    Peer peer({QStringLiteral("LC_ALL=C.UTF-8")});
     peer.send(QStringLiteral("log %1 %2 %3").arg(level).arg(code).arg(text));
     return peer.quit() ? peer.standardError() : QByteArray("the process did not end");
 }

@@ -35,6 +35,7 @@ void ZopControlCommand::setMessage(const QString &message)
 
 QString ZopControlCommand::message() const
 {
+    ++ZopRegistry::instance().askedTexts;
     return d->message;
 }
 
@@ -74,6 +75,7 @@ int ZopControlCommand::errorCode() const
 
 QString ZopControlCommand::errorString() const
 {
+    ++ZopRegistry::instance().askedTexts;
     return d->errorString;
 }
 

@@ -37,6 +37,7 @@ bool ZopDirWatcher::isValid() const
 
 QString ZopDirWatcher::errorString() const
 {
+    ++ZopRegistry::instance().askedTexts;
     return d->error;
 }
 

@@ -188,6 +188,11 @@ void ZopDouble::clearJournal()
     registry().journal.clear();
 }
 
+int ZopDouble::askedTexts()
+{
+    return registry().askedTexts;
+}
+
 QList<ZopObject *> ZopDouble::objects(const QString &path)
 {
     QList<ZopObject *> found;

@@ -86,6 +86,8 @@ public:
      */
     static QStringList journal();
     static void clearJournal();
+    /*! How often clients have asked objects, watchers and commands for texts about themselves, ids left out. */
+    static int askedTexts();
 
     /*! The client objects that are open on \a path. */
     static QList<morvek::ZopObject *> objects(const QString &path);

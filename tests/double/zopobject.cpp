@@ -41,11 +41,13 @@ bool ZopObject::isValid() const
 
 QString ZopObject::errorString() const
 {
+    ++ZopRegistry::instance().askedTexts;
     return isValid() ? d->writeError : d->error;
 }
 
 QString ZopObject::path() const
 {
+    ++ZopRegistry::instance().askedTexts;
     return d->path;
 }
 

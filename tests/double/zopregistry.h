@@ -51,6 +51,7 @@ struct ZopRegistry
     std::function<void(const morvek::ZopChangeset &changes)> writeHook;
     QString nextId;
     QStringList journal;
+    int askedTexts = 0;
 };
 
 /*! Tells one object of one update. */

@@ -2,7 +2,7 @@
 #include "asynchotspotconfigoperation.h"
 #include "asynchotspotenableoperation.h"
 #include "asyncnetworkinterfaceoperation.h"
-#include "asyncoperationwriter.h"
+#include "asyncoperationwriter_p.h"
 #include "asyncwificonnectoperation.h"
 #include "asyncwifiscanoperation.h"
 #include "eventloop.h"

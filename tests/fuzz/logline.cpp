@@ -15,7 +15,7 @@ namespace {
 
 void write(int way, const QString &text)
 {
-    const QByteArray bytes = text.toUtf8();
+    const QByteArray bytes = text.toLocal8Bit();
     switch (way % 4) {
     case 0:
         KrelLogger().error(1300) << text;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hotspotproviderfixture.h"
+#include "localencoding.h"
 #include "logcapture.h"
 
 #include <QtTest/QtTest>
@@ -153,6 +154,7 @@ void TestHotspotProviderReplies::ends()
     QFETCH(QString, end);
     QFETCH(QStringList, log);
     QFETCH(QStringList, events);
+    const LocalEncoding encoding("UTF-8");
     for (const int verbosity : {2, 3}) {
         ZopDouble::reset();
         const HotspotProviderFixture fixture;

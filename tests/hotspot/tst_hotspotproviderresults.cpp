@@ -21,6 +21,8 @@ private Q_SLOTS:
 
     void tellsTheProfileBeforeTheEnd_data();
     void tellsTheProfileBeforeTheEnd();
+    void tellsEachListenerThatProfile_data() { tellsTheProfileBeforeTheEnd_data(); }
+    void tellsEachListenerThatProfile();
     void deletedMeanwhile_data();
     void deletedMeanwhile();
     void deletedBeforeItsNotice();
@@ -132,6 +134,30 @@ void TestHotspotProviderResults::tellsTheProfileBeforeTheEnd()
     QCOMPARE(seen, told);
     runQueued();
     QCOMPARE(seen, told + lines({"success"}));
+}
+
+// A slot may run an event loop, in which the next reply comes.
+void TestHotspotProviderResults::tellsEachListenerThatProfile()
+{
+    QFETCH(QString, request);
+    const HotspotProviderFixture fixture;
+    fixture.fetchCar();
+    const Pending first(*fixture.provider, request);
+    const Pending second(*fixture.provider, QStringLiteral("retrieve_profile"));
+    QStringList heard;
+    bool nested = false;
+    QObject::connect(fixture.provider.get(), &HotspotProvider::configurationChanged, [&](const WifiHotspot &profile) {
+        heard.append(QLatin1String("one ") + profile.name());
+        if (nested)
+            return;
+        nested = true;
+        accept("retrieve_profile", second.id, json(VanProfile));
+        heard.append(QLatin1String("one ") + profile.name());
+    });
+    QObject::connect(fixture.provider.get(), &HotspotProvider::configurationChanged,
+                     [&](const WifiHotspot &profile) { heard.append(QLatin1String("two ") + profile.name()); });
+    accept(request.toLatin1().constData(), first.id, json(TetheringDaemon::CarProfile));
+    QCOMPARE(heard, lines({"one Car", "one Van", "two Van", "one Car", "two Car"}));
 }
 
 void TestHotspotProviderResults::deletedMeanwhile_data()

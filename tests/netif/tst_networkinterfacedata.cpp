@@ -113,6 +113,7 @@ private Q_SLOTS:
     void linksReadNullWhenTheRecordIsGone();
     void textForm_data();
     void textForm();
+    void textFormInAnyStream();
     void isAMetaType();
 };
 
@@ -522,6 +523,20 @@ void TestNetworkInterfaceData::textForm()
     NetworkInterfaceData data;
     change(data);
     QCOMPARE(::textForm(publicValue(data)), text);
+}
+
+void TestNetworkInterfaceData::textFormInAnyStream()
+{
+    NetworkInterfaceData data;
+    data.priority = 26;
+    data.available = true;
+    QString text;
+    QTextStream stream(&text);
+    stream << Qt::hex << Qt::showbase << Qt::forcesign << Qt::uppercasedigits << publicValue(data);
+    stream.flush();
+    QCOMPARE(text,
+             QStringLiteral("NetworkInterface {name:,type:unknown,mac:,available:1,priority:26,connected:false,"
+                            "configuration:NetworkInterfaceConfig{empty}}"));
 }
 
 void TestNetworkInterfaceData::isAMetaType()

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "localencoding.h"
 #include "logcapture.h"
 #include "metaobject.h"
 #include "networkingdaemon.h"
@@ -666,6 +667,7 @@ void TestNetworkInterfaceProvider::preferredInterfaceUnknown()
 
 void TestNetworkInterfaceProvider::preferredInterfaceThreshold()
 {
+    const LocalEncoding encoding("UTF-8");
     start();
     NetworkInterfaceProviderZop provider;
     LogCapture log(2);

@@ -166,8 +166,7 @@ void TestNetworkInterfaceService::withoutProvider()
     NetworkInterfaceService unready;
     AlwaysReadyService<NetworkInterfaceService> ready;
     for (NetworkInterfaceService *service : {&unready, static_cast<NetworkInterfaceService *>(&ready)}) {
-        delete privateHalf(*service)->provider;
-        privateHalf(*service)->provider = nullptr;
+        privateHalf(*service)->provider.reset();
         QVERIFY(service->available());
         QVERIFY(service->interfaces().isEmpty());
         QVERIFY(service->preferredInterface().isEmpty());
@@ -425,7 +424,7 @@ void TestNetworkInterfaceService::deletesItsProvider()
     QCOMPARE(privateHalf(*service)->q, service);
     QCOMPARE(QByteArray(privateHalf(*service)->provider->metaObject()->className()),
              QByteArray("morvek::NetworkInterfaceProviderZop"));
-    const QPointer<NetworkInterfaceProvider> ownProvider(privateHalf(*service)->provider);
+    const QPointer<NetworkInterfaceProvider> ownProvider(privateHalf(*service)->provider.get());
     const int before = FakeProvider::deleted;
     replaceProvider<FakeProvider>(*service);
     QVERIFY(!ownHalf);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "asyncnetworkinterfaceoperation.h"
+#include "localencoding.h"
 #include "logcapture.h"
 #include "networkingdaemon.h"
 #include "networkinterfaceservice.h"
@@ -158,6 +159,7 @@ void TestOutsideText::statusAttributes_data()
 void TestOutsideText::statusAttributes()
 {
     QFETCH(QByteArray, value);
+    const LocalEncoding encoding("UTF-8");
     start();
     addInterface("en0", wired());
     const NetworkInterfaceService service;
@@ -169,7 +171,7 @@ void TestOutsideText::statusAttributes()
     QVERIFY(service.preferredInterface().isEmpty());
     const QStringList lines = log.take();
     QCOMPARE(lines.size(), 1);
-    const QString name = QString::fromUtf8(value.constData(), value.size());
+    const QString name = QString::fromUtf8(value.constData()); // printed up to its zero
     QCOMPARE(lines.first(),
              QLatin1String("warning 1300 Preferred network interface changed to \"") + name
                  + QLatin1String("\" which is not in the list of known interfaces."));

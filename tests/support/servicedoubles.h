@@ -30,9 +30,10 @@ public:
 template<typename Provider, typename Service>
 Provider *replaceProvider(Service &service)
 {
-    auto *provider = new Provider;
+    auto owned = std::make_unique<Provider>();
+    Provider *provider = owned.get();
     auto &half = privateHalf(service);
-    half = std::make_unique<typename std::decay<decltype(*half)>::type>(&service, provider);
+    half = std::make_unique<typename std::decay<decltype(*half)>::type>(&service, std::move(owned));
     return provider;
 }
 

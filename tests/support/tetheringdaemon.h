@@ -32,12 +32,19 @@ inline void store(const ZopDouble::Values &status = {})
     ZopDouble::store(QLatin1String(Status), status);
 }
 
-/*! The manager comes up with the hotspot off, or as \a status says: clients become ready. */
-inline void start(const ZopDouble::Values &status = {{QStringLiteral("state"), text("INACTIVE")}})
+/*! The manager comes up as \a status says: clients become ready. */
+inline void start(const ZopDouble::Values &status)
 {
     store(status);
     announce("status");
     announce("control");
+}
+
+/*! The manager comes up with the hotspot off. (Not a default argument: GCC takes two such lists in two headers for
+ * one.) */
+inline void start()
+{
+    start({{QStringLiteral("state"), text("INACTIVE")}});
 }
 
 /*! One update of one attribute of the status object. */

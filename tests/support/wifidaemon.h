@@ -25,12 +25,19 @@ inline void store(const ZopDouble::Values &status = {})
     ZopDouble::store(QLatin1String(Status), status);
 }
 
-/*! The daemon comes up with the radio off, or as \a status says: clients become ready. */
-inline void start(const ZopDouble::Values &status = {{QStringLiteral("wifi_power"), text("off")}})
+/*! The daemon comes up as \a status says: clients become ready. */
+inline void start(const ZopDouble::Values &status)
 {
     store(status);
     announce("control");
     announce("status");
+}
+
+/*! The daemon comes up with the radio off. (Not a default argument: GCC takes two such lists in two headers for one.)
+ */
+inline void start()
+{
+    start({{QStringLiteral("wifi_power"), text("off")}});
 }
 
 /*! One update of one attribute of the status object. */

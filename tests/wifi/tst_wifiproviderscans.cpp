@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "asyncoperationwriter.h"
+#include "asyncoperationwriter_p.h"
 #include "localencoding.h"
 #include "logcapture.h"
 #include "wifiproviderfixture.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "localencoding.h"
 #include "logcapture.h"
 #include "wifiproviderfixture.h"
 
@@ -229,7 +230,8 @@ void TestWifiProviderStatus::powerIsKeptWhenUnknown()
     const WifiProviderFixture fixture;
     const QString line =
         QStringLiteral("warning 1300 Wi-Fi status ZOP object powered attribute does not have a recognized value: ")
-        + QString::fromUtf8(value.constData(), value.size());
+        + QString::fromUtf8(value.constData()); // printed up to its zero
+    const LocalEncoding encoding("UTF-8");
     for (const char *former : {"on", "off"}) {
         change("wifi_power", text(former));
         fixture.events->take();

@@ -361,7 +361,7 @@ void TestWifiService::deletesItsProvider()
 {
     auto *service = new WifiService;
     QVERIFY(!service->parent());
-    const QPointer<WifiProvider> ownProvider(privateHalf(*service)->provider);
+    const QPointer<WifiProvider> ownProvider(privateHalf(*service)->provider.get());
     QCOMPARE(privateHalf(*service)->q, service);
     QVERIFY(!ownProvider->parent());
     QCOMPARE(QByteArray(ownProvider->metaObject()->className()), QByteArray("morvek::WifiProviderZop"));

@@ -265,11 +265,11 @@ void ContractPeer::log(const QString &level, unsigned short code, const QString 
     if (level == QLatin1String("error"))
         KrelLogger().error(code) << said;
     else if (level == QLatin1String("warning"))
-        KrelLogger().warning(code, "%s", said.toUtf8().constData());
+        KrelLogger().warning(code, "%s", said.toLocal8Bit().constData());
     else if (level == QLatin1String("debug1"))
         KrelLogger().debug1(code) << said;
     else
-        KrelLogger().debug2(code, "%s", said.toUtf8().constData());
+        KrelLogger().debug2(code, "%s", said.toLocal8Bit().constData());
 }
 
 } // namespace

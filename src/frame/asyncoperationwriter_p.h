@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef MORVEK_ASYNCOPERATIONWRITER_H
-#define MORVEK_ASYNCOPERATIONWRITER_H
+#ifndef MORVEK_ASYNCOPERATIONWRITER_P_H
+#define MORVEK_ASYNCOPERATIONWRITER_P_H
 
 #include "asyncoperation.h"
 

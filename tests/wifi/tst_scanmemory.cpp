@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "asyncwifiscanoperation.h"
+#include "heap.h"
+#include "localencoding.h"
+#include "servicepointer.h"
+#include "wifidaemon.h"
+#include "wifiservice.h"
+
+#include <QtTest/QtTest>
+
+#include <memory>
+
+using namespace morvek;
+
+class TestScanMemory : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void manyResultsAreHeldInOneFormAtATime();
+};
+
+void TestScanMemory::manyResultsAreHeldInOneFormAtATime()
+{
+#ifdef HEAP_IS_SANITIZED
+    QSKIP("The sanitizer has a heap of its own");
+#endif
+    const LocalEncoding encoding("UTF-8");
+    QByteArray results("[");
+    for (int i = 0; i < 5000; ++i)
+        results += QByteArray(i ? "," : "") + R"({"bssid":"02:00:00:00:)" + QByteArray::number(i)
+            + R"(","ssid":"Network )" + QByteArray::number(i)
+            + R"(","signal_level":"-57","frequency":"2437","flags":["WPA2-PSK-CCMP","ESS"]})";
+    results += "]";
+    results.squeeze();
+    const long parsing = Heap::peakOf([&results] { QJsonDocument::fromJson(results); });
+    QVERIFY(parsing > results.size());
+
+    const WifiServicePointer service(newWifiService());
+    WifiDaemon::start();
+    const std::unique_ptr<AsyncWifiScanOperation> operation(service->scan());
+    const ZopVariant value = raw(results);
+    const long scanning = Heap::peakOf([&value] { WifiDaemon::change("scan_results", value); });
+    QCOMPARE(operation->results().size(), 5000);
+    // The text in the locale's encoding stays while it is parsed; an eighth of it more is let pass.
+    QVERIFY2(
+        scanning < parsing + results.size() * 9 / 8,
+        qPrintable(
+            QStringLiteral("%1 bytes at most, and %2 for parsing %3").arg(scanning).arg(parsing).arg(results.size())));
+}
+
+QTEST_GUILESS_MAIN(TestScanMemory)
+#include "tst_scanmemory.moc"
