@@ -29,7 +29,7 @@ class AsyncOperation : public AsyncOperationBase
 {
 public:
     /*! What the operation ended well with; empty before. */
-    QList<T> results() const { return m_results; }
+    const QList<T> results() const { return m_results; }
 
 private:
     friend class AsyncOperationWriter;
