@@ -4,11 +4,10 @@
 
 #include "networkexport.h"
 #include "networkinterfaceconfig.h"
+#include "privatepart.h"
 
 #include <QtCore/QMetaType>
 #include <QtCore/QString>
-
-#include <memory>
 
 class QTextStream;
 
@@ -21,7 +20,7 @@ struct NetworkInterfaceData;
  *
  * It is a value that stays as it is: ask the service again, or listen to its signals, to follow the interface.
  * Only its link to the parent interface is alive: parent() and the comparisons see that one as it is now, or not at
- * all once it is gone. A copy shares nothing else with its source.
+ * all once it is gone. A copy shares nothing else with its source; what was moved from is as a new one.
  */
 class MORVEK_NETWORK_EXPORT NetworkInterface
 {
@@ -40,8 +39,11 @@ public:
     /*! An empty interface. */
     NetworkInterface();
     NetworkInterface(const NetworkInterface &other);
+    NetworkInterface(NetworkInterface &&other) noexcept;
     ~NetworkInterface();
     NetworkInterface &operator=(const NetworkInterface &other);
+    NetworkInterface &operator=(NetworkInterface &&other) noexcept;
+    void swap(NetworkInterface &other) noexcept { d.swap(other.d); }
 
     /*! Equal in every field; parents are compared by what they hold. */
     bool operator==(const NetworkInterface &other) const;
@@ -75,8 +77,13 @@ private:
     friend class NetworkInterfaceService;
     friend struct NetworkInterfaceData;
     class Private;
-    std::unique_ptr<Private> d;
+    PrivatePart<Private> d;
 };
+
+inline void swap(NetworkInterface &left, NetworkInterface &right) noexcept
+{
+    left.swap(right);
+}
 
 /*! Writes one line that describes \a networkInterface. */
 MORVEK_NETWORK_EXPORT QTextStream &operator<<(QTextStream &stream, const NetworkInterface &networkInterface);
@@ -84,5 +91,7 @@ MORVEK_NETWORK_EXPORT QTextStream &operator<<(QTextStream &stream, const Network
 } // namespace morvek
 
 Q_DECLARE_METATYPE(morvek::NetworkInterface)
+Q_DECLARE_METATYPE(morvek::NetworkInterface::InterfaceType)
+Q_DECLARE_TYPEINFO(morvek::NetworkInterface, Q_MOVABLE_TYPE);
 
 #endif

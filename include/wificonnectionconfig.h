@@ -3,11 +3,11 @@
 #define MORVEK_WIFICONNECTIONCONFIG_H
 
 #include "networkexport.h"
+#include "privatepart.h"
 #include "wifisecurity.h"
 
+#include <QtCore/QMetaType>
 #include <QtCore/QString>
-
-#include <memory>
 
 class QTextStream;
 
@@ -16,15 +16,19 @@ namespace morvek {
 /*!
  * Which Wi-Fi network to join, and how.
  *
- * A default-constructed one stands for an open network without a name. A copy shares nothing with its source.
+ * A default-constructed one stands for an open network without a name. A copy shares nothing with its source; what
+ * was moved from is as a new one.
  */
 class MORVEK_NETWORK_EXPORT WifiConnectionConfig
 {
 public:
     WifiConnectionConfig();
     WifiConnectionConfig(const WifiConnectionConfig &other);
+    WifiConnectionConfig(WifiConnectionConfig &&other) noexcept;
     ~WifiConnectionConfig();
     WifiConnectionConfig &operator=(const WifiConnectionConfig &other);
+    WifiConnectionConfig &operator=(WifiConnectionConfig &&other) noexcept;
+    void swap(WifiConnectionConfig &other) noexcept { d.swap(other.d); }
 
     /*! Equal in every field. */
     bool operator==(const WifiConnectionConfig &other) const;
@@ -54,12 +58,20 @@ public:
 
 private:
     class Private;
-    std::unique_ptr<Private> d;
+    PrivatePart<Private> d;
 };
+
+inline void swap(WifiConnectionConfig &left, WifiConnectionConfig &right) noexcept
+{
+    left.swap(right);
+}
 
 /*! Writes one line that describes \a config, without its passkey. */
 MORVEK_NETWORK_EXPORT QTextStream &operator<<(QTextStream &stream, WifiConnectionConfig &config);
 
 } // namespace morvek
+
+Q_DECLARE_METATYPE(morvek::WifiConnectionConfig)
+Q_DECLARE_TYPEINFO(morvek::WifiConnectionConfig, Q_MOVABLE_TYPE);
 
 #endif
