@@ -20,7 +20,10 @@ struct NetworkInterfaceData;
  *
  * It is a value that stays as it is: ask the service again, or listen to its signals, to follow the interface.
  * Only its link to the parent interface is alive: parent() and the comparisons see that one as it is now, or not at
- * all once it is gone. A copy shares nothing else with its source; what was moved from is as a new one.
+ * all once it is gone; so a value belongs to the thread of its service. A copy shares nothing else with its source;
+ * what was moved from is as a new one.
+ *
+ * When the networking daemon withdraws a property of an interface, the interface keeps the last value of it.
  */
 class MORVEK_NETWORK_EXPORT NetworkInterface
 {
@@ -68,9 +71,9 @@ public:
     bool available() const;
     /*! True when the networking daemon reports it as connected. */
     bool connected() const;
-    /*! True when the interface stands on another one, its parent(). */
+    /*! True when the interface stands on another one, its parent(), be that known or not. */
     bool isVirtual() const;
-    /*! The interface that carries this one, as it is now; empty when there is none, or none any more. */
+    /*! The interface that carries this one, as it is now; empty when there is none, or it is not known yet, or gone. */
     NetworkInterface parent() const;
 
 private:

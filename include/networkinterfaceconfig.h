@@ -18,14 +18,20 @@ namespace morvek {
  * The IPv4 configuration of an interface: obtained by DHCP, or given by hand.
  *
  * \code
- * QNetworkAddressEntry address;
- * address.setIp(QHostAddress("192.168.0.2"));
- * address.setNetmask(QHostAddress("255.255.255.0"));
+ * #include <networkinterfaceconfig.h>
  *
- * NetworkInterfaceConfig config;
- * config.setType(NetworkInterfaceConfig::Manual);
- * config.addIpAddress(address);
- * config.addGatewayAddress(QHostAddress("192.168.0.1"));
+ * NetworkInterfaceConfig Settings::manual()
+ * {
+ *     QNetworkAddressEntry address;
+ *     address.setIp(QHostAddress("192.168.0.2"));
+ *     address.setNetmask(QHostAddress("255.255.255.0"));
+ *
+ *     NetworkInterfaceConfig config;
+ *     config.setType(NetworkInterfaceConfig::Manual);
+ *     config.addIpAddress(address);
+ *     config.addGatewayAddress(QHostAddress("192.168.0.1"));
+ *     return config;
+ * }
  * \endcode
  *
  * The lists may hold more, but only the first address and the first gateway are used when an interface is

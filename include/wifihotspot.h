@@ -56,7 +56,11 @@ public:
     QFlags<WifiSecurityProtocol> securityType() const;
     void setSecurityType(const QFlags<WifiSecurityProtocol> &securityType);
 
-    /*! The radio band that the hotspot works in; 2.4 GHz at first, and for any band that the library does not know. */
+    /*!
+     * The radio band that the hotspot works in; 2.4 GHz at first, and when the tethering manager tells it in words that
+     * are not known. A value that is none of the two is kept, and written as an empty text, which is read as that value
+     * from then on.
+     */
     WifiBand band() const;
     void setBand(WifiBand band);
 

@@ -18,6 +18,8 @@
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
+#include <type_traits>
+
 using namespace morvek;
 
 namespace {
