@@ -13,23 +13,35 @@ namespace morvek {
  *
  * A service hands out one of the concrete classes, each with the signals success() and failure(). One of them
  * tells the end, always from the event loop and never inside the call that started the operation, so that there is
- * time to connect. The caller owns the operation and deletes it whenever it likes, usually in the slot; deleting
- * it earlier does not withdraw the request.
+ * time to connect. The caller owns the operation and deletes it whenever it likes, usually in the slots of both;
+ * deleting it earlier does not withdraw the request.
  *
  * \code
- * AsyncNetworkInterfaceOperation *operation = service->configure(networkInterface, config);
- * connect(operation, &AsyncNetworkInterfaceOperation::success, this, [this, operation] {
- *     show(operation->results().first());
- *     operation->deleteLater();
- * });
+ * #include <asyncnetworkinterfaceoperation.h>
+ * #include <networkinterfaceservice.h>
+ *
+ * void Settings::useDhcp(NetworkInterfaceService *service)
+ * {
+ *     AsyncNetworkInterfaceOperation *operation =
+ *         service->configure(service->preferredInterface(), NetworkInterfaceConfig());
+ *     connect(operation, &AsyncNetworkInterfaceOperation::success, this, [this, operation] {
+ *         for (const NetworkInterface &networkInterface : operation->results())
+ *             show(networkInterface.name());
+ *         operation->deleteLater();
+ *     });
+ *     connect(operation, &AsyncNetworkInterfaceOperation::failure, this, [this, operation] {
+ *         show(operation->error().message());
+ *         operation->deleteLater();
+ *     });
+ * }
  * \endcode
  */
 template<typename T>
 class AsyncOperation : public AsyncOperationBase
 {
 public:
-    /*! What the operation ended well with; empty before. */
-    QList<T> results() const { return m_results; }
+    /*! What the operation ended well with. It is there just before success(), and stays; until then it is empty. */
+    const QList<T> results() const { return m_results; }
 
 private:
     friend class AsyncOperationWriter;

@@ -22,20 +22,40 @@ class AsyncHotspotEnableOperation;
  * #include <hotspotservice.h>
  * #include <networklibraryexports.h>
  *
- * HotSpotService *service = newHotSpotService();
- * connect(service, &HotSpotService::enabledChanged, this, &Screen::showHotspot);
- * connect(service, &HotSpotService::readyChanged, this, [this, service] {
- *     AsyncHotspotConfigOperation *fetch = service->configuration();
- *     connect(fetch, &AsyncHotspotConfigOperation::failure, this, &Screen::showFailure); // and delete it, too
- *     connect(fetch, &AsyncHotspotConfigOperation::success, service, [service, fetch] { // which may be gone by then
- *         fetch->deleteLater();
- *         AsyncHotspotEnableOperation *start = service->setEnabled(true);
- *         connect(start, &AsyncHotspotEnableOperation::success, start, &QObject::deleteLater);
- *         connect(start, &AsyncHotspotEnableOperation::failure, start, &QObject::deleteLater);
+ * void Settings::begin()
+ * {
+ *     m_service = newHotSpotService();
+ *     connect(m_service, &HotSpotService::readyChanged, this, &Settings::readProfile);
+ * }
+ *
+ * void Settings::readProfile()
+ * {
+ *     AsyncHotspotConfigOperation *operation = m_service->configuration();
+ *     connect(operation, &AsyncHotspotConfigOperation::success, this, [this, operation] {
+ *         operation->deleteLater();
+ *         if (m_service) // it may have been deleted meanwhile
+ *             switchOn();
  *     });
- * });
- * // at the end:
- * deleteHotSpotService(&service);
+ *     connect(operation, &AsyncHotspotConfigOperation::failure, this, [this, operation] {
+ *         show(operation->error().message());
+ *         operation->deleteLater();
+ *     });
+ * }
+ *
+ * void Settings::switchOn()
+ * {
+ *     AsyncHotspotEnableOperation *operation = m_service->setEnabled(true);
+ *     connect(operation, &AsyncHotspotEnableOperation::success, operation, &QObject::deleteLater);
+ *     connect(operation, &AsyncHotspotEnableOperation::failure, this, [this, operation] {
+ *         show(operation->error().message());
+ *         operation->deleteLater();
+ *     });
+ * }
+ *
+ * void Settings::end()
+ * {
+ *     deleteHotSpotService(&m_service);
+ * }
  * \endcode
  *
  * The service is usable on the thread that created it, which must be the same for all hotspot services of a process.
@@ -44,15 +64,18 @@ class AsyncHotspotEnableOperation;
  * A new service is not ready: it becomes so, from the event loop, when the tethering manager serves its control object,
  * and tells it with readyChanged(). It tries once: when the control object is there and one of the manager's objects
  * cannot be opened, such as while the manager restarts, the service does not become ready any more, and no signal tells
- * that. An application that is still waiting after a second or two makes a new service. Once ready, it outlives any
- * restart of the manager; what it tells is what the manager has published last, also while the manager is dead.
+ * that. An application that is still waiting after a second or two makes a new service, and waits longer each time: see
+ * below. Once ready, it outlives any restart of the manager; what it tells is what the manager has published last, also
+ * while the manager is dead.
  *
  * The caller owns the operations that are returned, which are never null, and may delete them at any time. Their
  * failures carry code -1. There is no time limit: a request that the manager does not answer stays pending, and fails
- * when the manager dies, as if it were refused.
+ * when the manager dies, as if it were refused. A request that the manager answers as another one ends as that one
+ * would: with its messages, and with a result only when that is of the same type.
  *
  * Deleting the service does not delete what talks to the tethering manager behind it: that stays for the life of the
- * process, and operations that are pending still end. So an application makes one service and keeps it.
+ * process, with up to two open objects, and operations that are pending still end. So an application keeps the first
+ * service that becomes ready, and does not try for ever.
  */
 class MORVEK_NETWORK_EXPORT HotSpotService : public ServiceBase
 {

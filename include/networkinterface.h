@@ -4,11 +4,10 @@
 
 #include "networkexport.h"
 #include "networkinterfaceconfig.h"
+#include "privatepart.h"
 
 #include <QtCore/QMetaType>
 #include <QtCore/QString>
-
-#include <memory>
 
 class QTextStream;
 
@@ -21,7 +20,10 @@ struct NetworkInterfaceData;
  *
  * It is a value that stays as it is: ask the service again, or listen to its signals, to follow the interface.
  * Only its link to the parent interface is alive: parent() and the comparisons see that one as it is now, or not at
- * all once it is gone. A copy shares nothing else with its source.
+ * all once it is gone; so a value belongs to the thread of its service. A copy shares nothing else with its source;
+ * what was moved from is as a new one.
+ *
+ * When the networking daemon withdraws a property of an interface, the interface keeps the last value of it.
  */
 class MORVEK_NETWORK_EXPORT NetworkInterface
 {
@@ -40,8 +42,11 @@ public:
     /*! An empty interface. */
     NetworkInterface();
     NetworkInterface(const NetworkInterface &other);
+    NetworkInterface(NetworkInterface &&other) noexcept;
     ~NetworkInterface();
     NetworkInterface &operator=(const NetworkInterface &other);
+    NetworkInterface &operator=(NetworkInterface &&other) noexcept;
+    void swap(NetworkInterface &other) noexcept { d.swap(other.d); }
 
     /*! Equal in every field; parents are compared by what they hold. */
     bool operator==(const NetworkInterface &other) const;
@@ -66,17 +71,22 @@ public:
     bool available() const;
     /*! True when the networking daemon reports it as connected. */
     bool connected() const;
-    /*! True when the interface stands on another one, its parent(). */
+    /*! True when the interface stands on another one, its parent(), be that known or not. */
     bool isVirtual() const;
-    /*! The interface that carries this one, as it is now; empty when there is none, or none any more. */
+    /*! The interface that carries this one, as it is now; empty when there is none, or it is not known yet, or gone. */
     NetworkInterface parent() const;
 
 private:
     friend class NetworkInterfaceService;
     friend struct NetworkInterfaceData;
     class Private;
-    std::unique_ptr<Private> d;
+    PrivatePart<Private> d;
 };
+
+inline void swap(NetworkInterface &left, NetworkInterface &right) noexcept
+{
+    left.swap(right);
+}
 
 /*! Writes one line that describes \a networkInterface. */
 MORVEK_NETWORK_EXPORT QTextStream &operator<<(QTextStream &stream, const NetworkInterface &networkInterface);
@@ -84,5 +94,7 @@ MORVEK_NETWORK_EXPORT QTextStream &operator<<(QTextStream &stream, const Network
 } // namespace morvek
 
 Q_DECLARE_METATYPE(morvek::NetworkInterface)
+Q_DECLARE_METATYPE(morvek::NetworkInterface::InterfaceType)
+Q_DECLARE_TYPEINFO(morvek::NetworkInterface, Q_MOVABLE_TYPE);
 
 #endif

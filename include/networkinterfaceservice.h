@@ -20,20 +20,29 @@ class NetworkInterfaceConfig;
  * IPv4 configuration.
  *
  * \code
- * NetworkInterfaceService *service = newNetworkInterfaceService();
- * for (const NetworkInterface &networkInterface : service->interfaces())
- *     qDebug() << networkInterface.name() << networkInterface.connected();
+ * #include <networkinterfaceservice.h>
+ * #include <networklibraryexports.h>
  *
- * AsyncNetworkInterfaceOperation *operation = service->configure(service->preferredInterface(), config);
- * connect(operation, &AsyncNetworkInterfaceOperation::success, this, &Settings::onConfigured);
- * connect(operation, &AsyncNetworkInterfaceOperation::failure, this, &Settings::onConfigureFailed);
- * // The slots delete the operation; at the end:
- * deleteNetworkInterfaceService(&service);
+ * void Settings::begin()
+ * {
+ *     m_service = newNetworkInterfaceService();
+ *     connect(m_service, &NetworkInterfaceService::preferredInterfaceChanged, this,
+ *             [this](const NetworkInterface &preferred) { show(preferred.name()); });
+ *     for (const NetworkInterface &networkInterface : m_service->interfaces())
+ *         show(networkInterface.name());
+ * }
+ *
+ * void Settings::end()
+ * {
+ *     deleteNetworkInterfaceService(&m_service);
+ * }
  * \endcode
  *
- * The service is usable on the thread that created it. It is ready as soon as it is constructed when the
- * networking daemon's objects exist then, and does not become ready later: make a new one to try again. Once ready,
- * it outlives any restart of the daemon. Slots may delete it.
+ * AsyncOperation shows how an interface is configured.
+ *
+ * The service and its values are usable on the thread that created it. It is ready as soon as it is constructed when
+ * the networking daemon's objects exist then, and does not become ready later: delete it and make a new one to try
+ * again. Once ready, it outlives any restart of the daemon. Slots may delete it.
  *
  * No signal tells that an interface has come or gone: ask interfaces() again.
  */
@@ -53,8 +62,9 @@ public:
     /*! Every known interface, in ascending order of the names; empty while the service is not ready. */
     QList<NetworkInterface> interfaces() const;
     /*!
-     * The interface that the unit prefers now; empty when there is none or the service is not ready. When that
-     * interface vanishes, there is none until the networking daemon names one again; no signal tells it.
+     * The interface that the unit prefers now; empty when there is none or the service is not ready. It is empty, too,
+     * when the networking daemon names an interface that is not known yet, and when the preferred one vanishes: until
+     * the daemon names one again, and no signal tells that the interface has come or gone.
      */
     NetworkInterface preferredInterface() const;
 
@@ -81,7 +91,8 @@ public:
      * There is no time limit: an interface that is disconnected and never reports the loss of its addresses leaves
      * the operation open. When the daemon refuses to disconnect the interface, the operation fails; should the
      * interface lose its addresses later all the same, the new configuration is still sent, and the same operation,
-     * unless it was deleted, tells the outcome of that too.
+     * unless it was deleted, tells the outcome of that too. The signal that came last counts: error() and results()
+     * keep what came before.
      */
     AsyncNetworkInterfaceOperation *configure(const NetworkInterface &networkInterface,
                                               const NetworkInterfaceConfig &config);
@@ -92,14 +103,20 @@ Q_SIGNALS:
      * value that it had.
      */
     void interfaceConfigurationChanged(const morvek::NetworkInterface &networkInterface);
-    /*! The unit prefers another interface now, or none: then it is empty. */
+    /*!
+     * The networking daemon has named the preferred interface, be it the same as before. It is empty when the daemon
+     * names none, or one that is not known yet.
+     */
     void preferredInterfaceChanged(const morvek::NetworkInterface &networkInterface);
     /*!
      * The networking daemon reports the interface as connected; it may say so more than once. Addresses that come
      * with the same update are not in \a networkInterface yet: interfaceConfigurationChanged() follows with them.
      */
     void interfaceConnected(const morvek::NetworkInterface &networkInterface);
-    /*! The networking daemon reports the interface as not connected; it may say so more than once. */
+    /*!
+     * The networking daemon reports the interface as not connected; it may say so more than once. Addresses that go
+     * with the same update are still in \a networkInterface: interfaceConfigurationChanged() follows without them.
+     */
     void interfaceDisconnected(const morvek::NetworkInterface &networkInterface);
 
 private:

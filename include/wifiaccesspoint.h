@@ -3,11 +3,11 @@
 #define MORVEK_WIFIACCESSPOINT_H
 
 #include "networkexport.h"
+#include "privatepart.h"
 #include "wifisecurity.h"
 
+#include <QtCore/QMetaType>
 #include <QtCore/QString>
-
-#include <memory>
 
 class QTextStream;
 
@@ -16,7 +16,8 @@ namespace morvek {
 /*!
  * One Wi-Fi access point: found by a scan, or the one that the station is connected to.
  *
- * A default-constructed one is an open network with empty names. A copy shares nothing with its source.
+ * A default-constructed one is an open network with empty names. A copy shares nothing with its source; what was
+ * moved from is as a new one.
  *
  * In what a scan finds, security that is not known adds nothing, and a network without any known protocol has the
  * flags of an open one. So a network is taken for open only when protocols, key management and ciphers are "none" and
@@ -28,8 +29,11 @@ class MORVEK_NETWORK_EXPORT WifiAccessPoint
 public:
     WifiAccessPoint();
     WifiAccessPoint(const WifiAccessPoint &other);
+    WifiAccessPoint(WifiAccessPoint &&other) noexcept;
     ~WifiAccessPoint();
     WifiAccessPoint &operator=(const WifiAccessPoint &other);
+    WifiAccessPoint &operator=(WifiAccessPoint &&other) noexcept;
+    void swap(WifiAccessPoint &other) noexcept { d.swap(other.d); }
 
     /*! Equal in every field. */
     bool operator==(const WifiAccessPoint &other) const;
@@ -72,14 +76,20 @@ public:
 
 private:
     class Private;
-    std::unique_ptr<Private> d;
+    PrivatePart<Private> d;
 };
+
+inline void swap(WifiAccessPoint &left, WifiAccessPoint &right) noexcept
+{
+    left.swap(right);
+}
 
 /*! Writes one line that describes \a accessPoint. */
 MORVEK_NETWORK_EXPORT QTextStream &operator<<(QTextStream &stream, WifiAccessPoint &accessPoint);
 
 } // namespace morvek
 
+Q_DECLARE_METATYPE(morvek::WifiAccessPoint)
 Q_DECLARE_TYPEINFO(morvek::WifiAccessPoint, Q_MOVABLE_TYPE);
 
 #endif

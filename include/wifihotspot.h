@@ -3,12 +3,11 @@
 #define MORVEK_WIFIHOTSPOT_H
 
 #include "networkexport.h"
+#include "privatepart.h"
 #include "wifisecurity.h"
 
 #include <QtCore/QMetaType>
 #include <QtCore/QString>
-
-#include <memory>
 
 class QTextStream;
 
@@ -21,15 +20,18 @@ enum WifiBand : int {
 };
 
 /*!
- * The profile of the unit's Wi-Fi hotspot. A copy shares nothing with its source.
+ * The profile of the unit's Wi-Fi hotspot. A copy shares nothing with its source; what was moved from is as a new one.
  */
 class MORVEK_NETWORK_EXPORT WifiHotspot
 {
 public:
     WifiHotspot();
     WifiHotspot(const WifiHotspot &other);
+    WifiHotspot(WifiHotspot &&other) noexcept;
     ~WifiHotspot();
     WifiHotspot &operator=(const WifiHotspot &other);
+    WifiHotspot &operator=(WifiHotspot &&other) noexcept;
+    void swap(WifiHotspot &other) noexcept { d.swap(other.d); }
 
     /*! Equal in every field. */
     bool operator==(const WifiHotspot &other) const;
@@ -54,7 +56,11 @@ public:
     QFlags<WifiSecurityProtocol> securityType() const;
     void setSecurityType(const QFlags<WifiSecurityProtocol> &securityType);
 
-    /*! The radio band that the hotspot works in; 2.4 GHz at first, and for any band that the library does not know. */
+    /*!
+     * The radio band that the hotspot works in; 2.4 GHz at first, and when the tethering manager tells it in words that
+     * are not known. A value that is none of the two is kept, and written as an empty text, which is read as that value
+     * from then on.
+     */
     WifiBand band() const;
     void setBand(WifiBand band);
 
@@ -76,14 +82,21 @@ public:
 
 private:
     class Private;
-    std::unique_ptr<Private> d;
+    PrivatePart<Private> d;
 };
+
+inline void swap(WifiHotspot &left, WifiHotspot &right) noexcept
+{
+    left.swap(right);
+}
 
 /*! Writes one line that describes \a hotspot, the passphrase included: never log it. */
 MORVEK_NETWORK_EXPORT QTextStream &operator<<(QTextStream &stream, WifiHotspot &hotspot);
 
 } // namespace morvek
 
+Q_DECLARE_METATYPE(morvek::WifiBand)
 Q_DECLARE_METATYPE(morvek::WifiHotspot)
+Q_DECLARE_TYPEINFO(morvek::WifiHotspot, Q_MOVABLE_TYPE);
 
 #endif

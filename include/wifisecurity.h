@@ -3,25 +3,26 @@
 #define MORVEK_WIFISECURITY_H
 
 #include <QtCore/QFlags>
+#include <QtCore/QMetaType>
 
 namespace morvek {
 
 /*! Pairwise ciphers of an access point. */
-enum WifiCipher {
+enum WifiCipher : int {
     WifiCipherNone = 0x1, //!< no cipher: open and WEP networks
     WifiCipherCcmp = 0x2,
     WifiCipherTkip = 0x4,
 };
 
 /*! How keys are negotiated. */
-enum WifiKeyManagementType {
+enum WifiKeyManagementType : int {
     WifiKeyManagementNone = 0x1, //!< not at all: open and WEP networks, and what WPS adds
     WifiKeyManagementPsk = 0x2,  //!< pre-shared key
     WifiKeyManagementEap = 0x4,  //!< enterprise authentication
 };
 
 /*! Security protocols of a network. */
-enum WifiSecurityProtocol {
+enum WifiSecurityProtocol : int {
     WifiSecurityProtocolNone = 0x1, //!< none, or none that is known
     WifiSecurityProtocolWep = 0x2,
     WifiSecurityProtocolWpa = 0x4,
@@ -30,7 +31,7 @@ enum WifiSecurityProtocol {
 };
 
 /*! Kind of service set. */
-enum WifiServiceSet {
+enum WifiServiceSet : int {
     WifiServiceSetEss = 1,  //!< infrastructure network
     WifiServiceSetIbss = 2, //!< anything else
 };
@@ -40,5 +41,13 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(QFlags<WifiKeyManagementType>)
 Q_DECLARE_OPERATORS_FOR_FLAGS(QFlags<WifiSecurityProtocol>)
 
 } // namespace morvek
+
+Q_DECLARE_METATYPE(morvek::WifiCipher)
+Q_DECLARE_METATYPE(morvek::WifiKeyManagementType)
+Q_DECLARE_METATYPE(morvek::WifiSecurityProtocol)
+Q_DECLARE_METATYPE(morvek::WifiServiceSet)
+Q_DECLARE_METATYPE(QFlags<morvek::WifiCipher>)
+Q_DECLARE_METATYPE(QFlags<morvek::WifiKeyManagementType>)
+Q_DECLARE_METATYPE(QFlags<morvek::WifiSecurityProtocol>)
 
 #endif

@@ -22,31 +22,47 @@ class WifiConnectionConfig;
  * #include <networklibraryexports.h>
  * #include <wifiservice.h>
  *
- * WifiService *service = newWifiService();
- * connect(service, &WifiService::readyChanged, this, [this, service] {
- *     AsyncWifiScanOperation *operation = service->scan();
+ * void Settings::begin()
+ * {
+ *     m_service = newWifiService();
+ *     connect(m_service, &WifiService::readyChanged, this, &Settings::scan);
+ * }
+ *
+ * void Settings::scan()
+ * {
+ *     AsyncWifiScanOperation *operation = m_service->scan();
  *     connect(operation, &AsyncWifiScanOperation::success, this, [this, operation] {
- *         show(operation->results());
+ *         for (const WifiAccessPoint &accessPoint : operation->results())
+ *             show(accessPoint.ssid());
  *         operation->deleteLater();
  *     });
- * });
- * // at the end:
- * deleteWifiService(&service);
+ *     connect(operation, &AsyncWifiScanOperation::failure, this, [this, operation] {
+ *         show(operation->error().message());
+ *         operation->deleteLater();
+ *     });
+ * }
+ *
+ * void Settings::end()
+ * {
+ *     deleteWifiService(&m_service);
+ * }
  * \endcode
+ *
+ * WifiConnectionConfig shows how a network is joined.
  *
  * The service is usable on the thread that created it. Slots may delete it.
  *
  * A new service is not ready: it becomes so, from the event loop, when the Wi-Fi daemon has published its status, and
  * tells it with readyChanged(). It tries once: when the status is there and the daemon is not, such as while it
  * restarts, the service does not become ready any more, and no signal tells that. An application that is still
- * waiting after a second or two makes a new service. Once ready, it outlives any restart of the daemon; what it tells
- * is what the daemon has published last, also while the daemon is dead.
+ * waiting after a second or two deletes it and makes a new one. Once ready, it outlives any restart of the daemon; what
+ * it tells is what the daemon has published last, also while the daemon is dead.
  *
  * The caller owns the operations that are returned, which are never null, and may delete them at any time. Their
  * failures carry code -1. Deleting the service leaves its operations open for ever.
  *
- * Names of networks pass through the locale's encoding. Let the application run in a UTF-8 locale: in another one, a
- * name that does not fit can cost the whole result of a scan.
+ * What a scan finds passes through the locale's encoding. Let the application run in a UTF-8 locale: in another one, a
+ * name that does not fit can cost the whole result.
  */
 class MORVEK_NETWORK_EXPORT WifiService : public ServiceBase
 {
@@ -68,7 +84,7 @@ public:
     void powerOn();
     /*! The same for switching the radio off. */
     void powerOff();
-    /*! Whether the radio is on; false while the service is not ready. */
+    /*! Whether the radio is on, as the Wi-Fi daemon has told last; false while the service is not ready. */
     bool powered() const;
 
     /*!
@@ -82,8 +98,8 @@ public:
 
     /*!
      * Has the station leave the present network, if it is connected to one, and join that of \a config. The operation
-     * succeeds with the access point when the station is connected; connectedChanged() has told that then. It fails
-     * with one of these messages:
+     * succeeds with the access point when the station is connected; connectedChanged() has told that then, unless it
+     * was connected all the while. It fails with one of these messages:
      *
      * - "Service is not ready"
      * - "Wifi Configuration provided is not valid": see WifiConnectionConfig::isValid().

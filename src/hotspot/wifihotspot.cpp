@@ -18,23 +18,12 @@ public:
     bool blockConn = false;
 };
 
-WifiHotspot::WifiHotspot()
-    : d(new Private)
-{
-}
-
-WifiHotspot::WifiHotspot(const WifiHotspot &other)
-    : d(new Private(*other.d))
-{
-}
-
+WifiHotspot::WifiHotspot() = default;
+WifiHotspot::WifiHotspot(const WifiHotspot &other) = default;
+WifiHotspot::WifiHotspot(WifiHotspot &&other) noexcept = default;
 WifiHotspot::~WifiHotspot() = default;
-
-WifiHotspot &WifiHotspot::operator=(const WifiHotspot &other)
-{
-    *d = *other.d;
-    return *this;
-}
+WifiHotspot &WifiHotspot::operator=(const WifiHotspot &other) = default;
+WifiHotspot &WifiHotspot::operator=(WifiHotspot &&other) noexcept = default;
 
 bool WifiHotspot::operator==(const WifiHotspot &other) const
 {

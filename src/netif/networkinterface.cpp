@@ -34,23 +34,12 @@ const char *typeText(NetworkInterface::InterfaceType type)
 
 } // namespace
 
-NetworkInterface::NetworkInterface()
-    : d(new Private)
-{
-}
-
-NetworkInterface::NetworkInterface(const NetworkInterface &other)
-    : d(new Private(*other.d))
-{
-}
-
+NetworkInterface::NetworkInterface() = default;
+NetworkInterface::NetworkInterface(const NetworkInterface &other) = default;
+NetworkInterface::NetworkInterface(NetworkInterface &&other) noexcept = default;
 NetworkInterface::~NetworkInterface() = default;
-
-NetworkInterface &NetworkInterface::operator=(const NetworkInterface &other)
-{
-    *d = *other.d;
-    return *this;
-}
+NetworkInterface &NetworkInterface::operator=(const NetworkInterface &other) = default;
+NetworkInterface &NetworkInterface::operator=(NetworkInterface &&other) noexcept = default;
 
 bool NetworkInterface::operator==(const NetworkInterface &other) const
 {

@@ -40,23 +40,12 @@ void writeSection(QTextStream &stream, const char *label, const QList<Address> &
 
 } // namespace
 
-NetworkInterfaceConfig::NetworkInterfaceConfig()
-    : d(new Private)
-{
-}
-
-NetworkInterfaceConfig::NetworkInterfaceConfig(const NetworkInterfaceConfig &other)
-    : d(new Private(*other.d))
-{
-}
-
+NetworkInterfaceConfig::NetworkInterfaceConfig() = default;
+NetworkInterfaceConfig::NetworkInterfaceConfig(const NetworkInterfaceConfig &other) = default;
+NetworkInterfaceConfig::NetworkInterfaceConfig(NetworkInterfaceConfig &&other) noexcept = default;
 NetworkInterfaceConfig::~NetworkInterfaceConfig() = default;
-
-NetworkInterfaceConfig &NetworkInterfaceConfig::operator=(const NetworkInterfaceConfig &other)
-{
-    *d = *other.d;
-    return *this;
-}
+NetworkInterfaceConfig &NetworkInterfaceConfig::operator=(const NetworkInterfaceConfig &other) = default;
+NetworkInterfaceConfig &NetworkInterfaceConfig::operator=(NetworkInterfaceConfig &&other) noexcept = default;
 
 bool NetworkInterfaceConfig::operator==(const NetworkInterfaceConfig &other) const
 {

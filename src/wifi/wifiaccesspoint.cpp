@@ -18,23 +18,12 @@ public:
     WifiServiceSet serviceSet = WifiServiceSetIbss;
 };
 
-WifiAccessPoint::WifiAccessPoint()
-    : d(new Private)
-{
-}
-
-WifiAccessPoint::WifiAccessPoint(const WifiAccessPoint &other)
-    : d(new Private(*other.d))
-{
-}
-
+WifiAccessPoint::WifiAccessPoint() = default;
+WifiAccessPoint::WifiAccessPoint(const WifiAccessPoint &other) = default;
+WifiAccessPoint::WifiAccessPoint(WifiAccessPoint &&other) noexcept = default;
 WifiAccessPoint::~WifiAccessPoint() = default;
-
-WifiAccessPoint &WifiAccessPoint::operator=(const WifiAccessPoint &other)
-{
-    *d = *other.d;
-    return *this;
-}
+WifiAccessPoint &WifiAccessPoint::operator=(const WifiAccessPoint &other) = default;
+WifiAccessPoint &WifiAccessPoint::operator=(WifiAccessPoint &&other) noexcept = default;
 
 bool WifiAccessPoint::operator==(const WifiAccessPoint &other) const
 {

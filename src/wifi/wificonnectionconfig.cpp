@@ -14,23 +14,12 @@ public:
     WifiSecurityProtocol securityProtocol = WifiSecurityProtocolNone;
 };
 
-WifiConnectionConfig::WifiConnectionConfig()
-    : d(new Private)
-{
-}
-
-WifiConnectionConfig::WifiConnectionConfig(const WifiConnectionConfig &other)
-    : d(new Private(*other.d))
-{
-}
-
+WifiConnectionConfig::WifiConnectionConfig() = default;
+WifiConnectionConfig::WifiConnectionConfig(const WifiConnectionConfig &other) = default;
+WifiConnectionConfig::WifiConnectionConfig(WifiConnectionConfig &&other) noexcept = default;
 WifiConnectionConfig::~WifiConnectionConfig() = default;
-
-WifiConnectionConfig &WifiConnectionConfig::operator=(const WifiConnectionConfig &other)
-{
-    *d = *other.d;
-    return *this;
-}
+WifiConnectionConfig &WifiConnectionConfig::operator=(const WifiConnectionConfig &other) = default;
+WifiConnectionConfig &WifiConnectionConfig::operator=(WifiConnectionConfig &&other) noexcept = default;
 
 bool WifiConnectionConfig::operator==(const WifiConnectionConfig &other) const
 {

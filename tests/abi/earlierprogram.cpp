@@ -15,6 +15,8 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTextStream>
 
+#include <algorithm>
+
 using namespace morvek;
 
 class Story : public QObject
@@ -102,9 +104,12 @@ void Story::useWifi()
 
 void Story::scanned(AsyncWifiScanOperation *operation)
 {
-    const QList<WifiAccessPoint> found = operation->results();
+    QList<WifiAccessPoint> found = operation->results();
+    std::sort(found.begin(), found.end(), [](const WifiAccessPoint &left, const WifiAccessPoint &right) {
+        return left.frequency() < right.frequency();
+    });
     m_out << "found: " << found.size() << Qt::endl;
-    for (WifiAccessPoint accessPoint : found) {
+    for (const WifiAccessPoint &accessPoint : qAsConst(found)) {
         if (accessPoint.ssid() == QLatin1String("Garage"))
             m_out << "Garage: " << accessPoint.bssid() << ", frequency " << accessPoint.frequency() << ", protocols "
                   << accessPoint.securityProtocols() << Qt::endl;

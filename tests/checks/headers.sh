@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# each public header compiles alone, as C++11 and without warnings
+# each public header compiles alone, and so does the code that its comments show, as C++11 and without warnings
 # shellcheck source-path=SCRIPTDIR
 source "$(dirname "${BASH_SOURCE[0]}")/lib/check.bash"
 
@@ -8,13 +8,29 @@ read -ra qt < <(pkg-config --cflags Qt5Core Qt5Network)
 flags=(-std=c++11 -fPIC -Wall -Wextra -Wpedantic -Werror -fsyntax-only -Iinclude -Iplatform "${qt[@]/#-I/-isystem}")
 
 # Twice, so that a missing guard is noticed.
-compile() {
-    printf '#include <%s>\n#include <%s>\n' "$2" "$2" | "$1" "${flags[@]}" -x c++ -
+twice() {
+    printf '#include <%s>\n#include <%s>\n' "$1" "$1"
 }
 
-for header in include/*.h platform/*.h; do
-    for compiler in g++ clang++; do
-        compile "$compiler" "${header##*/}" || mistake "$header: $compiler refuses it"
+# The code that the comments of a header show, as an application has it: what it includes, then a class Settings with the
+# functions that it defines, the service that it makes and a way to show a text.
+shown() {
+    local code
+    code=$(sed -n '/\\code/,/\\endcode/{/code$/d; s/^ \* \{0,1\}//; p}' "$1")
+    grep '^#include' <<<"$code"
+    printf '%s\n' '#include <QtCore/QObject>' 'using namespace morvek;' 'class Settings : public QObject {' 'public:' \
+        'void show(const QString &text);'
+    sed -n 's/^\([^ ].*\) Settings::\(.*)\)$/\1 \2;/p; s/.* = new\([A-Za-z]*\)();$/\1 *m_service;/p' <<<"$code"
+    echo '};'
+    grep -v '^#include' <<<"$code"
+}
+
+for compiler in g++ clang++; do
+    for header in include/*.h platform/*.h; do
+        twice "${header##*/}" | "$compiler" "${flags[@]}" -x c++ - || mistake "$header: $compiler refuses it"
     done
+    while IFS= read -r header; do
+        shown "$header" | "$compiler" "${flags[@]}" -x c++ - || mistake "$header: $compiler refuses what it shows"
+    done < <(grep -l '\\code' include/*.h)
 done
 finish

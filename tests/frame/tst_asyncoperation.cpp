@@ -16,6 +16,17 @@ using namespace morvek;
 
 namespace {
 
+/*! Counts its copies. */
+struct Counted
+{
+    Counted() = default;
+    Counted(const Counted &) { ++copies; }
+    Counted &operator=(const Counted &) = default;
+    static int copies;
+};
+
+int Counted::copies = 0;
+
 struct Ends
 {
     QList<const void *> succeeded;
@@ -68,6 +79,14 @@ Kind kind(const char *name)
 
 Q_DECLARE_METATYPE(Kind)
 
+class CountedOperation : public AsyncOperation<Counted>
+{
+    Q_OBJECT
+
+public:
+    Q_INVOKABLE void notifySuccess() { }
+};
+
 /*! Hears of the ends of operations by name, as an application may. */
 class Listener : public QObject
 {
@@ -112,6 +131,7 @@ private Q_SLOTS:
     void mayBeDeletedInItsSlot();
     void appendsToItsResults();
     void replacesItsResults();
+    void copiesNoResultForALoop();
     void runsAnOverriddenNotice();
 
 private:
@@ -277,6 +297,21 @@ void TestAsyncOperation::replacesItsResults()
     QCOMPARE(operation.results(), (QList<bool> {false, true}));
     AsyncOperationWriter::setResults(operation, QList<bool>());
     QVERIFY(operation.results().isEmpty());
+}
+
+void TestAsyncOperation::copiesNoResultForALoop()
+{
+    CountedOperation operation;
+    for (int i = 0; i < 3; ++i)
+        AsyncOperationWriter::setResult(operation, Counted());
+    Counted::copies = 0;
+    int seen = 0;
+    for (const Counted &result : operation.results()) {
+        Q_UNUSED(result)
+        ++seen;
+    }
+    QCOMPARE(seen, 3);
+    QCOMPARE(Counted::copies, 0);
 }
 
 // The notices are invoked by name, and yet through the table of virtual operations.

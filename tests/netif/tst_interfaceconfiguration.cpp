@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "eventloop.h"
 #include "logcapture.h"
 #include "networkingdaemon.h"
 #include "networkinterfaceproviderzop_p.h"
@@ -120,8 +121,6 @@ struct Fixture
 
 } // namespace
 
-Q_DECLARE_METATYPE(NetworkInterfaceConfig)
-
 class TestInterfaceConfiguration : public QObject
 {
     Q_OBJECT
@@ -159,6 +158,7 @@ private Q_SLOTS:
     void refusedByTheDaemon();
     void refusalLines();
     void unknownIdentifiers();
+    void refusalOfAStranger();
     void repliesInAnotherOrder();
     void twoRequestsForOneInterface();
     void failedDisconnectionLeavesTheHandlerArmed();
@@ -186,6 +186,7 @@ private Q_SLOTS:
     void deletedOperationIsSkipped();
     void deletedOperationStillSwitches();
     void deletedProviderForgets();
+    void commandsLiveAsLongAsTheProvider();
 };
 
 void TestInterfaceConfiguration::refusals_data()
@@ -627,6 +628,27 @@ void TestInterfaceConfiguration::unknownIdentifiers()
     QCOMPARE(fixture.events->take(), lines({"success en0"}));
 }
 
+void TestInterfaceConfiguration::refusalOfAStranger()
+{
+    Fixture fixture(wired());
+    fixture.configure();
+    ZopControlCommand stranger(nullptr, nullptr);
+    ZopDouble::setNextId(QStringLiteral("77"));
+    stranger.start();
+    connect(&stranger, &ZopControlCommand::finished, fixture.provider.get(),
+            &NetworkInterfaceProviderZop::onControlCommandConnectFinished);
+    connect(&stranger, &ZopControlCommand::finished, fixture.provider.get(),
+            &NetworkInterfaceProviderZop::onControlCommandConfigureDisconnectFinished);
+    LogCapture log(7);
+    ZopDouble::answerError(1, 5, QStringLiteral("No"));
+    const char *const unknownId =
+        "debug1 1300 The ZOP networking control sent a message with an id we don't know about.";
+    QCOMPARE(log.take(), lines({unknownId, unknownId}));
+    QVERIFY(fixture.events->take().isEmpty());
+    releaseAddresses("en0");
+    QCOMPARE(sent().last(), QString::fromLatin1(ConnectManual));
+}
+
 void TestInterfaceConfiguration::repliesInAnotherOrder()
 {
     Fixture fixture(unplugged());
@@ -1008,6 +1030,35 @@ void TestInterfaceConfiguration::deletedProviderForgets()
     QVERIFY(fixture.events->take().isEmpty());
     QVERIFY(!fixture.operation->hasError());
     QVERIFY(!second.hasError());
+}
+
+void TestInterfaceConfiguration::commandsLiveAsLongAsTheProvider()
+{
+    Fixture fixture(wired());
+    addInterface("en1", unplugged());
+    AsyncNetworkInterfaceOperation second;
+    AsyncNetworkInterfaceOperation third;
+    fixture.configure();
+    fixture.provider->configure(&second, held("en0"), manual());
+    fixture.provider->configure(&third, held("en1"), manual());
+    releaseAddresses("en0");
+    ZopDouble::answer(0);
+    ZopDouble::answerError(1, 16, QString());
+    ZopDouble::answer(2);
+    ZopDouble::answer(3);
+    ZopDouble::answerError(4, 5, QString());
+    removeInterface("en0");
+    runQueued();
+    runQueued();
+    const QList<ZopDouble::Command> commands = ZopDouble::commands();
+    QCOMPARE(commands.size(), 5);
+    for (const ZopDouble::Command &command : commands) {
+        QVERIFY(command.command);
+        QCOMPARE(command.command->parent(), fixture.provider.get());
+    }
+    fixture.provider.reset();
+    for (const ZopDouble::Command &command : commands)
+        QVERIFY(!command.command);
 }
 
 QTEST_GUILESS_MAIN(TestInterfaceConfiguration)

@@ -46,8 +46,6 @@ NetworkInterfaceConfig manual()
 
 } // namespace
 
-Q_DECLARE_METATYPE(NetworkInterfaceConfig)
-
 class TestNetworkInterfaceConfig : public QObject
 {
     Q_OBJECT

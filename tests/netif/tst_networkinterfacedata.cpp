@@ -41,7 +41,16 @@ NetworkInterfaceConfig configuration()
     entry.setNetmask(QHostAddress(QStringLiteral("255.0.0.0")));
     NetworkInterfaceConfig config;
     config.addIpAddress(entry);
+    config.addGatewayAddress(QHostAddress(QStringLiteral("10.0.0.1")));
     return config;
+}
+
+/*! Changes the first address. */
+void setNetmask(NetworkInterfaceConfig &config, const char *netmask)
+{
+    QNetworkAddressEntry entry = config.ipAddresses().first();
+    entry.setNetmask(QHostAddress(QLatin1String(netmask)));
+    config.setIpAddresses({entry});
 }
 
 NetworkInterfaceData complete()
@@ -73,6 +82,15 @@ void addFieldRows()
     row("name", [](NetworkInterfaceData &d) { d.name = QStringLiteral("en1"); });
     row("priority", [](NetworkInterfaceData &d) { d.priority = 3; });
     row("configuration", [](NetworkInterfaceData &d) { d.configuration.setType(NetworkInterfaceConfig::Manual); });
+    row("netmask", [](NetworkInterfaceData &d) { setNetmask(d.configuration, "255.255.0.0"); });
+    row("no netmask", [](NetworkInterfaceData &d) { setNetmask(d.configuration, ""); });
+    row("a further address", [](NetworkInterfaceData &d) { d.configuration.addIpAddress(QNetworkAddressEntry()); });
+    row("no address", [](NetworkInterfaceData &d) { d.configuration.setIpAddresses({}); });
+    row("gateway", [](NetworkInterfaceData &d) {
+        d.configuration.setGatewayAddresses({QHostAddress(QStringLiteral("10.0.0.2"))});
+    });
+    row("a further gateway", [](NetworkInterfaceData &d) { d.configuration.addGatewayAddress(QHostAddress()); });
+    row("no gateway", [](NetworkInterfaceData &d) { d.configuration.setGatewayAddresses({}); });
     row("type", [](NetworkInterfaceData &d) { d.type = NetworkInterface::Wifi; });
     row("macAddress", [](NetworkInterfaceData &d) { d.macAddress = QStringLiteral("02:00:00:00:00:02"); });
     row("maxTransmissionUnit", [](NetworkInterfaceData &d) { d.maxTransmissionUnit = 1400; });
@@ -494,7 +512,7 @@ void TestNetworkInterfaceData::textForm_data()
     row(
         "complete", [](NetworkInterfaceData &d) { d = complete(); },
         "NetworkInterface {name:en0,type:wired,mac:02:00:00:00:00:01,available:1,priority:2,connected:true,"
-        "configuration:NetworkInterfaceConfig{type:autoip:[10.0.0.5/255.0.0.0]}}");
+        "configuration:NetworkInterfaceConfig{type:autoip:[10.0.0.5/255.0.0.0]gateways:[10.0.0.1]}}");
     const char *const types[] = {"unknown", "wired", "wifi", "usb", "cellular", "bluetooth", "vpn", "orvanbridge"};
     for (int type = 0; type < 8; ++type) {
         QTest::newRow(types[type])

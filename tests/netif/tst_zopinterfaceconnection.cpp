@@ -379,6 +379,7 @@ void TestZopInterfaceConnection::ip4_data()
     row("prefix length", R"(["10.0.0.5/8"])", {QStringLiteral("10.0.0.5/null")}, false);
     row("address that is none", R"(["at 10.0.0.5/255.0.0.0"])", {QStringLiteral("null/null")}, false);
     row("no netmask", R"(["10.0.0.5"])", {}, true);
+    row("nothing behind the slash", R"(["10.0.0.5/"])", {}, true);
     row("no netmask at last", R"(["10.0.0.5/255.0.0.0","10.0.0.6"])", {}, true);
     row("IPv6 only", R"(["fe80::2/64"])", {}, true);
     row("empty array", "[]", {}, true);

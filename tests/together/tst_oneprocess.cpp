@@ -18,6 +18,8 @@
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
+#include <type_traits>
+
 using namespace morvek;
 
 namespace {
@@ -26,7 +28,7 @@ constexpr int Patience = 20000; // milliseconds; reached only by what has failed
 
 /*! How \a operation ends: "ok", "CODE MESSAGE", or "open" when it does not. It is deleted then. */
 template<typename Operation>
-QString outcome(Operation *operation, decltype(operation->results()) *results = nullptr)
+QString outcome(Operation *operation, std::decay_t<decltype(operation->results())> *results = nullptr)
 {
     const std::unique_ptr<Operation> owner(operation);
     const QSignalSpy success(operation, &Operation::success);

@@ -97,6 +97,8 @@ void TestWifiAccessPoint::isEmptyWithoutBssidOnly()
     accessPoint = completeAccessPoint();
     accessPoint.setBssid(QString());
     QVERIFY(accessPoint.isEmpty());
+    accessPoint.setBssid(QLatin1String(""));
+    QVERIFY(accessPoint.isEmpty());
 }
 
 void TestWifiAccessPoint::comparesEveryField_data()

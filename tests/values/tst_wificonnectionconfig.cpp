@@ -66,6 +66,8 @@ void TestWifiConnectionConfig::validity_data()
     QTest::newRow("psk, wps") << 0x2 << 0x10 << key << false;
     QTest::newRow("psk, wpa, no key") << 0x2 << 0x4 << QString() << false;
     QTest::newRow("psk, wpa2, no key") << 0x2 << 0x8 << QString() << false;
+    QTest::newRow("psk, wpa, empty key") << 0x2 << 0x4 << QString(QLatin1String("")) << false;
+    QTest::newRow("psk, wpa2, empty key") << 0x2 << 0x8 << QString(QLatin1String("")) << false;
     QTest::newRow("none, none") << 0x1 << 0x1 << QString() << true;
     QTest::newRow("none, none, a key") << 0x1 << 0x1 << key << true;
     QTest::newRow("none, wep") << 0x1 << 0x2 << key << false;

@@ -94,7 +94,9 @@ void TestWifiHotspot::emptiness_data()
     const auto row = [](const char *name, bool empty, const Change &change) { QTest::newRow(name) << change << empty; };
     row("complete, no clients", false, [](WifiHotspot &) {});
     row("name", true, [](WifiHotspot &h) { h.setName(QString()); });
-    row("passphrase", true, [](WifiHotspot &h) { h.setPassphrase(QLatin1String("")); });
+    row("empty name", true, [](WifiHotspot &h) { h.setName(QLatin1String("")); });
+    row("passphrase", true, [](WifiHotspot &h) { h.setPassphrase(QString()); });
+    row("empty passphrase", true, [](WifiHotspot &h) { h.setPassphrase(QLatin1String("")); });
     row("inactivity time", true, [](WifiHotspot &h) { h.setInactivityTime(-1); });
     row("inactivity time 0", false, [](WifiHotspot &h) { h.setInactivityTime(0); });
     row("inactivity time -2", false, [](WifiHotspot &h) { h.setInactivityTime(-2); });

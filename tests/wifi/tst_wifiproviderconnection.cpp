@@ -114,6 +114,8 @@ void TestWifiProviderConnection::accessPoints_data()
         a, QString(), "1 1 1", {});
     row("number as bssid", R"({"bssid":1,"ssid":"b","key_mgmt":"NONE","pairwise_cipher":"NONE"})", QString(),
         QStringLiteral("b"), "1 1 1", {});
+    row("empty bssid", R"({"bssid":"","ssid":"b","key_mgmt":"NONE","pairwise_cipher":"NONE"})", QString(),
+        QStringLiteral("b"), "1 1 1", {});
     row("outside ASCII", "{\"bssid\":\"a\",\"ssid\":\"\xc3\xa9\xf0\x9f\x9a\x97\"}", a,
         QString::fromUtf8("\xc3\xa9\xf0\x9f\x9a\x97"), "0 0 0", {noKeyManagement, noCipher});
     row("quotes", R"({"bssid":"a","ssid":"\"b\\, rssi: 1 }"})", a, QStringLiteral("\"b\\, rssi: 1 }"), "0 0 0",

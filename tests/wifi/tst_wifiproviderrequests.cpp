@@ -11,7 +11,6 @@ using namespace WifiDaemon;
 
 using Request = std::function<void(WifiProviderZop &provider)>;
 Q_DECLARE_METATYPE(Request)
-Q_DECLARE_METATYPE(WifiConnectionConfig)
 
 class TestWifiProviderRequests : public QObject
 {
