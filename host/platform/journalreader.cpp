@@ -16,7 +16,7 @@ namespace {
 
 constexpr int HeaderSize = sizeof(RecordHeader);
 // Only where much that pretends to be records lies between holes does reading cost more than the bytes are worth.
-constexpr qint64 WorkPerByte = 16;
+constexpr qint64 WorkPerByte = 64;
 
 } // namespace
 

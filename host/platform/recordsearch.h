@@ -37,8 +37,11 @@ public:
     /*! How many bytes it has passed since it was told where to begin; holes do not count. */
     qint64 passed() const { return m_passed; }
 
-    /*! Whether what is at \a offset has been looked at, so that the search had best go on from there. */
-    bool hasSeen(qint64 offset) const { return isActive() && (offset <= m_at || offset < summedEnd()); }
+    /*! Whether what is at \a offset has been read or summed, so that the search had best go on from there. */
+    bool hasSeen(qint64 offset) const
+    {
+        return isActive() && (offset <= m_at || offset < summedEnd() || offset < m_chunkAt + m_chunk.size());
+    }
     void goOn(qint64 from);
 
 private:

@@ -3,7 +3,7 @@
 // and in order, and nothing else is.
 #include "journal.h"
 
-#include "journalbytes.h"
+#include "journalroot.h"
 #include "krellogger.h"
 #include "updatewalk.h"
 
@@ -16,7 +16,7 @@ enum Step { WriteRecord, WriteLarge, WriteNonsense, WriteDamaged, WriteUnfinishe
 class Play
 {
 public:
-    explicit Play(const JournalBytes::JournalFile &file)
+    explicit Play(const JournalRoot &file)
         : m_file(file)
     {
         m_file.write(JournalBytes::header());
@@ -104,7 +104,7 @@ private:
             m_told.append({record.writer, UpdateWalk::of(record.changes)});
     }
 
-    const JournalBytes::JournalFile &m_file;
+    const JournalRoot &m_file;
     Journal::Reader m_reader;
     quint64 m_writer = 0;
     int m_large = 0;
@@ -117,7 +117,7 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     KrelLogger::setVerbosity(0);
-    static const JournalBytes::JournalFile file;
+    static const JournalRoot file;
     Fuzz::Bytes input(data, size);
     Play play(file);
     for (int i = 0; i < 64 && !input.isAtEnd(); ++i)

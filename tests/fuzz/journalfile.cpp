@@ -2,7 +2,7 @@
 // Any bytes as the file of an object. The first byte decides whether the header is made sound first (1), and the
 // records that follow one another (2). An own walk says which sound records stand in the file: these are told, in their
 // order, and nothing else.
-#include "journalbytes.h"
+#include "journalroot.h"
 
 #include "journal.h"
 #include "krellogger.h"
@@ -88,7 +88,7 @@ QByteArray withSoundRecords(QByteArray file)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     KrelLogger::setVerbosity(0);
-    static const JournalFile file;
+    static const JournalRoot file;
     Fuzz::Bytes input(data, size);
     const int mended = input.number();
     QByteArray bytes = input.rest();
