@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // A journal that is written, damaged and read by turns. Whatever stands between them, every whole record is told, once
-// and in order, and nothing else is.
+// and in order, and nothing else is; and what that costs is in proportion to the bytes.
 #include "journal.h"
 
 #include "journalroot.h"
@@ -11,7 +11,18 @@ using namespace morvek;
 
 namespace {
 
-enum Step { WriteRecord, WriteLarge, WriteNonsense, WriteDamaged, WriteUnfinished, WriteWrongPayload, Read, StepCount };
+enum Step {
+    WriteRecord,
+    WriteLarge,
+    WriteNonsense,
+    WriteDamaged,
+    WriteUnfinished,
+    WriteWrongPayload,
+    WriteClaims,
+    WriteHole,
+    Read,
+    StepCount
+};
 
 class Play
 {
@@ -45,6 +56,13 @@ public:
         case WriteWrongPayload: // as no writer makes it, but with its checksum
             m_file.append(JournalBytes::record(++m_writer, JournalBytes::number(9, 4) + input.take(3)));
             break;
+        case WriteClaims:
+            writeClaims(1 + input.number() * 8, quint32(input.number()) << (input.number() % 20));
+            break;
+        case WriteHole:
+            if (m_holes++ < 2)
+                m_file.growTo(m_file.size() + (qint64(input.number()) << 24));
+            break;
         case Read:
             read();
             break;
@@ -57,6 +75,7 @@ public:
         writeRecord("end");
         read();
         Fuzz::expectEqual(m_told, m_whole, "the records that are told");
+        Fuzz::expect(m_reader.work() < workFor(m_file.dataSize()), "the work is that of the bytes");
     }
 
 private:
@@ -97,8 +116,23 @@ private:
             expectTold(value);
     }
 
+    /*! Headers of records that are not there, each of which claims the bytes of those that follow. */
+    void writeClaims(int count, quint32 size)
+    {
+        m_claims += count;
+        m_file.append(JournalBytes::recordHeader(++m_writer, size, 0).repeated(count));
+    }
+
+    /*! Each byte may be read and summed a few times, and each read takes a look at what is at the end. */
+    qint64 workFor(qint64 size) const
+    {
+        constexpr qint64 Claimed = 16 * 1024 * 1024; // of a hole, at most
+        return 10 * size + m_claims * 4096 + m_reads * 200000 + m_holes * 4 * Claimed;
+    }
+
     void read()
     {
+        ++m_reads;
         Journal::Record record;
         while (m_reader.next(&record))
             m_told.append({record.writer, UpdateWalk::of(record.changes)});
@@ -108,6 +142,9 @@ private:
     Journal::Reader m_reader;
     quint64 m_writer = 0;
     int m_large = 0;
+    int m_holes = 0;
+    int m_claims = 64; // damaged records are some, too
+    int m_reads = 0;
     QList<QPair<quint64, UpdateWalk::Update>> m_whole;
     QList<QPair<quint64, UpdateWalk::Update>> m_told;
 };
