@@ -18,9 +18,9 @@ enum Step {
     WriteDamaged,
     WriteUnfinished,
     WriteWrongPayload,
+    Read,
     WriteClaims,
     WriteHole,
-    Read,
     StepCount
 };
 
@@ -56,15 +56,15 @@ public:
         case WriteWrongPayload: // as no writer makes it, but with its checksum
             m_file.append(JournalBytes::record(++m_writer, JournalBytes::number(9, 4) + input.take(3)));
             break;
+        case Read:
+            read();
+            break;
         case WriteClaims:
-            writeClaims(1 + input.number() * 8, quint32(input.number()) << (input.number() % 20));
+            writeClaims(input);
             break;
         case WriteHole:
             if (m_holes++ < 2)
                 m_file.growTo(m_file.size() + (qint64(input.number()) << 24));
-            break;
-        case Read:
-            read();
             break;
         }
     }
@@ -117,8 +117,11 @@ private:
     }
 
     /*! Headers of records that are not there, each of which claims the bytes of those that follow. */
-    void writeClaims(int count, quint32 size)
+    void writeClaims(Fuzz::Bytes &input)
     {
+        const int count = 1 + input.number() * 8;
+        const int shift = input.number() % 20;
+        const quint32 size = quint32(input.number()) << shift;
         m_claims += count;
         m_file.append(JournalBytes::recordHeader(++m_writer, size, 0).repeated(count));
     }
