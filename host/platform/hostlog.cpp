@@ -20,11 +20,17 @@ void logWarning(const QString &text)
         KrelLogger().warning(MessageCode) << text;
 }
 
+void logError(const QString &text)
+{
+    if (KrelLogger::getVerbosity() >= KrelLogger::Error)
+        KrelLogger().error(MessageCode) << text;
+}
+
 void logMalformed(const ZopPath &path, qint64 size)
 {
-    logWarning(QStringLiteral("Skipped %1 bytes of malformed content in \"%2\"")
-                   .arg(size)
-                   .arg(QFile::decodeName(path.file())));
+    logError(QStringLiteral("Skipped %1 bytes of malformed content in \"%2\"")
+                 .arg(size)
+                 .arg(QFile::decodeName(path.file())));
 }
 
 } // namespace morvek

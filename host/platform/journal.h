@@ -2,11 +2,9 @@
 #ifndef MORVEK_JOURNAL_H
 #define MORVEK_JOURNAL_H
 
-#include "filedescriptor.h"
-#include "zopchangeset.h"
-#include "zoppath.h"
+#include "journalreader.h"
 
-#include <QtCore/QByteArray>
+#include <memory>
 
 namespace morvek {
 
@@ -28,23 +26,6 @@ constexpr qint64 ReplacedAt = 256 * 1024;
 /*! Past this size it is replaced even when a reader then misses updates. */
 constexpr qint64 LargestFile = 64 * 1024 * 1024;
 
-/*! What tells one file of an object from another. */
-struct Identity
-{
-    quint64 incarnation = 0; //!< the same until the object is removed
-    quint64 generation = 0;  //!< one more with each replacement
-};
-
-struct Record
-{
-    quint64 writer = 0;
-    qint64 end = 0; //!< offset behind the record
-    ZopChangeset changes;
-
-    /*! Whether this is the first record of an object that was created without values. */
-    bool isEmptyState() const { return writer == 0 && changes.assignments.isEmpty(); }
-};
-
 bool exists(const ZopPath &path);
 /*! Whether it is certain that nothing is there; a file that cannot be looked at may be. */
 bool isGone(const ZopPath &path);
@@ -53,51 +34,13 @@ bool create(const ZopPath &path, const ZopChangeset &values, QString *error);
 /*! Removes the file; false when there is none. */
 bool remove(const ZopPath &path, QString *error);
 
-class Reader
-{
-public:
-    /*! False with errno, which is EBADMSG when the content is malformed; what was open stays so. */
-    bool open(const ZopPath &path, QString *error);
-    void close() { m_file.reset(); }
-    bool isOpen() const { return m_file.isOpen(); }
-    Identity identity() const { return m_identity; }
-
-    /*! Whether the object's path names this very file: if not, it is complete. */
-    bool isCurrent() const;
-    /*! What is behind this offset now was not there when this was called. */
-    qint64 size() const;
-
-    /*! The next record; false when there is none yet. */
-    bool next(Record *record);
-    /*! The same in two steps: the next of what has been read of the file, and reading on. */
-    bool nextOfRead(Record *record);
-    bool readOn();
-    /*! Whether some of what was read of the file has not been handed out yet. */
-    bool hasMore() const { return m_position < m_buffer.size(); }
-    /*! Goes back to the first record, which holds the whole state as it was when the file was made. */
-    void rewind();
-
-private:
-    int recordAt(int position) const;
-    bool fill();
-    bool skip();
-    void drop();
-
-    ZopPath m_path;
-    FileDescriptor m_file;
-    Identity m_identity;
-    quint64 m_marker = 0;
-    qint64 m_offset = 0; // of the next record
-    qint64 m_doubted = 0;
-    QByteArray m_buffer; // what was read of the file
-    int m_position = 0;  // of the next record in the buffer
-    bool m_atEnd = false;
-};
+class FoldedState;
 
 class Writer
 {
 public:
     Writer();
+    ~Writer();
 
     /*! Marks the records of this writer. */
     quint64 number() const { return m_number; }
@@ -106,12 +49,16 @@ public:
 
 private:
     bool lock(const ZopPath &path, qint64 *size, QString *error);
+    bool fits(const ZopPath &path, const ZopChangeset &changes, int recordSize, qint64 end, QString *error);
+    bool write(const QByteArray &record, qint64 size, QString *error);
+    bool foldState(const ZopPath &path, QString *error);
     bool replace(const ZopPath &path, qint64 size);
 
     FileDescriptor m_file;
-    quint64 m_marker = 0;
+    Header m_header = {};
     qint64 m_replaceAt = 0;
     quint64 m_number;
+    std::unique_ptr<FoldedState> m_state; // while the file is too large for the state to be small for certain
 };
 
 } // namespace Journal

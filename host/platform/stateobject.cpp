@@ -2,6 +2,7 @@
 #include "stateobject.h"
 
 #include "hostlog.h"
+#include "zopwire.h"
 
 #include <QtCore/QFile>
 
@@ -12,16 +13,9 @@ namespace morvek {
 
 namespace {
 
-// How much one turn of the event loop tells of one object.
+// How much one turn of the event loop tells of one object, and reads for it.
 constexpr int RecordsPerTurn = 256;
-
-void apply(const ZopChangeset &changes, QMap<QString, ZopVariant> *values)
-{
-    for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)
-        values->insert(it.key(), it.value());
-    for (const QString &name : changes.removals)
-        values->remove(name);
-}
+constexpr qint64 WorkPerTurn = 2 * 1024 * 1024;
 
 /*! What \a reader has from here on, folded into \a state. */
 void readInto(QMap<QString, ZopVariant> *state, Journal::Reader *reader)
@@ -122,11 +116,16 @@ void StateObject::followLater()
 bool StateObject::drain()
 {
     const QPointer<StateObject> guard(this);
+    const qint64 begun = m_reader.work();
     Journal::Record record;
     for (int told = 0; guard && m_reader.isOpen();) {
         if (!m_reader.nextOfRead(&record)) {
             if (!m_reader.readOn())
                 return true;
+            if (m_reader.work() - begun > WorkPerTurn) {
+                followLater();
+                return false;
+            }
             m_watcher->tellAppearances();
             continue;
         }
@@ -185,8 +184,8 @@ bool StateObject::openNext()
         m_reader.next(&known); // the state that the old file ended with
         return true;
     }
-    logWarning(QStringLiteral("Updates of \"%1\" were lost: it was not read for too long")
-                   .arg(QFile::decodeName(m_path.file())));
+    logError(QStringLiteral("Updates of \"%1\" were lost: it was not read for too long")
+                 .arg(QFile::decodeName(m_path.file())));
     QMap<QString, ZopVariant> state;
     readInto(&state, &m_reader);
     return tellState(state);

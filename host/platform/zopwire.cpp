@@ -88,19 +88,31 @@ QString textOf(const QByteArray &utf8)
 QByteArray encodeChangeset(const ZopChangeset &changes)
 {
     QByteArray bytes;
-    putNumber(&bytes, quint32(changes.assignments.size()));
+    appendChangeset(changes, &bytes);
+    return bytes;
+}
+
+void appendChangeset(const ZopChangeset &changes, QByteArray *bytes)
+{
+    putNumber(bytes, quint32(changes.assignments.size()));
     for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it) {
-        putBlock(&bytes, it.key().toUtf8());
+        putBlock(bytes, it.key().toUtf8());
         if (it->isValid()) {
-            putBlock(&bytes, it->bytes());
-            putBlock(&bytes, it->encoding());
+            putBlock(bytes, it->bytes());
+            putBlock(bytes, it->encoding());
         } else {
-            putNumber(&bytes, NoValue);
+            putNumber(bytes, NoValue);
         }
     }
     for (const QString &name : changes.removals)
-        putBlock(&bytes, name.toUtf8());
-    return bytes;
+        putBlock(bytes, name.toUtf8());
+}
+
+qint64 encodedSize(const QString &name, const ZopVariant &value)
+{
+    constexpr qint64 Number = sizeof(quint32);
+    const qint64 ofName = Number + name.toUtf8().size();
+    return ofName + Number + (value.isValid() ? value.bytes().size() + Number + value.encoding().size() : 0);
 }
 
 bool decodeChangeset(const QByteArray &bytes, ZopChangeset *changes)
@@ -123,6 +135,14 @@ bool decodeChangeset(const QByteArray &bytes, ZopChangeset *changes)
         changes->removals.insert(textOf(name));
     }
     return true;
+}
+
+void apply(const ZopChangeset &changes, QMap<QString, ZopVariant> *values)
+{
+    for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)
+        values->insert(it.key(), it.value());
+    for (const QString &name : changes.removals)
+        values->remove(name);
 }
 
 } // namespace morvek

@@ -15,6 +15,7 @@ Looks at the objects below ZOP_ROOT, and changes them, by hand.
   watch PATH             the same, and then each update as it comes, until interrupted
   set PATH CHANGE...     writes one update; an object that is not there is created
   remove PATH            removes a state object
+  check PATH             what is wrong with a state object's file, and what is in it
 
 A CHANGE is NAME=TEXT, NAME:=JSON, or -NAME to remove an attribute.
 

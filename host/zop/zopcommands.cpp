@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "zopcommands.h"
 
+#include "journalcheck.h"
 #include "zopdirwatcher.h"
 #include "zopobject.h"
 #include "zoppath.h"
@@ -80,13 +81,18 @@ ExitCode list(const QStringList &words)
     return Done;
 }
 
-/*! Why \a object has nothing to look at; empty when it has. */
-QString blindness(const ZopObject &object)
+/*! Why there is nothing to look at below \a path, which can be opened otherwise; empty when there is. */
+QString blindness(const ZopPath &path)
 {
-    const ZopPath path = ZopPath::object(object.path());
     struct stat status;
     const bool isControl = lstat(path.file().constData(), &status) == 0 && S_ISSOCK(status.st_mode);
-    return isControl ? QStringLiteral("a control object keeps nothing to look at") : object.errorString();
+    return isControl ? QStringLiteral("a control object keeps nothing to look at") : QString();
+}
+
+QString blindness(const ZopObject &object)
+{
+    const QString reason = blindness(ZopPath::object(object.path()));
+    return reason.isEmpty() ? object.errorString() : reason;
 }
 
 ExitCode show(const QStringList &words)
@@ -145,6 +151,20 @@ ExitCode remove(const QStringList &words)
     return ZopObject::remove(words.value(1), &error) ? Done : fail(words.value(1), error);
 }
 
+ExitCode check(const QStringList &words)
+{
+    const ZopPath path = ZopPath::object(words.value(1));
+    const QString reason = path.isValid() ? blindness(path) : path.error();
+    if (!reason.isEmpty())
+        return fail(words.value(1), reason);
+    const JournalCheck result(path);
+    for (const QString &trouble : result.troubles)
+        fail(words.value(1), trouble);
+    if (!result.summary.isEmpty())
+        QTextStream(stdout) << shown(words.value(1)) << ": " << result.summary << '\n';
+    return result.troubles.isEmpty() ? Done : Failed;
+}
+
 const struct
 {
     QLatin1String name;
@@ -154,7 +174,7 @@ const struct
 } Commands[] = {
     {QLatin1String("list"), 1, 2, list},     {QLatin1String("show"), 2, 2, show},
     {QLatin1String("watch"), 2, 2, watch},   {QLatin1String("set"), 3, 1000, set},
-    {QLatin1String("remove"), 2, 2, remove},
+    {QLatin1String("remove"), 2, 2, remove}, {QLatin1String("check"), 2, 2, check},
 };
 
 } // namespace

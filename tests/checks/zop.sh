@@ -39,6 +39,35 @@ expect 2 'Usage: morvek-zop COMMAND' show
 expect 2 'Usage: morvek-zop COMMAND' dance
 expect 0 'Usage: morvek-zop COMMAND' --help
 
+# check tells what is wrong with a file: here are a state of three bytes, and an update that is damaged.
+file=$ZOP_ROOT/zop/c/three
+expect 0 '' set /zop/c/three x=123
+expect 0 '/zop/c/three: generation 1, updates: 1, attributes: 1, bytes of state: 48' check /zop/c/three
+size=$(stat -c %s "$file")
+head -c 30 /dev/zero >>"$file"
+expect 1 "morvek-zop: /zop/c/three: bytes $size to $((size + 29)) are no whole update: it is being written, or its \
+writer was killed
+/zop/c/three: generation 1, updates: 1, attributes: 1, bytes of state: 48" check /zop/c/three
+chmod 640 "$file"
+expect 0 '' set /zop/c/three y=1
+expect 1 "morvek-zop: /zop/c/three: other users may use the file: its mode is 0640
+morvek-zop: /zop/c/three: bytes $size to $((size + 29)) are no update
+/zop/c/three: generation 1, updates: 2, attributes: 2, bytes of state: 66" check /zop/c/three
+chmod 600 "$file"
+# The first record begins behind the header's 48 bytes, and holds nothing: 28 bytes.
+printf x | dd of="$file" bs=1 seek=60 conv=notrunc status=none
+truncate -s "$size" "$file"
+expect 1 'morvek-zop: /zop/c/three: bytes 48 to 75 are no update
+morvek-zop: /zop/c/three: the state that the file began with is missing
+/zop/c/three: generation 1, updates: 1, attributes: 1, bytes of state: 48' check /zop/c/three
+truncate -s 40 "$file"
+expect 1 "morvek-zop: /zop/c/three: malformed content in \"$file\": the header is damaged" check /zop/c/three
+ln -sf /dev/null "$file"
+expect 1 "morvek-zop: /zop/c/three: there is something that is no file
+morvek-zop: /zop/c/three: Too many levels of symbolic links" check /zop/c/three
+expect 1 'morvek-zop: /zop/c/four: no such object' check /zop/c/four
+expect 1 'morvek-zop: /../x: "/../x" is not a path of names' check /../x
+
 # watch tells the present values, then each update.
 coproc watch { exec "$zop" watch /zop/a/b/two; }
 for line in 'x = 1  (text)' -- 'x = 2  (text)' 'y = 3  (text)' --; do

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // A journal that is written, damaged and read by turns. Whatever stands between them, every whole record is told, once
-// and in order, and nothing else is.
+// and in order, and nothing else is; and what that costs is in proportion to the bytes.
 #include "journal.h"
 
-#include "journalbytes.h"
+#include "journalroot.h"
 #include "krellogger.h"
 #include "updatewalk.h"
 
@@ -11,12 +11,23 @@ using namespace morvek;
 
 namespace {
 
-enum Step { WriteRecord, WriteLarge, WriteNonsense, WriteDamaged, WriteUnfinished, WriteWrongPayload, Read, StepCount };
+enum Step {
+    WriteRecord,
+    WriteLarge,
+    WriteNonsense,
+    WriteDamaged,
+    WriteUnfinished,
+    WriteWrongPayload,
+    Read,
+    WriteClaims,
+    WriteHole,
+    StepCount
+};
 
 class Play
 {
 public:
-    explicit Play(const JournalBytes::JournalFile &file)
+    explicit Play(const JournalRoot &file)
         : m_file(file)
     {
         m_file.write(JournalBytes::header());
@@ -48,6 +59,13 @@ public:
         case Read:
             read();
             break;
+        case WriteClaims:
+            writeClaims(input);
+            break;
+        case WriteHole:
+            if (m_holes++ < 2)
+                m_file.growTo(m_file.size() + (qint64(input.number()) << 24));
+            break;
         }
     }
 
@@ -57,6 +75,7 @@ public:
         writeRecord("end");
         read();
         Fuzz::expectEqual(m_told, m_whole, "the records that are told");
+        Fuzz::expect(m_reader.work() < workFor(m_file.dataSize()), "the work is that of the bytes");
     }
 
 private:
@@ -97,17 +116,38 @@ private:
             expectTold(value);
     }
 
+    /*! Headers of records that are not there, each of which claims the bytes of those that follow. */
+    void writeClaims(Fuzz::Bytes &input)
+    {
+        const int count = 1 + input.number() * 8;
+        const int shift = input.number() % 20;
+        const quint32 size = quint32(input.number()) << shift;
+        m_claims += count;
+        m_file.append(JournalBytes::recordHeader(++m_writer, size, 0).repeated(count));
+    }
+
+    /*! Each byte may be read and summed a few times, and each read takes a look at what is at the end. */
+    qint64 workFor(qint64 size) const
+    {
+        constexpr qint64 Claimed = 16 * 1024 * 1024; // of a hole, at most
+        return 10 * size + m_claims * 4096 + m_reads * 200000 + m_holes * 4 * Claimed;
+    }
+
     void read()
     {
+        ++m_reads;
         Journal::Record record;
         while (m_reader.next(&record))
             m_told.append({record.writer, UpdateWalk::of(record.changes)});
     }
 
-    const JournalBytes::JournalFile &m_file;
+    const JournalRoot &m_file;
     Journal::Reader m_reader;
     quint64 m_writer = 0;
     int m_large = 0;
+    int m_holes = 0;
+    int m_claims = 64; // damaged records are some, too
+    int m_reads = 0;
     QList<QPair<quint64, UpdateWalk::Update>> m_whole;
     QList<QPair<quint64, UpdateWalk::Update>> m_told;
 };
@@ -117,7 +157,7 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     KrelLogger::setVerbosity(0);
-    static const JournalBytes::JournalFile file;
+    static const JournalRoot file;
     Fuzz::Bytes input(data, size);
     Play play(file);
     for (int i = 0; i < 64 && !input.isAtEnd(); ++i)

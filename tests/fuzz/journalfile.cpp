@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Any bytes as the file of an object. The first byte decides whether the header is made sound first (1), and the
-// records that follow one another (2). An own walk says which sound records stand in the file: these are told, in their
-// order, and nothing else.
-#include "journalbytes.h"
+// Any bytes as the file of an object. The first byte decides whether the header is made sound first (1), but for the
+// end of the first record (4), and the records that follow one another (2). An own walk says which sound records stand
+// in the file: these are told, in their order, and nothing else.
+#include "journalroot.h"
 
 #include "journal.h"
 #include "krellogger.h"
@@ -70,9 +70,18 @@ QList<Told> recordsOf(const QByteArray &file)
     return told;
 }
 
-QByteArray withSoundHeader(const QByteArray &file)
+bool isSoundHeader(const QByteArray &file)
 {
-    return withChecksum("ZOPJRNL1" + file.mid(8, HeaderSize - 16)) + file.mid(HeaderSize);
+    const quint64 stateEnd = numberAt(file, 32, 8);
+    return file.startsWith("ZOPJRNL1") && withChecksum(file.left(HeaderSize)) == file.left(HeaderSize)
+        && numberAt(file, 8, 8) != 0 && stateEnd >= HeaderSize
+        && stateEnd <= HeaderSize + RecordHeaderSize + 16 * 1024 * 1024;
+}
+
+QByteArray withSoundHeader(const QByteArray &file, bool isUnlikely)
+{
+    const QByteArray stateEnd = isUnlikely ? file.mid(32, 8) : number(HeaderSize, 8);
+    return withChecksum("ZOPJRNL1" + file.mid(8, 24) + stateEnd + file.mid(40, 8)) + file.mid(HeaderSize);
 }
 
 QByteArray withSoundRecords(QByteArray file)
@@ -88,19 +97,18 @@ QByteArray withSoundRecords(QByteArray file)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     KrelLogger::setVerbosity(0);
-    static const JournalFile file;
+    static const JournalRoot file;
     Fuzz::Bytes input(data, size);
     const int mended = input.number();
     QByteArray bytes = input.rest();
     const bool hasHeader = bytes.size() >= HeaderSize;
     if (hasHeader && (mended & 1))
-        bytes = withSoundHeader(bytes);
+        bytes = withSoundHeader(bytes, mended & 4);
     if (hasHeader && (mended & 2))
         bytes = withSoundRecords(bytes);
     file.write(bytes);
 
-    const bool sound =
-        hasHeader && bytes.startsWith("ZOPJRNL1") && withChecksum(bytes.left(HeaderSize)) == bytes.left(HeaderSize);
+    const bool sound = hasHeader && isSoundHeader(bytes);
     Journal::Reader reader;
     QString error;
     Fuzz::expectEqual(reader.open(file.path(), &error), sound, "whether it is a journal");
@@ -114,5 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         told.append({record.writer, record.end, UpdateWalk::of(record.changes)});
     Fuzz::expectEqual(told, recordsOf(bytes), "the records that are told");
     Fuzz::expect(!reader.next(&record), "the end is the end");
+    Fuzz::expect(reader.work() < 10 * bytes.size() + 4096 * (1 + bytes.size() / RecordHeaderSize),
+                 "the work is that of the bytes");
     return 0;
 }

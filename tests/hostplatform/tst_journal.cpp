@@ -55,6 +55,7 @@ private Q_SLOTS:
     void randomDamageHarmsNobody();
     void aFileDoesNotGrow();
     void anUpdateThatIsTooLargeIsNotWritten();
+    void aStateThatWouldBeTooLargeIsRefused();
     void aFullDiskLeavesNothingBehind();
     void aFloodLeavesTurnsToOthers();
 };
@@ -257,6 +258,40 @@ void JournalTest::anUpdateThatIsTooLargeIsNotWritten()
     QCOMPARE(events.updates(), QStringList({"{a=1 b=1}"}));
     QStringList files = QDir(fileOf(testFolder())).entryList(QDir::Files | QDir::Hidden);
     QCOMPARE(files, QStringList({"object"}));
+}
+
+void JournalTest::aStateThatWouldBeTooLargeIsRefused()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=6000000*a")));
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    QVERIFY(set(writer, QStringLiteral("b=6000000*b")));
+    // The state's record: 24 bytes and 4, then 4 bytes for each length, names of 1, encodings of 4, and the values.
+    constexpr int Room = 16777216 - 28 - 3 * (12 + 1 + 4) - 12000000;
+    const auto ofSize = [](const char *name, int size) {
+        return QStringLiteral("%1=%2*%1").arg(QLatin1String(name)).arg(size);
+    };
+    const qint64 size = content(testPath("object")).size();
+    QVERIFY(!set(writer, ofSize("c", Room + 1)));
+    QCOMPARE(writer.errorString(), QStringLiteral("with this update the object's state would be too large"));
+    QCOMPARE(qint64(content(testPath("object")).size()), size);
+
+    QVERIFY(set(writer, ofSize("c", Room)));
+    QVERIFY(!set(writer, ofSize("d", 1)));
+    QVERIFY(!set(testPath("object"), ofSize("d", 1)));
+    // What takes the place of something, or goes, makes room.
+    QVERIFY(set(writer, ofSize("a", 6000000)));
+    QVERIFY(!set(writer, ofSize("a", 6000001)));
+    QVERIFY(set(testPath("object"), QStringLiteral("-a -none b=1 ") + ofSize("d", 11000000)));
+    QVERIFY(!set(writer, ofSize("e", 2000000)));
+    ZopObject reader(testPath("object"), ZopObject::Subscribe, false);
+    const Events events(&reader);
+    reader.setAttributeCacheEnabled(true);
+    QCOMPARE(events.updates(),
+             QStringList({QStringLiteral("{b=1 %1 %2}").arg(ofSize("c", Room), ofSize("d", 11000000))}));
+    // So the file can be replaced, however often something large is written.
+    for (int i = 0; i < 10; ++i)
+        QVERIFY(set(writer, ofSize("d", 11000000)));
+    QVERIFY(content(testPath("object")).size() < 100000000);
 }
 
 void JournalTest::aFullDiskLeavesNothingBehind()

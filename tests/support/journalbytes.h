@@ -2,12 +2,7 @@
 #ifndef JOURNALBYTES_H
 #define JOURNALBYTES_H
 
-#include "fuzz.h"
-#include "zoppath.h"
-
-#include <QtCore/QDir>
-#include <QtCore/QFile>
-#include <QtCore/QTemporaryDir>
+#include <QtCore/QByteArray>
 
 #include <array>
 
@@ -63,45 +58,25 @@ inline QByteArray withChecksum(const QByteArray &header)
     return summed + number(checksum(summed), 8);
 }
 
-inline QByteArray header()
+inline QByteArray header(quint64 marker = Marker, quint64 stateEnd = HeaderSize)
 {
-    return withChecksum("ZOPJRNL1" + number(Marker, 8) + number(7, 8) + number(1, 8) + number(HeaderSize, 8));
+    return withChecksum("ZOPJRNL1" + number(marker, 8) + number(7, 8) + number(1, 8) + number(stateEnd, 8));
+}
+
+inline QByteArray recordHeader(quint64 writer, quint32 size, quint32 sum)
+{
+    return number(Marker, 8) + number(writer, 8) + number(size, 4) + number(sum, 4);
 }
 
 inline QByteArray record(quint64 writer, const QByteArray &payload)
 {
-    const QByteArray writerBytes = number(writer, 8);
-    return number(Marker, 8) + writerBytes + number(quint64(payload.size()), 4)
-        + number(checksum(writerBytes + payload), 4) + payload;
+    return recordHeader(writer, quint32(payload.size()), checksum(number(writer, 8) + payload)) + payload;
 }
 
 inline QByteArray block(const QByteArray &bytes)
 {
     return number(quint64(bytes.size()), 4) + bytes;
 }
-
-/*! The file of an object in a root of the run's own. */
-class JournalFile
-{
-public:
-    JournalFile()
-    {
-        qputenv("ZOP_ROOT", QFile::encodeName(m_root.path()));
-        Fuzz::expect(m_root.isValid() && QDir(m_root.path()).mkpath(QStringLiteral("a")), "there is a root");
-    }
-    morvek::ZopPath path() const { return morvek::ZopPath::object(QStringLiteral("/a/b")); }
-    void write(const QByteArray &bytes) const { put(bytes, QIODevice::WriteOnly); }
-    void append(const QByteArray &bytes) const { put(bytes, QIODevice::Append); }
-
-private:
-    void put(const QByteArray &bytes, QIODevice::OpenMode mode) const
-    {
-        QFile file(m_root.filePath(QStringLiteral("a/b")));
-        Fuzz::expect(file.open(mode) && file.write(bytes) == bytes.size(), "the file can be written");
-    }
-
-    QTemporaryDir m_root;
-};
 
 } // namespace JournalBytes
 
