@@ -4,6 +4,7 @@
 #include "folderlock.h"
 #include "hostlog.h"
 #include "krellogger.h"
+#include "lockwait.h"
 #include "zopwire.h"
 
 #include <QtCore/QFile>
@@ -73,6 +74,13 @@ struct flock lockOn(LockedByte byte, short type)
     lock.l_start = byte;
     lock.l_len = 1;
     return lock;
+}
+
+/*! Keeps other writers from the file that is open as \a file. */
+bool lockForWriting(const ZopPath &path, const FileDescriptor &file, QString *error)
+{
+    struct flock lock = lockOn(WritersByte, F_WRLCK);
+    return waitForLock(path.file(), [&] { return fcntl(file.get(), F_OFD_SETLK, &lock); }, error);
 }
 
 bool readHeader(const FileDescriptor &file, Header *header)
@@ -217,8 +225,8 @@ bool remove(const ZopPath &path, QString *error)
         Header header;
         QString ignored;
         file = openFile(path, O_RDWR, &header, &ignored);
-        struct flock lock = lockOn(WritersByte, F_WRLCK);
-        while (file.isOpen() && fcntl(file.get(), F_OFD_SETLKW, &lock) != 0 && errno == EINTR) { }
+        if (file.isOpen() && !lockForWriting(path, file, error))
+            return false;
     } while (file.isOpen() && exists(path) && !names(path.file(), file));
     if (unlink(path.file().constData()) != 0) {
         *error = errno == ENOENT ? QStringLiteral("no such object") : systemError(errno);
@@ -238,7 +246,8 @@ bool Reader::open(const ZopPath &path, QString *error)
         if (!file.isOpen())
             return false;
         struct flock lock = lockOn(ReadersByte, F_RDLCK);
-        if (fcntl(file.get(), F_OFD_SETLK, &lock) != 0) {
+        // Whoever keeps the whole file locked keeps it from being replaced, too.
+        if (fcntl(file.get(), F_OFD_SETLK, &lock) != 0 && errno != EAGAIN) {
             *error = systemError(errno);
             return false;
         }
@@ -407,15 +416,11 @@ bool Writer::lock(const ZopPath &path, qint64 *size, QString *error)
             m_marker = header.marker;
             m_replaceAt = ReplacedAt + 4 * qint64(header.stateEnd);
         }
-        struct flock lock = lockOn(WritersByte, F_WRLCK);
-        if (fcntl(m_file.get(), F_OFD_SETLKW, &lock) == 0) {
-            if (names(path.file(), m_file, size))
-                return true;
-            m_file.reset(); // replaced or removed while this writer waited
-        } else if (errno != EINTR) {
-            *error = systemError(errno);
+        if (!lockForWriting(path, m_file, error))
             return false;
-        }
+        if (names(path.file(), m_file, size))
+            return true;
+        m_file.reset(); // replaced or removed while this writer waited
     }
 }
 
