@@ -11,6 +11,8 @@
 #include "service.h"
 #include "world.h"
 
+#include <QtCore/QTimer>
+
 #include <map>
 #include <memory>
 
@@ -41,6 +43,8 @@ private:
 
     void restoreHotspot();
     bool startDaemons(QString *error);
+    bool mayPublish(QString *reason);
+    void look();
 
     // In this order, so that what is used by others goes after them.
     RootLock m_lock;
@@ -56,6 +60,9 @@ private:
     std::map<Service, std::unique_ptr<Daemon>> m_daemons; // of what there is in this world
     std::unique_ptr<TimelinePlayer> m_player;
     QVector<Service> m_without;
+    QTimer m_looks;
+    bool m_isTroubled = false; // and has said so
+    bool m_isEnding = false;
 };
 
 } // namespace morvek

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "rootlock.h"
 
+#include "fileplace.h"
 #include "zoppath.h"
 
 #include <QtCore/QFile>
@@ -21,15 +22,9 @@ const char LockFile[] = "/.morvek-hostd.lock";
 
 } // namespace
 
-RootLock::~RootLock()
-{
-    // The file stays: another process may have it open already, and would hold the lock of a file without a name.
-    if (m_file != -1)
-        close(m_file);
-}
-
 RootLock::Result RootLock::take(const QVector<Service> &services, QString *error)
 {
+    m_services = services;
     const ZopPath top = ZopPath::directory(QLatin1String(TopFolder));
     if (!top.isValid()) {
         *error = top.error();
@@ -39,24 +34,57 @@ RootLock::Result RootLock::take(const QVector<Service> &services, QString *error
         return Unusable;
     const QByteArray root = top.folder().chopped(int(sizeof TopFolder) - 1);
     m_root = QFile::decodeName(root);
-    m_file = open((root + LockFile).constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
-    if (m_file == -1) {
-        *error = QStringLiteral("cannot lock the root \"%1\": %2").arg(m_root, systemError(errno));
-        return Unusable;
-    }
-    for (const Service service : services) {
+    m_path = root + LockFile;
+    Result result = Unusable;
+    do {
+        if (!open()) {
+            *error = QStringLiteral("cannot lock the root \"%1\": %2").arg(m_root, systemError(errno));
+            return Unusable;
+        }
+        result = lock(error);
+    } while (result == Taken && !isTaken());
+    return result;
+}
+
+RootLock::Result RootLock::keep(QString *error)
+{
+    return isTaken() ? Taken : take(m_services, error);
+}
+
+/*! Whether the file whose lock this has is the one that counts. */
+bool RootLock::isTaken() const
+{
+    struct stat named;
+    struct stat held;
+    return m_file.isOpen() && lstat(m_path.constData(), &named) == 0 && fstat(m_file.get(), &held) == 0
+        && isSameFile(named, held);
+}
+
+bool RootLock::open()
+{
+    // The file stays when its holder ends: another process may have it open already, and would hold the lock of a file
+    // without a name. What is no file holds nothing.
+    struct stat status;
+    if (lstat(m_path.constData(), &status) == 0 && !S_ISREG(status.st_mode))
+        clearPlace(m_path);
+    m_file.reset(::open(m_path.constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, S_IRUSR | S_IWUSR));
+    return m_file.isOpen();
+}
+
+RootLock::Result RootLock::lock(QString *error)
+{
+    for (const Service service : qAsConst(m_services)) {
         struct flock lock = {};
         lock.l_type = F_WRLCK;
         lock.l_start = off_t(service);
         lock.l_len = 1;
-        if (fcntl(m_file, F_OFD_SETLK, &lock) == 0)
+        if (fcntl(m_file.get(), F_OFD_SETLK, &lock) == 0)
             continue;
-        if (errno == EAGAIN || errno == EACCES) {
-            *error = QStringLiteral("another morvek-hostd publishes below \"%1\"").arg(m_root);
-            return Held;
-        }
-        *error = QStringLiteral("cannot lock the root \"%1\": %2").arg(m_root, systemError(errno));
-        return Unusable;
+        const bool isHeld = errno == EAGAIN || errno == EACCES;
+        *error = isHeld ? QStringLiteral("another morvek-hostd publishes below \"%1\"").arg(m_root)
+                        : QStringLiteral("cannot lock the root \"%1\": %2").arg(m_root, systemError(errno));
+        m_file.reset();
+        return isHeld ? Held : Unusable;
     }
     return Taken;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "journal.h"
 
+#include "fileplace.h"
 #include "folderlock.h"
 #include "hostlog.h"
 #include "krellogger.h"
@@ -14,6 +15,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -89,14 +91,35 @@ bool readHeader(const FileDescriptor &file, Header *header)
         && std::memcmp(header->magic, Magic, sizeof(Magic)) == 0 && header->checksum == headerChecksum(*header);
 }
 
+QString noSuchObject()
+{
+    return QStringLiteral("no such object");
+}
+
+QString anotherObject()
+{
+    return QStringLiteral("another object has this path");
+}
+
+QString malformed(const ZopPath &path)
+{
+    return QStringLiteral("malformed content in \"%1\"").arg(QFile::decodeName(path.file()));
+}
+
+/*! Whether \a error of an open that follows no links says that there is no file, but something else. */
+bool isNoFile(int error)
+{
+    return error == ELOOP || error == EISDIR || error == ENXIO;
+}
+
 FileDescriptor openFile(const ZopPath &path, int flags, Header *header, QString *error)
 {
     // Not blocking, as what another program put there may be a pipe.
     FileDescriptor file(open(path.file().constData(), flags | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    if (!file.isOpen()) {
-        *error = errno == ENOENT ? QStringLiteral("no such object") : systemError(errno);
-    } else if (!readHeader(file, header)) {
-        *error = QStringLiteral("malformed content in \"%1\"").arg(QFile::decodeName(path.file()));
+    if (!file.isOpen() && !isNoFile(errno)) {
+        *error = errno == ENOENT ? noSuchObject() : systemError(errno);
+    } else if (!file.isOpen() || !readHeader(file, header)) {
+        *error = malformed(path);
         file.reset();
         errno = EBADMSG;
     }
@@ -112,7 +135,7 @@ bool names(const QByteArray &path, const FileDescriptor &file, qint64 *size = nu
         return false;
     if (size)
         *size = there.st_size;
-    return there.st_ino == here.st_ino && there.st_dev == here.st_dev;
+    return isSameFile(there, here);
 }
 
 QString tooLarge()
@@ -151,7 +174,7 @@ bool writeGeneration(const QByteArray &target, Identity identity, const ZopChang
     header.stateEnd = sizeof(header) + quint64(record.size());
     header.checksum = headerChecksum(header);
 
-    unlink(target.constData());
+    clearPlace(target);
     const FileDescriptor file(open(target.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, OwnerOnly));
     const QByteArray content = QByteArray(reinterpret_cast<const char *>(&header), sizeof(header)) + record;
     if (file.isOpen() && fchmod(file.get(), OwnerOnly) == 0 && writeWhole(file.get(), content))
@@ -165,14 +188,92 @@ bool writeGeneration(const QByteArray &target, Identity identity, const ZopChang
 bool isPreviousRead(const ZopPath &path, const FileDescriptor &current)
 {
     const QByteArray previous = path.hidden(".old");
-    const FileDescriptor file(open(previous.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
+    const FileDescriptor file(open(previous.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     if (!file.isOpen())
-        return errno != ENOENT; // it cannot be told
+        return errno != ENOENT && !isNoFile(errno); // it cannot be told
     // A writer that was killed between its two steps leaves the current generation under this name.
     if (names(previous, current))
         return false;
     struct flock lock = lockOn(ReadersByte, F_WRLCK);
     return fcntl(file.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+/*! Some bytes of a file at a time. */
+class Window
+{
+public:
+    explicit Window(const FileDescriptor &file)
+        : m_file(file)
+    {
+    }
+
+    /*! The \a size bytes at \a offset; null when there are not so many. */
+    const char *at(qint64 offset, int size)
+    {
+        if (offset < m_start || offset + size > m_start + m_bytes.size()) {
+            m_bytes.resize(std::max(size, 64 * 1024));
+            const ssize_t got = pread(m_file.get(), m_bytes.data(), size_t(m_bytes.size()), offset);
+            m_bytes.resize(int(std::max<ssize_t>(got, 0)));
+            m_start = offset;
+        }
+        return offset + size <= m_start + m_bytes.size() ? m_bytes.constData() + (offset - m_start) : nullptr;
+    }
+
+private:
+    const FileDescriptor &m_file;
+    QByteArray m_bytes;
+    qint64 m_start = 0;
+};
+
+/*! Whether the file consists of sound records only. */
+bool isWhole(const FileDescriptor &file, const Header &header)
+{
+    struct stat status;
+    if (fstat(file.get(), &status) != 0)
+        return false;
+    Window window(file);
+    qint64 offset = sizeof(Header);
+    bool hasState = false;
+    while (offset < status.st_size) {
+        RecordHeader record;
+        const char *bytes = window.at(offset, sizeof(record));
+        if (!bytes)
+            return false;
+        std::memcpy(&record, bytes, sizeof(record));
+        if (record.marker != header.marker || record.size > LargestUpdate)
+            return false;
+        const char *payload = window.at(offset + qint64(sizeof(record)), int(record.size));
+        if (!payload || record.checksum != recordChecksum(record, payload))
+            return false;
+        offset += qint64(sizeof(record) + record.size);
+        hasState = hasState || quint64(offset) == header.stateEnd;
+    }
+    return hasState;
+}
+
+/*! Puts a new object into the place of whatever is there, whose going is seen too. */
+bool place(const ZopPath &path, const ZopChangeset &values, QString *error)
+{
+    ZopChangeset state;
+    state.assignments = values.assignments;
+    const QByteArray fresh = path.hidden(".new");
+    if (!writeGeneration(fresh, {QRandomGenerator::global()->generate64(), 1}, state, error))
+        return false;
+    if (clearPlace(path.file()) && rename(fresh.constData(), path.file().constData()) == 0)
+        return true;
+    *error = systemError(errno);
+    return false;
+}
+
+/*! Locks the present file, if there is one, against writers; whatever is in it, it may be somebody's. */
+bool lockPresent(const ZopPath &path, FileDescriptor *file, QString *error)
+{
+    do {
+        file->reset(open(path.file().constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+        if (file->isOpen() && !lockForWriting(path, *file, error))
+            return false;
+    } while (file->isOpen() && exists(path) && !names(path.file(), *file));
+    return true;
 }
 
 } // namespace
@@ -194,46 +295,39 @@ bool create(const ZopPath &path, const ZopChangeset &values, QString *error)
     const FolderLock lock(path, error);
     if (!lock.isHeld())
         return false;
-    if (exists(path)) {
-        *error = QStringLiteral("the object exists already");
-        return false;
-    }
-    ZopChangeset state;
-    state.assignments = values.assignments;
-    const QByteArray fresh = path.hidden(".new");
-    if (!writeGeneration(fresh, {QRandomGenerator::global()->generate64(), 1}, state, error))
-        return false;
-    if (rename(fresh.constData(), path.file().constData()) == 0)
-        return true;
-    *error = systemError(errno);
+    if (!exists(path))
+        return place(path, values, error);
+    *error = QStringLiteral("the object exists already");
     return false;
+}
+
+bool createAnew(const ZopPath &path, const ZopChangeset &values, QString *error)
+{
+    const FolderLock folder(path, error);
+    FileDescriptor file;
+    if (!folder.isHeld() || !lockPresent(path, &file, error))
+        return false;
+    clearPlace(path.hidden(".old"));
+    return place(path, values, error);
 }
 
 bool remove(const ZopPath &path, QString *error)
 {
     struct stat status;
     if (lstat(path.file().constData(), &status) != 0 || S_ISSOCK(status.st_mode)) {
-        *error = exists(path) ? QStringLiteral("a control object has this path") : QStringLiteral("no such object");
+        *error = exists(path) ? QStringLiteral("a control object has this path") : noSuchObject();
         return false;
     }
     const FolderLock folder(path, error); // nobody creates it anew meanwhile
-    if (!folder.isHeld())
+    FileDescriptor file;                  // an update that is being written gets told before the removal
+    if (!folder.isHeld() || !lockPresent(path, &file, error))
         return false;
-    // An update that is being written gets told before the removal: the lock is that of the present file.
-    FileDescriptor file;
-    do {
-        Header header;
-        QString ignored;
-        file = openFile(path, O_RDWR, &header, &ignored);
-        if (file.isOpen() && !lockForWriting(path, file, error))
-            return false;
-    } while (file.isOpen() && exists(path) && !names(path.file(), file));
     if (unlink(path.file().constData()) != 0) {
-        *error = errno == ENOENT ? QStringLiteral("no such object") : systemError(errno);
+        *error = errno == ENOENT ? noSuchObject() : systemError(errno);
         return false;
     }
-    unlink(path.hidden(".old").constData());
-    unlink(path.hidden(".new").constData());
+    clearPlace(path.hidden(".old"));
+    clearPlace(path.hidden(".new"));
     error->clear();
     return true;
 }
@@ -380,6 +474,58 @@ Writer::Writer()
 {
 }
 
+bool Check::passes(const ZopPath &path, QString *error)
+{
+    struct stat present;
+    if (lstat(path.file().constData(), &present) != 0) {
+        *error = errno == ENOENT ? noSuchObject() : systemError(errno);
+        return false;
+    }
+    if (m_isSettled && isUnchanged(present))
+        return true;
+    Header header;
+    const FileDescriptor file = openFile(path, O_RDWR, &header, error);
+    if (!file.isOpen() || fstat(file.get(), &present) != 0)
+        return false;
+    if (m_identity.incarnation != 0 && !isSuccessor(header.identity, header.marker, present)) {
+        *error = anotherObject();
+        return false;
+    }
+    if (!isWhole(file, header)) {
+        // It may be in the making, and tells more when its writer is done.
+        struct flock lock = lockOn(WritersByte, F_WRLCK);
+        if (fcntl(file.get(), F_OFD_SETLK, &lock) != 0 || !names(path.file(), file))
+            return true;
+        if (!isWhole(file, header)) {
+            *error = malformed(path);
+            return false;
+        }
+    }
+    m_identity = header.identity;
+    m_marker = header.marker;
+    m_last = present;
+    // What happens to a file within a moment of its last change need not show in its times.
+    timespec now;
+    m_isSettled = clock_gettime(CLOCK_REALTIME, &now) == 0 && now.tv_sec > present.st_ctim.tv_sec + 1;
+    return true;
+}
+
+bool Check::isUnchanged(const struct stat &present) const
+{
+    return isSameFile(present, m_last) && present.st_size == m_last.st_size
+        && present.st_ctim.tv_sec == m_last.st_ctim.tv_sec && present.st_ctim.tv_nsec == m_last.st_ctim.tv_nsec;
+}
+
+/*! Whether a file can have become of the last one by updates alone. */
+bool Check::isSuccessor(Identity identity, quint64 marker, const struct stat &present) const
+{
+    if (identity.incarnation != m_identity.incarnation)
+        return false;
+    if (isSameFile(present, m_last))
+        return identity.generation == m_identity.generation && marker == m_marker && present.st_size >= m_last.st_size;
+    return identity.generation > m_identity.generation;
+}
+
 bool Writer::append(const ZopPath &path, const ZopChangeset &changes, QString *error)
 {
     qint64 size = 0;
@@ -395,6 +541,8 @@ bool Writer::append(const ZopPath &path, const ZopChangeset &changes, QString *e
     if (!done && fits && ftruncate(m_file.get(), size) != 0)
         *error += QStringLiteral(", and the file could not be mended");
 
+    if (done)
+        m_size = size + record.size();
     if (done && size + record.size() > m_replaceAt && replace(path, size + record.size())) {
         m_file.reset();
         return true;
@@ -413,13 +561,25 @@ bool Writer::lock(const ZopPath &path, qint64 *size, QString *error)
             m_file = openFile(path, O_RDWR | O_APPEND, &header, error);
             if (!m_file.isOpen())
                 return false;
+            if (m_expected != 0 && header.identity.incarnation != m_expected) {
+                m_file.reset();
+                *error = anotherObject();
+                return false;
+            }
             m_marker = header.marker;
+            m_size = 0;
             m_replaceAt = ReplacedAt + 4 * qint64(header.stateEnd);
         }
         if (!lockForWriting(path, m_file, error))
             return false;
-        if (names(path.file(), m_file, size))
-            return true;
+        if (names(path.file(), m_file, size)) {
+            if (*size >= m_size)
+                return true;
+            // Somebody has cut it: readers are beyond what would be appended.
+            m_file.reset();
+            *error = malformed(path);
+            return false;
+        }
         m_file.reset(); // replaced or removed while this writer waited
     }
 }
@@ -449,7 +609,7 @@ bool Writer::replace(const ZopPath &path, qint64 size)
     const QByteArray previous = path.hidden(".old");
     if (!writeGeneration(fresh, {reader.identity().incarnation, reader.identity().generation + 1}, state, &error))
         return false;
-    unlink(previous.constData());
+    clearPlace(previous);
     return link(file.constData(), previous.constData()) == 0 && rename(fresh.constData(), file.constData()) == 0;
 }
 

@@ -8,6 +8,8 @@
 
 #include <QtCore/QByteArray>
 
+#include <sys/stat.h>
+
 namespace morvek {
 
 /*!
@@ -50,6 +52,8 @@ bool exists(const ZopPath &path);
 bool isGone(const ZopPath &path);
 /*! Creates the file with the assignments of \a values; false when there is one already. */
 bool create(const ZopPath &path, const ZopChangeset &values, QString *error);
+/*! The same in the place of whatever is there. */
+bool createAnew(const ZopPath &path, const ZopChangeset &values, QString *error);
 /*! Removes the file; false when there is none. */
 bool remove(const ZopPath &path, QString *error);
 
@@ -94,6 +98,28 @@ private:
     bool m_atEnd = false;
 };
 
+/*!
+ * Judges from time to time whether a file is still that of the object which was published, and sound: whoever starts to
+ * read it then knows what others know. What has not changed since is not read again.
+ */
+class Check
+{
+public:
+    /*! False with the reason. The first file that passes is that of the object. */
+    bool passes(const ZopPath &path, QString *error);
+    /*! Of the object; 0 before it is known. */
+    quint64 incarnation() const { return m_identity.incarnation; }
+
+private:
+    bool isUnchanged(const struct stat &present) const;
+    bool isSuccessor(Identity identity, quint64 marker, const struct stat &present) const;
+
+    Identity m_identity;
+    quint64 m_marker = 0;
+    struct stat m_last = {};
+    bool m_isSettled = false;
+};
+
 class Writer
 {
 public:
@@ -101,6 +127,8 @@ public:
 
     /*! Marks the records of this writer. */
     quint64 number() const { return m_number; }
+    /*! From now on, updates go to the object of this incarnation only. */
+    void expect(quint64 incarnation) { m_expected = incarnation; }
     /*! Appends \a changes as one record, or nothing at all. */
     bool append(const ZopPath &path, const ZopChangeset &changes, QString *error);
 
@@ -110,7 +138,9 @@ private:
 
     FileDescriptor m_file;
     quint64 m_marker = 0;
+    qint64 m_size = 0; // of the file behind the last record of this writer
     qint64 m_replaceAt = 0;
+    quint64 m_expected = 0; // no incarnation in particular
     quint64 m_number;
 };
 

@@ -61,6 +61,13 @@ bool StateObject::write(const ZopChangeset &changes, QString *error)
     return m_writer.append(m_path, changes, error);
 }
 
+bool StateObject::check(QString *error)
+{
+    const bool passes = m_check.passes(m_path, error);
+    m_writer.expect(m_check.incarnation());
+    return passes;
+}
+
 void StateObject::refresh()
 {
     const bool wasThere = m_reader.isOpen();
@@ -170,8 +177,8 @@ bool StateObject::openNext()
     const Journal::Identity present = next.identity();
     const bool isSame = wasThere && isThere && present.incarnation == previous.incarnation;
     if (wasThere && !isSame) {
-        // Whoever has not read the values when it opened the object knows only some of those that are gone.
-        m_values.clear();
+        // Whoever has not read the values when it opened the object knows only some of those that are gone; and whoever
+        // has, more than what is left of a spoilt file.
         m_reader.rewind();
         readInto(&m_values, &m_reader);
     }
