@@ -26,9 +26,11 @@ Daemon::Daemon(const QString &name, const QString &controlPath, Order order, con
       m_controlPath(controlPath),
       m_order(order),
       m_tools(tools),
-      m_publisher([log = tools.log](const QString &path,
-                                    const QString &text) { log->trouble(QStringLiteral("\"%1\": %2").arg(path, text)); },
-                  tools.mayPublish)
+      m_publisher(
+          [log = tools.log](const QString &path, const QString &text) {
+              log->trouble(QStringLiteral("\"%1\": %2").arg(path, text));
+          },
+          tools.mayPublish)
 {
     m_publishAgain.setInterval(RetryPause);
     connect(&m_publishAgain, &QTimer::timeout, this, &Daemon::publishAgain);

@@ -93,11 +93,10 @@ QJsonObject HotspotStore::load(QString *error) const
 
 bool HotspotStore::save(const QJsonObject &profile, QString *error) const
 {
-    // A link in its place is replaced, not followed; a folder makes way.
+    // A link in its place is replaced, not followed.
     const QByteArray fresh = m_file + FreshSuffix;
     int problem = writeFile(fresh, QJsonDocument(profile).toJson());
-    if (problem == 0 && rename(fresh.constData(), m_file.constData()) != 0
-        && (errno != EISDIR || !clearPlace(m_file) || rename(fresh.constData(), m_file.constData()) != 0))
+    if (problem == 0 && rename(fresh.constData(), m_file.constData()) != 0)
         problem = errno;
     if (problem == 0)
         return true;

@@ -52,8 +52,8 @@ public:
     bool remove(const QString &path, QString *error);
 
     /*!
-     * Looks whether the objects are there and sound, tells \a tellTrouble of those that are not, and makes these anew, or
-     * has them wait for retry(). The paths of those that were made anew.
+     * Looks whether the objects are there and sound, tells \a tellTrouble of those that are not, and makes these anew,
+     * or has them wait for retry(). The paths of those that were made anew.
      */
     QStringList check(const Tell &tellTrouble);
 
@@ -81,8 +81,8 @@ private:
         Attributes attributes;             // when everything is written
         std::unique_ptr<ZopObject> object; // none before it is created and after it is removed
         std::deque<Step> waiting;
-        qint64 waitingBytes = 0;  // of the updates since the first of them began to wait
-        bool hasLost = false;     // updates that wait have become one
+        qint64 waitingBytes = 0; // of the updates since the first of them began to wait
+        bool hasLost = false;    // updates that wait have become one
 
         bool endsWith(Step::Kind kind) const { return !waiting.empty() && waiting.back().kind == kind; }
     };

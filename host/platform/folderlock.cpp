@@ -18,7 +18,8 @@ FolderLock::FolderLock(const ZopPath &path, QString *error)
     m_folder.reset(open(path.folder().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!m_folder.isOpen())
         *error = systemError(errno);
-    else if (!waitForLock(path.folder(), [this] { return flock(m_folder.get(), LOCK_EX | LOCK_NB); }, error))
+    else if (!waitForLock(
+                 path.folder(), [this] { return flock(m_folder.get(), LOCK_EX | LOCK_NB); }, error))
         m_folder.reset();
 }
 

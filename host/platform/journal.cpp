@@ -82,7 +82,8 @@ struct flock lockOn(LockedByte byte, short type)
 bool lockForWriting(const ZopPath &path, const FileDescriptor &file, QString *error)
 {
     struct flock lock = lockOn(WritersByte, F_WRLCK);
-    return waitForLock(path.file(), [&] { return fcntl(file.get(), F_OFD_SETLK, &lock); }, error);
+    return waitForLock(
+        path.file(), [&] { return fcntl(file.get(), F_OFD_SETLK, &lock); }, error);
 }
 
 bool readHeader(const FileDescriptor &file, Header *header)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "eventlog.h"
 #include "faultplan.h"
+#include "lockholder.h"
 #include "networkingdaemon.h"
 #include "wifidaemon.h"
 #include "wirenames.h"
@@ -81,28 +82,21 @@ private:
     QElapsedTimer m_clock;
 };
 
-/*! While it lives, the object at a path is away, and something that can neither be opened nor removed has its place. */
+/*! While it lives, the object at a path can be neither written nor removed, or not be made when it is not there. */
 class Obstacle
 {
 public:
     explicit Obstacle(const QString &path)
-        : m_file(qEnvironmentVariable("ZOP_ROOT") + path)
+        : m_holder(QFile::exists(fileOf(path)) ? fileOf(path) : QFileInfo(fileOf(path)).path())
     {
-        QFile::rename(m_file, away());
-        if (!QDir().mkpath(m_file))
+        if (!m_holder.holds())
             qFatal("no obstacle");
-    }
-    ~Obstacle()
-    {
-        QDir().rmdir(m_file);
-        QFile::rename(away(), m_file);
     }
 
 private:
-    Q_DISABLE_COPY(Obstacle)
-    QString away() const { return m_file + QStringLiteral(".away"); }
+    static QString fileOf(const QString &path) { return qEnvironmentVariable("ZOP_ROOT") + path; }
 
-    QString m_file;
+    LockHolder m_holder;
 };
 
 /*! What the object at a path tells, one "NAME=TEXT" for each assignment. */
@@ -375,7 +369,9 @@ void DaemonTest::servesNothingWhenItCannotPublish()
 {
     const QTemporaryDir root;
     qputenv("ZOP_ROOT", QFile::encodeName(root.path()));
-    QVERIFY(QDir().mkpath(root.filePath(QStringLiteral("zop/services/wifi/status/directory"))));
+    const QString status = QStringLiteral("/zop/services/wifi/status");
+    QVERIFY(ZopObject::create(status, ZopChangeset()));
+    const Obstacle obstacle(status);
     WorldFixture fixture(R"({'interfaces': [{'name': 'wlan0', 'type': 'wifi', 'up': false}],
         'wifi': {'interface': 'wlan0', 'access_points': []}})");
     FaultPlan faults;
@@ -682,6 +678,7 @@ void DaemonTest::aDaemonThatCouldNotComeBackShowedItselfAllTheTime()
     PlainFixture fixture;
     QVERIFY2(fixture.start(), qPrintable(fixture.error));
     fixture.daemon.die(0);
+    fixture.daemon.state.insert(QStringLiteral("event"), QStringLiteral("of this life"));
     const Obstacle obstacle {QLatin1String(StatePath)};
     const QVector<qint64> &times = fixture.daemon.times;
     QTRY_VERIFY(times.size() >= 5);
