@@ -4,7 +4,6 @@
 #include "controllink.h"
 #include "fileplace.h"
 #include "folderlock.h"
-#include "journal.h"
 
 #include <QtCore/QSocketNotifier>
 #include <QtCore/QTimer>
@@ -47,7 +46,14 @@ ControlServer::~ControlServer()
 bool ControlServer::start(QString *error)
 {
     const FolderLock lock(m_path, error);
-    return lock.isHeld() && isFree(error) && !isTaken(error) && listen(error);
+    if (!lock.isHeld() || !isFree(error))
+        return false;
+    struct stat status;
+    if (lstat(m_path.file().constData(), &status) == 0 && !S_ISSOCK(status.st_mode)) {
+        *error = QStringLiteral("a state object has this path");
+        return false;
+    }
+    return listen(error);
 }
 
 bool ControlServer::check(QString *error)
@@ -69,18 +75,6 @@ bool ControlServer::isFree(QString *error) const
         return false;
     }
     return ControlLink::isNobody(errno);
-}
-
-/*! Whether a state object has the path, or what may be one. */
-bool ControlServer::isTaken(QString *error) const
-{
-    if (Journal::isGone(m_path))
-        return false;
-    if (Journal::Reader().open(m_path, error)) {
-        *error = QStringLiteral("a state object has this path");
-        return true;
-    }
-    return errno != EBADMSG;
 }
 
 /*! Takes the path, under the folder's lock. Whoever is connected stays so. */

@@ -34,7 +34,6 @@ public:
 
 private:
     bool isFree(QString *error) const;
-    bool isTaken(QString *error) const;
     bool listen(QString *error);
     bool isInPlace() const;
     void accept();
