@@ -30,8 +30,7 @@ public:
 private:
     Q_DISABLE_COPY(RootLock)
     bool isTaken() const;
-    bool open();
-    Result lock(QString *error);
+    Result lock(const FileDescriptor &file, QString *error) const;
 
     QVector<Service> m_services;
     QString m_root;

@@ -305,6 +305,8 @@ private Q_SLOTS:
     void anUpdateOfAnEqualValueWasLost();
     void updatesOvertookOneThatFailedAndItWasToldTwice();
     void updatesThatFailedWereMerged();
+    void whatWaitedHadNoLimit();
+    void anInterfaceThatCameAndWentPiledUp();
     void anObjectMadeAnewWasToldTwice();
     void aSoundObjectWasRemovedForWantOfDescriptors();
     void everyInterfaceWasToldAgainForTheStatus();
@@ -518,6 +520,64 @@ void DaemonTest::updatesThatFailedWereMerged()
         told.list,
         QStringList({QStringLiteral("event=first"), QStringLiteral("event=second"), QStringLiteral("other=third")}));
     QTRY_COMPARE(updates.count(), 3);
+}
+
+void DaemonTest::whatWaitedHadNoLimit()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    Told told {QLatin1String(StatePath)};
+    QSignalSpy updates(&told.object, &ZopObject::attributesChanged);
+    const ErrorCapture errors;
+    const auto change = [&fixture](int count) {
+        for (int i = 0; i < count; ++i)
+            fixture.daemon.change("value", QByteArray(100000, char('a' + i % 26)).constData());
+    };
+    {
+        const Obstacle obstacle {QLatin1String(StatePath)};
+        change(40);
+    }
+    QTRY_COMPARE(updates.count(), 40);
+    QVERIFY(!errors.text().contains("lost"));
+    updates.clear();
+    {
+        const Obstacle obstacle {QLatin1String(StatePath)};
+        fixture.daemon.change("first", "1");
+        change(45);
+        fixture.daemon.change("last", "2");
+        change(45);
+        QCOMPARE(errors.text().count("morvek-hostd: \"/test/state\": updates were lost: too many wait, and are told as "
+                                     "one\n"),
+                 1);
+    }
+    QTRY_VERIFY(!updates.isEmpty());
+    fixture.daemon.change("end", "3");
+    QTRY_COMPARE(PlainFixture::stateAttribute("end"), QStringLiteral("3"));
+    QTRY_COMPARE(updates.count(), 2);
+    const ZopChangeset all = updates.first().first().value<ZopChangeset>();
+    QCOMPARE(all.assignments.keys(),
+             QStringList({QStringLiteral("first"), QStringLiteral("last"), QStringLiteral("value")}));
+    QCOMPARE(all.assignments.value(QStringLiteral("value")).toString(), QString(100000, QLatin1Char('a' + 44 % 26)));
+    QVERIFY(all.removals.isEmpty());
+}
+
+void DaemonTest::anInterfaceThatCameAndWentPiledUp()
+{
+    PlainFixture fixture;
+    ObjectPublisher publisher;
+    QString error;
+    const QString path = QLatin1String(StatePath);
+    QVERIFY(publisher.publish(path, {}, ObjectPublisher::TellAll, &error));
+    const QStringList once {path};
+    {
+        const Obstacle obstacle(path);
+        for (int i = 0; i < 3; ++i) {
+            publisher.remove(path, &error);
+            publisher.publish(path, {}, ObjectPublisher::TellAll, &error);
+        }
+    }
+    QCOMPARE(publisher.retry(), once);
+    QVERIFY(!publisher.isWaiting());
 }
 
 void DaemonTest::anObjectMadeAnewWasToldTwice()
