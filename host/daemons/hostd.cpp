@@ -3,6 +3,7 @@
 
 #include "hostdoptions.h"
 #include "networkingdaemon.h"
+#include "rootlock.h"
 #include "simulatedhotspot.h"
 #include "simulatednetwork.h"
 #include "simulatedradio.h"
@@ -25,7 +26,8 @@ constexpr std::chrono::seconds LookInterval {1};
 } // namespace
 
 Hostd::Hostd(const HostdOptions &options, const Scenario &scenario)
-    : m_log(options.verbose),
+    : m_lock(std::make_unique<RootLock>()),
+      m_log(options.verbose),
       m_pace(options.speed, options.seed == -1 ? scenario.seed : static_cast<quint32>(options.seed)),
       m_faults(scenario.faults),
       m_without(options.without)
@@ -67,7 +69,7 @@ HostdExitCode Hostd::start(QString *error)
         if (!m_without.contains(words.service))
             served.append(words.service);
     }
-    switch (m_lock.take(served, error)) {
+    switch (m_lock->take(served, error)) {
     case RootLock::Taken:
         break;
     case RootLock::Unusable:
@@ -95,7 +97,7 @@ HostdExitCode Hostd::start(QString *error)
  */
 bool Hostd::mayPublish(QString *reason)
 {
-    const RootLock::Result result = m_isEnding ? RootLock::Held : m_lock.keep(reason);
+    const RootLock::Result result = m_isEnding ? RootLock::Held : m_lock->keep(reason);
     if (result == RootLock::Held) {
         if (!std::exchange(m_isEnding, true)) {
             m_log.trouble(*reason);
@@ -117,6 +119,11 @@ void Hostd::look()
         if (may)
             daemon.second->look();
     }
+}
+
+QString Hostd::root() const
+{
+    return m_lock->root();
 }
 
 void Hostd::restoreHotspot()

@@ -7,7 +7,6 @@
 #include "hostdexitcode.h"
 #include "hotspotstore.h"
 #include "pace.h"
-#include "rootlock.h"
 #include "service.h"
 #include "world.h"
 
@@ -19,6 +18,7 @@
 namespace morvek {
 
 class Daemon;
+class RootLock;
 class SimulatedHotspot;
 class SimulatedNetwork;
 class SimulatedRadio;
@@ -36,7 +36,7 @@ public:
 
     /*! Takes the root and publishes. \a error says why when that did not succeed. */
     HostdExitCode start(QString *error);
-    QString root() const { return m_lock.root(); }
+    QString root() const;
 
 private:
     Q_DISABLE_COPY(Hostd)
@@ -47,7 +47,7 @@ private:
     void look();
 
     // In this order, so that what is used by others goes after them.
-    RootLock m_lock;
+    std::unique_ptr<RootLock> m_lock;
     EventLog m_log;
     Pace m_pace;
     World m_world;
