@@ -184,8 +184,13 @@ bool StateObject::openNext()
     }
     m_reader = std::move(next);
     m_toldFrom = 0;
-    if (!isSame) // The first record of a new object is told like those that follow it.
-        return (!wasThere || tellState({})) && isThere;
+    if (!isSame) { // The first record of a new object is told like those that follow it.
+        if ((wasThere && !tellState({})) || !isThere)
+            return false;
+        const QPointer<StateObject> guard(this);
+        m_watcher->renewExchanged();
+        return guard;
+    }
 
     if (present.generation == previous.generation + 1) {
         Journal::Record known;
