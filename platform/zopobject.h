@@ -59,10 +59,19 @@ public:
     bool setAttributes(const ZopChangeset &changes);
 
     /*!
+     * For the daemon that publishes the object, which calls it from time to time: whether the path still has it, and
+     * sound. From the first call on, updates go to the very object that was there then. A control object takes its path
+     * back itself. False, with errorString(), when something else is there, or nothing.
+     */
+    bool check();
+
+    /*!
      * Creates a state object that holds the assignments of \a values from its first moment. False, with the
      * reason in \a error, when it exists already or cannot be created.
      */
     static bool create(const QString &path, const ZopChangeset &values, QString *error = nullptr);
+    /*! The same in the place of whatever is there, except a control object that is served: for its own daemon. */
+    static bool createAnew(const QString &path, const ZopChangeset &values, QString *error = nullptr);
     /*! Removes a state object. False, with the reason in \a error, when there is none. */
     static bool remove(const QString &path, QString *error = nullptr);
 

@@ -8,6 +8,7 @@
 #include "zopobject.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace morvek {
 
@@ -24,7 +25,12 @@ Daemon::Daemon(const QString &name, const QString &controlPath, Order order, con
       m_name(name),
       m_controlPath(controlPath),
       m_order(order),
-      m_tools(tools)
+      m_tools(tools),
+      m_publisher(
+          [log = tools.log](const QString &path, const QString &text) {
+              log->trouble(QStringLiteral("\"%1\": %2").arg(path, text));
+          },
+          tools.mayPublish)
 {
     m_publishAgain.setInterval(RetryPause);
     connect(&m_publishAgain, &QTimer::timeout, this, &Daemon::publishAgain);
@@ -53,6 +59,32 @@ void Daemon::die(int backAfter)
     m_tools.log->happened("daemon", m_name + QStringLiteral(" dead"));
     if (backAfter != -1)
         m_tools.pace->after(backAfter, this, [this] { comeBack(RetryPause); });
+}
+
+void Daemon::look()
+{
+    if (!m_controlObject)
+        return;
+    // In the order in which clients expect them.
+    if (m_order == ControlFirst)
+        lookAtControl();
+    const QStringList mended = m_publisher.check([this](const QString &path, const QString &text) {
+        m_tools.log->trouble(QStringLiteral("\"%1\" is published anew: %2").arg(path, text));
+    });
+    for (const QString &path : mended)
+        onLatePublication(path);
+    if (m_publisher.isWaiting() && !m_publishAgain.isActive())
+        m_publishAgain.start();
+    if (m_order == ControlLast)
+        lookAtControl();
+}
+
+void Daemon::lookAtControl()
+{
+    const bool isServed = m_controlObject->check();
+    if (!std::exchange(m_hasLostControl, !isServed) && !isServed)
+        m_tools.log->trouble(
+            QStringLiteral("cannot serve \"%1\": %2").arg(m_controlPath, m_controlObject->errorString()));
 }
 
 /*! Tries to start; \a pause is how long it waits before it tries again. */
@@ -207,7 +239,10 @@ void Daemon::report(const QString &path, bool done, const QString &error)
 {
     if (done || m_publishAgain.isActive())
         return;
-    m_tools.log->trouble(QStringLiteral("cannot publish \"%1\": %2").arg(path, error));
+    QString reason = error;
+    if (m_tools.mayPublish && !m_tools.mayPublish(&reason) && reason.isEmpty())
+        return;
+    m_tools.log->trouble(QStringLiteral("cannot publish \"%1\": %2").arg(path, reason));
     m_publishAgain.start();
 }
 

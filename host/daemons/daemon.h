@@ -28,6 +28,8 @@ struct DaemonTools
     FaultPlan *faults;
     Pace *pace;
     const EventLog *log;
+    /*! Whether the root is this program's; if not, with the reason, or without one when the program is about to end. */
+    ObjectPublisher::Permission mayPublish = nullptr;
 };
 
 /*! Serves a control object: reads requests, lets faults happen to them, replies in time, dies and comes back. */
@@ -49,6 +51,9 @@ public:
      * milliseconds it starts again; never, when that is -1. A dead daemon does not die again.
      */
     void die(int backAfter);
+
+    /*! Looks whether everything is still there, and mends what is not. A dead daemon does nothing. */
+    void look();
 
 protected:
     /*! What a request is answered with. */
@@ -97,6 +102,7 @@ private:
 
     bool expectUnserved(QString *error) const;
     bool serveControl(QString *error);
+    void lookAtControl();
     void comeBack(std::chrono::milliseconds pause);
     void letGo();
     void publishAgain();
@@ -115,6 +121,7 @@ private:
     ObjectPublisher m_publisher;
     QTimer m_publishAgain;                      // runs while something waits to be published
     std::unique_ptr<ZopObject> m_controlObject; // none while the daemon is dead
+    bool m_hasLostControl = false;              // and has said so
 };
 
 } // namespace morvek

@@ -3,6 +3,7 @@
 
 #include "hostdoptions.h"
 #include "networkingdaemon.h"
+#include "rootlock.h"
 #include "simulatedhotspot.h"
 #include "simulatednetwork.h"
 #include "simulatedradio.h"
@@ -11,15 +12,28 @@
 #include "timelineplayer.h"
 #include "wifidaemon.h"
 
+#include <QtCore/QCoreApplication>
+
+#include <chrono>
+#include <utility>
+
 namespace morvek {
 
+namespace {
+
+constexpr std::chrono::seconds LookInterval {1};
+
+} // namespace
+
 Hostd::Hostd(const HostdOptions &options, const Scenario &scenario)
-    : m_log(options.verbose),
+    : m_lock(std::make_unique<RootLock>()),
+      m_log(options.verbose),
       m_pace(options.speed, options.seed == -1 ? scenario.seed : static_cast<quint32>(options.seed)),
       m_faults(scenario.faults),
       m_without(options.without)
 {
-    const DaemonTools tools {&m_world, &m_faults, &m_pace, &m_log};
+    const DaemonTools tools {&m_world, &m_faults, &m_pace, &m_log,
+                             [this](QString *reason) { return mayPublish(reason); }};
     InterfaceControl *control = nullptr;
     if (options.system) {
         m_system = std::make_unique<SystemNetwork>(&m_world, &m_log);
@@ -55,7 +69,7 @@ HostdExitCode Hostd::start(QString *error)
         if (!m_without.contains(words.service))
             served.append(words.service);
     }
-    switch (m_lock.take(served, error)) {
+    switch (m_lock->take(served, error)) {
     case RootLock::Taken:
         break;
     case RootLock::Unusable:
@@ -71,7 +85,45 @@ HostdExitCode Hostd::start(QString *error)
         return HostdExitCode::CannotPublish;
     if (m_player)
         m_player->start();
+    QObject::connect(&m_looks, &QTimer::timeout, &m_looks, [this] { look(); });
+    m_looks.setTimerType(Qt::VeryCoarseTimer);
+    m_looks.start(LookInterval);
     return HostdExitCode::Success;
+}
+
+/*!
+ * The root may have been removed or exchanged: then it is taken anew, unless another morvek-hostd was faster. No reason
+ * means that this one ends.
+ */
+bool Hostd::mayPublish(QString *reason)
+{
+    const RootLock::Result result = m_isEnding ? RootLock::Held : m_lock->keep(reason);
+    if (result == RootLock::Held) {
+        if (!std::exchange(m_isEnding, true)) {
+            m_log.trouble(*reason);
+            QCoreApplication::exit(static_cast<int>(HostdExitCode::AlreadyRunning));
+        }
+        reason->clear();
+    }
+    return result == RootLock::Taken;
+}
+
+/*! Nothing tells when somebody spoils what the daemons publish, or the root, in all ways in which that can be done. */
+void Hostd::look()
+{
+    QString reason;
+    const bool may = mayPublish(&reason);
+    if (!std::exchange(m_isTroubled, !may) && !reason.isEmpty())
+        m_log.trouble(reason);
+    for (const auto &daemon : m_daemons) {
+        if (may)
+            daemon.second->look();
+    }
+}
+
+QString Hostd::root() const
+{
+    return m_lock->root();
 }
 
 void Hostd::restoreHotspot()

@@ -7,9 +7,10 @@
 #include "hostdexitcode.h"
 #include "hotspotstore.h"
 #include "pace.h"
-#include "rootlock.h"
 #include "service.h"
 #include "world.h"
+
+#include <QtCore/QTimer>
 
 #include <map>
 #include <memory>
@@ -17,6 +18,7 @@
 namespace morvek {
 
 class Daemon;
+class RootLock;
 class SimulatedHotspot;
 class SimulatedNetwork;
 class SimulatedRadio;
@@ -34,16 +36,18 @@ public:
 
     /*! Takes the root and publishes. \a error says why when that did not succeed. */
     HostdExitCode start(QString *error);
-    QString root() const { return m_lock.root(); }
+    QString root() const;
 
 private:
     Q_DISABLE_COPY(Hostd)
 
     void restoreHotspot();
     bool startDaemons(QString *error);
+    bool mayPublish(QString *reason);
+    void look();
 
     // In this order, so that what is used by others goes after them.
-    RootLock m_lock;
+    std::unique_ptr<RootLock> m_lock;
     EventLog m_log;
     Pace m_pace;
     World m_world;
@@ -56,6 +60,9 @@ private:
     std::map<Service, std::unique_ptr<Daemon>> m_daemons; // of what there is in this world
     std::unique_ptr<TimelinePlayer> m_player;
     QVector<Service> m_without;
+    QTimer m_looks;
+    bool m_isTroubled = false; // and has said so
+    bool m_isEnding = false;
 };
 
 } // namespace morvek

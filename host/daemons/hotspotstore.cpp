@@ -2,6 +2,7 @@
 #include "hotspotstore.h"
 
 #include "filedescriptor.h"
+#include "fileplace.h"
 #include "hotspotprofile.h"
 #include "zoppath.h"
 
@@ -56,7 +57,7 @@ QByteArray readFile(const QByteArray &name, QString *error)
 /*! The number of the system's error, or 0. */
 int writeFile(const QByteArray &name, const QByteArray &content)
 {
-    unlink(name.constData()); // what a run that died in between has left
+    clearPlace(name); // of what a run that died in between has left
     const FileDescriptor descriptor(open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, OwnerOnly));
     if (!descriptor.isOpen() || fchmod(descriptor.get(), OwnerOnly) != 0) // whatever the umask is
         return errno;

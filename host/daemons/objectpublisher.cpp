@@ -5,6 +5,7 @@
 #include "zopobject.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace morvek {
 
@@ -34,9 +35,45 @@ bool isGone(const QString &error)
     return error == QLatin1String("no such object");
 }
 
+/*! Whether the path has not the object any more that was published; of what cannot be opened nobody can tell. */
+bool isLost(const QString &error)
+{
+    return isMalformed(error) || isGone(error) || error == QLatin1String("another object has this path");
+}
+
+/*! What \a changes take while they wait, about. */
+qint64 bytesOf(const ZopChangeset &changes)
+{
+    constexpr qint64 Overhead = 128; // of each attribute
+    qint64 bytes = Overhead;
+    for (auto it = changes.assignments.cbegin(); it != changes.assignments.cend(); ++it)
+        bytes += Overhead + qint64(sizeof(QChar)) * it.key().size() + it.value().bytes().size();
+    for (const QString &name : changes.removals)
+        bytes += Overhead + qint64(sizeof(QChar)) * name.size();
+    return bytes;
+}
+
+/*! Makes one update of \a earlier and \a later. */
+void merge(ZopChangeset *earlier, const ZopChangeset &later)
+{
+    for (auto it = later.assignments.cbegin(); it != later.assignments.cend(); ++it) {
+        earlier->assignments.insert(it.key(), it.value());
+        earlier->removals.remove(it.key());
+    }
+    for (const QString &name : later.removals) {
+        earlier->assignments.remove(name);
+        earlier->removals.insert(name);
+    }
+}
+
 } // namespace
 
-ObjectPublisher::ObjectPublisher() = default;
+ObjectPublisher::ObjectPublisher(Tell tellLoss, Permission permission)
+    : m_tellLoss(std::move(tellLoss)),
+      m_permission(std::move(permission))
+{
+}
+
 ObjectPublisher::~ObjectPublisher() = default;
 
 bool ObjectPublisher::publish(const QString &path, const Attributes &attributes, Takeover takeover, QString *error)
@@ -61,17 +98,59 @@ bool ObjectPublisher::remove(const QString &path, QString *error)
     Published &published = m_objects[path];
     if (published.endsWith(Step::Create))
         published.waiting.pop_back();
+    if (published.endsWith(Step::Remove))
+        return true;
     return add(path, {Step::Remove, {}, TellDifference}, error);
 }
 
 bool ObjectPublisher::add(const QString &path, const Step &step, QString *error)
 {
     Published &published = m_objects[path];
-    published.waiting.push_back(step);
-    const bool done = published.waiting.size() > 1 || perform(path, &published, error);
+    const bool isFirst = published.waiting.empty();
+    wait(path, &published, step);
+    const bool done = !isFirst || perform(path, &published, error);
     if (!published.object && published.waiting.empty())
         m_objects.erase(path);
     return done;
+}
+
+/*! Puts \a step behind what waits; what is too much becomes one update with what they all come to. */
+void ObjectPublisher::wait(const QString &path, Published *published, const Step &step)
+{
+    std::deque<Step> &waiting = published->waiting;
+    if (waiting.empty()) {
+        published->waitingBytes = 0;
+        published->hasLost = false;
+    }
+    published->waitingBytes += bytesOf(step.changes);
+    waiting.push_back(step);
+    if (step.kind != Step::Update || waiting.size() == 1
+        || (!published->hasLost && published->waitingBytes <= LargestQueue))
+        return;
+    // There is no other kind of step before an update: what is created takes updates into itself.
+    ZopChangeset all;
+    for (const Step &update : waiting)
+        merge(&all, update.changes);
+    waiting.assign(1, {Step::Update, all, TellDifference});
+    if (!std::exchange(published->hasLost, true) && m_tellLoss)
+        m_tellLoss(path, QStringLiteral("updates were lost: too many wait, and are told as one"));
+}
+
+QStringList ObjectPublisher::check(const Tell &tellTrouble)
+{
+    QStringList mended;
+    for (auto &[path, published] : m_objects) {
+        if (!published.waiting.empty() || published.object->check())
+            continue;
+        QString error = published.object->errorString();
+        if (!isLost(error))
+            continue;
+        tellTrouble(path, error);
+        wait(path, &published, {Step::Create, {}, MakeAnew});
+        if (perform(path, &published, &error))
+            mended += path;
+    }
+    return mended;
 }
 
 QStringList ObjectPublisher::retry()
@@ -101,6 +180,8 @@ bool ObjectPublisher::isWaiting() const
 bool ObjectPublisher::perform(const QString &path, Published *published, QString *error)
 {
     std::deque<Step> &waiting = published->waiting;
+    if (waiting.front().kind != Step::Update && m_permission && !m_permission(error))
+        return false;
     bool done = false;
     switch (waiting.front().kind) {
     case Step::Create:
@@ -117,12 +198,12 @@ bool ObjectPublisher::perform(const QString &path, Published *published, QString
     }
     if (done) {
         waiting.pop_front();
-    } else if (waiting.front().kind == Step::Update && (isMalformed(*error) || isGone(*error))) {
+    } else if (waiting.front().kind == Step::Update && isLost(*error)) {
         // Nobody can be told these updates any more. They are part of the attributes.
         while (!waiting.empty() && waiting.front().kind == Step::Update)
             waiting.pop_front();
         if (waiting.empty())
-            waiting.push_back({Step::Create, {}, TellDifference});
+            waiting.push_back({Step::Create, {}, MakeAnew});
     }
     return done;
 }
@@ -131,20 +212,26 @@ bool ObjectPublisher::create(const QString &path, Published *published, QString 
 {
     ZopChangeset changes;
     changes.assignments = published->attributes;
-    bool created = ZopObject::create(path, changes, error);
+    Takeover &takeover = published->waiting.front().takeover;
+    bool created =
+        takeover == MakeAnew ? ZopObject::createAnew(path, changes, error) : ZopObject::create(path, changes, error);
     // Not a mode that creates: nobody must see the object before it has its values.
     auto object = std::make_unique<ZopObject>(path, ZopObject::ReadWrite, false);
-    if (isMalformed(object->errorString()) && ZopObject::remove(path)) {
-        created = ZopObject::create(path, changes, error);
+    if (!created && isMalformed(object->errorString()) && ZopObject::createAnew(path, changes, error)) {
+        created = true;
         object = std::make_unique<ZopObject>(path, ZopObject::ReadWrite, false);
     }
-    Takeover &takeover = published->waiting.front().takeover;
     if (created)
         takeover = TellDifference; // everything has been told, also when it cannot be opened yet
-    if (!isGone(object->errorString()))
+    if (!isGone(object->errorString()) && !object->errorString().isEmpty())
         *error = object->errorString();
-    if (!object->isValid())
+    if (!object->isValid() || (!created && takeover == MakeAnew))
         return false;
+    if (!object->check() && isLost(object->errorString())) {
+        takeover = MakeAnew;
+        *error = object->errorString();
+        return false;
+    }
     if (!created) {
         const Attributes present = attributesOf(object.get());
         changes = difference(present, published->attributes);

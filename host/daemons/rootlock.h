@@ -2,6 +2,7 @@
 #ifndef MORVEK_HOSTD_ROOTLOCK_H
 #define MORVEK_HOSTD_ROOTLOCK_H
 
+#include "filedescriptor.h"
 #include "service.h"
 
 #include <QtCore/QString>
@@ -19,16 +20,22 @@ public:
     enum Result { Taken, Unusable, Held };
 
     RootLock() = default;
-    ~RootLock();
 
     /*! Takes the root that the environment names for \a services, and creates it when there is none. */
     Result take(const QVector<Service> &services, QString *error);
+    /*! The same again for these services, when the root is not the one any more that was taken. */
+    Result keep(QString *error);
     QString root() const { return m_root; }
 
 private:
     Q_DISABLE_COPY(RootLock)
+    bool isTaken() const;
+    Result lock(const FileDescriptor &file, QString *error) const;
+
+    QVector<Service> m_services;
     QString m_root;
-    int m_file = -1;
+    QByteArray m_path;
+    FileDescriptor m_file;
 };
 
 } // namespace morvek

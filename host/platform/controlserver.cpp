@@ -2,6 +2,7 @@
 #include "controlserver.h"
 
 #include "controllink.h"
+#include "fileplace.h"
 #include "folderlock.h"
 
 #include <QtCore/QSocketNotifier>
@@ -36,46 +37,73 @@ ControlServer::ControlServer(const ZopPath &path, Tell tell)
 
 ControlServer::~ControlServer()
 {
+    // Not what another daemon has put there, whatever has become of the root meanwhile.
     QString error;
-    // Nobody may have taken the path while this daemon listened, so that what is there is its own.
-    if (m_listener.isOpen() && FolderLock(m_path, &error).isHeld())
+    if (isInPlace() && FolderLock(m_path, &error).isHeld() && isInPlace())
         unlink(m_path.file().constData());
 }
 
 bool ControlServer::start(QString *error)
 {
     const FolderLock lock(m_path, error);
-    if (!lock.isHeld())
+    if (!lock.isHeld() || !isFree(error))
         return false;
-    const QByteArray file = m_path.file();
     struct stat status;
-    const bool exists = lstat(file.constData(), &status) == 0;
-    QString refusal;
-    if (exists && (!S_ISSOCK(status.st_mode) || ControlLink::connectTo(m_path, &refusal).isOpen())) {
-        *error = S_ISSOCK(status.st_mode) ? QStringLiteral("another daemon serves it")
-                                          : QStringLiteral("a state object has this path");
+    if (lstat(m_path.file().constData(), &status) == 0 && !S_ISSOCK(status.st_mode)) {
+        *error = QStringLiteral("a state object has this path");
         return false;
     }
-    if (exists && !ControlLink::isNobody(errno)) {
-        *error = refusal; // whether somebody serves it cannot be told
+    return listen(error);
+}
+
+bool ControlServer::check(QString *error)
+{
+    if (isInPlace())
+        return true;
+    const FolderLock lock(m_path, error);
+    return lock.isHeld() && isFree(error) && listen(error);
+}
+
+/*! Whether nobody serves the path; false, too, when that cannot be told. */
+bool ControlServer::isFree(QString *error) const
+{
+    struct stat status;
+    if (lstat(m_path.file().constData(), &status) != 0 || !S_ISSOCK(status.st_mode))
+        return true;
+    if (ControlLink::connectTo(m_path, error).isOpen()) {
+        *error = QStringLiteral("another daemon serves it");
         return false;
     }
-    // It gets its name when it listens: whoever sees the name can connect. What a dead daemon left goes first, so
-    // that its going is seen too.
+    return ControlLink::isNobody(errno);
+}
+
+/*! Takes the path, under the folder's lock. Whoever is connected stays so. */
+bool ControlServer::listen(QString *error)
+{
+    // It gets its name when it listens: whoever sees the name can connect. What was there goes first, so that its going
+    // is seen too.
     const QByteArray fresh = m_path.hidden(".new");
-    unlink(fresh.constData());
+    clearPlace(fresh);
     FileDescriptor listener = ControlLink::listenAt(m_path, '.' + m_path.name() + ".new", error);
     if (!listener.isOpen())
         return false;
-    unlink(file.constData());
-    if (rename(fresh.constData(), file.constData()) != 0) {
+    if (lstat(fresh.constData(), &m_socket) != 0 || !clearPlace(m_path.file())
+        || rename(fresh.constData(), m_path.file().constData()) != 0) {
         *error = systemError(errno);
         return false;
     }
+    delete m_notifier;
     m_listener = std::move(listener);
     m_notifier = new QSocketNotifier(m_listener.get(), QSocketNotifier::Read, this);
     connect(m_notifier, &QSocketNotifier::activated, this, &ControlServer::accept);
+    error->clear();
     return true;
+}
+
+bool ControlServer::isInPlace() const
+{
+    struct stat present;
+    return m_listener.isOpen() && lstat(m_path.file().constData(), &present) == 0 && isSameFile(present, m_socket);
 }
 
 bool ControlServer::write(const ZopChangeset &changes, QString *error)

@@ -9,6 +9,8 @@
 #include <QtCore/QHash>
 #include <QtCore/QObject>
 
+#include <sys/stat.h>
+
 class QSocketNotifier;
 
 namespace morvek {
@@ -28,12 +30,17 @@ public:
     bool start(QString *error) override;
 
     bool write(const ZopChangeset &changes, QString *error) override;
+    bool check(QString *error) override;
 
 private:
+    bool isFree(QString *error) const;
+    bool listen(QString *error);
+    bool isInPlace() const;
     void accept();
 
     ZopPath m_path;
     FileDescriptor m_listener;
+    struct stat m_socket = {}; // the file that stands for the listener
     QSocketNotifier *m_notifier = nullptr;
     QHash<int, ControlLink *> m_links; // by the number that stands in "peer"
     int m_lastPeer = 0;

@@ -147,6 +147,27 @@ void FileWatcher::renewAll()
     }
 }
 
+void FileWatcher::renewExchanged()
+{
+    const std::shared_ptr<FileWatcher> kept = weak_from_this().lock();
+    const QList<QByteArray> paths = m_folders.keys();
+    for (const QByteArray &path : paths) {
+        WatchedFolder *folder = m_folders.value(path);
+        if (folder && folder->isExchanged())
+            folder->renew();
+    }
+    tellChanged();
+}
+
+void FileWatcher::watchRoot()
+{
+    const int former = std::exchange(m_rootWatch,
+                                     inotify_add_watch(m_inotify.get(), ZopPath::rootFolder().constData(),
+                                                       IN_MOVE_SELF | IN_DELETE_SELF | IN_ONLYDIR | IN_MASK_ADD));
+    if (former != -1 && former != m_rootWatch && !m_watches.contains(former))
+        inotify_rm_watch(m_inotify.get(), former);
+}
+
 /*! Has \a listener look at its folder: at once when it watches one for others, else when all of these have. */
 void FileWatcher::look(FolderListener *listener)
 {
@@ -256,6 +277,10 @@ void FileWatcher::dispatch(const RawEvent &event)
 void FileWatcher::handle(const RawEvent &event)
 {
     if (event.mask & IN_Q_OVERFLOW) {
+        renewAll();
+        return;
+    }
+    if (event.watch == m_rootWatch && event.mask & (IN_DELETE_SELF | IN_MOVE_SELF)) {
         renewAll();
         return;
     }

@@ -73,6 +73,11 @@ public:
      * Whoever calls it may be gone afterwards.
      */
     void tellAppearances();
+    /*!
+     * Looks at what other folders have taken the places of the watched ones: what was just found in a file of them may
+     * speak of it. Whoever calls it may be gone afterwards.
+     */
+    void renewExchanged();
 
 private:
     FileWatcher();
@@ -93,6 +98,7 @@ private:
     void dispatch(const RawEvent &event);
     void handle(const RawEvent &event);
     void retry();
+    void watchRoot();
     void forgetEvents();
     void renewAll();
     void look(FolderListener *listener);
@@ -101,7 +107,8 @@ private:
     FileDescriptor m_inotify;
     QHash<QByteArray, WatchedFolder *> m_folders;
     QHash<int, WatchedFolder *> m_watches;
-    std::deque<RawEvent> m_events;                  // read, and not handled yet
+    int m_rootWatch = -1;          // tells when the root is moved, which the folders below it are not told
+    std::deque<RawEvent> m_events; // read, and not handled yet
     std::deque<QPointer<FolderListener>> m_changed; // to be told that their folder has changed
     QVector<QPointer<FolderListener>> m_retries;
     QTimer m_retryTimer;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "folderlock.h"
 
+#include "lockwait.h"
 #include "zoppath.h"
 
 #include <cerrno>
@@ -15,9 +16,11 @@ FolderLock::FolderLock(const ZopPath &path, QString *error)
     if (!path.makeFolder(error))
         return;
     m_folder.reset(open(path.folder().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    while (m_folder.isOpen() && flock(m_folder.get(), LOCK_EX) != 0 && errno == EINTR) { }
     if (!m_folder.isOpen())
         *error = systemError(errno);
+    else if (!waitForLock(
+                 path.folder(), [this] { return flock(m_folder.get(), LOCK_EX | LOCK_NB); }, error))
+        m_folder.reset();
 }
 
 } // namespace morvek

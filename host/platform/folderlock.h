@@ -10,7 +10,7 @@ namespace morvek {
 
 class ZopPath;
 
-/*! Keeps other processes from creating objects in a folder, which it creates if need be. */
+/*! Keeps other processes from creating objects in a folder, which it creates if need be; unless another one does. */
 class FolderLock
 {
 public:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "journal.h"
 
+#include "fileplace.h"
 #include "folderlock.h"
 #include "journalstate.h"
 #include "zopwire.h"
@@ -64,7 +65,7 @@ bool writeGeneration(const QByteArray &target, Identity identity, const ZopChang
     header.stateEnd = sizeof(header) + quint64(record.size());
     header.checksum = headerChecksum(header);
 
-    unlink(target.constData());
+    clearPlace(target);
     const FileDescriptor file(open(target.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, OwnerOnly));
     const auto headerBytes = QByteArray::fromRawData(reinterpret_cast<const char *>(&header), sizeof(header));
     if (file.isOpen() && fchmod(file.get(), OwnerOnly) == 0 && writeWhole(file.get(), headerBytes)
@@ -79,14 +80,39 @@ bool writeGeneration(const QByteArray &target, Identity identity, const ZopChang
 bool isPreviousRead(const ZopPath &path, const FileDescriptor &current)
 {
     const QByteArray previous = path.hidden(".old");
-    const FileDescriptor file(open(previous.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
+    const FileDescriptor file(open(previous.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     if (!file.isOpen())
-        return errno != ENOENT; // it cannot be told
+        return errno != ENOENT && !isNoFile(errno); // it cannot be told
     // A writer that was killed between its two steps leaves the current generation under this name.
     if (names(previous, current))
         return false;
     struct flock lock = lockOn(ReadersByte, F_WRLCK);
     return fcntl(file.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+/*! Puts a new object into the place of whatever is there, whose going is seen too. */
+bool place(const ZopPath &path, const ZopChangeset &values, QString *error)
+{
+    ZopChangeset state;
+    state.assignments = values.assignments;
+    const QByteArray fresh = path.hidden(".new");
+    if (!writeGeneration(fresh, {QRandomGenerator::global()->generate64(), 1}, state, error))
+        return false;
+    if (clearPlace(path.file()) && rename(fresh.constData(), path.file().constData()) == 0)
+        return true;
+    *error = systemError(errno);
+    return false;
+}
+
+/*! Locks the present file, if there is one, against writers; whatever is in it, it may be somebody's. */
+bool lockPresent(const ZopPath &path, FileDescriptor *file, QString *error)
+{
+    do {
+        file->reset(open(path.file().constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+        if (file->isOpen() && !lockForWriting(path, *file, error))
+            return false;
+    } while (file->isOpen() && exists(path) && !names(path.file(), *file));
+    return true;
 }
 
 } // namespace
@@ -108,46 +134,39 @@ bool create(const ZopPath &path, const ZopChangeset &values, QString *error)
     const FolderLock lock(path, error);
     if (!lock.isHeld())
         return false;
-    if (exists(path)) {
-        *error = QStringLiteral("the object exists already");
-        return false;
-    }
-    ZopChangeset state;
-    state.assignments = values.assignments;
-    const QByteArray fresh = path.hidden(".new");
-    if (!writeGeneration(fresh, {QRandomGenerator::global()->generate64(), 1}, state, error))
-        return false;
-    if (rename(fresh.constData(), path.file().constData()) == 0)
-        return true;
-    *error = systemError(errno);
+    if (!exists(path))
+        return place(path, values, error);
+    *error = QStringLiteral("the object exists already");
     return false;
+}
+
+bool createAnew(const ZopPath &path, const ZopChangeset &values, QString *error)
+{
+    const FolderLock folder(path, error);
+    FileDescriptor file;
+    if (!folder.isHeld() || !lockPresent(path, &file, error))
+        return false;
+    clearPlace(path.hidden(".old"));
+    return place(path, values, error);
 }
 
 bool remove(const ZopPath &path, QString *error)
 {
     struct stat status;
     if (lstat(path.file().constData(), &status) != 0 || S_ISSOCK(status.st_mode)) {
-        *error = exists(path) ? QStringLiteral("a control object has this path") : QStringLiteral("no such object");
+        *error = exists(path) ? QStringLiteral("a control object has this path") : noSuchObject();
         return false;
     }
     const FolderLock folder(path, error); // nobody creates it anew meanwhile
-    if (!folder.isHeld())
+    FileDescriptor file;                  // an update that is being written gets told before the removal
+    if (!folder.isHeld() || !lockPresent(path, &file, error))
         return false;
-    // An update that is being written gets told before the removal: the lock is that of the present file.
-    FileDescriptor file;
-    do {
-        Header header;
-        QString ignored;
-        file = openFile(path, O_RDWR, &header, &ignored);
-        struct flock lock = lockOn(WritersByte, F_WRLCK);
-        while (file.isOpen() && fcntl(file.get(), F_OFD_SETLKW, &lock) != 0 && errno == EINTR) { }
-    } while (file.isOpen() && exists(path) && !names(path.file(), file));
     if (unlink(path.file().constData()) != 0) {
-        *error = errno == ENOENT ? QStringLiteral("no such object") : systemError(errno);
+        *error = errno == ENOENT ? noSuchObject() : systemError(errno);
         return false;
     }
-    unlink(path.hidden(".old").constData());
-    unlink(path.hidden(".new").constData());
+    clearPlace(path.hidden(".old"));
+    clearPlace(path.hidden(".new"));
     error->clear();
     return true;
 }
@@ -167,6 +186,8 @@ bool Writer::append(const ZopPath &path, const ZopChangeset &changes, QString *e
     const QByteArray record = makeRecord(m_header.marker, m_number, changes);
     const qint64 end = size + record.size();
     const bool done = fits(path, changes, record.size(), end, error) && write(record, size, error);
+    if (done)
+        m_size = end;
     if (done && end > m_replaceAt && replace(path, end)) {
         m_state.reset();
         m_file.reset();
@@ -188,17 +209,25 @@ bool Writer::lock(const ZopPath &path, qint64 *size, QString *error)
             m_file = openFile(path, O_RDWR | O_APPEND, &m_header, error);
             if (!m_file.isOpen())
                 return false;
+            if (m_expected != 0 && m_header.identity.incarnation != m_expected) {
+                m_file.reset();
+                *error = anotherObject();
+                return false;
+            }
+            m_size = 0;
             m_replaceAt = ReplacedAt + 4 * qint64(m_header.stateEnd);
         }
-        struct flock lock = lockOn(WritersByte, F_WRLCK);
-        if (fcntl(m_file.get(), F_OFD_SETLKW, &lock) == 0) {
-            if (names(path.file(), m_file, size))
+        if (!lockForWriting(path, m_file, error))
+            return false;
+        if (names(path.file(), m_file, size)) {
+            if (*size >= m_size)
                 return true;
-            m_file.reset(); // replaced or removed while this writer waited
-        } else if (errno != EINTR) {
-            *error = systemError(errno);
+            m_state.reset();
+            m_file.reset();
+            *error = malformed(path, QStringLiteral("something was cut off"));
             return false;
         }
+        m_file.reset(); // replaced or removed while this writer waited
     }
 }
 
@@ -268,7 +297,7 @@ bool Writer::replace(const ZopPath &path, qint64 size)
         done = writeGeneration(fresh, next, state, &error);
     }
     if (done) {
-        unlink(previous.constData());
+        clearPlace(previous);
         done = link(file.constData(), previous.constData()) == 0 && rename(fresh.constData(), file.constData()) == 0;
     }
     if (!done)

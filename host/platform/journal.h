@@ -31,6 +31,8 @@ bool exists(const ZopPath &path);
 bool isGone(const ZopPath &path);
 /*! Creates the file with the assignments of \a values; false when there is one already. */
 bool create(const ZopPath &path, const ZopChangeset &values, QString *error);
+/*! The same in the place of whatever is there. */
+bool createAnew(const ZopPath &path, const ZopChangeset &values, QString *error);
 /*! Removes the file; false when there is none. */
 bool remove(const ZopPath &path, QString *error);
 
@@ -44,6 +46,8 @@ public:
 
     /*! Marks the records of this writer. */
     quint64 number() const { return m_number; }
+    /*! From now on, updates go to the object of this incarnation only. */
+    void expect(quint64 incarnation) { m_expected = incarnation; }
     /*! Appends \a changes as one record, or nothing at all. */
     bool append(const ZopPath &path, const ZopChangeset &changes, QString *error);
 
@@ -56,7 +60,9 @@ private:
 
     FileDescriptor m_file;
     Header m_header = {};
+    qint64 m_size = 0; // of the file behind the last record of this writer
     qint64 m_replaceAt = 0;
+    quint64 m_expected = 0; // no incarnation in particular
     quint64 m_number;
     std::unique_ptr<FoldedState> m_state; // while the file is too large for the state to be small for certain
 };

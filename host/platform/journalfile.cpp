@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "journalfile.h"
 
+#include "fileplace.h"
+#include "lockwait.h"
 #include "zoppath.h"
 #include "zopwire.h"
 
@@ -51,6 +53,13 @@ struct flock lockOn(LockedByte byte, short type)
     return lock;
 }
 
+bool lockForWriting(const ZopPath &path, const FileDescriptor &file, QString *error)
+{
+    struct flock lock = lockOn(WritersByte, F_WRLCK);
+    return waitForLock(
+        path.file(), [&] { return fcntl(file.get(), F_OFD_SETLK, &lock); }, error);
+}
+
 quint32 checksum(const void *bytes, size_t size, quint32 start)
 {
     return quint32(crc32_z(start, static_cast<const Bytef *>(bytes), size));
@@ -65,11 +74,11 @@ FileDescriptor openFile(const ZopPath &path, int flags, Header *header, QString 
 {
     // Not blocking, as what another program put there may be a pipe.
     FileDescriptor file(open(path.file().constData(), flags | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    if (!file.isOpen()) {
-        *error = errno == ENOENT ? QStringLiteral("no such object") : systemError(errno);
+    if (!file.isOpen() && !isNoFile(errno)) {
+        *error = errno == ENOENT ? noSuchObject() : systemError(errno);
         return file;
     }
-    const QString trouble = readHeader(file, header);
+    const QString trouble = file.isOpen() ? readHeader(file, header) : QStringLiteral("this is no file");
     if (!trouble.isEmpty()) {
         *error = malformed(path, trouble);
         file.reset();
@@ -86,13 +95,28 @@ bool names(const QByteArray &path, const FileDescriptor &file, qint64 *size)
         return false;
     if (size)
         *size = there.st_size;
-    return there.st_ino == here.st_ino && there.st_dev == here.st_dev;
+    return isSameFile(there, here);
 }
 
 qint64 sizeOf(int file)
 {
     struct stat status;
     return fstat(file, &status) == 0 ? status.st_size : 0;
+}
+
+bool isNoFile(int error)
+{
+    return error == ELOOP || error == EISDIR || error == ENXIO;
+}
+
+QString noSuchObject()
+{
+    return QStringLiteral("no such object");
+}
+
+QString anotherObject()
+{
+    return QStringLiteral("another object has this path");
 }
 
 QString malformed(const ZopPath &path, const QString &reason)

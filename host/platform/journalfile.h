@@ -53,16 +53,22 @@ struct RecordHeader
 enum LockedByte { WritersByte, ReadersByte };
 
 struct flock lockOn(LockedByte byte, short type);
+/*! Keeps other writers from the file that is open as \a file. */
+bool lockForWriting(const ZopPath &path, const FileDescriptor &file, QString *error);
 
 quint32 checksum(const void *bytes, size_t size, quint32 start = 0);
 quint32 headerChecksum(const Header &header);
 
-/*! Opens the object's file and reads its header; when that is not sound, errno is EBADMSG. */
+/*! Opens the object's file and reads its header; when that is not sound, or this is no file, errno is EBADMSG. */
 FileDescriptor openFile(const ZopPath &path, int flags, Header *header, QString *error);
 /*! Whether \a path names the file that is open as \a file, and then how large it is. */
 bool names(const QByteArray &path, const FileDescriptor &file, qint64 *size = nullptr);
 /*! How large the file is; 0 when that cannot be told. */
 qint64 sizeOf(int file);
+/*! Whether \a error of an open that follows no links says that there is no file, but something else. */
+bool isNoFile(int error);
+QString noSuchObject();
+QString anotherObject();
 /*! Why nothing of the object's file is believed, or nothing more. */
 QString malformed(const ZopPath &path, const QString &reason);
 QString tooMuchNonsense(const ZopPath &path);

@@ -28,7 +28,8 @@ bool Reader::open(const ZopPath &path, QString *error)
         if (!file.isOpen())
             return false;
         struct flock lock = lockOn(ReadersByte, F_RDLCK);
-        if (fcntl(file.get(), F_OFD_SETLK, &lock) != 0) {
+        // Whoever keeps the whole file locked keeps it from being replaced, too.
+        if (fcntl(file.get(), F_OFD_SETLK, &lock) != 0 && errno != EAGAIN) {
             *error = systemError(errno);
             return false;
         }

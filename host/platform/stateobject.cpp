@@ -55,6 +55,13 @@ bool StateObject::write(const ZopChangeset &changes, QString *error)
     return m_writer.append(m_path, changes, error);
 }
 
+bool StateObject::check(QString *error)
+{
+    const bool passes = m_check.passes(m_path, error);
+    m_writer.expect(m_check.incarnation());
+    return passes;
+}
+
 void StateObject::refresh()
 {
     const bool wasThere = m_reader.isOpen();
@@ -169,15 +176,20 @@ bool StateObject::openNext()
     const Journal::Identity present = next.identity();
     const bool isSame = wasThere && isThere && present.incarnation == previous.incarnation;
     if (wasThere && !isSame) {
-        // Whoever has not read the values when it opened the object knows only some of those that are gone.
-        m_values.clear();
+        // Whoever has not read the values when it opened the object knows only some of those that are gone; and whoever
+        // has, more than what is left of a spoilt file.
         m_reader.rewind();
         readInto(&m_values, &m_reader);
     }
     m_reader = std::move(next);
     m_toldFrom = 0;
-    if (!isSame) // The first record of a new object is told like those that follow it.
-        return (!wasThere || tellState({})) && isThere;
+    if (!isSame) { // The first record of a new object is told like those that follow it.
+        if ((wasThere && !tellState({})) || !isThere)
+            return false;
+        const QPointer<StateObject> guard(this);
+        m_watcher->renewExchanged();
+        return guard;
+    }
 
     if (present.generation == previous.generation + 1) {
         Journal::Record known;

@@ -4,6 +4,7 @@
 
 #include "filewatcher.h"
 #include "journal.h"
+#include "objectcheck.h"
 #include "zopbackend.h"
 #include "zoppath.h"
 
@@ -21,6 +22,7 @@ public:
     /*! Begins to follow the file; false when there is none. */
     bool start(QString *error) override;
     bool write(const ZopChangeset &changes, QString *error) override;
+    bool check(QString *error) override;
     void refresh() override;
 
     void entryChanged(const QByteArray &name, Event event) override;
@@ -39,6 +41,7 @@ private:
     bool m_watching = false;
     Journal::Reader m_reader;
     Journal::Writer m_writer;
+    ObjectCheck m_check;
     qint64 m_toldFrom = 0; // records that end before this are old news
     bool m_followsLater = false;
     bool m_isBehind = false; // the path names another file, which could not be opened yet

@@ -43,6 +43,7 @@ WatchedFolder::~WatchedFolder()
         return;
     m_watcher->m_watches.remove(m_watch);
     inotify_rm_watch(m_watcher->m_inotify.get(), m_watch);
+    m_watcher->watchRoot(); // it may have had the same watch
 }
 
 bool WatchedFolder::attach()
@@ -62,7 +63,14 @@ bool WatchedFolder::attach()
         m_watcher->m_watches.insert(m_watch, this);
         awaitNothing();
     }
+    m_watcher->watchRoot();
     return true;
+}
+
+bool WatchedFolder::isExchanged() const
+{
+    // The same folder has the same watch.
+    return inotify_add_watch(m_watcher->m_inotify.get(), m_path.constData(), WatchedEvents) != m_watch;
 }
 
 void WatchedFolder::renew()

@@ -15,6 +15,8 @@ public:
 
     /*! Sets the watch, on the nearest folder above when this one does not exist. False with errno. */
     bool attach();
+    /*! Whether the path names another folder than the watched one. */
+    bool isExchanged() const;
     /*! The folder may not be there any more, or be another one. */
     void renew();
 

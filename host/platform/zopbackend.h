@@ -23,6 +23,8 @@ public:
 
     virtual bool start(QString *error) = 0;
     virtual bool write(const ZopChangeset &changes, QString *error) = 0;
+    /*! For whoever publishes the object: whether its path still has it; a control object takes it back. */
+    virtual bool check(QString *error) = 0;
 
     /*! The attributes as they have been received. Of what passes through a control object nothing is kept. */
     const QMap<QString, ZopVariant> &values() const { return m_values; }

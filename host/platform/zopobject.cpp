@@ -2,6 +2,7 @@
 #include "zopobject.h"
 
 #include "controlclient.h"
+#include "controllink.h"
 #include "controlserver.h"
 #include "stateobject.h"
 #include "zopobject_p.h"
@@ -9,6 +10,7 @@
 #include <QtCore/QPointer>
 
 #include <algorithm>
+#include <cerrno>
 
 #include <sys/stat.h>
 
@@ -138,6 +140,23 @@ bool ZopObject::setAttributes(const ZopChangeset &changes)
         return d->backend->write(changes, &d->error);
     d->error = QStringLiteral("the object was opened for reading only");
     return false;
+}
+
+bool ZopObject::check()
+{
+    return isValid() && d->backend->check(&d->error);
+}
+
+bool ZopObject::createAnew(const QString &path, const ZopChangeset &values, QString *error)
+{
+    return onFile(path, error, [&values](const ZopPath &target, QString *reason) {
+        QString refusal;
+        const bool isServed =
+            isSocket(target) && (ControlLink::connectTo(target, &refusal).isOpen() || !ControlLink::isNobody(errno));
+        if (isServed)
+            *reason = QStringLiteral("a control object has this path");
+        return !isServed && Journal::createAnew(target, values, reason);
+    });
 }
 
 bool ZopObject::create(const QString &path, const ZopChangeset &values, QString *error)

@@ -20,17 +20,6 @@ namespace {
 constexpr int LongestName = 200;
 constexpr int LongestPath = 2000;
 
-QByteArray rootFolder()
-{
-    QByteArray root = qgetenv("ZOP_ROOT");
-    const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
-    if (root.isEmpty() && !runtime.isEmpty())
-        root = runtime + "/morvek-zop";
-    while (root.size() > 1 && root.endsWith('/'))
-        root.chop(1);
-    return root;
-}
-
 bool isTrusted(uid_t owner)
 {
     return owner == geteuid() || owner == 0;
@@ -156,6 +145,17 @@ bool ZopPath::isObjectName(const QByteArray &name)
     const auto isForbidden = [](char c) { return c == '/' || c == 0x7f || static_cast<unsigned char>(c) < ' '; };
     return !name.isEmpty() && name.size() <= LongestName && !name.startsWith('.')
         && std::none_of(name.begin(), name.end(), isForbidden) && QString::fromUtf8(name).toUtf8() == name;
+}
+
+QByteArray ZopPath::rootFolder()
+{
+    QByteArray root = qgetenv("ZOP_ROOT");
+    const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
+    if (root.isEmpty() && !runtime.isEmpty())
+        root = runtime + "/morvek-zop";
+    while (root.size() > 1 && root.endsWith('/'))
+        root.chop(1);
+    return root;
 }
 
 QString systemError(int number)

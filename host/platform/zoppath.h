@@ -36,6 +36,8 @@ public:
     bool makeFolder(QString *error) const;
 
     static bool isObjectName(const QByteArray &name);
+    /*! The root that the environment names, trusted or not. */
+    static QByteArray rootFolder();
 
 private:
     QByteArray m_root;

@@ -48,6 +48,11 @@ bool HostdProcess::start(const QString &root, const QStringList &arguments)
 int HostdProcess::terminate()
 {
     m_process.terminate();
+    return waitForEnd();
+}
+
+int HostdProcess::waitForEnd()
+{
     if (!m_process.waitForFinished(Patience) || m_process.exitStatus() != QProcess::NormalExit)
         return -1;
     return m_process.exitCode();

@@ -26,8 +26,11 @@ public:
     /*! Starts it below \a root and waits until everything is published. */
     bool start(const QString &root, const QStringList &arguments);
     qint64 processId() const { return m_process.processId(); }
+    void signal(int number) const { ::kill(pid_t(m_process.processId()), number); }
     /*! SIGTERM, and its exit code. */
     int terminate();
+    /*! The exit code, when it ends by itself; -1 when it does not, or not so. */
+    int waitForEnd();
     /*! SIGKILL. */
     void kill();
     QByteArray output() { return m_output += m_process.readAllStandardOutput(); }

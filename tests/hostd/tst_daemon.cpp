@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "eventlog.h"
 #include "faultplan.h"
+#include "lockholder.h"
 #include "networkingdaemon.h"
 #include "wifidaemon.h"
 #include "wirenames.h"
@@ -81,28 +82,21 @@ private:
     QElapsedTimer m_clock;
 };
 
-/*! While it lives, the object at a path is away, and something that can neither be opened nor removed has its place. */
+/*! While it lives, the object at a path can be neither written nor removed, or not be made when it is not there. */
 class Obstacle
 {
 public:
     explicit Obstacle(const QString &path)
-        : m_file(qEnvironmentVariable("ZOP_ROOT") + path)
+        : m_holder(QFile::exists(fileOf(path)) ? fileOf(path) : QFileInfo(fileOf(path)).path())
     {
-        QFile::rename(m_file, away());
-        if (!QDir().mkpath(m_file))
+        if (!m_holder.holds())
             qFatal("no obstacle");
-    }
-    ~Obstacle()
-    {
-        QDir().rmdir(m_file);
-        QFile::rename(away(), m_file);
     }
 
 private:
-    Q_DISABLE_COPY(Obstacle)
-    QString away() const { return m_file + QStringLiteral(".away"); }
+    static QString fileOf(const QString &path) { return qEnvironmentVariable("ZOP_ROOT") + path; }
 
-    QString m_file;
+    LockHolder m_holder;
 };
 
 /*! What the object at a path tells, one "NAME=TEXT" for each assignment. */
@@ -311,6 +305,8 @@ private Q_SLOTS:
     void anUpdateOfAnEqualValueWasLost();
     void updatesOvertookOneThatFailedAndItWasToldTwice();
     void updatesThatFailedWereMerged();
+    void whatWaitedHadNoLimit();
+    void anInterfaceThatCameAndWentPiledUp();
     void anObjectMadeAnewWasToldTwice();
     void aSoundObjectWasRemovedForWantOfDescriptors();
     void everyInterfaceWasToldAgainForTheStatus();
@@ -375,7 +371,9 @@ void DaemonTest::servesNothingWhenItCannotPublish()
 {
     const QTemporaryDir root;
     qputenv("ZOP_ROOT", QFile::encodeName(root.path()));
-    QVERIFY(QDir().mkpath(root.filePath(QStringLiteral("zop/services/wifi/status/directory"))));
+    const QString status = QStringLiteral("/zop/services/wifi/status");
+    QVERIFY(ZopObject::create(status, ZopChangeset()));
+    const Obstacle obstacle(status);
     WorldFixture fixture(R"({'interfaces': [{'name': 'wlan0', 'type': 'wifi', 'up': false}],
         'wifi': {'interface': 'wlan0', 'access_points': []}})");
     FaultPlan faults;
@@ -522,6 +520,64 @@ void DaemonTest::updatesThatFailedWereMerged()
         told.list,
         QStringList({QStringLiteral("event=first"), QStringLiteral("event=second"), QStringLiteral("other=third")}));
     QTRY_COMPARE(updates.count(), 3);
+}
+
+void DaemonTest::whatWaitedHadNoLimit()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    Told told {QLatin1String(StatePath)};
+    QSignalSpy updates(&told.object, &ZopObject::attributesChanged);
+    const ErrorCapture errors;
+    const auto change = [&fixture](int count) {
+        for (int i = 0; i < count; ++i)
+            fixture.daemon.change("value", QByteArray(100000, char('a' + i % 26)).constData());
+    };
+    {
+        const Obstacle obstacle {QLatin1String(StatePath)};
+        change(40);
+    }
+    QTRY_COMPARE(updates.count(), 40);
+    QVERIFY(!errors.text().contains("lost"));
+    updates.clear();
+    {
+        const Obstacle obstacle {QLatin1String(StatePath)};
+        fixture.daemon.change("first", "1");
+        change(45);
+        fixture.daemon.change("last", "2");
+        change(45);
+        QCOMPARE(errors.text().count("morvek-hostd: \"/test/state\": updates were lost: too many wait, and are told as "
+                                     "one\n"),
+                 1);
+    }
+    QTRY_VERIFY(!updates.isEmpty());
+    fixture.daemon.change("end", "3");
+    QTRY_COMPARE(PlainFixture::stateAttribute("end"), QStringLiteral("3"));
+    QTRY_COMPARE(updates.count(), 2);
+    const ZopChangeset all = updates.first().first().value<ZopChangeset>();
+    QCOMPARE(all.assignments.keys(),
+             QStringList({QStringLiteral("first"), QStringLiteral("last"), QStringLiteral("value")}));
+    QCOMPARE(all.assignments.value(QStringLiteral("value")).toString(), QString(100000, QLatin1Char('a' + 44 % 26)));
+    QVERIFY(all.removals.isEmpty());
+}
+
+void DaemonTest::anInterfaceThatCameAndWentPiledUp()
+{
+    PlainFixture fixture;
+    ObjectPublisher publisher;
+    QString error;
+    const QString path = QLatin1String(StatePath);
+    QVERIFY(publisher.publish(path, {}, ObjectPublisher::TellAll, &error));
+    const QStringList once {path};
+    {
+        const Obstacle obstacle(path);
+        for (int i = 0; i < 3; ++i) {
+            publisher.remove(path, &error);
+            publisher.publish(path, {}, ObjectPublisher::TellAll, &error);
+        }
+    }
+    QCOMPARE(publisher.retry(), once);
+    QVERIFY(!publisher.isWaiting());
 }
 
 void DaemonTest::anObjectMadeAnewWasToldTwice()
@@ -682,6 +738,7 @@ void DaemonTest::aDaemonThatCouldNotComeBackShowedItselfAllTheTime()
     PlainFixture fixture;
     QVERIFY2(fixture.start(), qPrintable(fixture.error));
     fixture.daemon.die(0);
+    fixture.daemon.state.insert(QStringLiteral("event"), QStringLiteral("of this life"));
     const Obstacle obstacle {QLatin1String(StatePath)};
     const QVector<qint64> &times = fixture.daemon.times;
     QTRY_VERIFY(times.size() >= 5);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "daemonclient.h"
+#include "lockholder.h"
 #include "zopdirwatcher.h"
 
 #include <QtCore/QDir>
@@ -69,8 +70,10 @@ void NetworkingDaemonTest::publishes()
 void NetworkingDaemonTest::publishesInterfacesBeforeTheStatus()
 {
     const QString networking = m_daemon->root() + QStringLiteral("/zop/services/networking");
-    QVERIFY(QDir().mkpath(networking + QStringLiteral("/all/status_public/directory")));
+    QVERIFY(QDir().mkpath(networking + QStringLiteral("/all")));
     QVERIFY(m_daemon->makeRoot());
+    const LockHolder holder(networking + QStringLiteral("/all"));
+    QVERIFY(holder.holds());
     const auto ended = HostdProcess::run({QStringLiteral("--root"), m_daemon->root()});
     QCOMPARE(ended.code, 1);
     QCOMPARE(ended.output, QByteArray());

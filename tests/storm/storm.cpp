@@ -75,6 +75,29 @@ void Storm::kill(Process *process)
     (*process)->kill();
     const QString late = (*process)->trouble();
     demand(late.isEmpty(), late);
+    forget(process);
+}
+
+void Storm::end(Process *process)
+{
+    demand((*process)->end(),
+           QStringLiteral("%1 does not end as it should: %2")
+               .arg((*process)->name(), QString::fromLocal8Bit((*process)->errors().right(3000))));
+    forget(process);
+}
+
+void Storm::expectEnd(Process *process, int code)
+{
+    demand((*process)->endsAlone(code),
+           QStringLiteral("%1 does not end with %2: %3")
+               .arg((*process)->name())
+               .arg(code)
+               .arg(QString::fromLocal8Bit((*process)->errors().right(3000))));
+    forget(process);
+}
+
+void Storm::forget(Process *process)
+{
     m_processes.erase(std::find(m_processes.begin(), m_processes.end(), *process));
     process->reset();
 }
@@ -150,7 +173,7 @@ void Storm::expectAgreement()
 
 bool Storm::agree(QString *difference)
 {
-    const Process fresh = start(StormProcess::Application, QStringLiteral("observer"));
+    Process fresh = start(StormProcess::Application, QStringLiteral("observer"));
     const auto viewOf = [](const Process &process) {
         return process->ask(QStringLiteral("view"), QStringLiteral("view "));
     };
@@ -168,18 +191,16 @@ bool Storm::agree(QString *difference)
                 QStringLiteral("%1 tells\n  %2\nand a new one\n  %3").arg(application->name(), view, expected);
         }
     }
-    demand(fresh->end(), fresh->name() + QStringLiteral(" does not end as it should: ") + fresh->trouble());
-    m_processes.erase(std::find(m_processes.begin(), m_processes.end(), fresh));
+    end(&fresh);
     return isSame;
 }
 
 void Storm::endAll()
 {
-    for (const Process &process : m_processes)
-        demand(process->end(),
-               QStringLiteral("%1 does not end as it should: %2")
-                   .arg(process->name(), QString::fromLocal8Bit(process->errors().right(3000))));
-    m_processes.clear();
+    while (!m_processes.empty()) {
+        Process last = m_processes.back();
+        end(&last);
+    }
     m_applications.clear();
     m_daemons.reset();
 }

@@ -57,6 +57,10 @@ protected:
     void startDaemons(const QStringList &arguments = {}, int speed = 20);
     /*! SIGKILL, and \a process is forgotten. */
     void kill(Process *process);
+    /*! The same in peace. */
+    void end(Process *process);
+    /*! \a process ends by itself with \a code, and is forgotten. */
+    void expectEnd(Process *process, int code);
     Process startApplication();
 
     /*! Every process lives, answers, and has nothing to complain of. */
@@ -74,6 +78,7 @@ protected:
     std::vector<Process> m_applications;
 
 private:
+    void forget(Process *process);
     void checkTroubles();
     void expectSingleEnds();
     bool agree(QString *difference);

@@ -108,12 +108,17 @@ bool StormProcess::end()
 {
     if (m_process.state() == QProcess::NotRunning)
         return trouble().isEmpty();
-    m_killed = true; // asked for, so that only its code tells
     if (m_kind == Daemons)
         m_process.terminate();
     else
         m_process.closeWriteChannel();
-    const bool ended = waitForEnd() && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+    return endsAlone(0);
+}
+
+bool StormProcess::endsAlone(int code)
+{
+    m_killed = true; // asked for, so that only its code tells
+    const bool ended = waitForEnd() && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == code;
     return ended && trouble().isEmpty();
 }
 

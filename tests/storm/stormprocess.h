@@ -33,6 +33,8 @@ public:
     /*! SIGKILL. */
     void kill();
     void signal(int number) const;
+    /*! Whether it ends by itself with \a code. */
+    bool endsAlone(int code);
     /*! Lets it end; false when it does not, or not as it should. */
     bool end();
 

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lockwait.h"
+
+#include "zoppath.h"
+
+#include <QtCore/QDeadlineTimer>
+#include <QtCore/QFile>
+#include <QtCore/QSet>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+namespace morvek {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds LongestWait = 50ms;
+// A writer holds its lock for some microseconds, and among several each must get its turn.
+constexpr std::chrono::microseconds FirstPause = 10us;
+constexpr std::chrono::microseconds LongestPause = 500us;
+
+bool isHeldByOthers(int error)
+{
+    return error == EAGAIN || error == EACCES;
+}
+
+} // namespace
+
+bool waitForLock(const QByteArray &what, const std::function<int()> &lock, QString *error)
+{
+    thread_local QSet<QByteArray> inVain;
+    const QDeadlineTimer deadline(inVain.contains(what) ? 0ms : LongestWait, Qt::PreciseTimer);
+    std::chrono::microseconds pause = FirstPause;
+    while (lock() != 0) {
+        if (errno == EINTR)
+            continue;
+        if (!isHeldByOthers(errno)) {
+            *error = systemError(errno);
+            return false;
+        }
+        if (deadline.hasExpired()) {
+            inVain.insert(what);
+            *error = QStringLiteral("another process keeps \"%1\" locked").arg(QFile::decodeName(what));
+            errno = EAGAIN;
+            return false;
+        }
+        std::this_thread::sleep_for(pause);
+        pause = std::min(2 * pause, LongestPause);
+    }
+    inVain.remove(what);
+    return true;
+}
+
+} // namespace morvek
