@@ -9,10 +9,13 @@
 #include <QtCore/QHash>
 #include <QtCore/QObject>
 
+#include <memory>
+
 class QSocketNotifier;
 
 namespace morvek {
 
+class ClientCrowd;
 class ControlLink;
 
 /*! The daemon's end of a control object. Requests pass by and are never kept. */
@@ -31,10 +34,12 @@ public:
 
 private:
     void accept();
+    bool refuse(ControlLink *link, const ZopChangeset &reply, QString *error);
 
     ZopPath m_path;
     FileDescriptor m_listener;
     QSocketNotifier *m_notifier = nullptr;
+    std::shared_ptr<ClientCrowd> m_crowd;
     QHash<int, ControlLink *> m_links; // by the number that stands in "peer"
     int m_lastPeer = 0;
 };

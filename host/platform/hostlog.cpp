@@ -14,6 +14,12 @@ constexpr unsigned short MessageCode = 1400;
 
 } // namespace
 
+void logError(const QString &text)
+{
+    if (KrelLogger::getVerbosity() >= KrelLogger::Error)
+        KrelLogger().error(MessageCode) << text;
+}
+
 void logWarning(const QString &text)
 {
     if (KrelLogger::getVerbosity() >= KrelLogger::Warning)
