@@ -14,16 +14,16 @@ constexpr unsigned short MessageCode = 1400;
 
 } // namespace
 
-void logError(const QString &text)
-{
-    if (KrelLogger::getVerbosity() >= KrelLogger::Error)
-        KrelLogger().error(MessageCode) << text;
-}
-
 void logWarning(const QString &text)
 {
     if (KrelLogger::getVerbosity() >= KrelLogger::Warning)
         KrelLogger().warning(MessageCode) << text;
+}
+
+void logError(const QString &text)
+{
+    if (KrelLogger::getVerbosity() >= KrelLogger::Error)
+        KrelLogger().error(MessageCode) << text;
 }
 
 void logMalformed(const ZopPath &path, qint64 size)

@@ -8,10 +8,10 @@ namespace morvek {
 
 class ZopPath;
 
-/*! Writes what somebody has lost, which is shown at the usual verbosity. */
-void logError(const QString &text);
 /*! Writes a warning of the publish/subscribe client. */
 void logWarning(const QString &text);
+/*! Writes an error of the publish/subscribe client: something is lost. */
+void logError(const QString &text);
 /*! Reports that \a size bytes of an object's file are not what a writer writes; a reader goes on behind them. */
 void logMalformed(const ZopPath &path, qint64 size);
 

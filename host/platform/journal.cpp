@@ -201,15 +201,23 @@ bool create(const ZopPath &path, const ZopChangeset &values, QString *error)
     return false;
 }
 
-bool remove(const ZopPath &path, QString *error)
+/*! Whether there is something at \a path that is no control object. */
+static bool isRemovable(const ZopPath &path, QString *error)
 {
     struct stat status;
-    if (lstat(path.file().constData(), &status) != 0 || S_ISSOCK(status.st_mode)) {
-        *error = exists(path) ? QStringLiteral("a control object has this path") : QStringLiteral("no such object");
+    const bool exists = lstat(path.file().constData(), &status) == 0;
+    const bool isControl = exists && S_ISSOCK(status.st_mode);
+    if (!exists || isControl)
+        *error = isControl ? QStringLiteral("a control object has this path") : QStringLiteral("no such object");
+    return exists && !isControl;
+}
+
+bool remove(const ZopPath &path, QString *error)
+{
+    if (!isRemovable(path, error))
         return false;
-    }
     const FolderLock folder(path, error); // nobody creates it anew meanwhile
-    if (!folder.isHeld())
+    if (!folder.isHeld() || !isRemovable(path, error))
         return false;
     // An update that is being written gets told before the removal: the lock is that of the present file.
     FileDescriptor file;
