@@ -2,18 +2,15 @@
 #include "contracttest.h"
 #include "hostfiles.h"
 #include "peer.h"
+#include "rawclient.h"
 #include "zopcontrolcommand.h"
 
-#include <cerrno>
 #include <csignal>
-#include <cstdio>
+#include <memory>
 #include <vector>
 
-#include <fcntl.h>
 #include <malloc.h>
 #include <sys/prctl.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,89 +24,19 @@ constexpr int Patience = 20000;
 // An update of no attributes.
 const QByteArray SmallFrame("\0\0\0\x04\0\0\0\0", 8);
 
-/*! A client that does what it likes. */
-class RawClient
-{
-public:
-    explicit RawClient(const QByteArray &folder)
-        : m_socket(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0))
-    {
-        // Through the folder's descriptor, as an address is short.
-        const int descriptor = open(folder.constData(), O_PATH | O_CLOEXEC);
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        std::snprintf(address.sun_path, sizeof(address.sun_path), "/proc/self/fd/%d/control", descriptor);
-        if (connect(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0)
-            closeNow();
-        close(descriptor);
-    }
-    RawClient(RawClient &&other) noexcept
-        : m_socket(std::exchange(other.m_socket, -1))
-    {
-    }
-    RawClient &operator=(RawClient &&other) = delete;
-    ~RawClient() { closeNow(); }
-
-    /*! Whether it was let in and not been put out. */
-    bool isOpen() const
-    {
-        char byte = 0;
-        const ssize_t size = m_socket == -1 ? 0 : recv(m_socket, &byte, 1, MSG_PEEK);
-        return size > 0 || (size == -1 && errno == EAGAIN);
-    }
-    /*! Sends as many of \a bytes as can be sent at present; how many these are. */
-    int send(const char *bytes, int size) const
-    {
-        const ssize_t sent = ::send(m_socket, bytes, size_t(size), MSG_NOSIGNAL);
-        return int(qMax<ssize_t>(sent, 0));
-    }
-    int send(const QByteArray &bytes) const { return send(bytes.constData(), bytes.size()); }
-
-private:
-    void closeNow()
-    {
-        if (m_socket != -1)
-            close(m_socket);
-        m_socket = -1;
-    }
-
-    int m_socket;
-};
-
-using RawClients = std::vector<RawClient>;
-
 /*! Where the control object stands; another process would call it differently. */
 QByteArray place()
 {
     return QFile::encodeName(fileOf(testFolder()));
 }
 
-RawClients rawClients(int count, const QByteArray &folder = place())
+/*! Turns the event loop, which serves the control object, while \a clients send; false when that takes too long. */
+bool sendAll(RawClients &clients)
 {
-    RawClients clients;
-    for (int i = 0; i < count; ++i)
-        clients.emplace_back(folder);
-    return clients;
-}
-
-int openOnes(const RawClients &clients)
-{
-    return int(std::count_if(clients.begin(), clients.end(), [](const RawClient &client) { return client.isOpen(); }));
-}
-
-/*! Lets each of \a clients send \a bytes, all at the same pace, until they have or have been put out. */
-bool sendAll(const RawClients &clients, const QByteArray &bytes)
-{
-    std::vector<int> sent(clients.size(), 0);
     QEventLoop loop;
     QTimer sending;
     QObject::connect(&sending, &QTimer::timeout, &loop, [&] {
-        bool isDone = true;
-        for (size_t i = 0; i < clients.size(); ++i) {
-            sent[i] += clients[i].send(bytes.constData() + sent[i], bytes.size() - sent[i]);
-            isDone = isDone && (sent[i] == bytes.size() || !clients[i].isOpen());
-        }
-        if (isDone)
+        if (clients.sendMore())
             loop.quit();
     });
     sending.start(0);
@@ -144,7 +71,7 @@ public:
         if (m_process != 0)
             return;
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        const RawClients clients = rawClients(connections, folder);
+        const RawClients clients(connections, folder);
         for (;;)
             pause();
     }
@@ -209,7 +136,7 @@ void CrowdTest::oneClientsRequestsLetOthersIn()
     const QByteArray bytes = frame.repeated(MiB / frame.size());
     const RawClient greedy(place());
     // What is on its way when the other one comes.
-    int sent = greedy.send(bytes);
+    int sent = greedy.send(bytes.constData(), bytes.size());
     QVERIFY2(payload > 0 || sent / frame.size() > 2 * before, qPrintable(QString::number(sent)));
     ZopObject other(testPath("control"), ZopObject::ReadWrite, false);
     QVERIFY(set(other, QStringLiteral("msg=x id=1")));
@@ -230,15 +157,15 @@ void CrowdTest::whatIsAnnouncedCostsNothing()
     ZopObject daemon(testPath("control"), ZopObject::Publish, true);
     const Events requests(&daemon);
     const qint64 before = heapInUse();
-    const RawClients clients = rawClients(60);
-    QVERIFY(sendAll(clients, QByteArray("\x01\0\0\0begun", 9)));
+    RawClients clients(60, place(), QByteArray("\x01\0\0\0begun", 9));
+    QVERIFY(sendAll(clients));
     // Another is heard behind them.
     ZopObject other(testPath("control"), ZopObject::ReadWrite, false);
     QVERIFY(set(other, QStringLiteral("msg=x id=1")));
     QVERIFY(requests.wait(QStringLiteral("msg=x")));
     const qint64 grown = heapInUse() - before;
     QVERIFY2(grown < 8 * MiB, qPrintable(QString::number(grown)));
-    QCOMPARE(openOnes(clients), 60);
+    QCOMPARE(clients.open(), 60);
 }
 
 void CrowdTest::unfinishedRequestsTakeNoMoreThanThereIsForAll()
@@ -246,11 +173,11 @@ void CrowdTest::unfinishedRequestsTakeNoMoreThanThereIsForAll()
     const ZopObject daemon(testPath("control"), ZopObject::Publish, true);
     const LogLines log;
     const qint64 before = heapInUse();
-    const RawClients clients = rawClients(30);
-    QVERIFY(sendAll(clients, QByteArray("\x01\0\0\0", 4) + QByteArray(15 * MiB, 'x')));
+    RawClients clients(30, place(), QByteArray("\x01\0\0\0", 4) + QByteArray(15 * MiB, 'x'));
+    QVERIFY(sendAll(clients));
     // Four of fifteen are within the 64 MiB, five are not.
-    QVERIFY2(openOnes(clients) <= 4, qPrintable(QString::number(openOnes(clients))));
-    QVERIFY(openOnes(clients) > 0);
+    QVERIFY2(clients.open() <= 4, qPrintable(QString::number(clients.open())));
+    QVERIFY(clients.open() > 0);
     QCOMPARE(reportsOf(log).size(), 1);
     QVERIFY2(reportsOf(log).first().endsWith(QStringLiteral("as more than 64 MiB wait in all, most of it in those of "
                                                             "process %1")
@@ -265,12 +192,12 @@ void CrowdTest::unreadRepliesTakeNoMoreThanThereIsForAll()
     ZopObject daemon(testPath("control"), ZopObject::Publish, true);
     const Events requests(&daemon);
     const LogLines log;
-    const RawClients clients = rawClients(6);
-    QVERIFY(sendAll(clients, SmallFrame));
+    RawClients clients(6, place(), SmallFrame);
+    QVERIFY(sendAll(clients));
     QVERIFY(waitUntil([&requests] { return requests.updates().size() == 6; }));
     for (int peer = 1; peer <= 5; ++peer)
         QVERIFY(set(daemon, QStringLiteral("dat=12000000*x peer=%1").arg(peer)));
-    QCOMPARE(openOnes(clients), 6);
+    QCOMPARE(clients.open(), 6);
     QCOMPARE(reportsOf(log).size(), 0);
     set(daemon, QStringLiteral("dat=12000000*x peer=6"));
     QCOMPARE(reportsOf(log).size(), 1);
@@ -288,10 +215,10 @@ void CrowdTest::theLargestClientMakesRoom()
     QVERIFY(openClient(modest));
     QVERIFY(modest.ask(QStringLiteral("ask c echo 1"), QStringLiteral("c finished echo 0 1")));
     // Each holds less than the other client is about to send.
-    const RawClients clients = rawClients(30);
-    QVERIFY(sendAll(clients, QByteArray("\x01\0\0\0", 4) + QByteArray(2 * MiB, 'x')));
+    RawClients clients(30, place(), QByteArray("\x01\0\0\0", 4) + QByteArray(2 * MiB, 'x'));
+    QVERIFY(sendAll(clients));
     QVERIFY(modest.ask(QStringLiteral("ask c echo 9000000*y"), QStringLiteral("c finished echo 0 9000000*y")));
-    QVERIFY(openOnes(clients) < 30);
+    QVERIFY(clients.open() < 30);
     QCOMPARE(daemon.standardError().count("as more than 64 MiB wait in all"), 1);
 }
 
@@ -303,13 +230,13 @@ void CrowdTest::aClientHasNoMoreThanItsConnections()
     const int before = openDescriptors();
     for (int round = 1; round <= 2; ++round) {
         {
-            const RawClients clients = rawClients(200);
-            QVERIFY(waitUntil([&clients] { return openOnes(clients) == 64; }));
+            const RawClients clients(200, place());
+            QVERIFY(waitUntil([&clients] { return clients.open() == 64; }));
             Peer other;
             QVERIFY(openClient(other));
             other.send(QStringLiteral("set c msg=x%1 id=1").arg(round));
             QVERIFY(waitUntil([&] { return requests.lines.contains(QStringLiteral("msg=x%1").arg(round)); }));
-            QCOMPARE(openOnes(clients), 64);
+            QCOMPARE(clients.open(), 64);
         }
         QVERIFY(waitUntil([before] { return openDescriptors() == before; }));
         QCOMPARE(reportsOf(log).size(), round); // anew, as it had none left
