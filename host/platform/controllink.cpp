@@ -24,6 +24,7 @@ namespace morvek {
 namespace {
 
 using Length = quint32;
+constexpr int LengthSize = sizeof(Length);
 
 // What is done for one connection before others get their turn.
 constexpr int FramesOfTurn = 32;
@@ -145,7 +146,7 @@ bool ControlLink::send(const ZopChangeset &changes)
     if (!isAlive() || frame.size() > LargestUpdate || isFull())
         return false;
     const Length length = qToBigEndian(Length(frame.size()));
-    m_outgoing.append(reinterpret_cast<const char *>(&length), sizeof(length));
+    m_outgoing.append(reinterpret_cast<const char *>(&length), LengthSize);
     m_outgoing.append(frame.constData(), frame.size());
     flush();
     if (held() > Share)
@@ -227,14 +228,14 @@ void ControlLink::fill()
 /*! Of the first frame, its length included; as long as that is not known, of the length alone. */
 qint64 ControlLink::frameSize() const
 {
-    const bool isKnown = m_incoming.size() >= int(sizeof(Length));
-    return qint64(sizeof(Length)) + (isKnown ? qFromBigEndian<Length>(m_incoming.data()) : 0);
+    const bool isKnown = m_incoming.size() >= LengthSize;
+    return LengthSize + qint64(isKnown ? qFromBigEndian<Length>(m_incoming.data()) : 0);
 }
 
 bool ControlLink::isFrameWhole() const
 {
-    const bool isTooLarge = frameSize() > LargestUpdate + qint64(sizeof(Length));
-    return isTooLarge || (m_incoming.size() >= int(sizeof(Length)) && m_incoming.size() >= frameSize());
+    const qint64 size = frameSize();
+    return size > LengthSize + LargestUpdate || (m_incoming.size() >= LengthSize && m_incoming.size() >= size);
 }
 
 /*! Takes the first frame, if it is whole; a malformed one ends the connection. */
@@ -244,8 +245,7 @@ bool ControlLink::takeFrame(ZopChangeset *changes)
         return false;
     const qint64 size = frameSize();
     const bool isSound = size <= m_incoming.size()
-        && decodeChangeset(QByteArray::fromRawData(m_incoming.data() + sizeof(Length), int(size - sizeof(Length))),
-                           changes);
+        && decodeChangeset(QByteArray::fromRawData(m_incoming.data() + LengthSize, int(size) - LengthSize), changes);
     if (isSound)
         m_incoming.pass(int(size));
     else
