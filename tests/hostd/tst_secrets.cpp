@@ -72,6 +72,7 @@ private Q_SLOTS:
     void aStoredPassphraseLeavesNothingBehind();
     void aPassphraseThatIsNotInUseAnyMoreLeavesNothingBehind();
     void aRefusedPassphraseLeavesNothingBehind();
+    void aPasskeyIsKeptWithItsNetworkOnly();
 
 private:
     bool startHeadunit() const
@@ -151,6 +152,15 @@ void SecretsTest::aRefusedPassphraseLeavesNothingBehind()
     wrong.replace("wpa_mixed", "wep");
     QVERIFY(Request(&control, "update_profile", wrong.constData()).outcome() != QStringLiteral("ok"));
     QTRY_COMPARE(copies(Former), 0);
+}
+
+void SecretsTest::aPasskeyIsKeptWithItsNetworkOnly()
+{
+    QVERIFY(startHeadunit());
+    ZopObject control(QLatin1String(WifiControl), ZopObject::ReadWrite, false);
+    Request added(&control, "wnet_new", "{'ssid':'Caravan','key_mgmt':'WPA-PSK','psk':'former secret 4711'}");
+    QCOMPARE(added.outcome(), QStringLiteral("ok"));
+    QTRY_COMPARE(copies(Former), 1);
 }
 
 QTEST_GUILESS_MAIN(SecretsTest)

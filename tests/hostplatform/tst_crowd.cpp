@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "contracttest.h"
 #include "hostfiles.h"
+#include "krellogger.h"
 #include "peer.h"
 #include "rawclient.h"
 #include "zopcontrolcommand.h"
@@ -94,6 +95,7 @@ class CrowdTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void oneClientsRequestsLetOthersIn_data();
     void oneClientsRequestsLetOthersIn();
     void whatIsAnnouncedCostsNothing();
@@ -105,6 +107,11 @@ private Q_SLOTS:
     void aReplyThatIsTooLargeIsARefusal_data();
     void aReplyThatIsTooLargeIsARefusal();
 };
+
+void CrowdTest::initTestCase()
+{
+    KrelLogger::setVerbosity(2); // the usual one
+}
 
 void CrowdTest::oneClientsRequestsLetOthersIn_data()
 {
