@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "eventlog.h"
 
+#include "visibletext.h"
+
 #include <cstdio>
 
 namespace morvek {
@@ -12,13 +14,7 @@ constexpr int LongestText = 400;
 
 QByteArray oneLine(const QString &text)
 {
-    QString line;
-    for (const QChar c : text.left(LongestText)) {
-        if (c.category() == QChar::Other_Control || c == QChar::LineSeparator || c == QChar::ParagraphSeparator)
-            line += QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
-        else
-            line += c;
-    }
+    QString line = visible(text.left(LongestText));
     if (text.size() > LongestText)
         line += QStringLiteral("...");
     return line.toUtf8();

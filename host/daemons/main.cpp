@@ -4,11 +4,14 @@
 #include "scenariofiles.h"
 #include "signalwatcher.h"
 
+#include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 
 #include <csignal>
 #include <cstdio>
+#include <cstring>
+#include <utility>
 
 using namespace morvek;
 
@@ -39,7 +42,14 @@ int listScenarios()
     return static_cast<int>(HostdExitCode::Success);
 }
 
-int run(const HostdOptions &options, const Scenario &scenario)
+/*! Wipes what calls that have returned left on the stack: passphrases pass by there. */
+[[gnu::noinline]] void wipeStack()
+{
+    char left[256 * 1024]; // files are read through buffers of 64 KiB
+    explicit_bzero(left, sizeof(left));
+}
+
+int run(const HostdOptions &options, Scenario scenario)
 {
     // Clients and readers of our output may go at any time.
     std::signal(SIGPIPE, SIG_IGN);
@@ -48,9 +58,13 @@ int run(const HostdOptions &options, const Scenario &scenario)
     SignalWatcher signalWatcher;
     QObject::connect(&signalWatcher, &SignalWatcher::terminationAsked, qApp, &QCoreApplication::quit);
 
+    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, wipeStack);
+
     Hostd hostd(options, scenario);
+    scenario = Scenario(); // nor does it keep what is replaced later
     QString error;
     const HostdExitCode code = hostd.start(&error);
+    wipeStack();
     if (code != HostdExitCode::Success)
         return fail(code, error);
     print(QStringLiteral("ready: %1\n").arg(hostd.root()));
@@ -83,5 +97,5 @@ int main(int argc, char *argv[])
         print(QStringLiteral("ok: %1\n").arg(options.scenario));
         return static_cast<int>(HostdExitCode::Success);
     }
-    return run(options, scenario);
+    return run(options, std::move(scenario));
 }

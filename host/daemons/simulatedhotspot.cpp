@@ -10,7 +10,7 @@ namespace morvek {
 SimulatedHotspot::SimulatedHotspot(const Scenario &scenario, World *world, Pace *pace, QObject *parent)
     : QObject(parent),
       m_profile(scenario.hotspot.profile),
-      m_running(m_profile),
+      m_running(scenario.hotspot.active ? m_profile : QJsonObject()),
       m_active(scenario.hotspot.active),
       m_wanted(m_active),
       m_delays(scenario.delays),
@@ -63,6 +63,8 @@ void SimulatedHotspot::finish()
         m_active = m_wanted;
         tell();
     }
+    if (!m_active)
+        m_running = QJsonObject(); // its passphrase is of no use any more
     countInactivity();
 }
 

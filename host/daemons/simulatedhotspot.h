@@ -36,7 +36,7 @@ private:
     void tell();
 
     QJsonObject m_profile;
-    QJsonObject m_running; // what it runs with, or is being started with
+    QJsonObject m_running; // what it runs with, or is being started with; empty when neither
     bool m_active;         // as it is told
     bool m_wanted;         // as it is when all that is under way is done
     quint32 m_step = 0;    // counts what is under way, so that only the latest is finished

@@ -14,17 +14,6 @@ QString idName()
     return QStringLiteral("id");
 }
 
-/*! What stands for the reply that a dead daemon owes. */
-ZopChangeset refusal(const ZopVariant &message, int id)
-{
-    ZopChangeset changes;
-    changes.assignments.insert(QStringLiteral("res"), message);
-    changes.assignments.insert(idName(), ZopVariant(id));
-    changes.assignments.insert(QStringLiteral("err"), ZopVariant(-1));
-    changes.assignments.insert(QStringLiteral("errmsg"), ZopVariant(QStringLiteral("the daemon is gone")));
-    return changes;
-}
-
 /*! Those of \a requests that \a link has carried. */
 template<typename Requests>
 Requests takeThoseOf(const ControlLink *link, Requests *requests)
@@ -129,7 +118,7 @@ void ControlClient::onClosed(ControlLink *link)
     const auto written = takeThoseOf(link, &m_written);
     const QPointer<ControlClient> guard(this);
     for (auto it = written.begin(); it != written.end() && guard; ++it)
-        tell(refusal(it->message, it.key()));
+        tell(ControlLink::refusal(it->message, ZopVariant(it.key()), QStringLiteral("the daemon is gone")));
 }
 
 } // namespace morvek

@@ -24,6 +24,11 @@ namespace morvek {
 namespace {
 
 using Length = quint32;
+constexpr int LengthSize = sizeof(Length);
+
+// What is done for one connection before others get their turn.
+constexpr int FramesOfTurn = 32;
+constexpr int BytesOfTurn = 64 * 1024;
 
 /*! The address of \a name in the folder: through the descriptor, as an address is too short for most paths. */
 bool makeAddress(const FileDescriptor &folder, const QByteArray &name, sockaddr_un *address, QString *error)
@@ -60,12 +65,15 @@ FileDescriptor makeSocket()
 
 ControlLink::ControlLink(FileDescriptor socket, const ZopPath &path, QObject *parent)
     : QObject(parent),
-      m_file(path.file())
+      m_file(path.file()),
+      m_socket(std::move(socket)),
+      m_readable(m_socket.get(), QSocketNotifier::Read),
+      m_writable(m_socket.get(), QSocketNotifier::Write)
 {
-    m_socket.setReadBufferSize(LargestUpdate + int(sizeof(Length)));
-    m_socket.setSocketDescriptor(socket.release());
-    connect(&m_socket, &QLocalSocket::readyRead, this, &ControlLink::readLater);
-    connect(&m_socket, &QLocalSocket::disconnected, this, &ControlLink::closed);
+    fcntl(m_socket.get(), F_SETFL, fcntl(m_socket.get(), F_GETFL) | O_NONBLOCK);
+    m_writable.setEnabled(false);
+    connect(&m_readable, &QSocketNotifier::activated, this, &ControlLink::takeTurnLater);
+    connect(&m_writable, &QSocketNotifier::activated, this, &ControlLink::flush);
 }
 
 FileDescriptor ControlLink::connectTo(const ZopPath &path, QString *error)
@@ -112,11 +120,24 @@ FileDescriptor ControlLink::listenAt(const ZopPath &path, const QByteArray &name
     return socket;
 }
 
-bool ControlLink::isOwnPeer(int socket)
+bool ControlLink::isOwnPeer(int socket, pid_t *process)
 {
     ucred peer = {};
     socklen_t size = sizeof(peer);
-    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid();
+    const bool isKnown = getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
+    if (process)
+        *process = peer.pid;
+    return isKnown && peer.uid == geteuid();
+}
+
+ZopChangeset ControlLink::refusal(const ZopVariant &message, const ZopVariant &id, const QString &reason)
+{
+    ZopChangeset changes;
+    changes.assignments.insert(QStringLiteral("res"), message);
+    changes.assignments.insert(QStringLiteral("id"), id);
+    changes.assignments.insert(QStringLiteral("err"), ZopVariant(-1));
+    changes.assignments.insert(QStringLiteral("errmsg"), ZopVariant(reason));
+    return changes;
 }
 
 bool ControlLink::send(const ZopChangeset &changes)
@@ -125,67 +146,120 @@ bool ControlLink::send(const ZopChangeset &changes)
     if (!isAlive() || frame.size() > LargestUpdate || isFull())
         return false;
     const Length length = qToBigEndian(Length(frame.size()));
-    m_socket.write(reinterpret_cast<const char *>(&length), sizeof(length));
-    m_socket.write(frame);
-    m_socket.flush();
-    return true;
+    m_outgoing.append(reinterpret_cast<const char *>(&length), LengthSize);
+    m_outgoing.append(frame.constData(), frame.size());
+    flush();
+    if (held() > Share)
+        emit grown();
+    return isOpen();
 }
 
 bool ControlLink::isFull() const
 {
-    return m_socket.bytesToWrite() > LargestUpdate;
+    return m_outgoing.size() > LargestUpdate;
 }
 
 bool ControlLink::isAlive() const
 {
-    pollfd state = {int(m_socket.socketDescriptor()), POLLOUT, 0};
-    return m_socket.state() == QLocalSocket::ConnectedState && poll(&state, 1, 0) >= 0
-        && !(state.revents & (POLLHUP | POLLERR));
+    pollfd state = {m_socket.get(), POLLOUT, 0};
+    return isOpen() && poll(&state, 1, 0) >= 0 && !(state.revents & (POLLHUP | POLLERR));
 }
 
-void ControlLink::drop()
+void ControlLink::drop(const QString &reason)
 {
-    m_isDropped = true;
-    m_socket.abort();
+    if (!isOpen())
+        return;
+    if (!reason.isEmpty())
+        logError(QStringLiteral("Closed a connection of \"%1\", %2").arg(QFile::decodeName(m_file), reason));
+    m_readable.setEnabled(false);
+    m_writable.setEnabled(false);
+    m_socket.reset();
+    m_incoming.clear(); // what a dropped one has sent is not believed
+    m_outgoing.clear();
+    emit closed();
+}
+
+/*! Sees to it that what comes is read, whoever runs the event loop next. */
+void ControlLink::readOn()
+{
+    if (isOpen() && isFrameWhole())
+        takeTurnLater();
+    else
+        m_readable.setEnabled(isOpen());
 }
 
 /*!
- * Reads on from the event loop: a slot may delete this or run an event loop of its own, which inside the socket's
- * own signal would be the end of it, or wait in vain.
+ * A turn is taken from the event loop: a slot may delete this or run an event loop of its own, which inside the
+ * notifier's signal would be the end of it, or wait in vain.
  */
-void ControlLink::readLater()
+void ControlLink::takeTurnLater()
 {
-    if (std::exchange(m_readsLater, true))
-        return;
-    const auto goOn = [this] {
-        m_readsLater = false;
-        readFrames();
-    };
-    QMetaObject::invokeMethod(this, goOn, Qt::QueuedConnection);
+    m_readable.setEnabled(false);
+    if (!std::exchange(m_awaitsTurn, true))
+        QMetaObject::invokeMethod(this, &ControlLink::takeTurn, Qt::QueuedConnection);
 }
 
-void ControlLink::readFrames()
+void ControlLink::takeTurn()
 {
+    m_awaitsTurn = false;
+    if (isOpen() && !isFrameWhole())
+        fill();
     const QPointer<ControlLink> guard(this);
-    Length length = 0;
-    // A broken connection has nothing to be read, and what a dropped one still has is not believed.
-    while (guard && !m_isDropped && m_socket.bytesAvailable() >= qint64(sizeof(length))) {
-        m_socket.peek(reinterpret_cast<char *>(&length), sizeof(length));
-        const int size = int(qMin(qFromBigEndian(length), Length(LargestUpdate + 1)));
-        if (size <= LargestUpdate && m_socket.bytesAvailable() < qint64(sizeof(length)) + size)
-            return;
+    for (int frames = 0; guard && frames < FramesOfTurn; ++frames) {
         ZopChangeset changes;
-        if (size > LargestUpdate
-            || !decodeChangeset(m_socket.read(int(sizeof(length)) + size).mid(sizeof(length)), &changes)) {
-            logWarning(QStringLiteral("Closed a connection of \"%1\", which carried malformed content")
-                           .arg(QFile::decodeName(m_file)));
-            drop();
+        const bool isTaken = takeFrame(&changes);
+        readOn();
+        if (!isTaken)
             return;
-        }
-        if (m_socket.bytesAvailable() > 0)
-            readLater();
         emit received(changes);
     }
+}
+
+/*! Reads some of what has come, or finds the connection at its end. */
+void ControlLink::fill()
+{
+    const ssize_t size = m_incoming.receive(m_socket.get(), BytesOfTurn);
+    if (size == 0 || (size == -1 && errno != EAGAIN && errno != EINTR))
+        drop();
+    else if (held() > Share)
+        emit grown();
+}
+
+/*! Of the first frame, its length included; as long as that is not known, of the length alone. */
+qint64 ControlLink::frameSize() const
+{
+    const bool isKnown = m_incoming.size() >= LengthSize;
+    return LengthSize + qint64(isKnown ? qFromBigEndian<Length>(m_incoming.data()) : 0);
+}
+
+bool ControlLink::isFrameWhole() const
+{
+    const qint64 size = frameSize();
+    return size > LengthSize + LargestUpdate || (m_incoming.size() >= LengthSize && m_incoming.size() >= size);
+}
+
+/*! Takes the first frame, if it is whole; a malformed one ends the connection. */
+bool ControlLink::takeFrame(ZopChangeset *changes)
+{
+    if (!isOpen() || !isFrameWhole())
+        return false;
+    const qint64 size = frameSize();
+    const bool isSound = size <= m_incoming.size()
+        && decodeChangeset(QByteArray::fromRawData(m_incoming.data() + LengthSize, int(size) - LengthSize), changes);
+    if (isSound)
+        m_incoming.pass(int(size));
+    else
+        drop(QStringLiteral("which carried malformed content"));
+    return isSound;
+}
+
+void ControlLink::flush()
+{
+    while (m_outgoing.size() > 0 && m_outgoing.transmit(m_socket.get()) > 0) { }
+    // A broken connection takes nothing any more; its end is found behind what it has sent.
+    if (m_outgoing.size() > 0 && errno != EAGAIN && errno != EINTR)
+        m_outgoing.clear();
+    m_writable.setEnabled(m_outgoing.size() > 0);
 }
 
 } // namespace morvek

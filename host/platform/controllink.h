@@ -3,9 +3,11 @@
 #define MORVEK_CONTROLLINK_H
 
 #include "filedescriptor.h"
+#include "passingbytes.h"
 #include "zopchangeset.h"
 
-#include <QtNetwork/QLocalSocket>
+#include <QtCore/QObject>
+#include <QtCore/QSocketNotifier>
 
 namespace morvek {
 
@@ -17,6 +19,9 @@ class ControlLink : public QObject
     Q_OBJECT
 
 public:
+    /*! What a connection may hold without being looked at, in bytes. */
+    static constexpr qint64 Share = 256 * 1024;
+
     /*! Takes over the connected socket, whose control object has the path \a path. */
     ControlLink(FileDescriptor socket, const ZopPath &path, QObject *parent);
 
@@ -27,31 +32,48 @@ public:
     static FileDescriptor connectTo(const ZopPath &path, QString *error);
     /*! A socket that listens at the file \a name of the folder of \a path. */
     static FileDescriptor listenAt(const ZopPath &path, const QByteArray &name, QString *error);
-    static bool isOwnPeer(int socket);
+    /*! Whether the other side of \a socket is this user's; then \a process is the one that has opened it. */
+    static bool isOwnPeer(int socket, pid_t *process = nullptr);
     /*! Whether \a error of connectTo() means that nobody serves the object for this user. */
     static bool isNobody(int error);
+    /*! What stands for a reply to the request \a message with the identifier \a id that cannot be had. */
+    static ZopChangeset refusal(const ZopVariant &message, const ZopVariant &id, const QString &reason);
 
     bool send(const ZopChangeset &changes);
+    bool isOpen() const { return m_socket.isOpen(); }
     /*! Whether the other side can still be written to. */
     bool isAlive() const;
     /*! Whether the other side leaves unread more than is kept for it. */
     bool isFull() const;
-    /*! Ends the connection, whatever is under way. */
-    void drop();
+    /*! How many bytes wait here, for either side. */
+    qint64 held() const { return qint64(m_incoming.size()) + m_outgoing.size(); }
+    /*! Ends the connection, whatever is under way. The \a reason is told unless it is empty. */
+    void drop(const QString &reason = QString());
 
 Q_SIGNALS:
     void received(const morvek::ZopChangeset &changes);
+    /*! More has come to wait here than the connection's share. */
+    void grown();
     /*! The other side is gone; nothing is received any more. */
     void closed();
 
 private:
-    void readLater();
-    void readFrames();
+    void readOn();
+    void takeTurnLater();
+    void takeTurn();
+    void fill();
+    qint64 frameSize() const;
+    bool isFrameWhole() const;
+    bool takeFrame(ZopChangeset *changes);
+    void flush();
 
     QByteArray m_file; // of the control object
-    bool m_readsLater = false;
-    bool m_isDropped = false; // what was read before may still be buffered
-    QLocalSocket m_socket;
+    FileDescriptor m_socket;
+    QSocketNotifier m_readable;
+    QSocketNotifier m_writable;
+    PassingBytes m_incoming;
+    PassingBytes m_outgoing;
+    bool m_awaitsTurn = false;
 };
 
 } // namespace morvek

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "controlserver.h"
 
+#include "clientcrowd.h"
 #include "controllink.h"
 #include "fileplace.h"
 #include "folderlock.h"
@@ -31,7 +32,8 @@ QString peerName()
 
 ControlServer::ControlServer(const ZopPath &path, Tell tell)
     : ZopBackend(std::move(tell)),
-      m_path(path)
+      m_path(path),
+      m_crowd(ClientCrowd::instance())
 {
 }
 
@@ -110,14 +112,23 @@ bool ControlServer::write(const ZopChangeset &changes, QString *error)
 {
     ZopChangeset reply = changes;
     ControlLink *link = m_links.value(reply.assignments.take(peerName()).toInt());
-    if (link && link->send(reply))
-        return true;
-    *error = QStringLiteral("no such peer");
-    if (link && link->isFull()) {
-        // It does not read. Without this reply it would wait for ever; without the daemon it learns so.
-        *error = QStringLiteral("the client does not take its replies");
-        link->drop();
+    if (!link || !link->isAlive()) {
+        *error = QStringLiteral("no such peer");
+        return false;
     }
+    return link->send(reply) || refuse(link, reply, error);
+}
+
+/*! A client must not wait for ever for the \a reply that it cannot be given. False, with the reason. */
+bool ControlServer::refuse(ControlLink *link, const ZopChangeset &reply, QString *error)
+{
+    const bool isTooLarge = link->isOpen() && !link->isFull();
+    *error = isTooLarge ? QStringLiteral("the reply is larger than 16 MiB")
+                        : QStringLiteral("the client does not take its replies");
+    const auto value = [&reply](const char *name) { return reply.assignments.value(QLatin1String(name)); };
+    // Without the daemon, at least, it learns that there will be none.
+    if (!isTooLarge || !link->send(ControlLink::refusal(value("res"), value("id"), *error)))
+        link->drop();
     return false;
 }
 
@@ -129,16 +140,22 @@ void ControlServer::accept()
         m_notifier->setEnabled(false);
         QTimer::singleShot(AcceptPause, m_notifier, [this] { m_notifier->setEnabled(true); });
     }
-    if (!socket.isOpen() || !ControlLink::isOwnPeer(socket.get()))
+    pid_t client = 0;
+    if (!socket.isOpen() || !ControlLink::isOwnPeer(socket.get(), &client))
         return;
-    const int peer = ++m_lastPeer;
     auto *link = new ControlLink(std::move(socket), m_path, this);
+    if (!m_crowd->admit(link, client)) {
+        delete link;
+        return;
+    }
+    const int peer = ++m_lastPeer;
     m_links.insert(peer, link);
     connect(link, &ControlLink::received, this, [this, peer](const ZopChangeset &changes) {
         ZopChangeset request = changes;
         request.assignments.insert(peerName(), ZopVariant(peer));
         tell(request);
     });
+    connect(link, &ControlLink::grown, this, [crowd = m_crowd] { crowd->makeRoom(); });
     connect(link, &ControlLink::closed, this, [this, peer, link] {
         m_links.remove(peer);
         link->deleteLater();

@@ -9,12 +9,15 @@
 #include <QtCore/QHash>
 #include <QtCore/QObject>
 
+#include <memory>
+
 #include <sys/stat.h>
 
 class QSocketNotifier;
 
 namespace morvek {
 
+class ClientCrowd;
 class ControlLink;
 
 /*! The daemon's end of a control object. Requests pass by and are never kept. */
@@ -37,11 +40,13 @@ private:
     bool listen(QString *error);
     bool isInPlace() const;
     void accept();
+    bool refuse(ControlLink *link, const ZopChangeset &reply, QString *error);
 
     ZopPath m_path;
     FileDescriptor m_listener;
     struct stat m_socket = {}; // the file that stands for the listener
     QSocketNotifier *m_notifier = nullptr;
+    std::shared_ptr<ClientCrowd> m_crowd;
     QHash<int, ControlLink *> m_links; // by the number that stands in "peer"
     int m_lastPeer = 0;
 };

@@ -115,6 +115,17 @@ bool lockPresent(const ZopPath &path, FileDescriptor *file, QString *error)
     return true;
 }
 
+/*! Whether there is something at \a path that is no control object. */
+bool isRemovable(const ZopPath &path, QString *error)
+{
+    struct stat status;
+    const bool exists = lstat(path.file().constData(), &status) == 0;
+    const bool isControl = exists && S_ISSOCK(status.st_mode);
+    if (!exists || isControl)
+        *error = isControl ? QStringLiteral("a control object has this path") : noSuchObject();
+    return exists && !isControl;
+}
+
 } // namespace
 
 bool exists(const ZopPath &path)
@@ -152,14 +163,11 @@ bool createAnew(const ZopPath &path, const ZopChangeset &values, QString *error)
 
 bool remove(const ZopPath &path, QString *error)
 {
-    struct stat status;
-    if (lstat(path.file().constData(), &status) != 0 || S_ISSOCK(status.st_mode)) {
-        *error = exists(path) ? QStringLiteral("a control object has this path") : noSuchObject();
+    if (!isRemovable(path, error))
         return false;
-    }
     const FolderLock folder(path, error); // nobody creates it anew meanwhile
     FileDescriptor file;                  // an update that is being written gets told before the removal
-    if (!folder.isHeld() || !lockPresent(path, &file, error))
+    if (!folder.isHeld() || !isRemovable(path, error) || !lockPresent(path, &file, error))
         return false;
     if (unlink(path.file().constData()) != 0) {
         *error = errno == ENOENT ? noSuchObject() : systemError(errno);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "krellogger.h"
 
+#include "visibletext.h"
+
 #include <QtCore/QDateTime>
 
 #include <cstdarg>
@@ -46,19 +48,6 @@ const char *levelName(KrelLogger::Level level)
     return "?";
 }
 
-/*! \a text on one line: whatever a terminal or a reader of lines would act upon is written as its code. */
-QString escaped(const QString &text)
-{
-    QString line;
-    line.reserve(text.size());
-    for (const QChar c : text) {
-        const bool breaksLine = c.category() == QChar::Separator_Line || c.category() == QChar::Separator_Paragraph;
-        const bool harmless = (c.isPrint() && !breaksLine) || c.isSurrogate();
-        line += harmless ? QString(c) : QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
-    }
-    return line;
-}
-
 void write(KrelLogger::Level level, unsigned short code, const QString &text)
 {
     if (const KrelLogger::Sink sink = currentSink()) {
@@ -68,7 +57,7 @@ void write(KrelLogger::Level level, unsigned short code, const QString &text)
     const QString line = QStringLiteral("%1 %2 %3 ")
                              .arg(QDateTime::currentDateTime().toString(Qt::ISODateWithMs),
                                   QLatin1String(levelName(level)), QString::number(code))
-        + escaped(text) + QLatin1Char('\n');
+        + visible(text) + QLatin1Char('\n');
     const QByteArray bytes = line.toUtf8();
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "zoppath.h"
 
+#include "owngroup.h"
+
 #include <QtCore/QFile>
 
 #include <algorithm>
@@ -10,6 +12,7 @@
 #include <cstring>
 
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace morvek {
@@ -20,44 +23,64 @@ namespace {
 constexpr int LongestName = 200;
 constexpr int LongestPath = 2000;
 
+QString anothersText()
+{
+    return QStringLiteral("which is another user's");
+}
+
 bool isTrusted(uid_t owner)
 {
     return owner == geteuid() || owner == 0;
 }
 
-/*! The part of the way to \a path that another user could exchange for something else; empty when there is none. */
-QByteArray exchangeablePart(const QByteArray &path)
+/*! Why others than this user may rename what stands in a folder; empty when none may. */
+QString openness(const QByteArray &folder, const struct stat &status)
+{
+    const mode_t mode = status.st_mode;
+    if (!S_ISDIR(mode) || mode & S_ISVTX || !(mode & (S_IWGRP | S_IWOTH)))
+        return QString();
+    if (mode & S_IWOTH)
+        return QStringLiteral("where everybody may write");
+    // With an access list, the group's bits are only the most that anybody on it may do.
+    if (lgetxattr(folder.constData(), "system.posix_acl_access", nullptr, 0) > 0)
+        return QStringLiteral("whose access list may let others write");
+    return OwnGroup::objection(status.st_gid);
+}
+
+/*! Why another user could exchange a part of the way to \a path; empty when none could. */
+QString exchangeOnTheWay(const QByteArray &path)
 {
     for (int end = 0; end != -1; end = path.indexOf('/', end + 1)) {
-        QByteArray part = end == 0 ? QByteArrayLiteral("/") : path.left(end);
+        const QByteArray part = end == 0 ? QByteArrayLiteral("/") : path.left(end);
         struct stat status;
         if (lstat(part.constData(), &status) != 0)
-            return QByteArray();
-        const bool isOpen = S_ISDIR(status.st_mode) && status.st_mode & S_IWOTH && !(status.st_mode & S_ISVTX);
-        if (!isTrusted(status.st_uid) || isOpen)
-            return part;
+            return QString();
+        const QString reason = isTrusted(status.st_uid) ? openness(part, status) : anothersText();
+        if (!reason.isEmpty())
+            return QStringLiteral("\"%1\", %2").arg(QFile::decodeName(part), reason);
     }
-    return QByteArray();
+    return QString();
 }
 
 /*! Why another user could exchange \a root, links on the way to it resolved; empty when none could. */
 QString exchange(const QByteArray &root)
 {
-    QByteArray part = exchangeablePart(root);
+    const QString shown = QFile::decodeName(root);
+    QString reason = exchangeOnTheWay(root);
     struct stat status;
-    if (part.isEmpty() && lstat(root.constData(), &status) == 0 && S_ISLNK(status.st_mode) && !isTrusted(status.st_uid))
-        part = root;
-    if (part.isEmpty()) {
+    if (reason.isEmpty() && lstat(root.constData(), &status) == 0 && S_ISLNK(status.st_mode)
+        && !isTrusted(status.st_uid))
+        reason = QStringLiteral("\"%1\", %2").arg(shown, anothersText());
+    if (reason.isEmpty()) {
         // A root that does not exist yet is none of a link either, but the folder that it is made in may be.
         char resolved[PATH_MAX];
         const QByteArray parent = root.left(qMax(1, root.lastIndexOf('/')));
         if (realpath(root.constData(), resolved) || realpath(parent.constData(), resolved))
-            part = exchangeablePart(QByteArray(resolved) + '/');
+            reason = exchangeOnTheWay(QByteArray(resolved) + '/');
     }
-    if (part.isEmpty())
-        return QString();
-    return QStringLiteral("the root \"%1\" could be exchanged by another user at \"%2\"")
-        .arg(QFile::decodeName(root), QFile::decodeName(part));
+    return reason.isEmpty()
+        ? QString()
+        : QStringLiteral("the root \"%1\" could be exchanged by another user at %2").arg(shown, reason);
 }
 
 /*! Empty when \a root may be used; a root that does not exist yet may. */

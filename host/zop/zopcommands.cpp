@@ -2,6 +2,7 @@
 #include "zopcommands.h"
 
 #include "journalcheck.h"
+#include "visibletext.h"
 #include "zopdirwatcher.h"
 #include "zopobject.h"
 #include "zoppath.h"
@@ -20,30 +21,20 @@ namespace {
 
 ExitCode fail(const QString &subject, const QString &reason)
 {
-    QTextStream(stderr) << "morvek-zop: " << subject << ": " << reason << '\n';
+    QTextStream(stderr) << "morvek-zop: " << visible(subject) << ": " << visible(reason) << '\n';
     return Failed;
-}
-
-/*! \a text without what would act on a terminal. */
-QString shown(const QString &text)
-{
-    QString result;
-    for (const QChar c : text)
-        result += c.isPrint() || c.isSurrogate() ? QString(c)
-                                                 : QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
-    return result;
 }
 
 void print(const ZopChangeset &changes)
 {
     QTextStream out(stdout);
     for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)
-        out << shown(it.key()) << " = " << shown(it->toString()) << "  (" << shown(QString::fromUtf8(it->encoding()))
-            << ")\n";
+        out << visible(it.key()) << " = " << visible(it->toString()) << "  ("
+            << visible(QString::fromUtf8(it->encoding())) << ")\n";
     QStringList removals(changes.removals.begin(), changes.removals.end());
     removals.sort();
     for (const QString &name : qAsConst(removals))
-        out << shown(name) << " removed\n";
+        out << visible(name) << " removed\n";
 }
 
 /*! The objects of one directory. */
@@ -76,7 +67,7 @@ ExitCode list(const QStringList &words)
     QTextStream out(stdout);
     for (const QString &directory : qAsConst(directories)) {
         for (const QString &name : objectsIn(directory))
-            out << shown(directory) << '/' << shown(name) << '\n';
+            out << visible(directory) << '/' << visible(name) << '\n';
     }
     return Done;
 }

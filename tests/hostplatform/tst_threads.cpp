@@ -6,6 +6,7 @@
 #include "zopobject.h"
 
 #include <QtCore/QEventLoop>
+#include <QtCore/QSet>
 #include <QtCore/QThread>
 #include <QtCore/QTimer>
 
@@ -13,6 +14,8 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+
+#include <sys/stat.h>
 
 using namespace morvek;
 
@@ -88,6 +91,47 @@ private:
     bool m_ended = false;
 };
 
+/*! Another thread, which goes on removing one object. */
+class Remover
+{
+public:
+    explicit Remover(const QString &path)
+        : m_thread(QThread::create([this, path] {
+              while (!m_stopped) {
+                  QString error;
+                  if (!ZopObject::remove(path, &error))
+                      m_errors.insert(error);
+                  ++m_attempts;
+              }
+          }))
+    {
+        m_thread->start();
+    }
+    ~Remover() { end(); }
+
+    /*! Returns when an attempt that begins now has ended. */
+    void letTry() const
+    {
+        for (const int attempts = m_attempts; m_attempts < attempts + 2;)
+            QThread::yieldCurrentThread();
+    }
+
+    /*! Why attempts have failed. */
+    QSet<QString> end()
+    {
+        m_stopped = true;
+        m_thread->wait();
+        return m_errors;
+    }
+
+private:
+    Q_DISABLE_COPY(Remover)
+    std::atomic<bool> m_stopped {false};
+    std::atomic<int> m_attempts {0};
+    QSet<QString> m_errors;
+    std::unique_ptr<QThread> m_thread;
+};
+
 } // namespace
 
 /*! Threads that have objects of their own, each with its event loop, do not disturb each other. */
@@ -97,6 +141,8 @@ class ThreadTest : public QObject
 
 private Q_SLOTS:
     void eachThreadIsToldEverything();
+    void whoIsTooLateToRemoveSaysSo();
+    void aRemovalNeverTakesAControlObject();
 };
 
 void ThreadTest::eachThreadIsToldEverything()
@@ -147,6 +193,36 @@ void ThreadTest::eachThreadIsToldEverything()
         }
     }
     QCOMPARE(lines, Threads * Requests);
+}
+
+void ThreadTest::whoIsTooLateToRemoveSaysSo()
+{
+    const QString path = testPath("object");
+    Remover remover(path);
+    for (int i = 0; i < 5000; ++i) {
+        publish(path, QString());
+        ZopObject::remove(path);
+    }
+    const QSet<QString> errors = remover.end();
+    QVERIFY(errors.contains(QStringLiteral("no such object")));
+    QVERIFY(!errors.contains(QStringLiteral("a control object has this path")));
+}
+
+void ThreadTest::aRemovalNeverTakesAControlObject()
+{
+    const QString path = testPath("object");
+    const QByteArray file = qgetenv("ZOP_ROOT") + path.toUtf8();
+    Remover remover(path);
+    for (int i = 0; i < 500; ++i) {
+        publish(path, QString());
+        ZopObject::remove(path);
+        const ZopObject daemon(path, ZopObject::Publish, true);
+        QVERIFY2(daemon.isValid(), qPrintable(daemon.errorString()));
+        remover.letTry();
+        struct stat status;
+        QVERIFY(lstat(file.constData(), &status) == 0 && S_ISSOCK(status.st_mode));
+    }
+    QVERIFY(remover.end().contains(QStringLiteral("a control object has this path")));
 }
 
 CONTRACT_TEST_MAIN(ThreadTest)

@@ -17,6 +17,7 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 using namespace morvek;
@@ -137,6 +138,8 @@ private Q_SLOTS:
     void aRootThatIsPlantedMeanwhileIsRefused();
     void aRootThatCouldBeExchangedIsRefused_data();
     void aRootThatCouldBeExchangedIsRefused();
+    void aFolderWhereAGroupMayWriteIsRefused_data();
+    void aFolderWhereAGroupMayWriteIsRefused();
     void aLinkOfTheUsersOwnIsFollowed();
     void aForeignClientIsNotHeard();
     void aForeignDaemonIsNotAsked();
@@ -336,6 +339,58 @@ void UserTest::aRootThatCouldBeExchangedIsRefused()
         const QStringList there =
             QDir(QFile::decodeName(place.file(folder))).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
         QCOMPARE(there, folder == QByteArray("private/root") ? QStringList() : QStringList(QStringLiteral("root")));
+    }
+}
+
+void UserTest::aFolderWhereAGroupMayWriteIsRefused_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<int>("group");
+    QTest::addColumn<QByteArray>("list"); // an access list as the system keeps it
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("another's group")
+        << 0770 << int(Other) << QByteArray()
+        << "where the group \"nogroup\" may write, which is not the primary one of \"root\"";
+    QTest::newRow("a group that nobody knows")
+        << 0720 << 47114711 << QByteArray()
+        << "where the group 47114711 may write, which cannot be looked up: there is no such group";
+    QTest::newRow("another's group, which may read") << 0750 << int(Other) << QByteArray() << "";
+    QTest::newRow("another's group, where names are their owners'") << 01770 << int(Other) << QByteArray() << "";
+    QTest::newRow("the user's own group") << 0770 << 0 << QByteArray() << "";
+    // Everything for the owner and for the user 65534, nothing for the group and others.
+    const QByteArray entries("\2\0\0\0"
+                             "\1\0\7\0\xff\xff\xff\xff"
+                             "\2\0\7\0\xfe\xff\0\0"
+                             "\4\0\0\0\xff\xff\xff\xff"
+                             "\x10\0\7\0\xff\xff\xff\xff"
+                             "\x20\0\0\0\xff\xff\xff\xff",
+                             44);
+    QTest::newRow("another on an access list") << 0700 << 0 << entries << "whose access list may let others write";
+}
+
+void UserTest::aFolderWhereAGroupMayWriteIsRefused()
+{
+    QFETCH(int, mode);
+    QFETCH(int, group);
+    QFETCH(QByteArray, list);
+    QFETCH(QString, reason);
+    const PublicPlace place;
+    const QByteArray folder = place.file("folder");
+    QCOMPARE(mkdir(folder.constData(), 0700), 0);
+    QCOMPARE(mkdir(place.file("folder/between").constData(), 0700), 0);
+    QCOMPARE(chown(folder.constData(), 0, gid_t(group)), 0);
+    QCOMPARE(chmod(folder.constData(), mode_t(mode)), 0);
+    if (!list.isEmpty()
+        && setxattr(folder.constData(), "system.posix_acl_access", list.constData(), size_t(list.size()), 0) != 0)
+        return QTest::qSkip("the folder for temporary files has no access lists", __FILE__, __LINE__);
+    for (const char *root : {"folder/root", "folder/between/root"}) {
+        qputenv("ZOP_ROOT", place.file(root));
+        QString error;
+        QCOMPARE(ZopObject::create(testPath("object"), ZopChangeset(), &error), reason.isEmpty());
+        const QString refusal = QStringLiteral("the root \"%1\" could be exchanged by another user at \"%2\", %3")
+                                    .arg(QFile::decodeName(place.file(root)), QFile::decodeName(folder), reason);
+        QCOMPARE(error, reason.isEmpty() ? QString() : refusal);
+        QCOMPARE(QFile::exists(QFile::decodeName(place.file(root))), reason.isEmpty());
     }
 }
 

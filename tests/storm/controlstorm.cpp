@@ -1,14 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "patience.h"
+#include "rawclient.h"
 #include "storms.h"
 
+#include <QtCore/QFile>
+
 #include <csignal>
+#include <cstring>
 
 namespace {
 
 const char *const Path = "/zop/storm/control";
 
-/*! Clients ask without end, and the daemon dies. Each request ends once, with its own reply or an error. */
+constexpr int MiB = 1024 * 1024;
+constexpr int MostConnections = 64;
+constexpr qint64 MostHeld = 64 * MiB;
+constexpr qint64 Slack = MiB;
+
+/*!
+ * Clients ask without end; the daemon dies, and other clients take from it whatever they can get. Each request ends
+ * once, with its own reply or an error.
+ */
 class ControlStorm : public Storm
 {
 protected:
@@ -21,6 +33,8 @@ protected:
         }
         for (int round = 0; round < rounds; ++round) {
             letPass(20 + random(150));
+            if (chance(2))
+                flood();
             if (chance(4)) {
                 m_server->signal(SIGSTOP);
                 letPass(random(80));
@@ -39,9 +53,12 @@ protected:
                 count("clients killed");
             }
         }
+        flood();
         expectLife();
         for (const Process &client : m_clients)
             expectEnds(client);
+        demand(waitUntil([this] { return heap() < Slack; }),
+               QStringLiteral("the daemon has kept %1 bytes").arg(heap()));
     }
 
 private:
@@ -56,6 +73,37 @@ private:
     {
         demand(!client->ask(QStringLiteral("ask %1 1").arg(QLatin1String(Path)), QStringLiteral("asking")).isNull(),
                client->name() + QStringLiteral(" cannot ask"));
+    }
+
+    qint64 heap()
+    {
+        return m_server->ask(QStringLiteral("stats"), QStringLiteral("stats "))
+            .section(QLatin1Char(' '), 0, 0)
+            .toLongLong();
+    }
+
+    /*! Takes up connections, time or memory of the daemon, while the others are answered. */
+    void flood()
+    {
+        const QByteArray folder = QFile::encodeName(root() + QLatin1String(Path)).chopped(int(std::strlen("/control")));
+        const QByteArray announced("\x01\0\0\0", 4);
+        const QByteArray bytes[] = {
+            QByteArray(),                                          // connections only
+            QByteArray("\0\0\0\x04\0\0\0\0", 8).repeated(MiB / 8), // the smallest requests
+            announced + QByteArray((1 + random(15)) * MiB, 'x'),   // unfinished ones
+        };
+        const int kind = random(3);
+        RawClients greedy(kind == 0 ? 200 : 1 + random(30), folder, bytes[kind]);
+        for (bool done = false; !done;) {
+            for (int i = 0; i < 50 && !done; ++i)
+                done = greedy.sendMore();
+            expectClients();
+            demand(m_server->answers(), QStringLiteral("the daemon drowns"));
+            demand(heap() < 2 * MostHeld + Slack, QStringLiteral("the daemon holds %1 bytes").arg(heap()));
+        }
+        demand(waitUntil([&greedy] { return greedy.open() <= MostConnections; }),
+               QStringLiteral("one client has %1 connections").arg(greedy.open()));
+        count("floods");
     }
 
     void expectClients()

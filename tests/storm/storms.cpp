@@ -4,7 +4,7 @@
 const std::vector<StormEntry> &storms()
 {
     static const std::vector<StormEntry> all = {
-        {"control", "a control object's daemon is killed under numbered requests", 12, makeControlStorm},
+        {"control", "a control object's daemon is killed and flooded under numbered requests", 12, makeControlStorm},
         {"descriptors", "applications and daemons run out of file descriptors", 2, makeDescriptorStorm},
         {"disk", "the disk below the root fills up", 2, makeDiskStorm},
         {"flood", "objects are flooded with updates", 1, makeFloodStorm},
