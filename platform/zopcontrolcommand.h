@@ -17,6 +17,8 @@ class ZopObject;
  *
  * finished() comes exactly once and from the event loop, never inside start(): with the daemon's reply, or with
  * an error when the request could not be written, when the daemon died or when the control object was deleted.
+ *
+ * The default argument is for daemons, tools and tests: the library does without.
  */
 class MORVEK_PLATFORM_EXPORT ZopControlCommand : public QObject
 {

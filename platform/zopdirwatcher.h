@@ -15,6 +15,8 @@ namespace morvek {
  *
  * Names that are there already are announced on the next turn of the event loop, or by setNameCacheEnabled()
  * inside its call, each once. A control object is there while a daemon serves it.
+ *
+ * The default argument is for daemons, tools and tests: the library does without.
  */
 class MORVEK_PLATFORM_EXPORT ZopDirWatcher : public QObject
 {

@@ -22,6 +22,9 @@ namespace morvek {
  * An object follows its path. When the object is removed, its attributes are told as removed; when it is
  * created anew, its values are told. A control object works again by itself once its daemon is back; requests with
  * "msg" and "id" that were written to the dead one and not answered are told as refused, with "err" and "errmsg".
+ *
+ * Default arguments, the names of the modes, Publish, create() and remove() are for daemons, tools and tests: the
+ * library does without.
  */
 class MORVEK_PLATFORM_EXPORT ZopObject : public QObject
 {

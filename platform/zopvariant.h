@@ -19,6 +19,8 @@ namespace morvek {
  * Every conversion reads the bytes as text, whatever the encoding says, and never fails loudly: what is not
  * such a value reads as an empty text, 0, false or a null document. There is deliberately no constructor from
  * bool, so that a text literal stays text.
+ *
+ * Default arguments, and what stands apart below, are for daemons, tools and tests: the library does without.
  */
 class MORVEK_PLATFORM_EXPORT ZopVariant
 {
@@ -31,14 +33,9 @@ public:
     ZopVariant(int number);
     /*! Compact JSON, encoding "json". */
     ZopVariant(const QJsonObject &object);
-    /*! Compact JSON, encoding "json". */
-    ZopVariant(const QJsonArray &array);
-    /*! \a bytes as they are, under the name \a encoding. */
-    ZopVariant(const QByteArray &bytes, const QByteArray &encoding);
 
     bool isValid() const { return m_valid; }
     QByteArray encoding() const { return m_encoding; }
-    QByteArray bytes() const { return m_bytes; }
 
     /*! The bytes decoded as UTF-8. */
     QString toString() const;
@@ -48,6 +45,15 @@ public:
     bool toBool() const;
     /*! The bytes parsed as JSON; a null document when they are none, with the reason in \a error. */
     QJsonDocument toJson(QJsonParseError *error = nullptr) const;
+
+    // For daemons, tools and tests.
+
+    /*! Compact JSON, encoding "json". */
+    ZopVariant(const QJsonArray &array);
+    /*! \a bytes as they are, under the name \a encoding. */
+    ZopVariant(const QByteArray &bytes, const QByteArray &encoding);
+
+    QByteArray bytes() const { return m_bytes; }
 
     bool operator==(const ZopVariant &other) const;
     bool operator!=(const ZopVariant &other) const { return !(*this == other); }

@@ -43,6 +43,12 @@ inline QString text(const QByteArray &utf8)
     return QString::fromUtf8(utf8.constData(), utf8.size());
 }
 
+/*! What a printed line shows of \a text: as of a C string, nothing behind a zero. */
+inline QString printed(const QString &text)
+{
+    return text.left(text.indexOf(QChar(0)));
+}
+
 /*! Reads a decimal number with an optional sign and blanks around it, of ASCII; false for anything else. */
 bool readNumber(const QString &text, int *number);
 

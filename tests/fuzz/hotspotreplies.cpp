@@ -95,7 +95,7 @@ private:
     void refuse(Request *request, const char *text, const QString &detail = QString())
     {
         request->expected = QLatin1String("failure -1 ") + QLatin1String(text);
-        m_lines.append(QLatin1String("warning 1300 ") + QLatin1String(text) + detail);
+        m_lines.append(QLatin1String("warning 1300 ") + QLatin1String(text) + Fuzz::printed(detail));
     }
 
     void tellProfile(Request *request)

@@ -95,7 +95,7 @@ private:
         m_preferred = m_known.contains(name) ? name : QString();
         expectEvents(QLatin1String("preferred ") + (m_preferred.isEmpty() ? QStringLiteral("-") : name));
         if (m_preferred.isEmpty() && !name.isEmpty())
-            m_lines.append(QLatin1String("warning 1300 Preferred network interface changed to \"") + name
+            m_lines.append(QLatin1String("warning 1300 Preferred network interface changed to \"") + Fuzz::printed(name)
                            + QLatin1String("\" which is not in the list of known interfaces."));
         NetworkingDaemon::changeStatus("default_interface", ZopVariant(name));
     }

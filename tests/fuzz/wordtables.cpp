@@ -22,12 +22,6 @@ int positionIn(const QString &text, std::initializer_list<const char *> words)
     return -1;
 }
 
-/*! What is shown of a text: as in a C string, nothing behind a zero. */
-QString shown(const QString &text)
-{
-    return text.left(text.indexOf(QChar(0)));
-}
-
 void checkKeyManagement(const QString &text)
 {
     const int protocols[] = {1, 4, 4, 8, 8};
@@ -39,8 +33,8 @@ void checkKeyManagement(const QString &text)
     const int at = positionIn(text, {"NONE", "WPA-PSK", "WPA-EAP", "WPA2-PSK", "WPA2-EAP"});
     Fuzz::expectEqual(int(protocol), at == -1 ? 16 : protocols[at], "the protocol");
     Fuzz::expectEqual(int(keyManagement), at == -1 ? 16 : keyManagements[at], "the key management");
-    const QString line = QLatin1String("warning 1300 Unrecognized Wi-Fi status key management value: \"") + shown(text)
-        + QLatin1Char('"');
+    const QString line = QLatin1String("warning 1300 Unrecognized Wi-Fi status key management value: \"")
+        + Fuzz::printed(text) + QLatin1Char('"');
     Fuzz::expectEqual(log.take(), at == -1 ? QStringList {line} : QStringList(), "the log");
 }
 
@@ -53,7 +47,7 @@ void checkCipher(const QString &text)
     const int at = positionIn(text, {"NONE", "TKIP", "CCMP"});
     Fuzz::expectEqual(int(cipher), at == -1 ? 16 : ciphers[at], "the cipher");
     const QString line =
-        QLatin1String("warning 1300 Unrecognized Wi-Fi status cipher: \"") + shown(text) + QLatin1Char('"');
+        QLatin1String("warning 1300 Unrecognized Wi-Fi status cipher: \"") + Fuzz::printed(text) + QLatin1Char('"');
     Fuzz::expectEqual(log.take(), at == -1 ? QStringList {line} : QStringList(), "the log");
 }
 
