@@ -113,6 +113,8 @@ class TestAsyncOperation : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void registersItsType_data() { kinds(); }
+    void registersItsType();
     void reachesQueuedConnectionsByName_data() { kinds(); }
     void reachesQueuedConnectionsByName();
     void startsPending_data() { kinds(); }
@@ -229,6 +231,13 @@ void TestAsyncOperation::failsFromTheEventLoop()
 }
 
 // Runs first, so that nothing but the operation itself has registered its type.
+void TestAsyncOperation::registersItsType()
+{
+    QFETCH(Kind, kind);
+    const std::unique_ptr<AsyncOperationBase> operation(kind.create());
+    QVERIFY(QMetaType::type(kind.name + '*') != QMetaType::UnknownType);
+}
+
 void TestAsyncOperation::reachesQueuedConnectionsByName()
 {
     QFETCH(Kind, kind);
