@@ -152,7 +152,7 @@ ExitCode check(const QStringList &words)
     for (const QString &trouble : result.troubles)
         fail(words.value(1), trouble);
     if (!result.summary.isEmpty())
-        QTextStream(stdout) << shown(words.value(1)) << ": " << result.summary << '\n';
+        QTextStream(stdout) << visible(words.value(1)) << ": " << result.summary << '\n';
     return result.troubles.isEmpty() ? Done : Failed;
 }
 
