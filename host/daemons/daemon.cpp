@@ -212,7 +212,7 @@ void Daemon::send(const ControlRequest &request, const Attributes &content, cons
     m_tools.log->happened("reply",
                           QStringLiteral("%1 id=%2 %3%4")
                               .arg(request.message, request.id.toString(), outcome,
-                                   sent ? QString() : QStringLiteral(" (the client is gone)")));
+                                   sent ? QString() : QStringLiteral(" (%1)").arg(m_controlObject->errorString())));
 }
 
 bool Daemon::publishStatus(Service service, const QString &path, ObjectPublisher::Takeover takeover, QString *error)

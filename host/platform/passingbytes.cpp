@@ -2,6 +2,7 @@
 #include "passingbytes.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <utility>
 
@@ -36,9 +37,11 @@ ssize_t PassingBytes::receive(int socket, int most)
 {
     reserve(most);
     const ssize_t size = recv(socket, m_bytes.get() + m_end, size_t(most), 0);
+    const int error = errno;
     m_end += int(std::max<ssize_t>(size, 0));
     if (this->size() == 0)
         clear();
+    errno = error;
     return size;
 }
 

@@ -237,7 +237,7 @@ void CrowdTest::aClientHasNoMoreThanItsConnections()
     const int before = openDescriptors();
     for (int round = 1; round <= 2; ++round) {
         {
-            const RawClients clients(200, place());
+            const RawClients clients(100, place());
             QVERIFY(waitUntil([&clients] { return clients.open() == 64; }));
             Peer other;
             QVERIFY(openClient(other));
