@@ -101,6 +101,22 @@ int growth(const QString &path, int told)
     return waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+/*! How often the event loop has turned meanwhile. */
+class Turns
+{
+public:
+    Turns()
+    {
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { ++count; });
+        m_timer.start(0);
+    }
+
+    int count = 0;
+
+private:
+    QTimer m_timer;
+};
+
 } // namespace
 
 /*! Whatever stands in an object's file: what reading it costs is in proportion to the file. */
@@ -119,6 +135,7 @@ private Q_SLOTS:
     void aMalformedFileIsNotWrittenTo();
     void whatIsCutOffAndWrittenAnewIsTold();
     void readingLeavesTurnsToOthers();
+    void readingWhatIsGoneLeavesTurnsToOthers();
     void anAbsurdHeaderIsRefused_data();
     void anAbsurdHeaderIsRefused();
     void whatAnEarlierVersionLeftIsRead();
@@ -280,15 +297,24 @@ void CraftedJournalsTest::readingLeavesTurnsToOthers()
 {
     ZopObject object(m_path, ZopObject::Subscribe, false);
     const Events events(&object);
-    int turns = 0;
-    QTimer timer;
-    connect(&timer, &QTimer::timeout, this, [&turns] { ++turns; });
-    timer.start(0);
+    const Turns turns;
     QVERIFY(append(m_path, QByteArray(32 * MiB, 'x') + update(1)));
-    turns = 0;
     QVERIFY(waitUntil([&] { return !events.updates().isEmpty(); }));
     // What follows is read at least twice, 2 MiB a turn.
-    QVERIFY2(turns > 20, qPrintable(QString::number(turns)));
+    QVERIFY2(turns.count > 24, qPrintable(QString::number(turns.count)));
+}
+
+void CraftedJournalsTest::readingWhatIsGoneLeavesTurnsToOthers()
+{
+    QVERIFY(append(m_path, update(1) + QByteArray(32 * MiB, 'x') + update(2)));
+    ZopObject object(m_path, ZopObject::Subscribe, false);
+    const Events events(&object);
+    const Turns turns;
+    QVERIFY(ZopObject::remove(m_path));
+    QVERIFY(waitUntil([&] { return !events.updates().isEmpty(); }));
+    QCOMPARE(events.updates(), QStringList({"{-n -p}"}));
+    // As above, to its end and once more from its beginning.
+    QVERIFY2(turns.count > 48, qPrintable(QString::number(turns.count)));
 }
 
 void CraftedJournalsTest::anAbsurdHeaderIsRefused_data()
