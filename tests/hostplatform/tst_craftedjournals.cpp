@@ -134,6 +134,7 @@ private Q_SLOTS:
     void tooMuchNonsenseMakesAFileMalformed();
     void aMalformedFileIsNotWrittenTo();
     void whatIsCutOffAndWrittenAnewIsTold();
+    void whatHasBecomeWholeMeanwhileIsTold();
     void readingLeavesTurnsToOthers();
     void readingWhatIsGoneLeavesTurnsToOthers();
     void anAbsurdHeaderIsRefused_data();
@@ -290,6 +291,28 @@ void CraftedJournalsTest::whatIsCutOffAndWrittenAnewIsTold()
     QVERIFY(append(m_path, update(4)));
     const Reading reading = readAll(&reader);
     QCOMPARE(reading.told, QList<int>({4}));
+    QCOMPARE(reading.skipped, qint64(0));
+}
+
+void CraftedJournalsTest::whatHasBecomeWholeMeanwhileIsTold()
+{
+    const QByteArray whole = update(1, 3000);
+    QVERIFY(append(m_path, QByteArray(whole).replace(2000, 1, "x") + update(2)));
+    Journal::Reader reader;
+    QString error;
+    QVERIFY(reader.open(ZopPath::object(m_path), &error));
+    Journal::Record record;
+    // The first piece reads, the second one finds the update that follows.
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(reader.readOn());
+        QVERIFY(!reader.nextOfRead(&record));
+    }
+    QFile file(fileOf(m_path));
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.seek(JournalBytes::HeaderSize));
+    QCOMPARE(int(file.write(whole)), whole.size());
+    file.close();
+    const Reading reading = readAll(&reader);
+    QCOMPARE(reading.told, QList<int>({1, 2}));
     QCOMPARE(reading.skipped, qint64(0));
 }
 
