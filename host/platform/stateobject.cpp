@@ -146,7 +146,7 @@ bool StateObject::drain()
 void StateObject::startFolding(Folding folding)
 {
     m_folding = folding;
-    m_folded.clear();
+    m_folded = folding == WhatIsGone ? m_values : QMap<QString, ZopVariant>();
     m_reader.rewind();
 }
 
@@ -193,7 +193,8 @@ bool StateObject::openNext()
     const Journal::Identity present = next.identity();
     const bool isSame = wasThere && isThere && present.incarnation == previous.incarnation;
     if (wasThere && !isSame) {
-        // Whoever has not read the values when it opened the object knows only some of those that are gone.
+        // Whoever has not read the values when it opened the object knows only some of those that are gone; and whoever
+        // has, more than what is left of a spoilt file.
         if (m_folding == NotFolding)
             startFolding(WhatIsGone);
         if (!fold())
