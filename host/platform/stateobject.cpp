@@ -17,14 +17,6 @@ namespace {
 constexpr int RecordsPerTurn = 256;
 constexpr qint64 WorkPerTurn = 2 * 1024 * 1024;
 
-/*! What \a reader has from here on, folded into \a state. */
-void readInto(QMap<QString, ZopVariant> *state, Journal::Reader *reader)
-{
-    Journal::Record record;
-    while (reader->next(&record))
-        apply(record.changes, state);
-}
-
 } // namespace
 
 StateObject::StateObject(const ZopPath &path, Tell tell)
@@ -69,13 +61,16 @@ void StateObject::refresh()
     if (!open(&m_reader) && !m_isBehind)
         m_reader.close();
     m_toldFrom = 0;
+    m_folding = NotFolding;
     const bool isSame = m_reader.isOpen() && m_reader.identity().incarnation == incarnation;
     if (wasThere && !isSame && !tellState({}))
         return;
     m_values.clear();
     if (m_reader.isOpen()) {
         m_reader.rewind();
-        readInto(&m_values, &m_reader);
+        Journal::Record record;
+        while (m_reader.next(&record))
+            apply(record.changes, &m_values);
     }
 }
 
@@ -96,7 +91,7 @@ void StateObject::folderChanged()
 void StateObject::follow()
 {
     while (drain()) {
-        if (m_reader.isOpen() && m_reader.isCurrent())
+        if (m_folding == NotFolding && m_reader.isOpen() && m_reader.isCurrent())
             return;
         // Nobody writes the old file any more, but something may have come since it was drained.
         if (!drain() || !openNext())
@@ -122,6 +117,10 @@ void StateObject::followLater()
 /*! Tells what has been appended; false when there may be more, or this object is gone. */
 bool StateObject::drain()
 {
+    if (m_folding == WhatIsGone)
+        return true; // which was told as it came
+    if (m_folding == WhatIsThere)
+        return fold() && tellState(std::exchange(m_folded, {}));
     const QPointer<StateObject> guard(this);
     const qint64 begun = m_reader.work();
     Journal::Record record;
@@ -151,6 +150,31 @@ bool StateObject::drain()
     return guard;
 }
 
+void StateObject::startFolding(Folding folding)
+{
+    m_folding = folding;
+    m_folded = folding == WhatIsGone ? m_values : QMap<QString, ZopVariant>();
+    m_reader.rewind();
+}
+
+/*! Goes on; false when there may be more. */
+bool StateObject::fold()
+{
+    const qint64 begun = m_reader.work();
+    Journal::Record record;
+    for (;;) {
+        if (m_reader.nextOfRead(&record)) {
+            apply(record.changes, &m_folded);
+        } else if (!m_reader.readOn()) {
+            m_folding = NotFolding;
+            return true;
+        } else if (m_reader.work() - begun > WorkPerTurn) {
+            followLater();
+            return false;
+        }
+    }
+}
+
 /*! Lets \a reader read what the path names now. When it cannot, but there is something, this object is behind. */
 bool StateObject::open(Journal::Reader *reader)
 {
@@ -178,8 +202,11 @@ bool StateObject::openNext()
     if (wasThere && !isSame) {
         // Whoever has not read the values when it opened the object knows only some of those that are gone; and whoever
         // has, more than what is left of a spoilt file.
-        m_reader.rewind();
-        readInto(&m_values, &m_reader);
+        if (m_folding == NotFolding)
+            startFolding(WhatIsGone);
+        if (!fold())
+            return false;
+        m_values = std::exchange(m_folded, {});
     }
     m_reader = std::move(next);
     m_toldFrom = 0;
@@ -198,9 +225,8 @@ bool StateObject::openNext()
     }
     logError(QStringLiteral("Updates of \"%1\" were lost: it was not read for too long")
                  .arg(QFile::decodeName(m_path.file())));
-    QMap<QString, ZopVariant> state;
-    readInto(&state, &m_reader);
-    return tellState(state);
+    startFolding(WhatIsThere);
+    return true;
 }
 
 /*! Tells, as one update, what turns the known attributes into \a state; false when this object is gone. */

@@ -29,9 +29,15 @@ public:
     void folderChanged() override;
 
 private:
+    // What a file holds altogether, read in as many turns as it takes: before its attributes are told as removed, or in
+    // the place of updates that were lost.
+    enum Folding { NotFolding, WhatIsGone, WhatIsThere };
+
     void follow();
     void followLater();
     bool drain();
+    void startFolding(Folding folding);
+    bool fold();
     bool openNext();
     bool open(Journal::Reader *reader);
     bool tellState(const QMap<QString, ZopVariant> &state);
@@ -42,6 +48,8 @@ private:
     Journal::Reader m_reader;
     Journal::Writer m_writer;
     ObjectCheck m_check;
+    Folding m_folding = NotFolding;
+    QMap<QString, ZopVariant> m_folded;
     qint64 m_toldFrom = 0; // records that end before this are old news
     bool m_followsLater = false;
     bool m_isBehind = false; // the path names another file, which could not be opened yet

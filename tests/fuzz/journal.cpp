@@ -63,7 +63,7 @@ public:
             writeClaims(input);
             break;
         case WriteHole:
-            if (m_holes++ < 2)
+            if (m_holes++ == 0)
                 m_file.growTo(m_file.size() + (qint64(input.number()) << 24));
             break;
         }
@@ -119,8 +119,8 @@ private:
     /*! Headers of records that are not there, each of which claims the bytes of those that follow. */
     void writeClaims(Fuzz::Bytes &input)
     {
-        const int count = 1 + input.number() * 8;
-        const int shift = input.number() % 20;
+        const int count = 1 + input.number() * 5;
+        const int shift = input.number() % 11;
         const quint32 size = quint32(input.number()) << shift;
         m_claims += count;
         m_file.append(JournalBytes::recordHeader(++m_writer, size, 0).repeated(count));
@@ -129,7 +129,7 @@ private:
     /*! Each byte may be read and summed a few times, and each read takes a look at what is at the end. */
     qint64 workFor(qint64 size) const
     {
-        constexpr qint64 Claimed = 16 * 1024 * 1024; // of a hole, at most
+        constexpr qint64 Claimed = 16 * 1024 * 1024; // of a hole, by a damaged record
         return 10 * size + m_claims * 4096 + m_reads * 200000 + m_holes * 4 * Claimed;
     }
 

@@ -122,7 +122,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         told.append({record.writer, record.end, UpdateWalk::of(record.changes)});
     Fuzz::expectEqual(told, recordsOf(bytes), "the records that are told");
     Fuzz::expect(!reader.next(&record), "the end is the end");
-    Fuzz::expect(reader.work() < 10 * bytes.size() + 4096 * (1 + bytes.size() / RecordHeaderSize),
-                 "the work is that of the bytes");
+    // What looks like a record costs more than its bytes, and so does each of those that overlap.
+    const int markers = bytes.count(bytes.mid(8, 8));
+    Fuzz::expect(reader.work() < 10 * bytes.size() + 4096 * (1 + markers), "the work is that of the bytes");
     return 0;
 }

@@ -101,6 +101,22 @@ int growth(const QString &path, int told)
     return waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+/*! How often the event loop has turned meanwhile. */
+class Turns
+{
+public:
+    Turns()
+    {
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { ++count; });
+        m_timer.start(0);
+    }
+
+    int count = 0;
+
+private:
+    QTimer m_timer;
+};
+
 } // namespace
 
 /*! Whatever stands in an object's file: what reading it costs is in proportion to the file. */
@@ -118,7 +134,9 @@ private Q_SLOTS:
     void tooMuchNonsenseMakesAFileMalformed();
     void aMalformedFileIsNotWrittenTo();
     void whatIsCutOffAndWrittenAnewIsTold();
+    void whatHasBecomeWholeMeanwhileIsTold();
     void readingLeavesTurnsToOthers();
+    void readingWhatIsGoneLeavesTurnsToOthers();
     void anAbsurdHeaderIsRefused_data();
     void anAbsurdHeaderIsRefused();
     void whatAnEarlierVersionLeftIsRead();
@@ -276,19 +294,50 @@ void CraftedJournalsTest::whatIsCutOffAndWrittenAnewIsTold()
     QCOMPARE(reading.skipped, qint64(0));
 }
 
+void CraftedJournalsTest::whatHasBecomeWholeMeanwhileIsTold()
+{
+    const QByteArray whole = update(1, 3000);
+    QVERIFY(append(m_path, QByteArray(whole).replace(2000, 1, "x") + update(2)));
+    Journal::Reader reader;
+    QString error;
+    QVERIFY(reader.open(ZopPath::object(m_path), &error));
+    Journal::Record record;
+    // The first piece reads, the second one finds the update that follows.
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(reader.readOn());
+        QVERIFY(!reader.nextOfRead(&record));
+    }
+    QFile file(fileOf(m_path));
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.seek(JournalBytes::HeaderSize));
+    QCOMPARE(int(file.write(whole)), whole.size());
+    file.close();
+    const Reading reading = readAll(&reader);
+    QCOMPARE(reading.told, QList<int>({1, 2}));
+    QCOMPARE(reading.skipped, qint64(0));
+}
+
 void CraftedJournalsTest::readingLeavesTurnsToOthers()
 {
     ZopObject object(m_path, ZopObject::Subscribe, false);
     const Events events(&object);
-    int turns = 0;
-    QTimer timer;
-    connect(&timer, &QTimer::timeout, this, [&turns] { ++turns; });
-    timer.start(0);
+    const Turns turns;
     QVERIFY(append(m_path, QByteArray(32 * MiB, 'x') + update(1)));
-    turns = 0;
     QVERIFY(waitUntil([&] { return !events.updates().isEmpty(); }));
     // What follows is read at least twice, 2 MiB a turn.
-    QVERIFY2(turns > 20, qPrintable(QString::number(turns)));
+    QVERIFY2(turns.count > 24, qPrintable(QString::number(turns.count)));
+}
+
+void CraftedJournalsTest::readingWhatIsGoneLeavesTurnsToOthers()
+{
+    QVERIFY(append(m_path, update(1) + QByteArray(32 * MiB, 'x') + update(2)));
+    ZopObject object(m_path, ZopObject::Subscribe, false);
+    const Events events(&object);
+    const Turns turns;
+    QVERIFY(ZopObject::remove(m_path));
+    QVERIFY(waitUntil([&] { return !events.updates().isEmpty(); }));
+    QCOMPARE(events.updates(), QStringList({"{-n -p}"}));
+    // As above, to its end and once more from its beginning.
+    QVERIFY2(turns.count > 48, qPrintable(QString::number(turns.count)));
 }
 
 void CraftedJournalsTest::anAbsurdHeaderIsRefused_data()

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "journalbytes.h"
 #include "patience.h"
+#include "processusage.h"
 #include "storms.h"
 
 #include <QtCore/QDir>
@@ -13,6 +15,9 @@
 namespace {
 
 constexpr int RoundsBeforeRepair = 8;
+constexpr qint64 MiB = 1024 * 1024;
+// An application, the state of its objects, and what reading a file may take.
+constexpr qint64 LargestProcess = 160 * MiB;
 
 const char *const Attributes[][2] = {
     {"networking/all/interfaces/eth0", "type"},
@@ -56,6 +61,7 @@ protected:
             spoilFile();
             letPass(random(60));
             expectLife();
+            expectLittleMemory();
             if (round % RoundsBeforeRepair == 0 || round == rounds)
                 repair();
         }
@@ -127,8 +133,8 @@ private:
         QFile file(name);
         if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered) || file.size() == 0)
             return;
-        const int size = int(file.size());
-        switch (random(6)) {
+        const int size = int(qMin<qint64>(file.size(), 1 << 30));
+        switch (random(9)) {
         case 0:
             file.resize(random(size));
             break;
@@ -150,9 +156,42 @@ private:
             file.seek(file.size());
             file.write(noise(random(5000)));
             break;
-        default:
+        case 5:
             file.seek(size);
             file.write(noise(random(300)));
+            break;
+        case 6:
+            file.resize(file.size() + random(3000) * MiB); // which takes no disk
+            break;
+        case 7:
+            file.seek(file.size());
+            file.write(QByteArray(int(random(20) * MiB), 'x'));
+            break;
+        default:
+            writeClaims(&file);
+        }
+    }
+
+    /*! Beginnings of records, each of which claims the bytes of those that follow. */
+    void writeClaims(QFile *file)
+    {
+        file->seek(8);
+        const QByteArray marker = file->read(8);
+        const QByteArray claim = marker + JournalBytes::recordHeader(1, quint32(1 + random(16)) << 20, 0).mid(8);
+        file->seek(file->size());
+        file->write(claim.repeated(random(100000)));
+    }
+
+    /*! Whatever stands in a file, reading it takes so much and no more. */
+    void expectLittleMemory()
+    {
+        QVector<Process> processes = {m_daemons};
+        for (const Process &application : m_applications)
+            processes << application;
+        for (const Process &process : qAsConst(processes)) {
+            const qint64 peak = peakMemory(process->processId());
+            demand(peak > 0 && (peak < LargestProcess || hasSanitizers()),
+                   QStringLiteral("%1 has had %2 MiB of memory").arg(process->name()).arg(peak / MiB));
         }
     }
 

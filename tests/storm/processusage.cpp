@@ -9,6 +9,23 @@
 // There when the program was built with sanitizers, which have a heap of their own.
 extern "C" __attribute__((weak)) size_t __sanitizer_get_current_allocated_bytes();
 
+namespace {
+
+qint64 memoryOf(const QString &fileName, const char *what)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return -1;
+    const QList<QByteArray> lines = file.readAll().split('\n');
+    for (const QByteArray &line : lines) {
+        if (line.startsWith(what))
+            return line.simplified().split(' ').value(1).toLongLong() * 1024;
+    }
+    return -1;
+}
+
+} // namespace
+
 bool hasSanitizers()
 {
     return __sanitizer_get_current_allocated_bytes != nullptr;
@@ -31,13 +48,10 @@ int openDescriptors(qint64 processId)
 
 qint64 anonymousMemory(qint64 processId)
 {
-    QFile file(QStringLiteral("/proc/%1/smaps_rollup").arg(processId));
-    if (!file.open(QIODevice::ReadOnly))
-        return -1;
-    const QList<QByteArray> lines = file.readAll().split('\n');
-    for (const QByteArray &line : lines) {
-        if (line.startsWith("Anonymous:"))
-            return line.simplified().split(' ').value(1).toLongLong() * 1024;
-    }
-    return -1;
+    return memoryOf(QStringLiteral("/proc/%1/smaps_rollup").arg(processId), "Anonymous:");
+}
+
+qint64 peakMemory(qint64 processId)
+{
+    return memoryOf(QStringLiteral("/proc/%1/status").arg(processId), "VmHWM:");
 }

@@ -12,5 +12,7 @@ qint64 heapInUse();
 int openDescriptors(qint64 processId);
 /*! Bytes of a process that are backed by no file. */
 qint64 anonymousMemory(qint64 processId);
+/*! The most that it has had at any time. */
+qint64 peakMemory(qint64 processId);
 
 #endif
