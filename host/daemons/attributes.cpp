@@ -22,14 +22,6 @@ bool isEmpty(const ZopChangeset &changes)
     return changes.assignments.isEmpty() && changes.removals.isEmpty();
 }
 
-void apply(const ZopChangeset &changes, Attributes *attributes)
-{
-    for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)
-        attributes->insert(it.key(), it.value());
-    for (const QString &name : changes.removals)
-        attributes->remove(name);
-}
-
 ZopVariant truthValue(bool value)
 {
     return value ? QStringLiteral("true") : QStringLiteral("false");

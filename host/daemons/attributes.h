@@ -14,7 +14,6 @@ using Attributes = QMap<QString, ZopVariant>;
 /*! The update that turns \a from into \a to; empty when they are the same. */
 ZopChangeset difference(const Attributes &from, const Attributes &to);
 bool isEmpty(const ZopChangeset &changes);
-void apply(const ZopChangeset &changes, Attributes *attributes);
 
 /*! "true" or "false". */
 ZopVariant truthValue(bool value);

@@ -3,6 +3,7 @@
 
 #include "zopdirwatcher.h"
 #include "zopobject.h"
+#include "zopwire.h"
 
 #include <algorithm>
 #include <utility>

@@ -15,10 +15,8 @@ QStringList outerTroubles(const ZopPath &path)
 {
     struct stat status;
     QStringList troubles;
-    if (lstat(path.file().constData(), &status) != 0)
+    if (lstat(path.file().constData(), &status) != 0 || !S_ISREG(status.st_mode))
         return troubles; // which opening tells
-    if (!S_ISREG(status.st_mode))
-        return {QStringLiteral("there is something that is no file")};
     if (status.st_uid != geteuid())
         troubles += QStringLiteral("the file belongs to another user");
     if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
