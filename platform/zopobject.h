@@ -55,7 +55,10 @@ public:
     void setAttributeCacheEnabled(bool enabled);
     /*! The value of \a name as this object has received it, or \a defaultValue. */
     ZopVariant attribute(const QString &name, const ZopVariant &defaultValue = ZopVariant()) const;
-    /*! Writes \a changes as one update. False, with errorString(), when nothing was written. */
+    /*!
+     * Writes \a changes as one update. False, with errorString(), when nothing was written, which may be for another
+     * process that keeps the object locked for more than 50 ms. So it is with create() and remove().
+     */
     bool setAttributes(const ZopChangeset &changes);
 
     /*!

@@ -38,6 +38,7 @@ class LockTest : public QObject
 
 private Q_SLOTS:
     void anUpdateOfALockedObjectIsRefused();
+    void anObjectThatIsLockedAltogetherIsRead();
     void nobodyWaitsTwiceForTheSameLock();
     void aLockedObjectIsNotRemoved();
     void nothingIsMadeOrRemovedInALockedFolder();
@@ -65,6 +66,16 @@ void LockTest::anUpdateOfALockedObjectIsRefused()
     QVERIFY(set(writer, QStringLiteral("a=3")));
     QTRY_COMPARE(updates.count(), 1);
     QCOMPARE(reader.attribute(QStringLiteral("a")).toInt(), 3);
+}
+
+void LockTest::anObjectThatIsLockedAltogetherIsRead()
+{
+    QVERIFY(publish(testPath("locked"), QStringLiteral("a=1")));
+    const LockHolder holder(fileOf(testPath("locked")), LockHolder::WholeFile);
+    QVERIFY(holder.holds());
+    ZopObject reader(testPath("locked"), ZopObject::Subscribe, false);
+    reader.setAttributeCacheEnabled(true);
+    QCOMPARE(reader.attribute(QStringLiteral("a")).toInt(), 1);
 }
 
 void LockTest::nobodyWaitsTwiceForTheSameLock()
