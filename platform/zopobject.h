@@ -42,6 +42,17 @@ public:
     ZopObject(const QString &path, PublicationMode mode, bool flag, QObject *parent = nullptr);
     ~ZopObject() override;
 
+    /*! While one lives, no call of its thread waits for other processes: for a daemon, which tries again later. */
+    class MORVEK_PLATFORM_EXPORT NoWaiting
+    {
+    public:
+        NoWaiting();
+        ~NoWaiting();
+
+    private:
+        Q_DISABLE_COPY(NoWaiting)
+    };
+
     /*! True when the object could be opened. It stays true when the object is removed later. */
     bool isValid() const;
     /*! Text of the last error; empty when there was none. */
