@@ -45,6 +45,17 @@ public:
     ZopObject(const QString &path, PublicationMode mode, bool flag, QObject *parent = nullptr);
     ~ZopObject() override;
 
+    /*! While one lives, no call of its thread waits for other processes: for a daemon, which tries again later. */
+    class MORVEK_PLATFORM_EXPORT NoWaiting
+    {
+    public:
+        NoWaiting();
+        ~NoWaiting();
+
+    private:
+        Q_DISABLE_COPY(NoWaiting)
+    };
+
     /*! True when the object could be opened. It stays true when the object is removed later. */
     bool isValid() const;
     /*! Text of the last error; empty when there was none. */
@@ -58,7 +69,10 @@ public:
     void setAttributeCacheEnabled(bool enabled);
     /*! The value of \a name as this object has received it, or \a defaultValue. */
     ZopVariant attribute(const QString &name, const ZopVariant &defaultValue = ZopVariant()) const;
-    /*! Writes \a changes as one update. False, with errorString(), when nothing was written. */
+    /*!
+     * Writes \a changes as one update. False, with errorString(), when nothing was written, which may be for another
+     * process that keeps the object locked for more than 50 ms. So it is with create() and remove().
+     */
     bool setAttributes(const ZopChangeset &changes);
 
     /*!

@@ -81,6 +81,7 @@ void Daemon::look()
 
 void Daemon::lookAtControl()
 {
+    const ZopObject::NoWaiting noWaiting;
     const bool isServed = m_controlObject->check();
     if (!std::exchange(m_hasLostControl, !isServed) && !isServed)
         m_tools.log->trouble(

@@ -139,6 +139,7 @@ void ObjectPublisher::wait(const QString &path, Published *published, const Step
 
 QStringList ObjectPublisher::check(const Tell &tellTrouble)
 {
+    const ZopObject::NoWaiting noWaiting;
     QStringList mended;
     for (auto &[path, published] : m_objects) {
         if (!published.waiting.empty() || published.object->check())
@@ -156,6 +157,7 @@ QStringList ObjectPublisher::check(const Tell &tellTrouble)
 
 QStringList ObjectPublisher::retry()
 {
+    const ZopObject::NoWaiting noWaiting; // that has been done when it was first tried
     QStringList created;
     for (auto it = m_objects.begin(); it != m_objects.end();) {
         Published &published = it->second;

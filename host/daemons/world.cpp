@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "world.h"
+
 #include "zopwire.h"
 
 namespace morvek {

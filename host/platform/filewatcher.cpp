@@ -147,6 +147,11 @@ void FileWatcher::renewAll()
     }
 }
 
+bool FileWatcher::hasExchanged() const
+{
+    return std::any_of(m_folders.begin(), m_folders.end(), [](const auto *folder) { return folder->isExchanged(); });
+}
+
 void FileWatcher::renewExchanged()
 {
     const std::shared_ptr<FileWatcher> kept = weak_from_this().lock();

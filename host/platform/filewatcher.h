@@ -73,10 +73,9 @@ public:
      * Whoever calls it may be gone afterwards.
      */
     void tellAppearances();
-    /*!
-     * Looks at what other folders have taken the places of the watched ones: what was just found in a file of them may
-     * speak of it. Whoever calls it may be gone afterwards.
-     */
+    /*! Whether other folders have taken the places of watched ones. */
+    bool hasExchanged() const;
+    /*! Looks at these folders. Whoever calls it may be gone afterwards. */
     void renewExchanged();
 
 private:

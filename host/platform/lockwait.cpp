@@ -5,7 +5,6 @@
 
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QFile>
-#include <QtCore/QSet>
 
 #include <algorithm>
 #include <cerrno>
@@ -21,7 +20,9 @@ using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds LongestWait = 50ms;
 // A writer holds its lock for some microseconds, and among several each must get its turn.
 constexpr std::chrono::microseconds FirstPause = 10us;
-constexpr std::chrono::microseconds LongestPause = 500us;
+constexpr std::chrono::microseconds LongestPause = 200us;
+
+thread_local bool isWaiting = true;
 
 bool isHeldByOthers(int error)
 {
@@ -32,8 +33,7 @@ bool isHeldByOthers(int error)
 
 bool waitForLock(const QByteArray &what, const std::function<int()> &lock, QString *error)
 {
-    thread_local QSet<QByteArray> inVain;
-    const QDeadlineTimer deadline(inVain.contains(what) ? 0ms : LongestWait, Qt::PreciseTimer);
+    const QDeadlineTimer deadline(isWaiting ? LongestWait : 0ms, Qt::PreciseTimer);
     std::chrono::microseconds pause = FirstPause;
     while (lock() != 0) {
         if (errno == EINTR)
@@ -43,7 +43,6 @@ bool waitForLock(const QByteArray &what, const std::function<int()> &lock, QStri
             return false;
         }
         if (deadline.hasExpired()) {
-            inVain.insert(what);
             *error = QStringLiteral("another process keeps \"%1\" locked").arg(QFile::decodeName(what));
             errno = EAGAIN;
             return false;
@@ -51,8 +50,12 @@ bool waitForLock(const QByteArray &what, const std::function<int()> &lock, QStri
         std::this_thread::sleep_for(pause);
         pause = std::min(2 * pause, LongestPause);
     }
-    inVain.remove(what);
     return true;
+}
+
+void setWaitingForLocks(bool waiting)
+{
+    isWaiting = waiting;
 }
 
 } // namespace morvek

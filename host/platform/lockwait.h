@@ -11,10 +11,12 @@ namespace morvek {
 
 /*!
  * Tries \a lock, which gives 0 or -1 with errno, until it succeeds or others have held it for 50 ms: one of them may be
- * a stopped process. What was waited for in vain under the name \a what is tried once only, until it was had again: who
- * has much to do there would otherwise do nothing else. False with \a error.
+ * a stopped process. False with \a error, which calls it \a what.
  */
 bool waitForLock(const QByteArray &what, const std::function<int()> &lock, QString *error);
+
+/*! Whether this thread waits for locks at all; it does unless it says otherwise. */
+void setWaitingForLocks(bool waiting);
 
 } // namespace morvek
 

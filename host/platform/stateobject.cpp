@@ -106,9 +106,14 @@ void StateObject::followLater()
         return;
     const auto goOn = [this] {
         m_followsLater = false;
-        if (m_watcher->isHolding())
+        if (m_watcher->isHolding()) {
             m_watcher->retryLater(this);
-        else
+            return;
+        }
+        const QPointer<StateObject> guard(this);
+        if (std::exchange(m_renewsFirst, false))
+            m_watcher->renewExchanged();
+        if (guard)
             follow();
     };
     QMetaObject::invokeMethod(this, goOn, Qt::QueuedConnection);
@@ -213,9 +218,10 @@ bool StateObject::openNext()
     if (!isSame) { // The first record of a new object is told like those that follow it.
         if ((wasThere && !tellState({})) || !isThere)
             return false;
-        const QPointer<StateObject> guard(this);
-        m_watcher->renewExchanged();
-        return guard;
+        m_renewsFirst = m_watcher->hasExchanged();
+        if (m_renewsFirst) // What it speaks of may be in folders whose events have not been handled yet.
+            followLater();
+        return !m_renewsFirst;
     }
 
     if (present.generation == previous.generation + 1) {

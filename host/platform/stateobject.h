@@ -52,7 +52,8 @@ private:
     QMap<QString, ZopVariant> m_folded;
     qint64 m_toldFrom = 0; // records that end before this are old news
     bool m_followsLater = false;
-    bool m_isBehind = false; // the path names another file, which could not be opened yet
+    bool m_renewsFirst = false; // looks at folders that others have taken the places of before it goes on
+    bool m_isBehind = false;    // the path names another file, which could not be opened yet
 };
 
 } // namespace morvek

@@ -4,6 +4,7 @@
 #include "controlclient.h"
 #include "controllink.h"
 #include "controlserver.h"
+#include "lockwait.h"
 #include "stateobject.h"
 #include "zopobject_p.h"
 
@@ -87,6 +88,16 @@ void ZopObject::Private::tell(const ZopChangeset &changes) const
         emit object->attributeRemoved(*it);
     if (object)
         emit object->attributesChanged(changes);
+}
+
+ZopObject::NoWaiting::NoWaiting()
+{
+    setWaitingForLocks(false);
+}
+
+ZopObject::NoWaiting::~NoWaiting()
+{
+    setWaitingForLocks(true);
 }
 
 ZopObject::ZopObject(const QString &path, PublicationMode mode, bool flag, QObject *parent)

@@ -3,6 +3,7 @@
 #include "faultplan.h"
 #include "lockholder.h"
 #include "networkingdaemon.h"
+#include "sleeps.h"
 #include "wifidaemon.h"
 #include "wirenames.h"
 #include "worldfixture.h"
@@ -305,6 +306,7 @@ private Q_SLOTS:
     void anUpdateOfAnEqualValueWasLost();
     void updatesOvertookOneThatFailedAndItWasToldTwice();
     void updatesThatFailedWereMerged();
+    void whatWaitedWasWaitedForAgain();
     void whatWaitedHadNoLimit();
     void anInterfaceThatCameAndWentPiledUp();
     void anObjectMadeAnewWasToldTwice();
@@ -520,6 +522,21 @@ void DaemonTest::updatesThatFailedWereMerged()
         told.list,
         QStringList({QStringLiteral("event=first"), QStringLiteral("event=second"), QStringLiteral("other=third")}));
     QTRY_COMPARE(updates.count(), 3);
+}
+
+void DaemonTest::whatWaitedWasWaitedForAgain()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    ObjectPublisher publisher;
+    const QString path = QLatin1String(StatePath);
+    QVERIFY(publisher.publish(path, {}, ObjectPublisher::TellAll, &fixture.error));
+    const Obstacle obstacle(path);
+    const ZopChangeset changes {{{QStringLiteral("event"), QStringLiteral("failed")}}, {}};
+    QVERIFY(!publisher.update(path, changes, &fixture.error));
+    QCOMPARE(leastSleepsIn([&] { publisher.update(path, changes, &fixture.error); }), 0L);
+    QCOMPARE(leastSleepsIn([&] { publisher.retry(); }), 0L);
+    QVERIFY(publisher.isWaiting());
 }
 
 void DaemonTest::whatWaitedHadNoLimit()

@@ -64,6 +64,7 @@ private Q_SLOTS:
     void aRootOfAnotherUserIsRefused();
     void aRootThatIsNoDirectoryIsRefused();
     void aMissingRootIsMade();
+    void anObjectIsFollowedIntoAnotherRoot();
     void aLinkIsNotFollowed();
     void whatIsNoObjectIsRefused_data();
     void whatIsNoObjectIsRefused();
@@ -180,6 +181,28 @@ void FileTest::aMissingRootIsMade()
     QVERIFY(!QFile::exists(above.path() + QStringLiteral("/root"))); // who only looks leaves no trace
     QVERIFY(publish(testPath("object"), QString()));
     QVERIFY(events.wait(QStringLiteral("+object")));
+}
+
+void FileTest::anObjectIsFollowedIntoAnotherRoot()
+{
+    const QTemporaryDir above;
+    const AnotherRoot root(above.path() + QStringLiteral("/root"));
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=1")));
+    QVERIFY(publish(testPath("only here"), QString()));
+    ZopObject object(testPath("object"), ZopObject::Subscribe, false);
+    object.setAttributeCacheEnabled(true);
+    ZopDirWatcher watcher(testFolder());
+    watcher.setNameCacheEnabled(true);
+    const Events ofObject(&object);
+    const Events ofNames(&watcher);
+    for (const char *away : {"/first", "/second"}) {
+        QVERIFY(QDir().rename(above.path() + QStringLiteral("/root"), above.path() + QLatin1String(away)));
+        QVERIFY(publish(testPath("object"), QStringLiteral("a=") + away));
+        QVERIFY(ofObject.wait(QStringLiteral("{a=%1}").arg(QLatin1String(away))));
+        QVERIFY(set(testPath("object"), QStringLiteral("b=") + away));
+        QVERIFY(ofObject.wait(QStringLiteral("{b=%1}").arg(QLatin1String(away))));
+        QVERIFY(ofNames.wait(QStringLiteral("-only here")));
+    }
 }
 
 void FileTest::aLinkIsNotFollowed()

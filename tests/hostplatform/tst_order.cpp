@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "contracttest.h"
+#include "hostfiles.h"
+
+#include <QtCore/QDir>
 
 using namespace morvek;
 
@@ -18,6 +21,7 @@ private Q_SLOTS:
     void goingAndComingAgainAreToldInOrder();
     void theLastUpdateOfAnObjectComesBeforeItsEnd();
     void theReaderMayBeDeletedByAnAnnouncement();
+    void anExchangedFolderIsLookedAtBeforeWhatIsSaidOfIt();
 
 private:
     void follow(ZopObject *object, const char *name);
@@ -118,6 +122,26 @@ void OrderTest::theReaderMayBeDeletedByAnAnnouncement()
     QVERIFY(publish(testPath("all/three"), QString()));
     QVERIFY(waitUntil([this] { return m_told.contains(QStringLiteral("+three")); }));
     QCOMPARE(m_told, QStringList({"+two", "+three"}));
+}
+
+void OrderTest::anExchangedFolderIsLookedAtBeforeWhatIsSaidOfIt()
+{
+    QVERIFY(publish(testPath("values/status"), QStringLiteral("list=old")));
+    QVERIFY(publish(testPath("names/old"), QString()));
+    QVERIFY(publish(testPath("next/values/status"), QStringLiteral("list=new")));
+    QVERIFY(publish(testPath("next/names/new"), QString()));
+    ZopObject status(testPath("values/status"), ZopObject::Subscribe, false);
+    ZopDirWatcher watcher(testPath("names"));
+    watcher.setNameCacheEnabled(true);
+    follow(&status, "status ");
+    follow(&watcher);
+    const QDir folder(fileOf(testFolder()));
+    for (const char *name : {"values", "names"}) {
+        QVERIFY(QDir().rename(folder.filePath(QLatin1String(name)), folder.filePath(QStringLiteral("former ") + name)));
+        QVERIFY(QDir().rename(folder.filePath(QStringLiteral("next/") + name), folder.filePath(QLatin1String(name))));
+    }
+    QVERIFY(waitUntil([this] { return m_told.size() == 4; }));
+    QCOMPARE(m_told, QStringList({"status {-list}", "-old", "+new", "status {list=new}"}));
 }
 
 CONTRACT_TEST_MAIN(OrderTest)

@@ -39,6 +39,8 @@ public:
 
 protected:
     virtual void rage(int rounds) = 0;
+    /*! Whether updates may come so late that a refused operation is told its success, too. */
+    virtual bool delaysUpdates() const { return false; }
     /*! Where the root is. */
     virtual QString place() { return m_folder.path(); }
 
@@ -80,7 +82,7 @@ protected:
 private:
     void forget(Process *process);
     void checkTroubles();
-    void expectSingleEnds();
+    void expectSingleEnds() const;
     bool agree(QString *difference);
 
     std::mt19937 m_random;

@@ -17,13 +17,16 @@
 class LockHolder
 {
 public:
-    explicit LockHolder(const QString &fileOrFolder)
+    /*! The lock of the writers is that of the first byte. */
+    enum Extent { FirstByte = 1, WholeFile = 0 };
+
+    explicit LockHolder(const QString &fileOrFolder, Extent extent = FirstByte)
     {
         const QByteArray path = QFile::encodeName(fileOrFolder);
         m_process = fork();
         if (m_process == 0) {
             prctl(PR_SET_PDEATHSIG, SIGKILL);
-            raise(locks(path.constData()) ? SIGSTOP : SIGKILL);
+            raise(locks(path.constData(), extent) ? SIGSTOP : SIGKILL);
             _exit(1);
         }
         int status = 0;
@@ -43,14 +46,14 @@ private:
     Q_DISABLE_COPY(LockHolder)
 
     // In a child of a process that may have threads: system calls only.
-    static bool locks(const char *path)
+    static bool locks(const char *path, Extent extent)
     {
         const int folder = open(path, O_RDONLY | O_DIRECTORY);
         if (folder != -1)
             return flock(folder, LOCK_EX | LOCK_NB) == 0;
         struct flock lock = {};
         lock.l_type = F_WRLCK;
-        lock.l_len = 1;
+        lock.l_len = extent;
         return fcntl(open(path, O_RDWR), F_SETLK, &lock) == 0;
     }
 

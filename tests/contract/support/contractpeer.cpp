@@ -49,6 +49,8 @@ namespace {
 
 using Words = QStringList;
 
+constexpr int Attempts = 100; // to write an update
+
 void say(const QString &line)
 {
     const std::string bytes = (line + QLatin1Char('\n')).toStdString();
@@ -238,7 +240,11 @@ void ContractPeer::write(const Words &words)
         const qint64 size = (writer * 7919 + n * 104729LL) % largest;
         const QString changes =
             QStringLiteral("w=%1 n=%2 p=%3*%4").arg(writer).arg(n).arg(size).arg(QLatin1Char(char('a' + n % 26)));
-        if (object(words)->setAttributes(changesFrom(changes)))
+        bool done = false;
+        // On a busy machine another writer may keep the object locked for too long.
+        for (int attempt = 0; !done && attempt < Attempts; ++attempt)
+            done = object(words)->setAttributes(changesFrom(changes));
+        if (done)
             say(QStringLiteral("%1 wrote %2").arg(writer).arg(n));
     }
 }
