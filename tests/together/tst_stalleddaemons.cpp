@@ -344,6 +344,8 @@ void StalledDaemonsTest::moreRequestsThanTheConnectionHolds()
     QCOMPARE(ends(requests), 0);
     QVERIFY(goOn(Networking));
     QTRY_COMPARE_WITH_TIMEOUT(ends(requests), Count, Patience);
+    // The last of the replies may come before the update that tells what it has brought about.
+    QTRY_VERIFY_WITH_TIMEOUT(named(*application.interfaces, "eth0").configuration() == manual(), Patience);
     Configure back(application.interfaces->configure(named(*application.interfaces, "eth0"), {}));
     QCOMPARE(back.outcome(), QStringLiteral("ok"));
     QCOMPARE(ends(requests), Count);
