@@ -11,6 +11,7 @@
 #include "networkinterfaceproviderzop_p.h"
 #include "networklibraryexports.h"
 #include "privatehalf.h"
+#include "protectedby.h"
 #include "tetheringdaemon.h"
 #include "wificonnectionconfig.h"
 #include "wifidaemon.h"
@@ -79,12 +80,7 @@ QString state(const Application &application)
 
 WifiConnectionConfig home()
 {
-    WifiConnectionConfig config;
-    config.setSsid(QStringLiteral("Home"));
-    config.setPasskey(QStringLiteral("correct horse"));
-    config.setKeyManagementType(WifiKeyManagementPsk);
-    config.setSecurityProtocol(WifiSecurityProtocolWpa2);
-    return config;
+    return protectedBy("correct horse", "Home");
 }
 
 WifiHotspot car()

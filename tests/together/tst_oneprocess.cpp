@@ -10,6 +10,7 @@
 #include "hotspotservice.h"
 #include "namedinterface.h"
 #include "networkinterfaceservice.h"
+#include "protectedby.h"
 #include "scenariofiles.h"
 #include "servicepointer.h"
 #include "wificonnectionconfig.h"
@@ -147,11 +148,7 @@ void OneProcessTest::scansAndJoins()
     QCOMPARE(found.at(2).frequency(), 2412U);
     QVERIFY(qAbs(found.at(2).rssi() + 57) <= 3); // it drifts
 
-    WifiConnectionConfig config;
-    config.setSsid(QStringLiteral("Garage"));
-    config.setKeyManagementType(WifiKeyManagementPsk);
-    config.setSecurityProtocol(WifiSecurityProtocolWpa2);
-    config.setPasskey(QStringLiteral("open sesame 24"));
+    WifiConnectionConfig config = protectedBy("open sesame 24", "Garage");
     QCOMPARE(outcome(service->connectAccessPoint(config)), QStringLiteral("-1 Failed to connect to Access Point"));
     config.setPasskey(QStringLiteral("open sesame 42"));
     QList<WifiAccessPoint> joined;

@@ -3,6 +3,7 @@
 #include "daemonclient.h"
 #include "krellogger.h"
 #include "networklibraryexports.h"
+#include "protectedby.h"
 #include "secrecy.h"
 #include "wificonnectionconfig.h"
 #include "wifiservice.h"
@@ -57,12 +58,8 @@ void PasskeySecrecyTest::staysSecret()
 
 void PasskeySecrecyTest::join(const QByteArray &passkey, bool succeeds)
 {
-    WifiConnectionConfig config;
-    config.setSsid(QStringLiteral("Garage"));
-    config.setKeyManagementType(WifiKeyManagementPsk);
-    config.setSecurityProtocol(WifiSecurityProtocolWpa2);
-    config.setPasskey(QString::fromUtf8(passkey));
-    const std::unique_ptr<AsyncWifiConnectOperation> operation(m_service->connectAccessPoint(config));
+    const std::unique_ptr<AsyncWifiConnectOperation> operation(
+        m_service->connectAccessPoint(protectedBy(passkey.constData(), "Garage")));
     QSignalSpy success(operation.get(), &AsyncWifiConnectOperation::success);
     QSignalSpy failure(operation.get(), &AsyncWifiConnectOperation::failure);
     QElapsedTimer time;

@@ -3,6 +3,7 @@
 #include "asyncwifiscanoperation.h"
 #include "networkinterfaceservice.h"
 #include "networklibraryexports.h"
+#include "protectedby.h"
 #include "servicepointer.h"
 #include "watched.h"
 #include "wificonnectionconfig.h"
@@ -12,16 +13,6 @@
 using namespace morvek;
 
 namespace {
-
-WifiConnectionConfig protectedBy(const char *passkey, const char *ssid = "Garage")
-{
-    WifiConnectionConfig config;
-    config.setSsid(QString::fromUtf8(ssid));
-    config.setKeyManagementType(WifiKeyManagementPsk);
-    config.setSecurityProtocol(WifiSecurityProtocolWpa2);
-    config.setPasskey(QLatin1String(passkey));
-    return config;
-}
 
 WifiConnectionConfig open(const char *ssid)
 {
@@ -211,7 +202,7 @@ void WifiTogetherTest::joinsAndLeaves()
 {
     const Application service = application();
     QSignalSpy connected(service.get(), &WifiService::connectedChanged);
-    Connect connect(service->connectAccessPoint(protectedBy("open sesame 42")));
+    Connect connect(service->connectAccessPoint(protectedBy("open sesame 42", "Garage")));
     QCOMPARE(connect.outcome(), QStringLiteral("ok"));
     QCOMPARE(connect.operation->results().size(), 1);
     QCOMPARE(connect.operation->results().first().ssid(), QStringLiteral("Garage"));
@@ -249,12 +240,12 @@ void WifiTogetherTest::oneStoryWithTheInterfaces()
 void WifiTogetherTest::tellsAWrongPasskey()
 {
     const Application service = application();
-    Connect connect(service->connectAccessPoint(protectedBy("wrong and long")));
+    Connect connect(service->connectAccessPoint(protectedBy("wrong and long", "Garage")));
     QCOMPARE(connect.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
     QVERIFY(connect.success.isEmpty());
     QVERIFY(connect.operation->results().isEmpty());
     QVERIFY(!service->connected());
-    Connect again(service->connectAccessPoint(protectedBy("open sesame 42")));
+    Connect again(service->connectAccessPoint(protectedBy("open sesame 42", "Garage")));
     QCOMPARE(again.outcome(), QStringLiteral("ok"));
 }
 
@@ -263,7 +254,7 @@ void WifiTogetherTest::tellsTheDaemonsRefusal()
     const Application service = application();
     service->powerOff();
     QTRY_VERIFY_WITH_TIMEOUT(!service->powered(), Patience);
-    Connect connect(service->connectAccessPoint(protectedBy("open sesame 42")));
+    Connect connect(service->connectAccessPoint(protectedBy("open sesame 42", "Garage")));
     const QString outcome = connect.outcome();
     QVERIFY2(outcome.startsWith(QLatin1String("-1 ")), qPrintable(outcome));
     QVERIFY2(outcome.contains(QLatin1String("radio")), qPrintable(outcome));
@@ -285,12 +276,12 @@ void WifiTogetherTest::cancelsWhenLeaving()
 {
     const Application service = application();
     Connect pending(service->connectAccessPoint(open("Nowhere")));
-    Connect second(service->connectAccessPoint(protectedBy("open sesame 42")));
+    Connect second(service->connectAccessPoint(protectedBy("open sesame 42", "Garage")));
     QCOMPARE(second.outcome(), QStringLiteral("-1 Another connect operation in progress."));
     QVERIFY(pending.isOpen());
     service->disconnectAccessPoint();
     QCOMPARE(pending.outcome(), QStringLiteral("-1 Cancelling connect operation, due to issued disconnect command"));
-    Connect next(service->connectAccessPoint(protectedBy("open sesame 42")));
+    Connect next(service->connectAccessPoint(protectedBy("open sesame 42", "Garage")));
     QCOMPARE(next.outcome(), QStringLiteral("ok"));
     QCOMPARE(pending.failure.count(), 1);
     QVERIFY(pending.success.isEmpty());
@@ -311,7 +302,7 @@ void WifiTogetherTest::twoApplicationsJoin()
 {
     const Application first = application();
     const Application second = application();
-    Connect connect(first->connectAccessPoint(protectedBy("open sesame 42")));
+    Connect connect(first->connectAccessPoint(protectedBy("open sesame 42", "Garage")));
     Connect othersConnect(second->connectAccessPoint(open("Caf\u00e9 am Markt")));
     QCOMPARE(connect.outcome(), QStringLiteral("ok"));
     QCOMPARE(othersConnect.outcome(), QStringLiteral("ok"));
@@ -331,7 +322,7 @@ void WifiTogetherTest::twoProcesses()
             QStringLiteral(MORVEKCTL),
             {QStringLiteral("wifi"), QStringLiteral("connect"), QStringLiteral("Nowhere"), QStringLiteral("--json")});
         QVERIFY(other.waitForStarted(Patience));
-        Connect connect(service->connectAccessPoint(protectedBy("too few")));
+        Connect connect(service->connectAccessPoint(protectedBy("too few", "Garage")));
         Scan scan(service->scan());
         QCOMPARE(connect.outcome(),
                  QStringLiteral("-1 \"psk\" must be 8 to 63 ASCII characters or 64 hexadecimal digits"));
@@ -358,7 +349,7 @@ void WifiTogetherTest::outlivesTheDaemon()
     const Application service = application();
     m_daemon->kill();
     Scan waiting(service->scan());
-    Connect refused(service->connectAccessPoint(protectedBy("open sesame 42")));
+    Connect refused(service->connectAccessPoint(protectedBy("open sesame 42", "Garage")));
     const QString outcome = refused.outcome();
     QVERIFY2(outcome.startsWith(QLatin1String("-1 ")), qPrintable(outcome));
     QVERIFY(service->ready());
@@ -370,7 +361,7 @@ void WifiTogetherTest::outlivesTheDaemon()
     QCOMPARE(scan.outcome(), QStringLiteral("ok"));
     QCOMPARE(waiting.outcome(), QStringLiteral("ok"));
     QVERIFY(waiting.operation->results() == scan.operation->results());
-    Connect connect(service->connectAccessPoint(protectedBy("open sesame 42")));
+    Connect connect(service->connectAccessPoint(protectedBy("open sesame 42", "Garage")));
     QCOMPARE(connect.outcome(), QStringLiteral("ok"));
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "protectedby.h"
 #include "textform.h"
 #include "wificonnectionconfig.h"
 
@@ -14,12 +15,7 @@ using Change = std::function<void(WifiConnectionConfig &)>;
 
 WifiConnectionConfig pskConfig()
 {
-    WifiConnectionConfig config;
-    config.setSsid(QStringLiteral("Home"));
-    config.setPasskey(QStringLiteral("correct horse"));
-    config.setKeyManagementType(WifiKeyManagementPsk);
-    config.setSecurityProtocol(WifiSecurityProtocolWpa2);
-    return config;
+    return protectedBy("correct horse", "Home");
 }
 
 } // namespace

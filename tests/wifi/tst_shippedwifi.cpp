@@ -4,6 +4,7 @@
 #include "localencoding.h"
 #include "logcapture.h"
 #include "operationend.h"
+#include "protectedby.h"
 #include "servicepointer.h"
 #include "textform.h"
 #include "textlines.h"
@@ -35,12 +36,7 @@ ServicePointer newService()
 
 WifiConnectionConfig home()
 {
-    WifiConnectionConfig config;
-    config.setSsid(QStringLiteral("Home"));
-    config.setPasskey(QStringLiteral("correct horse"));
-    config.setKeyManagementType(WifiKeyManagementPsk);
-    config.setSecurityProtocol(WifiSecurityProtocolWpa2);
-    return config;
+    return protectedBy("correct horse", "Home");
 }
 
 /*! The names of the commands that were sent. */

@@ -4,6 +4,7 @@
 #include "eventloop.h"
 #include "logcapture.h"
 #include "metaobject.h"
+#include "protectedby.h"
 #include "servicedoubles.h"
 #include "wificonnectionconfig.h"
 #include "wifiproviderzop_p.h"
@@ -36,12 +37,7 @@ WifiAccessPoint accessPoint()
 
 WifiConnectionConfig config()
 {
-    WifiConnectionConfig config;
-    config.setSsid(QStringLiteral("Home"));
-    config.setPasskey(QStringLiteral("correct horse"));
-    config.setKeyManagementType(WifiKeyManagementPsk);
-    config.setSecurityProtocol(WifiSecurityProtocolWpa2);
-    return config;
+    return protectedBy("correct horse", "Home");
 }
 
 /*! A provider that is on and connected, records what is asked of it and completes nothing by itself. */
