@@ -25,8 +25,8 @@ class KrelStream;
  * Lines go to standard error with time, level, code and text; control characters of the text are escaped, so
  * that no value can forge a second line.
  *
- * The library itself asks for the verbosity, streams errors and debug1 and prints all four levels. The rest is for
- * daemons, tools and tests.
+ * The library itself asks for the verbosity, streams errors and debug1, and prints errors, warnings and debug2. The
+ * rest is for daemons, tools and tests.
  */
 class MORVEK_PLATFORM_EXPORT KrelLogger
 {

@@ -126,10 +126,12 @@ void WifiHotspot::setBlockConn(bool blockConn)
 QTextStream &operator<<(QTextStream &stream, WifiHotspot &hotspot)
 {
     return stream << "Wifi Hotspot {name:" << hotspot.name() << ",passprase:" << hotspot.passphrase()
-                  << ",Security Type:" << int(hotspot.securityType()) << ",Band:" << int(hotspot.band())
-                  << ", InactivityTime:" << hotspot.inactivityTime() << ", Max Clients:" << hotspot.maxClients()
-                  << ", Privacy:" << int(hotspot.privacy()) << ", Blocking connections:" << int(hotspot.blockConn())
-                  << "}";
+                  << ",Security Type:" << QString::number(hotspot.securityType())
+                  << ",Band:" << QString::number(hotspot.band())
+                  << ", InactivityTime:" << QString::number(hotspot.inactivityTime())
+                  << ", Max Clients:" << QString::number(hotspot.maxClients())
+                  << ", Privacy:" << (hotspot.privacy() ? '1' : '0')
+                  << ", Blocking connections:" << (hotspot.blockConn() ? '1' : '0') << "}";
 }
 
 } // namespace morvek

@@ -87,8 +87,9 @@ void WifiConnectionConfig::setSecurityProtocol(WifiSecurityProtocol protocol)
 
 QTextStream &operator<<(QTextStream &stream, WifiConnectionConfig &config)
 {
-    return stream << "WifiConfig { ssid: " << config.ssid() << ", key management: " << int(config.keyManagementType())
-                  << ", protocols: " << int(config.securityProtocol()) << " }";
+    return stream << "WifiConfig { ssid: " << config.ssid()
+                  << ", key management: " << QString::number(config.keyManagementType())
+                  << ", protocols: " << QString::number(config.securityProtocol()) << " }";
 }
 
 } // namespace morvek

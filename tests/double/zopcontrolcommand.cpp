@@ -41,6 +41,8 @@ QString ZopControlCommand::message() const
 
 void ZopControlCommand::setDat(const ZopVariant &dat)
 {
+    if (!dat.isValid())
+        qWarning("An invalid payload: another platform may take it for one");
     d->dat = dat;
 }
 

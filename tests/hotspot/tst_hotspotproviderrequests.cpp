@@ -5,6 +5,7 @@
 #include <QtTest/QtTest>
 
 #include <functional>
+#include <new>
 
 using namespace morvek;
 using namespace TetheringDaemon;
@@ -55,6 +56,8 @@ private Q_SLOTS:
     void waitsBeforeItWrites();
     void cannotWrite_data() { requestRows(); }
     void cannotWrite();
+    void forgetsWhatFailsByException_data() { requestRows(); }
+    void forgetsWhatFailsByException();
     void failsBeforeItLogs_data() { requestRows(); }
     void failsBeforeItLogs();
     void leavesOperationsOpen_data() { requestRows(); }
@@ -212,6 +215,17 @@ void TestHotspotProviderRequests::cannotWrite()
     accept("stop", id);
     QVERIFY(log.take().isEmpty());
     QVERIFY(fixture.events->take().isEmpty());
+}
+
+void TestHotspotProviderRequests::forgetsWhatFailsByException()
+{
+    QFETCH(Request, request);
+    const HotspotProviderFixture fixture;
+    ZopDouble::onWrite([](const ZopChangeset &) { throw std::bad_alloc(); });
+    QVERIFY_EXCEPTION_THROWN(request(*fixture.provider), std::bad_alloc);
+    LogCapture log(3);
+    accept("stop", lastId());
+    QCOMPARE(log.take(), unknownId(lastId()));
 }
 
 void TestHotspotProviderRequests::failsBeforeItLogs()

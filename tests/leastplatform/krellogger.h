@@ -18,7 +18,6 @@ public:
     KrelStream debug1(unsigned short code);
     void error(unsigned short code, const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
     void warning(unsigned short code, const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
-    void debug1(unsigned short code, const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
     void debug2(unsigned short code, const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
 };
 

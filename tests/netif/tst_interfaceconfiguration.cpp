@@ -11,6 +11,7 @@
 #include <QtTest/QtTest>
 
 #include <memory>
+#include <utility>
 
 using namespace morvek;
 using namespace NetworkingDaemon;
@@ -150,6 +151,7 @@ private Q_SLOTS:
     void addressesGoneBeforeTheReply();
     void otherInterfacesDoNotCount();
     void handlerWorksOnce();
+    void handlerIsGoneBeforeItsRequest();
     void waitsForASignalWithoutAddresses();
 
     void succeedsWithTheRecordOfThatMoment();
@@ -164,6 +166,7 @@ private Q_SLOTS:
     void failedDisconnectionLeavesTheHandlerArmed();
     void failedDisconnectionAfterTheAddresses();
     void identifierIsTakenOnce();
+    void identifierIsGivenTwice();
 
     void vanishedBeforeTheReplyToAConnection_data();
     void vanishedBeforeTheReplyToAConnection();
@@ -514,6 +517,21 @@ void TestInterfaceConfiguration::handlerWorksOnce()
     QCOMPARE(sent(), lines({Disconnect, ConnectManual}));
 }
 
+// The daemon may speak of the interface again while the request is written.
+void TestInterfaceConfiguration::handlerIsGoneBeforeItsRequest()
+{
+    Fixture fixture(wired());
+    fixture.configure();
+    bool spoken = false;
+    ZopDouble::onStart([&spoken](const QString &) {
+        if (!std::exchange(spoken, true))
+            change("en0", "mtu", ZopVariant(1));
+    });
+    releaseAddresses("en0");
+    QVERIFY(spoken);
+    QCOMPARE(sent(), lines({Disconnect, ConnectManual}));
+}
+
 // An interface that is connected without an address is switched with the next thing that the daemon tells of it.
 void TestInterfaceConfiguration::waitsForASignalWithoutAddresses()
 {
@@ -718,6 +736,20 @@ void TestInterfaceConfiguration::identifierIsTakenOnce()
     ZopDouble::answer(0);
     ZopDouble::answerError(0, 1, QString());
     QCOMPARE(fixture.events->take(), lines({"success en0"}));
+}
+
+// What the platform should not do: the later request has the identifier then.
+void TestInterfaceConfiguration::identifierIsGivenTwice()
+{
+    Fixture fixture(unplugged());
+    AsyncNetworkInterfaceOperation second;
+    ZopDouble::setNextId(QStringLiteral("7"));
+    fixture.configure();
+    ZopDouble::setNextId(QStringLiteral("7"));
+    fixture.provider->configure(&second, held("en0"), manual());
+    ZopDouble::answer(1);
+    QCOMPARE(fixture.events->take(), lines({"success en0"}));
+    QCOMPARE(fixture.events->operations(), QList<AsyncNetworkInterfaceOperation *> {&second});
 }
 
 void TestInterfaceConfiguration::vanishedBeforeTheReplyToAConnection_data()

@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 using namespace morvek;
 using namespace NetworkingDaemon;
@@ -96,6 +97,7 @@ private Q_SLOTS:
     void priorities();
     void prioritiesKeepOthers();
     void prioritiesTellEachStepOnce();
+    void prioritiesTellEachListenerTheSame();
     void prioritiesThatAreNone_data();
     void prioritiesThatAreNone();
     void otherStatusAttributesAreIgnored();
@@ -775,6 +777,24 @@ void TestNetworkInterfaceProvider::prioritiesTellEachStepOnce()
             [&] { seen.append(record(provider, "b").priority); });
     changeStatus("priority", json(R"(["a","b"])"));
     QCOMPARE(seen, (QList<int> {-1, 2}));
+}
+
+// A slot may run an event loop, in which the interface changes again.
+void TestNetworkInterfaceProvider::prioritiesTellEachListenerTheSame()
+{
+    start();
+    const NetworkInterfaceProviderZop provider;
+    addInterface("a", wired());
+    QList<int> heard;
+    bool nested = false;
+    connect(&provider, &NetworkInterfaceProvider::interfaceConfigurationChanged, [&] {
+        if (!std::exchange(nested, true))
+            change("a", "mtu", ZopVariant(9000));
+    });
+    connect(&provider, &NetworkInterfaceProvider::interfaceConfigurationChanged,
+            [&](const NetworkInterfaceData &data) { heard.append(data.maxTransmissionUnit); });
+    changeStatus("priority", json(R"(["a"])"));
+    QCOMPARE(heard, QList<int>({9000, 1500}));
 }
 
 void TestNetworkInterfaceProvider::prioritiesThatAreNone_data()

@@ -16,4 +16,15 @@ QString textForm(Value &&value)
     return text.mid(1, text.size() - 2);
 }
 
+/*! The same of a stream that is set to write numbers in another way. */
+template<typename Value>
+QString textFormInAnyStream(Value &&value)
+{
+    QString text;
+    QTextStream stream(&text);
+    stream << Qt::hex << Qt::showbase << Qt::forcesign << Qt::uppercasedigits << value;
+    stream.flush();
+    return text;
+}
+
 #endif

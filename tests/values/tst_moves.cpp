@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What moving and swapping do, which is the same for each class of values.
+#include "allocations.h"
 #include "networkinterfacedata.h"
 #include "privatehalf.h"
 #include "textform.h"
@@ -10,37 +11,11 @@
 #include <QtTest/QtTest>
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
-#include <new>
 #include <type_traits>
 #include <vector>
 
 using namespace morvek;
-
-namespace {
-
-int allocations = 0;
-
-} // namespace
-
-void *operator new(std::size_t size)
-{
-    ++allocations;
-    if (void *memory = std::malloc(size))
-        return memory;
-    throw std::bad_alloc();
-}
-
-void operator delete(void *memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void *memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 namespace {
 
@@ -206,14 +181,14 @@ template<typename Iterator>
 int allocationsOfSorting(Iterator begin, Iterator end)
 {
     using Value = typename std::iterator_traits<Iterator>::value_type;
-    allocations = 0;
+    const Allocations watched;
     std::sort(begin, end, [](const Value &left, const Value &right) {
-        const int before = allocations;
+        const int before = Allocations::s_made;
         const bool less = nameOf(left) < nameOf(right);
-        allocations = before; // those of reading a name
+        Allocations::s_made = before; // those of reading a name
         return less;
     });
-    return allocations;
+    return Allocations::s_made;
 }
 
 template<typename Value>

@@ -138,6 +138,8 @@ void TestWifiConnectionConfig::textFormHidesThePasskey()
     QCOMPARE(textForm(config), QStringLiteral("WifiConfig { ssid: Home, key management: 2, protocols: 8 }"));
     WifiConnectionConfig none;
     QCOMPARE(textForm(none), QStringLiteral("WifiConfig { ssid: , key management: 1, protocols: 1 }"));
+    none.setSecurityProtocol(WifiSecurityProtocolWps);
+    QCOMPARE(textFormInAnyStream(none), QStringLiteral("WifiConfig { ssid: , key management: 1, protocols: 16 }"));
 }
 
 QTEST_APPLESS_MAIN(TestWifiConnectionConfig)

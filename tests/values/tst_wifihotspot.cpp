@@ -56,6 +56,7 @@ private Q_SLOTS:
     void copiesAreIndependent();
     void textForm_data();
     void textForm();
+    void textFormInAnyStream();
     void isAMetaType();
 };
 
@@ -192,6 +193,15 @@ void TestWifiHotspot::textForm()
     WifiHotspot hotspot = completeHotspot();
     change(hotspot);
     QCOMPARE(::textForm(hotspot), text);
+}
+
+void TestWifiHotspot::textFormInAnyStream()
+{
+    WifiHotspot hotspot = completeHotspot();
+    hotspot.setMaxClients(10);
+    QCOMPARE(::textFormInAnyStream(hotspot),
+             QStringLiteral("Wifi Hotspot {name:Car,passprase:open sesame,Security Type:12,Band:1, InactivityTime:20, "
+                            "Max Clients:10, Privacy:1, Blocking connections:1}"));
 }
 
 void TestWifiHotspot::isAMetaType()

@@ -306,6 +306,7 @@ void TestWifiProviderConnection::connectWaitsForABssid()
     const ConnectEnd end(operation.get());
     LogCapture log(3);
     change("wifi_status", json(R"({"ssid":"Home","key_mgmt":"NONE","pairwise_cipher":"NONE"})"));
+    change("wifi_status", json(R"({"bssid":"","ssid":"Home","key_mgmt":"NONE","pairwise_cipher":"NONE"})"));
     change("wifi_status", ZopVariant());
     removeAttribute("wifi_status");
     QVERIFY(log.take().isEmpty());
