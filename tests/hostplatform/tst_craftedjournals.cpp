@@ -234,6 +234,10 @@ void CraftedJournalsTest::memoryDoesNotDependOnTheFile()
     QFETCH(qint64, hole);
     QFETCH(QByteArray, bytes);
     QFETCH(int, updates);
+#ifdef HEAP_IS_SANITIZED
+    // The QSKIP macro is not pedantic enough for Clang.
+    return QTest::qSkip("a sanitizer keeps what was freed", __FILE__, __LINE__);
+#endif
     QVERIFY(append(m_path, bytes));
     QVERIFY(QFile::resize(fileOf(m_path), QFileInfo(fileOf(m_path)).size() + hole));
     QVERIFY(append(m_path, update(7)));
@@ -396,4 +400,5 @@ void CraftedJournalsTest::whatAnEarlierVersionLeftIsRead()
 
 CONTRACT_TEST_MAIN(CraftedJournalsTest)
 
+#include "sanitizedheap.h"
 #include "tst_craftedjournals.moc"

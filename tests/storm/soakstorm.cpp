@@ -65,7 +65,6 @@ private:
             expectLife();
         }
         expectRest();
-        expectWholeWorld();
     }
 
     void expectRest()
@@ -89,23 +88,23 @@ private:
         return bytes.toLongLong();
     }
 
-    /*! With every interface there, as each that an application knows takes it descriptors. */
-    void expectWholeWorld()
+    /*! Whether it knows every interface, as each takes it descriptors: one comes and goes. */
+    static bool knowsWholeWorld(const Process &application)
     {
-        for (const Process &application : m_applications) {
-            QString view;
-            const bool isWhole = waitUntil([&] {
-                view = application->ask(QStringLiteral("view"), QStringLiteral("view "));
-                return view.contains(QLatin1String("cell0")); // the one that comes and goes
-            });
-            demand(isWhole, application->name() + QStringLiteral(" does not know every interface: ") + view);
-        }
+        return application->ask(QStringLiteral("view"), QStringLiteral("view ")).contains(QLatin1String("cell0"));
     }
 
+    /*! With every interface there. */
     Usage usageOf(const Process &application)
     {
-        const QStringList numbers =
-            application->ask(QStringLiteral("stats"), QStringLiteral("stats ")).split(QLatin1Char(' '));
+        QStringList numbers;
+        const bool isWhole = waitUntil([&] {
+            if (!knowsWholeWorld(application))
+                return false;
+            numbers = application->ask(QStringLiteral("stats"), QStringLiteral("stats ")).split(QLatin1Char(' '));
+            return knowsWholeWorld(application);
+        });
+        demand(isWhole, application->name() + QStringLiteral(" does not know every interface"));
         return {numbers.value(0).toLongLong(), numbers.value(1).toLongLong(), numbers.value(2).toLongLong(),
                 numbers.value(3).toLongLong()};
     }

@@ -2,6 +2,8 @@
 #ifndef DESCRIPTORHOARD_H
 #define DESCRIPTORHOARD_H
 
+#include "sanitizedheap.h"
+
 #include <QtCore/QVector>
 
 #include <sys/resource.h>
@@ -26,7 +28,7 @@ public:
     /*! How many are left over: a sanitizer's look at a pointer needs two, and takes it for wild without them. */
     static constexpr int ofSanitizers()
     {
-#if defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
+#ifdef HEAP_IS_SANITIZED
         return 2;
 #else
         return 0;

@@ -2,18 +2,12 @@
 #ifndef HEAP_H
 #define HEAP_H
 
+#include "sanitizedheap.h"
+
 #include <cerrno>
 #include <cstddef>
 
 #include <malloc.h>
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define HEAP_IS_SANITIZED
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define HEAP_IS_SANITIZED
-#endif
-#endif
 
 /*!
  * The bytes that the program holds on the heap, libraries included. One source of a program includes this header; the
