@@ -3,6 +3,7 @@
 #include "hostfiles.h"
 #include "journalbytes.h"
 #include "journalreader.h"
+#include "sanitizedheap.h"
 
 #include <QtCore/QTimer>
 
@@ -400,5 +401,4 @@ void CraftedJournalsTest::whatAnEarlierVersionLeftIsRead()
 
 CONTRACT_TEST_MAIN(CraftedJournalsTest)
 
-#include "sanitizedheap.h"
 #include "tst_craftedjournals.moc"
