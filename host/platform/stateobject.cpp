@@ -49,7 +49,7 @@ bool StateObject::write(const ZopChangeset &changes, QString *error)
 
 bool StateObject::check(QString *error)
 {
-    const bool passes = m_check.passes(m_path, error);
+    const bool passes = m_check.passes(m_path, m_writer.number(), error);
     m_writer.expect(m_check.incarnation());
     return passes;
 }
