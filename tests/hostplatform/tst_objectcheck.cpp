@@ -57,6 +57,7 @@ private Q_SLOTS:
     void whatHasBeenToldMustStay_data();
     void whatHasBeenToldMustStay();
     void whatWasTornBeforeIsNotTrusted();
+    void anObjectHasAState();
     void whatIsTornByALivingWriterIsDamage();
     void moreThanReadersStepOverIsDamage();
     void theNextGenerationIsTheSameObject();
@@ -147,6 +148,12 @@ void ObjectCheckTest::whatHasBeenToldMustStay()
 void ObjectCheckTest::whatWasTornBeforeIsNotTrusted()
 {
     QVERIFY(append(m_path, torn() + update("1")));
+    QVERIFY(!m_object->check());
+}
+
+void ObjectCheckTest::anObjectHasAState()
+{
+    QVERIFY(QFile::resize(fileOf(m_path), HeaderSize));
     QVERIFY(!m_object->check());
 }
 
