@@ -54,6 +54,8 @@ public:
 
     private:
         Q_DISABLE_COPY(NoWaiting)
+
+        bool m_hasWaited; // before
     };
 
     /*! True when the object could be opened. It stays true when the object is removed later. */
