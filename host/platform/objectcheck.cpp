@@ -32,8 +32,8 @@ bool addToSum(const FileDescriptor &file, qint64 from, qint64 to, quint32 *sum)
 }
 
 /*!
- * Whether the bytes are what writers, but not \a writer, left when they were killed: beginnings of records. Nobody has
- * taken these for more, whereas a record that was whole and is damaged has been told.
+ * Whether the bytes may be what writers, but not \a writer, left when they were killed: beginnings of records. A record
+ * that is damaged is whole, and may have held what \a writer has told.
  */
 bool areTorn(const FileDescriptor &file, qint64 offset, qint64 size, quint64 marker, quint64 writer)
 {
@@ -60,33 +60,34 @@ bool areTorn(const FileDescriptor &file, qint64 offset, qint64 size, quint64 mar
 
 } // namespace
 
-bool ObjectCheck::passes(const ZopPath &path, quint64 writer, QString *error)
+ObjectCheck::Result ObjectCheck::judge(const ZopPath &path, quint64 writer, QString *error)
 {
     struct stat present;
     if (lstat(path.file().constData(), &present) != 0) {
         *error = errno == ENOENT ? noSuchObject() : systemError(errno);
-        return false;
+        return Unsound;
     }
     if (m_isSettled && isUnchanged(present))
-        return true;
+        return Sound;
     Header header;
     const FileDescriptor file = openFile(path, O_RDWR, &header, error);
     if (!file.isOpen() || fstat(file.get(), &present) != 0)
-        return false;
+        return Unsound;
     if (m_identity.incarnation != 0 && !isSuccessor(header, present)) {
         *error = anotherObject();
-        return false;
+        return Unsound;
     }
     Progress progress = isSameFile(present, m_last) ? m_progress : Progress();
-    if (!judge(path, file, header, writer, &progress)) {
+    if (judgeContent(path, file, header, writer, &progress) != Sound) {
         // It may be in the making, and tells more when its writer is done.
         struct flock lock = lockOn(WritersByte, F_WRLCK);
         if (fcntl(file.get(), F_OFD_SETLK, &lock) != 0 || !names(path.file(), file))
-            return true;
-        if (!judge(path, file, header, writer, &progress)) {
+            return Sound;
+        const Result result = judgeContent(path, file, header, writer, &progress);
+        if (result == Unsound)
             *error = malformed(path, QStringLiteral("not all of it are records"));
-            return false;
-        }
+        if (result != Sound)
+            return result;
     }
     m_identity = header.identity;
     m_marker = header.marker;
@@ -95,7 +96,7 @@ bool ObjectCheck::passes(const ZopPath &path, quint64 writer, QString *error)
     // What happens to a file within a moment of its last change need not show in its times.
     timespec now;
     m_isSettled = clock_gettime(CLOCK_REALTIME, &now) == 0 && now.tv_sec > present.st_ctim.tv_sec + 1;
-    return true;
+    return Sound;
 }
 
 bool ObjectCheck::isUnchanged(const struct stat &present) const
@@ -114,42 +115,36 @@ bool ObjectCheck::isSuccessor(const Header &header, const struct stat &present) 
     return header.identity.generation > m_identity.generation;
 }
 
-/*!
- * Whether what was judged is still the same, and the rest are sound records, and beginnings of records between and
- * behind them. In an object that is seen for the first time these are no excuse: nobody knows what they were.
- */
-bool ObjectCheck::judge(const ZopPath &path, const FileDescriptor &file, const Header &header, quint64 writer,
-                        Progress *progress) const
+/*! Whether what was judged is still the same, and the rest are sound records, or at least beginnings of such. */
+ObjectCheck::Result ObjectCheck::judgeContent(const ZopPath &path, const FileDescriptor &file, const Header &header,
+                                              quint64 writer, Progress *progress)
 {
     FileDescriptor own(fcntl(file.get(), F_DUPFD_CLOEXEC, 0));
     if (!own.isOpen())
-        return true; // it cannot be told
+        return Sound; // it cannot be told
     Progress now;
     if (!addToSum(file, 0, progress->end, &now.sum) || now.sum != progress->sum)
-        return false;
-    now.torn = progress->torn;
-    bool isSound = true;
+        return Unsound;
+    Result result = Sound;
     const auto stepOver = [&](qint64 offset, qint64 size) {
-        now.torn += size;
-        isSound = isSound && m_identity.incarnation != 0 && areTorn(file, offset, size, header.marker, writer);
+        if (result != Unsound)
+            result = areTorn(file, offset, size, header.marker, writer) ? Torn : Unsound;
     };
     Reader reader;
     reader.setReport(stepOver);
     reader.adopt(path, std::move(own), header, std::max<qint64>(progress->end, sizeof(header)));
     bool hasState = progress->end != 0;
     Record record;
-    while (isSound && reader.next(&record))
+    while (result != Unsound && reader.next(&record))
         hasState = hasState || quint64(record.end) == header.stateEnd;
-    const qint64 torn = now.torn;
     now.end = reader.offset();
     if (reader.size() > now.end)
         stepOver(now.end, reader.size() - now.end);
-    if (!isSound || !hasState || reader.isMalformed() || now.torn > LargestNonsense
-        || !addToSum(file, progress->end, now.end, &now.sum))
-        return false;
-    now.torn = torn; // what is behind the last record will be judged again
-    *progress = now;
-    return true;
+    if (!hasState || reader.isMalformed() || !addToSum(file, progress->end, now.end, &now.sum))
+        return Unsound;
+    if (result == Sound)
+        *progress = now;
+    return result;
 }
 
 } // namespace morvek

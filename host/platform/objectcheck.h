@@ -15,8 +15,14 @@ namespace morvek {
 class ObjectCheck
 {
 public:
-    /*! False with the reason. The first file that passes is that of the object, of which \a writer is alive. */
-    bool passes(const ZopPath &path, quint64 writer, QString *error);
+    enum Result {
+        Sound,
+        Torn, //!< killed writers have left beginnings of records, or so it seems
+        Unsound
+    };
+
+    /*! Unsound with the reason. The first sound file is that of the object, of which \a writer is alive. */
+    Result judge(const ZopPath &path, quint64 writer, QString *error);
     /*! Of the object; 0 before it is known. */
     quint64 incarnation() const { return m_identity.incarnation; }
 
@@ -25,14 +31,13 @@ private:
     struct Progress
     {
         qint64 end = 0;  // behind the last sound record
-        qint64 torn = 0; // bytes before it that killed writers have left
         quint32 sum = 0; // of all bytes before it
     };
 
     bool isUnchanged(const struct stat &present) const;
     bool isSuccessor(const Journal::Header &header, const struct stat &present) const;
-    bool judge(const ZopPath &path, const FileDescriptor &file, const Journal::Header &header, quint64 writer,
-               Progress *progress) const;
+    static Result judgeContent(const ZopPath &path, const FileDescriptor &file, const Journal::Header &header,
+                               quint64 writer, Progress *progress);
 
     Journal::Identity m_identity;
     quint64 m_marker = 0;
