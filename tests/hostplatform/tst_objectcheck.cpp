@@ -61,6 +61,7 @@ private Q_SLOTS:
     void whoHasReadMoreAgreesAgain();
     void whatIsCutOffIsMissedAtOnce();
     void theNextGenerationIsTheSameObject();
+    void aSlowReaderMissesNothingByARenewal();
     void whatIsLockedIsNotJudged();
 
 private:
@@ -199,6 +200,27 @@ void ObjectCheckTest::theNextGenerationIsTheSameObject()
     QVERIFY2(m_object->check(), qPrintable(m_object->errorString()));
     QVERIFY(QFile::resize(fileOf(m_path), next.size() - 1));
     QVERIFY(!m_object->check());
+}
+
+void ObjectCheckTest::aSlowReaderMissesNothingByARenewal()
+{
+    QVERIFY(m_object->check());
+    ZopObject slow(m_path, ZopObject::Subscribe, false);
+    const QSignalSpy updates(&slow, &ZopObject::attributesChanged);
+    ZopChangeset changes;
+    changes.assignments.insert(QStringLiteral("b"), QString(MiB, QLatin1Char('b')));
+    QVERIFY(m_object->setAttributes(changes));
+    QVERIFY(set(m_path, QStringLiteral("a=1")));
+    const auto generation = [this] { return numberAt(content(m_path), 24, 8); };
+    QCOMPARE(generation(), quint64(2));
+    QByteArray left = torn();
+    left.replace(0, 8, content(m_path).mid(8, 8));
+    QVERIFY(append(m_path, left));
+    QVERIFY2(m_object->check(), qPrintable(m_object->errorString()));
+    QCOMPARE(generation(), quint64(2));
+    QTRY_COMPARE(updates.count(), 2);
+    QVERIFY2(m_object->check(), qPrintable(m_object->errorString()));
+    QCOMPARE(generation(), quint64(4));
 }
 
 void ObjectCheckTest::whatIsLockedIsNotJudged()
