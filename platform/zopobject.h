@@ -54,6 +54,8 @@ public:
 
     private:
         Q_DISABLE_COPY(NoWaiting)
+
+        bool m_hasWaited; // before
     };
 
     /*! True when the object could be opened. It stays true when the object is removed later. */
@@ -78,7 +80,8 @@ public:
     /*!
      * For the daemon that publishes the object, which calls it from time to time: whether the path still has it, and
      * sound. From the first call on, updates go to the very object that was there then. A control object takes its path
-     * back itself. False, with errorString(), when something else is there, or nothing.
+     * back itself, and what killed writers have left in a state object goes. False, with errorString(), when something
+     * else is there, or nothing.
      */
     bool check();
 

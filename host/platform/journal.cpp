@@ -203,9 +203,34 @@ bool Writer::append(const ZopPath &path, const ZopChangeset &changes, QString *e
     }
     if (end <= LargestUpdate)
         m_state.reset();
+    unlock();
+    return done;
+}
+
+bool Writer::hasLost(const ZopPath &path) const
+{
+    qint64 size = 0;
+    return m_file.isOpen() && names(path.file(), m_file, &size) && size < m_size;
+}
+
+bool Writer::renew(const ZopPath &path, QString *error)
+{
+    qint64 size = 0;
+    if (!lock(path, &size, error))
+        return false;
+    const bool done = replace(path, std::min(size, LargestFile - 1), 2);
+    m_state.reset();
+    if (done)
+        m_file.reset();
+    else
+        unlock();
+    return done;
+}
+
+void Writer::unlock()
+{
     struct flock unlocked = lockOn(WritersByte, F_UNLCK);
     fcntl(m_file.get(), F_OFD_SETLK, &unlocked);
-    return done;
 }
 
 /*! Locks the object's present generation against other writers, and tells its size. */
@@ -232,7 +257,7 @@ bool Writer::lock(const ZopPath &path, qint64 *size, QString *error)
                 return true;
             m_state.reset();
             m_file.reset();
-            *error = malformed(path, QStringLiteral("something was cut off"));
+            *error = cutOff(path);
             return false;
         }
         m_file.reset(); // replaced or removed while this writer waited
@@ -289,7 +314,7 @@ bool Writer::foldState(const ZopPath &path, QString *error)
 }
 
 /*! Puts the next generation, which begins with the present state, into the place of the locked one, \a size large. */
-bool Writer::replace(const ZopPath &path, qint64 size)
+bool Writer::replace(const ZopPath &path, qint64 size, quint64 generations)
 {
     if (size < LargestFile && isPreviousRead(path, m_file))
         return false;
@@ -298,7 +323,7 @@ bool Writer::replace(const ZopPath &path, qint64 size)
     const QByteArray fresh = path.hidden(".new");
     const QByteArray previous = path.hidden(".old");
     ZopChangeset state;
-    const Identity next = {m_header.identity.incarnation, m_header.identity.generation + 1};
+    const Identity next = {m_header.identity.incarnation, m_header.identity.generation + generations};
     bool done = foldState(path, &error);
     if (done) {
         state.assignments = m_state->values();

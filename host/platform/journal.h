@@ -50,13 +50,21 @@ public:
     void expect(quint64 incarnation) { m_expected = incarnation; }
     /*! Appends \a changes as one record, or nothing at all. */
     bool append(const ZopPath &path, const ZopChangeset &changes, QString *error);
+    /*! Whether something that this writer has written was cut off. */
+    bool hasLost(const ZopPath &path) const;
+    /*!
+     * Replaces the file by one with the state that its sound records come to. It seems to have missed a generation, so
+     * that each reader tells what it knows otherwise. Not while somebody still reads the previous one.
+     */
+    bool renew(const ZopPath &path, QString *error);
 
 private:
     bool lock(const ZopPath &path, qint64 *size, QString *error);
     bool fits(const ZopPath &path, const ZopChangeset &changes, int recordSize, qint64 end, QString *error);
     bool write(const QByteArray &record, qint64 size, QString *error);
     bool foldState(const ZopPath &path, QString *error);
-    bool replace(const ZopPath &path, qint64 size);
+    bool replace(const ZopPath &path, qint64 size, quint64 generations = 1);
+    void unlock();
 
     FileDescriptor m_file;
     Header m_header = {};

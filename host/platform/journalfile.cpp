@@ -124,6 +124,11 @@ QString malformed(const ZopPath &path, const QString &reason)
     return QStringLiteral("malformed content in \"%1\": %2").arg(QFile::decodeName(path.file()), reason);
 }
 
+QString cutOff(const ZopPath &path)
+{
+    return malformed(path, QStringLiteral("something was cut off"));
+}
+
 QString tooMuchNonsense(const ZopPath &path)
 {
     return malformed(path, QStringLiteral("more than %1 MiB of it are no records").arg(LargestNonsense >> 20));

@@ -72,6 +72,7 @@ QString anotherObject();
 /*! Why nothing of the object's file is believed, or nothing more. */
 QString malformed(const ZopPath &path, const QString &reason);
 QString tooMuchNonsense(const ZopPath &path);
+QString cutOff(const ZopPath &path);
 
 } // namespace Journal
 

@@ -41,12 +41,13 @@ bool Reader::open(const ZopPath &path, QString *error)
     }
 }
 
-void Reader::adopt(const ZopPath &path, FileDescriptor file, const Header &header)
+void Reader::adopt(const ZopPath &path, FileDescriptor file, const Header &header, qint64 from)
 {
     m_path = path;
     m_file = std::move(file);
     m_header = header;
     rewind();
+    m_offset = from;
 }
 
 bool Reader::next(Record *record)

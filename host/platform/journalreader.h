@@ -29,8 +29,8 @@ public:
 
     /*! False with errno, which is EBADMSG when the content is malformed; what was open stays so. */
     bool open(const ZopPath &path, QString *error);
-    /*! The same for a file that is open: its owner sees to it that it is not replaced. */
-    void adopt(const ZopPath &path, FileDescriptor file, const Header &header);
+    /*! The same for a file that is open: its owner sees to it that it is not replaced. Begins at the offset \a from. */
+    void adopt(const ZopPath &path, FileDescriptor file, const Header &header, qint64 from = sizeof(Header));
     void close() { m_file.reset(); }
     bool isOpen() const { return m_file.isOpen(); }
     Identity identity() const { return m_header.identity; }

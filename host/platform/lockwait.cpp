@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 namespace morvek {
 
@@ -53,9 +54,9 @@ bool waitForLock(const QByteArray &what, const std::function<int()> &lock, QStri
     return true;
 }
 
-void setWaitingForLocks(bool waiting)
+bool setWaitingForLocks(bool waiting)
 {
-    isWaiting = waiting;
+    return std::exchange(isWaiting, waiting);
 }
 
 } // namespace morvek

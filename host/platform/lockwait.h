@@ -15,8 +15,8 @@ namespace morvek {
  */
 bool waitForLock(const QByteArray &what, const std::function<int()> &lock, QString *error);
 
-/*! Whether this thread waits for locks at all; it does unless it says otherwise. */
-void setWaitingForLocks(bool waiting);
+/*! Whether this thread waits for locks at all; it does unless it says otherwise. Gives what it said before. */
+bool setWaitingForLocks(bool waiting);
 
 } // namespace morvek
 

@@ -49,9 +49,16 @@ bool StateObject::write(const ZopChangeset &changes, QString *error)
 
 bool StateObject::check(QString *error)
 {
-    const bool passes = m_check.passes(m_path, error);
+    if (m_writer.hasLost(m_path)) {
+        *error = Journal::cutOff(m_path);
+        return false;
+    }
+    const ObjectCheck::Result result = m_check.judge(m_path, m_writer.number(), error);
     m_writer.expect(m_check.incarnation());
-    return passes;
+    // Somebody may have read more of it before it was cut: then the next file makes all agree.
+    if (result == ObjectCheck::Torn)
+        m_writer.renew(m_path, error);
+    return result != ObjectCheck::Unsound;
 }
 
 void StateObject::refresh()
@@ -229,7 +236,7 @@ bool StateObject::openNext()
         m_reader.next(&known); // the state that the old file ended with
         return true;
     }
-    logError(QStringLiteral("Updates of \"%1\" were lost: it was not read for too long")
+    logError(QStringLiteral("Updates of \"%1\" were lost: it was not read for too long, or was damaged")
                  .arg(QFile::decodeName(m_path.file())));
     startFolding(WhatIsThere);
     return true;

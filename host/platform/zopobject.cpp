@@ -91,13 +91,13 @@ void ZopObject::Private::tell(const ZopChangeset &changes) const
 }
 
 ZopObject::NoWaiting::NoWaiting()
+    : m_hasWaited(setWaitingForLocks(false))
 {
-    setWaitingForLocks(false);
 }
 
 ZopObject::NoWaiting::~NoWaiting()
 {
-    setWaitingForLocks(true);
+    setWaitingForLocks(m_hasWaited);
 }
 
 ZopObject::ZopObject(const QString &path, PublicationMode mode, bool flag, QObject *parent)

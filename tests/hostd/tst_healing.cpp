@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "daemonclient.h"
+#include "journalbytes.h"
 #include "lockholder.h"
 
 #include <QtTest/QtTest>
@@ -133,6 +134,7 @@ private Q_SLOTS:
     void aSpoiltObjectIsMadeAnew();
     void anOldCopyIsNotTheObject();
     void whatOthersWriteStays();
+    void aKilledWriterMakesNothingVanish();
     void aLostControlObjectIsServedAgain_data();
     void aLostControlObjectIsServedAgain();
     void everythingIsPublishedAgain();
@@ -281,6 +283,24 @@ void HealingTest::whatOthersWriteStays()
     QTRY_COMPARE(m_daemon->process().errors().count("is published anew"), 2);
     QVERIFY(!m_daemon->process().errors().contains("\"/zop/services/wifi/status\" is published anew"));
     QCOMPARE(attributesAt(path).value(QStringLiteral("other")).size(), 100000);
+}
+
+void HealingTest::aKilledWriterMakesNothingVanish()
+{
+    const QString path = QLatin1String(WifiStatus);
+    View running(path);
+    const auto published = running.attributes;
+    QByteArray torn = JournalBytes::recordHeader(5, 1000, 0) + "what was written of it";
+    torn.replace(0, 8, contentOf(file(path)).mid(8, 8)); // the marker
+    QFile object(file(path));
+    QVERIFY(object.open(QIODevice::Append) && object.write(torn) == torn.size() && object.flush());
+    const QByteArray line = "Updates of \"" + file(path).toUtf8() + "\" were lost";
+    QTRY_VERIFY(m_daemon->process().errors().contains(line));
+    QVERIFY(!m_daemon->process().errors().contains("is published anew"));
+    QCOMPARE(attributesAt(path), published);
+    ZopObject wifi(QLatin1String(WifiControl), ZopObject::ReadWrite, false);
+    QCOMPARE(Request(&wifi, "wifi_power", "off").outcome(), QStringLiteral("ok"));
+    QTRY_COMPARE(running.attributes.value(QStringLiteral("wifi_power")), QStringLiteral("off"));
 }
 
 void HealingTest::aLostControlObjectIsServedAgain_data()

@@ -15,10 +15,6 @@ namespace {
 class LockStorm : public Storm
 {
 protected:
-    // Of two who release an interface, the one is refused, as the other was faster, and told of the release when its
-    // object can be written.
-    bool delaysUpdates() const override { return true; }
-
     void rage(int rounds) override
     {
         startDaemons();

@@ -141,8 +141,9 @@ void NetworkUser::configure()
         config.addGatewayAddress(QHostAddress(QStringLiteral("10.0.0.254")));
     }
     m_commands += 2;
-    // It waits for addresses to go, which a daemon that has died meanwhile may never tell.
-    follow(m_interfaces->configure(chosen, config), false);
+    // It waits for addresses to go, which a daemon that has died meanwhile may never tell. When it is refused, it goes
+    // on waiting, and what comes of that is told, too.
+    follow(m_interfaces->configure(chosen, config), false, true);
 }
 
 void NetworkUser::scan()
@@ -195,19 +196,22 @@ void NetworkUser::nameHotspot()
 }
 
 template<typename Operation>
-void NetworkUser::follow(Operation *operation, bool mustEnd)
+void NetworkUser::follow(Operation *operation, bool mustEnd, bool mayFailFirst)
 {
     const int number = ++m_lastOperation;
     m_open.insert(number, mustEnd);
-    const auto end = [this, operation, number] {
-        if (m_open.remove(number))
+    const auto end = [this, operation, number](bool goesOn) {
+        const bool isFirst = m_open.remove(number) != 0;
+        if (isFirst)
             ++m_ended;
-        else
+        else if (!m_goingOn.remove(number))
             ++m_endedTwice;
+        if (isFirst && goesOn)
+            m_goingOn.insert(number);
         operation->deleteLater();
     };
-    connect(operation, &Operation::success, this, end);
-    connect(operation, &Operation::failure, this, end);
+    connect(operation, &Operation::success, this, [end] { end(false); });
+    connect(operation, &Operation::failure, this, [end, mayFailFirst] { end(mayFailFirst); });
 }
 
 QString NetworkUser::openText() const

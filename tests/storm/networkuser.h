@@ -9,6 +9,7 @@
 
 #include <QtCore/QMap>
 #include <QtCore/QObject>
+#include <QtCore/QSet>
 #include <QtCore/QTimer>
 
 #include <random>
@@ -48,7 +49,7 @@ private:
     void setHotspot();
     void nameHotspot();
     template<typename Operation>
-    void follow(Operation *operation, bool mustEnd);
+    void follow(Operation *operation, bool mustEnd, bool mayFailFirst = false);
 
     morvek::NetworkInterfaceService *m_interfaces = nullptr;
     morvek::WifiService *m_wifi = nullptr;
@@ -57,6 +58,7 @@ private:
     QTimer m_requests;
     std::mt19937 m_random;
     QMap<int, bool> m_open; // and whether it must end
+    QSet<int> m_goingOn;    // have failed, and may end once more
     int m_lastOperation = 0;
     int m_ended = 0;
     int m_endedTwice = 0;

@@ -18,9 +18,6 @@ constexpr int AlreadyRunning = 5; // as morvek-hostd says it
 class RootStorm : public Storm
 {
 protected:
-    // What is spoilt is told when it has been made anew.
-    bool delaysUpdates() const override { return true; }
-
     void rage(int rounds) override
     {
         startDaemons();

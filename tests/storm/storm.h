@@ -39,8 +39,6 @@ public:
 
 protected:
     virtual void rage(int rounds) = 0;
-    /*! Whether updates may come so late that a refused operation is told its success, too. */
-    virtual bool delaysUpdates() const { return false; }
     /*! Where the root is. */
     virtual QString place() { return m_folder.path(); }
 
