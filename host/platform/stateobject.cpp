@@ -246,7 +246,10 @@ bool StateObject::openNext()
 bool StateObject::tellState(const QMap<QString, ZopVariant> &state)
 {
     ZopChangeset changes;
-    changes.assignments = state;
+    for (auto it = state.cbegin(); it != state.cend(); ++it) {
+        if (m_values.value(it.key()) != *it) // an old event must not be taken for a new one
+            changes.assignments.insert(it.key(), *it);
+    }
     for (auto it = m_values.cbegin(); it != m_values.cend(); ++it) {
         if (!state.contains(it.key()))
             changes.removals.insert(it.key());
