@@ -29,6 +29,7 @@ nm --dynamic --defined-only --format=posix "$library" | awk '{ print $1 }' | c++
 describe() {
     abidw --suppressions "$folder/public.suppr" --exported-interfaces-only --drop-undefined-syms --no-corpus-path \
         --no-comp-dir-path --no-show-locs --type-id-style hash --out-file "$2" "${@:3}" "$1"
+    sed -i "s,path='[^']*/\(src\|host\)/,path='\1/," "$2"
 }
 describe "$library" "$2/morvek-network.abi"
 describe "$platform" "$2/morvek-platform.abi" --suppressions "$folder/bases.suppr"
