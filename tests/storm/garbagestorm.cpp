@@ -5,7 +5,6 @@
 #include "storms.h"
 
 #include <QtCore/QDir>
-#include <QtCore/QDirIterator>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
@@ -109,15 +108,9 @@ private:
 
     void spoilFile()
     {
-        QStringList files;
-        QDirIterator it(root() + QStringLiteral("/zop"), QDir::Files | QDir::System | QDir::Hidden,
-                        QDirIterator::Subdirectories);
-        while (it.hasNext())
-            files << it.next();
-        files.sort();
-        if (files.isEmpty())
+        const QString file = anyBelow(root() + QStringLiteral("/zop"), QDir::Files | QDir::System | QDir::Hidden);
+        if (file.isEmpty())
             return;
-        const QString file = files[random(files.size())];
         struct stat status;
         if (lstat(QFile::encodeName(file).constData(), &status) != 0)
             return;

@@ -5,8 +5,6 @@
 #include "zopcontrolcommand.h"
 #include "zopobject.h"
 
-#include <QtCore/QDirIterator>
-
 using namespace morvek;
 
 namespace {
@@ -45,15 +43,10 @@ protected:
 private:
     void hold(std::vector<std::unique_ptr<LockHolder>> *holders)
     {
-        QStringList entries;
-        QDirIterator it(root() + QStringLiteral("/zop"), QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot,
-                        QDirIterator::Subdirectories);
-        while (it.hasNext())
-            entries << it.next();
-        entries.sort();
-        demand(!entries.isEmpty(), QStringLiteral("nothing is published"));
+        const QString entry = anyBelow(root() + QStringLiteral("/zop"), QDir::Files | QDir::Dirs);
+        demand(!entry.isEmpty(), QStringLiteral("nothing is published"));
         // Some are locked already, or are being written.
-        auto holder = std::make_unique<LockHolder>(entries[random(entries.size())]);
+        auto holder = std::make_unique<LockHolder>(entry);
         if (!holder->holds())
             return;
         holders->push_back(std::move(holder));

@@ -2,7 +2,6 @@
 #include "patience.h"
 #include "storms.h"
 
-#include <QtCore/QDirIterator>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
@@ -70,14 +69,9 @@ protected:
 private:
     QString anyEntry()
     {
-        QStringList entries;
-        QDirIterator it(root(), QDir::Files | QDir::Dirs | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot,
-                        QDirIterator::Subdirectories);
-        while (it.hasNext())
-            entries << it.next();
-        entries.sort();
-        demand(!entries.isEmpty(), QStringLiteral("nothing is published"));
-        return entries[random(entries.size())];
+        const QString entry = anyBelow(root(), QDir::Files | QDir::Dirs | QDir::System | QDir::Hidden);
+        demand(!entry.isEmpty(), QStringLiteral("nothing is published"));
+        return entry;
     }
 
     void takeAway(const QString &path)

@@ -3,7 +3,6 @@
 #include "storms.h"
 
 #include <QtCore/QDir>
-#include <QtCore/QDirIterator>
 #include <QtCore/QFile>
 
 #include <csignal>
@@ -75,14 +74,9 @@ private:
     /*! Something goes, or gets what does not belong there; locks and profiles are the daemons' own affair. */
     void spoil()
     {
-        QStringList files;
-        QDirIterator it(root() + QStringLiteral("/zop"), QDir::Files | QDir::System, QDirIterator::Subdirectories);
-        while (it.hasNext())
-            files << it.next();
-        files.sort();
-        if (files.isEmpty())
+        const QString file = anyBelow(root() + QStringLiteral("/zop"), QDir::Files | QDir::System);
+        if (file.isEmpty())
             return;
-        const QString file = files[random(files.size())];
         const QByteArray path = QFile::encodeName(file);
         if (chance(3)) {
             QFile::resize(file, random(200)); // no socket can be

@@ -3,6 +3,7 @@
 
 #include "patience.h"
 
+#include <QtCore/QDirIterator>
 #include <QtCore/QFile>
 
 #include <algorithm>
@@ -37,6 +38,16 @@ void Storm::run(quint32 seed, int rounds)
         }
         throw;
     }
+}
+
+QString Storm::anyBelow(const QString &folder, QDir::Filters kinds)
+{
+    QStringList entries;
+    QDirIterator it(folder, kinds | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        entries << it.next();
+    entries.sort(); // so that a seed is the same storm everywhere
+    return entries.isEmpty() ? QString() : entries[random(entries.size())];
 }
 
 QString Storm::counts() const

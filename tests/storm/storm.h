@@ -4,6 +4,7 @@
 
 #include "stormprocess.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QMap>
 #include <QtCore/QTemporaryDir>
 
@@ -50,6 +51,8 @@ protected:
     static void demand(bool isSo, const QString &otherwise);
 
     QString root() { return place() + QStringLiteral("/root"); }
+    /*! Any entry of the kinds \a kinds below \a folder; empty when there is none. */
+    QString anyBelow(const QString &folder, QDir::Filters kinds);
     QString scratch(const char *name) const { return m_folder.filePath(QLatin1String(name)); }
 
     using Process = std::shared_ptr<StormProcess>;
