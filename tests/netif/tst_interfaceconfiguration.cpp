@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "eventloop.h"
+#include "livingcommands.h"
 #include "logcapture.h"
 #include "networkingdaemon.h"
 #include "networkinterfaceproviderzop_p.h"
@@ -1084,13 +1085,9 @@ void TestInterfaceConfiguration::commandsLiveAsLongAsTheProvider()
     runQueued();
     const QList<ZopDouble::Command> commands = ZopDouble::commands();
     QCOMPARE(commands.size(), 5);
-    for (const ZopDouble::Command &command : commands) {
-        QVERIFY(command.command);
-        QCOMPARE(command.command->parent(), fixture.provider.get());
-    }
+    QVERIFY(allBelongTo(fixture.provider.get(), commands));
     fixture.provider.reset();
-    for (const ZopDouble::Command &command : commands)
-        QVERIFY(!command.command);
+    QVERIFY(allAreGone(commands));
 }
 
 QTEST_GUILESS_MAIN(TestInterfaceConfiguration)

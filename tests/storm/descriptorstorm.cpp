@@ -78,8 +78,7 @@ private:
         demand(prlimit(daemons, RLIMIT_NOFILE, nullptr, &usual) == 0, QStringLiteral("no limits"));
         rlimit starved = usual;
         starved.rlim_cur = rlim_t(openDescriptors(daemons));
-        for (const Process &application : m_applications)
-            application->send(QStringLiteral("busy 5 %1").arg(random(1000000)));
+        keepBusy();
         demand(prlimit(daemons, RLIMIT_NOFILE, &starved, nullptr) == 0, QStringLiteral("no limits"));
         count("daemons starved");
         startApplication(); // which nobody accepts

@@ -48,8 +48,7 @@ protected:
             startApplication();
         expectLateNews();
         for (int round = 0; round < rounds; ++round) {
-            for (const Process &application : m_applications)
-                application->send(QStringLiteral("busy 5 %1").arg(random(1000000)));
+            keepBusy();
             letPass(100 + random(200));
             fill();
             fillObjects();

@@ -53,8 +53,7 @@ protected:
         for (int i = 0; i < 2; ++i)
             startApplication();
         for (int round = 1; round <= rounds; ++round) {
-            for (const Process &application : m_applications)
-                application->send(QStringLiteral("busy 5 %1").arg(random(1000000)));
+            keepBusy();
             for (int i = 0; i < 20; ++i)
                 spoilAttribute();
             spoilFile();

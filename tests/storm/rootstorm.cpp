@@ -23,8 +23,7 @@ protected:
         for (int i = 0; i < 2; ++i)
             startApplication();
         for (int round = 0; round < rounds; ++round) {
-            for (const Process &application : m_applications)
-                application->send(QStringLiteral("busy 5 %1").arg(random(1000000)));
+            keepBusy();
             letPass(random(100));
             switch (random(4)) {
             case 0:

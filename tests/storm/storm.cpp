@@ -40,6 +40,12 @@ void Storm::run(quint32 seed, int rounds)
     }
 }
 
+void Storm::keepBusy()
+{
+    for (const Process &application : m_applications)
+        application->send(QStringLiteral("busy 5 %1").arg(random(1000000)));
+}
+
 QString Storm::anyBelow(const QString &folder, QDir::Filters kinds)
 {
     QStringList entries;

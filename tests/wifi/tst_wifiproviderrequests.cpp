@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "livingcommands.h"
 #include "logcapture.h"
 #include "wifiproviderfixture.h"
 
@@ -260,13 +261,9 @@ void TestWifiProviderRequests::commandsLiveAsLongAsTheProvider()
     runQueued();
     const QList<ZopDouble::Command> commands = ZopDouble::commands();
     QCOMPARE(commands.size(), 5);
-    for (const ZopDouble::Command &command : commands) {
-        QVERIFY(command.command);
-        QCOMPARE(command.command->parent(), fixture.provider.get());
-    }
+    QVERIFY(allBelongTo(fixture.provider.get(), commands));
     fixture.provider.reset();
-    for (const ZopDouble::Command &command : commands)
-        QVERIFY(!command.command);
+    QVERIFY(allAreGone(commands));
 }
 
 void TestWifiProviderRequests::deletedBeforeItsNotice()
