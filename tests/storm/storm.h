@@ -58,7 +58,7 @@ protected:
     using Process = std::shared_ptr<StormProcess>;
     Process start(StormProcess::Kind kind, const QString &name, const QStringList &arguments = {}, int speed = 1);
     void startDaemons(const QStringList &arguments = {}, int speed = 20);
-    /*! Has every application ask for whatever there is, each in an order of its own. */
+    /*! Lets every application make a request each 5 ms, from a seed of its own. */
     void keepBusy();
     /*! SIGKILL, and \a process is forgotten. */
     void kill(Process *process);
