@@ -6,7 +6,7 @@ using namespace morvek;
 
 namespace {
 
-constexpr int Updates = 100; // of up to 60 KB each: some 3 MB
+constexpr int Updates = 100; // of up to 20 KB each: some 1 MB, which a reader may be behind
 
 /*! Whether \a updates, as a peer tells them, are the first \a count ones of \a writer, whole and in order. */
 bool isComplete(const QStringList &updates, int writer, int count)
@@ -34,6 +34,7 @@ private Q_SLOTS:
     void valuesOutliveAKilledWriter();
     void manyUpdatesReachManyReaders();
     void aSlowReaderMissesNothing();
+    void aReaderThatIsFarBehindIsToldThePresentState();
     void tellsOtherProcesses();
     void twoWritersHaveOneOrderForEveryReader();
     void carriesLargeValues();
@@ -100,8 +101,8 @@ void StatePeersTest::manyUpdatesReachManyReaders()
     Peer writers[2];
     for (Peer &writer : writers)
         QVERIFY(writer.ask(QStringLiteral("open o %1 2").arg(testPath("object")), QStringLiteral("o open")));
-    writers[0].send(QStringLiteral("write o 1 %1 60000").arg(Updates));
-    writers[1].send(QStringLiteral("write o 2 %1 60000").arg(Updates));
+    writers[0].send(QStringLiteral("write o 1 %1 20000").arg(Updates));
+    writers[1].send(QStringLiteral("write o 2 %1 20000").arg(Updates));
     QVERIFY(writers[0].wait(QStringLiteral("1 wrote %1").arg(Updates)));
     QVERIFY(writers[1].wait(QStringLiteral("2 wrote %1").arg(Updates)));
     QVERIFY(set(testPath("object"), QStringLiteral("end=1")));
@@ -125,10 +126,10 @@ void StatePeersTest::aSlowReaderMissesNothing()
     QVERIFY(slow.ask(QStringLiteral("hold"), QStringLiteral("held")));
     Peer writer;
     QVERIFY(writer.ask(QStringLiteral("open o %1 2").arg(testPath("object")), QStringLiteral("o open")));
-    QVERIFY(writer.ask(QStringLiteral("write o 1 %1 60000").arg(Updates), QStringLiteral("1 wrote %1").arg(Updates)));
+    QVERIFY(writer.ask(QStringLiteral("write o 1 %1 20000").arg(Updates), QStringLiteral("1 wrote %1").arg(Updates)));
     QVERIFY(fast.wait(QStringLiteral("o w=1")));
     slow.send(QStringLiteral("go"));
-    QVERIFY(writer.ask(QStringLiteral("write o 2 %1 60000").arg(Updates), QStringLiteral("2 wrote %1").arg(Updates)));
+    QVERIFY(writer.ask(QStringLiteral("write o 2 %1 20000").arg(Updates), QStringLiteral("2 wrote %1").arg(Updates)));
     QVERIFY(set(testPath("object"), QStringLiteral("end=1")));
     for (Peer *reader : {&slow, &fast}) {
         QVERIFY(reader->wait(QStringLiteral("o {end=1}")));
@@ -137,6 +138,32 @@ void StatePeersTest::aSlowReaderMissesNothing()
         QVERIFY(isComplete(updates, 1, Updates));
         QVERIFY(isComplete(updates, 2, Updates));
     }
+}
+
+void StatePeersTest::aReaderThatIsFarBehindIsToldThePresentState()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("event=1 gone=1 kept=1 n=0")));
+    Peer behind({QStringLiteral("KREL_VERBOSITY=2")});
+    QVERIFY(behind.ask(QStringLiteral("open o %1 1").arg(testPath("object")), QStringLiteral("o open")));
+    QVERIFY(behind.ask(QStringLiteral("cache o"), QStringLiteral("o cached")));
+    const int known = behind.heard(QString()).size();
+    QVERIFY(behind.ask(QStringLiteral("hold"), QStringLiteral("held")));
+    // What was known is written again, and is no news.
+    QVERIFY(set(testPath("object"), QStringLiteral("event=1 -gone")));
+    for (int n = 1; n <= 60; ++n) // 12 MB, with a state of 200 KB
+        QVERIFY(set(testPath("object"), QStringLiteral("n=%1 p=200000*p").arg(n)));
+    QVERIFY(set(testPath("object"), QStringLiteral("n=61")));
+    behind.send(QStringLiteral("go"));
+    QVERIFY(behind.wait(QStringLiteral("o {n=61 p=200000*p -gone}")));
+    QVERIFY(set(testPath("object"), QStringLiteral("end=1")));
+    QVERIFY(behind.wait(QStringLiteral("o {end=1}")));
+    QCOMPARE(behind.heard(QString()).mid(known),
+             QStringList({"held", "o n=61", "o p=200000*p", "o -gone", "o {n=61 p=200000*p -gone}", "o end=1",
+                          "o {end=1}"}));
+    QVERIFY(behind.quit());
+    const QByteArray log = behind.standardError();
+    QCOMPARE(log.count("\n"), 1);
+    QVERIFY2(log.contains(" error ") && log.contains(testPath("object").toUtf8()), log.constData());
 }
 
 void StatePeersTest::tellsOtherProcesses()

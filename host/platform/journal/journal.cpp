@@ -76,18 +76,25 @@ bool writeGeneration(const QByteArray &target, Identity identity, const ZopChang
     return false;
 }
 
-/*! Whether somebody still reads the generation before the one that is open as \a current. */
-bool isPreviousRead(const ZopPath &path, const FileDescriptor &current)
+/*! Whether somebody still reads the generation before the one that is open as \a current; then it is opened. */
+bool isPreviousRead(const ZopPath &path, const FileDescriptor &current, FileDescriptor *previous)
 {
-    const QByteArray previous = path.hidden(".old");
-    const FileDescriptor file(open(previous.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    if (!file.isOpen())
+    const QByteArray name = path.hidden(".old");
+    previous->reset(open(name.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!previous->isOpen())
         return errno != ENOENT && !isNoFile(errno); // it cannot be told
     // A writer that was killed between its two steps leaves the current generation under this name.
-    if (names(previous, current))
+    if (names(name, current))
         return false;
     struct flock lock = lockOn(ReadersByte, F_WRLCK);
-    return fcntl(file.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+    return fcntl(previous->get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+/*! Nobody will be told what is in \a generation, however long its readers keep it open. */
+void empty(const FileDescriptor &generation)
+{
+    const int failed = ftruncate(generation.get(), 0);
+    Q_UNUSED(failed) // then they keep it as it is
 }
 
 /*! Puts a new object into the place of whatever is there, whose going is seen too. */
@@ -196,12 +203,12 @@ bool Writer::append(const ZopPath &path, const ZopChangeset &changes, QString *e
     const bool done = fits(path, changes, record.size(), end, error) && write(record, size, error);
     if (done)
         m_size = end;
-    if (done && end > m_replaceAt && replace(path, end)) {
+    if (done && end > m_replaceAt && replace(path)) {
         m_state.reset();
         m_file.reset();
         return true;
     }
-    if (end <= LargestUpdate)
+    if (end <= MostBehind)
         m_state.reset();
     unlock();
     return done;
@@ -218,7 +225,7 @@ bool Writer::renew(const ZopPath &path, QString *error)
     qint64 size = 0;
     if (!lock(path, &size, error))
         return false;
-    const bool done = replace(path, std::min(size, LargestFile - 1), 2);
+    const bool done = replace(path, 2);
     m_state.reset();
     if (done)
         m_file.reset();
@@ -313,15 +320,25 @@ bool Writer::foldState(const ZopPath &path, QString *error)
     return false;
 }
 
-/*! Puts the next generation, which begins with the present state, into the place of the locked one, \a size large. */
-bool Writer::replace(const ZopPath &path, qint64 size, quint64 generations)
+/*! Whether readers of the previous generation are further behind than they may be. */
+bool Writer::mayLeaveBehind(const ZopPath &path)
 {
-    if (size < LargestFile && isPreviousRead(path, m_file))
+    QString error;
+    const qint64 size = sizeOf(m_file.get());
+    return size > MostBehind && foldState(path, &error) && size > MostBehind + 4 * m_state->size();
+}
+
+/*! Puts the next generation, which begins with the present state, into the place of the locked one. */
+bool Writer::replace(const ZopPath &path, quint64 generations)
+{
+    FileDescriptor previous; // if it is read
+    const bool isRead = isPreviousRead(path, m_file, &previous);
+    if (isRead && !mayLeaveBehind(path))
         return false;
     QString error;
     const QByteArray file = path.file();
     const QByteArray fresh = path.hidden(".new");
-    const QByteArray previous = path.hidden(".old");
+    const QByteArray old = path.hidden(".old");
     ZopChangeset state;
     const Identity next = {m_header.identity.incarnation, m_header.identity.generation + generations};
     bool done = foldState(path, &error);
@@ -330,11 +347,13 @@ bool Writer::replace(const ZopPath &path, qint64 size, quint64 generations)
         done = writeGeneration(fresh, next, state, &error);
     }
     if (done) {
-        clearPlace(previous);
-        done = link(file.constData(), previous.constData()) == 0 && rename(fresh.constData(), file.constData()) == 0;
+        clearPlace(old);
+        done = link(file.constData(), old.constData()) == 0 && rename(fresh.constData(), file.constData()) == 0;
     }
     if (!done)
-        m_replaceAt = size + size / 4; // not again before the file has grown some more
+        m_replaceAt = sizeOf(m_file.get()) * 5 / 4; // not again before the file has grown some more
+    else if (isRead)
+        empty(previous);
     return done;
 }
 

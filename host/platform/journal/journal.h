@@ -17,14 +17,14 @@ namespace morvek {
  * A file that has grown is replaced by its next generation, which begins with the state that the old one ended
  * with: readers finish the old file, which nobody writes any more, and go on behind the new one's first record.
  * A reader locks the generation that it reads. While somebody still reads the previous one, the file is not
- * replaced again, so that nobody can miss a generation; only past LargestFile is that readers' protection lifted.
+ * replaced again, so that nobody can miss a generation, unless that reader is further behind than readers may be.
  */
 namespace Journal {
 
 /*! Past this size, and four times the state's, a file is replaced. */
-constexpr qint64 ReplacedAt = 256 * 1024;
-/*! Past this size it is replaced even when a reader then misses updates. */
-constexpr qint64 LargestFile = 64 * 1024 * 1024;
+constexpr qint64 ReplacedAt = 32 * 1024;
+/*! Past this size, and four times the state's, it is replaced even when a reader then misses updates. */
+constexpr qint64 MostBehind = 4 * 1024 * 1024;
 
 bool exists(const ZopPath &path);
 /*! Whether it is certain that nothing is there; a file that cannot be looked at may be. */
@@ -50,6 +50,8 @@ public:
     void expect(quint64 incarnation) { m_expected = incarnation; }
     /*! Appends \a changes as one record, or nothing at all. */
     bool append(const ZopPath &path, const ZopChangeset &changes, QString *error);
+    /*! Whether the last update was the last one of its generation. */
+    bool hasReplaced() const { return !m_file.isOpen(); }
     /*! Whether something that this writer has written was cut off. */
     bool hasLost(const ZopPath &path) const;
     /*!
@@ -63,7 +65,8 @@ private:
     bool fits(const ZopPath &path, const ZopChangeset &changes, int recordSize, qint64 end, QString *error);
     bool write(const QByteArray &record, qint64 size, QString *error);
     bool foldState(const ZopPath &path, QString *error);
-    bool replace(const ZopPath &path, qint64 size, quint64 generations = 1);
+    bool mayLeaveBehind(const ZopPath &path);
+    bool replace(const ZopPath &path, quint64 generations = 1);
     void unlock();
 
     FileDescriptor m_file;
@@ -72,7 +75,7 @@ private:
     qint64 m_replaceAt = 0;
     quint64 m_expected = 0; // no incarnation in particular
     quint64 m_number;
-    std::unique_ptr<FoldedState> m_state; // while the file is too large for the state to be small for certain
+    std::unique_ptr<FoldedState> m_state; // while the file is so large that it matters
 };
 
 } // namespace Journal

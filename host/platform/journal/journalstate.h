@@ -16,7 +16,9 @@ public:
     /*! Adds what has been written since; false when the file is malformed. */
     bool follow();
     const QMap<QString, ZopVariant> &values() const { return m_values; }
-    /*! The size of the record that would hold the state with \a changes. */
+    /*! The size of the record that would hold the state. */
+    qint64 size() const { return m_size; }
+    /*! The same for the state with \a changes. */
     qint64 sizeAfter(const ZopChangeset &changes) const;
 
 private:
