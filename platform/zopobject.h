@@ -100,6 +100,9 @@ Q_SIGNALS:
     void attributeRemoved(const QString &name);
     void attributesChanged(const morvek::ZopChangeset &changes);
 
+protected:
+    void connectNotify(const QMetaMethod &signal) override;
+
 private:
     Q_DISABLE_COPY(ZopObject)
     friend class ZopControlCommand;

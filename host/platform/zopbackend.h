@@ -26,6 +26,10 @@ public:
     /*! For whoever publishes the object: whether its path still has it; a control object takes it back. */
     virtual bool check(QString *error) = 0;
 
+    /*! Somebody begins to listen to the object. */
+    virtual void wakeUp() { }
+    /*! Brings values() up to what would have been received by now if somebody listened. */
+    virtual void catchUp() { }
     /*! The attributes as they have been received. Of what passes through a control object nothing is kept. */
     const QMap<QString, ZopVariant> &values() const { return m_values; }
     /*!

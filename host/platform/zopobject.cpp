@@ -8,7 +8,9 @@
 #include "stateobject.h"
 #include "zopobject_p.h"
 
+#include <QtCore/QMetaMethod>
 #include <QtCore/QPointer>
+#include <QtCore/QThread>
 
 #include <algorithm>
 #include <cerrno>
@@ -73,7 +75,9 @@ std::unique_ptr<ZopBackend> ZopObject::Private::makeBackend(const ZopPath &targe
     QString ignored;
     if (mode == Publish && !Journal::exists(target))
         Journal::create(target, {}, &ignored);
-    return std::make_unique<StateObject>(target, tellIt);
+    // Who writes what nobody in this process listens to has not to hear of it.
+    const StateObject::Heard heard = [this] { return isHeard(); };
+    return std::make_unique<StateObject>(target, tellIt, mode == Subscribe ? StateObject::Heard() : heard);
 }
 
 void ZopObject::Private::tell(const ZopChangeset &changes) const
@@ -88,6 +92,26 @@ void ZopObject::Private::tell(const ZopChangeset &changes) const
         emit object->attributeRemoved(*it);
     if (object)
         emit object->attributesChanged(changes);
+}
+
+bool ZopObject::Private::isHeard() const
+{
+    return q->isSignalConnected(QMetaMethod::fromSignal(&ZopObject::attributeChanged))
+        || q->isSignalConnected(QMetaMethod::fromSignal(&ZopObject::attributeRemoved))
+        || q->isSignalConnected(QMetaMethod::fromSignal(&ZopObject::attributesChanged));
+}
+
+/*! Any thread may begin to listen. */
+void ZopObject::Private::wakeUp() const
+{
+    const auto wake = [this] {
+        if (backend)
+            backend->wakeUp();
+    };
+    if (q->thread() == QThread::currentThread())
+        wake();
+    else
+        QMetaObject::invokeMethod(q, wake, Qt::QueuedConnection);
 }
 
 ZopObject::NoWaiting::NoWaiting()
@@ -140,7 +164,10 @@ void ZopObject::setAttributeCacheEnabled(bool enabled)
 
 ZopVariant ZopObject::attribute(const QString &name, const ZopVariant &defaultValue) const
 {
-    return isValid() ? d->backend->values().value(name, defaultValue) : defaultValue;
+    if (!isValid())
+        return defaultValue;
+    d->backend->catchUp();
+    return d->backend->values().value(name, defaultValue);
 }
 
 bool ZopObject::setAttributes(const ZopChangeset &changes)
@@ -151,6 +178,11 @@ bool ZopObject::setAttributes(const ZopChangeset &changes)
         return d->backend->write(changes, &d->error);
     d->error = QStringLiteral("the object was opened for reading only");
     return false;
+}
+
+void ZopObject::connectNotify(const QMetaMethod &)
+{
+    d->wakeUp();
 }
 
 bool ZopObject::check()

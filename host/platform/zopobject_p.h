@@ -19,6 +19,8 @@ public:
 
     void open(bool flag);
     void tell(const ZopChangeset &changes) const;
+    bool isHeard() const;
+    void wakeUp() const;
 
     ZopObject *q;
     QString path;

@@ -158,8 +158,8 @@ void StatePeersTest::aReaderThatIsFarBehindIsToldThePresentState()
     QVERIFY(set(testPath("object"), QStringLiteral("end=1")));
     QVERIFY(behind.wait(QStringLiteral("o {end=1}")));
     QCOMPARE(behind.heard(QString()).mid(known),
-             QStringList({"held", "o n=61", "o p=200000*p", "o -gone", "o {n=61 p=200000*p -gone}", "o end=1",
-                          "o {end=1}"}));
+             QStringList(
+                 {"held", "o n=61", "o p=200000*p", "o -gone", "o {n=61 p=200000*p -gone}", "o end=1", "o {end=1}"}));
     QVERIFY(behind.quit());
     const QByteArray log = behind.standardError();
     QCOMPARE(log.count("\n"), 1);

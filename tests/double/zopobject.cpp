@@ -89,6 +89,8 @@ bool ZopObject::setAttributes(const ZopChangeset &changes)
     return true;
 }
 
+void ZopObject::connectNotify(const QMetaMethod &) { }
+
 bool ZopObject::create(const QString &, const ZopChangeset &, QString *)
 {
     return false;

@@ -74,8 +74,8 @@ void JournalPeersTest::aFileShrinksWhenAReaderIsLeftBehind()
     Peer behind;
     QVERIFY(behind.ask(QStringLiteral("open o %1 1").arg(testPath("object")), QStringLiteral("o open")));
     QVERIFY(behind.ask(QStringLiteral("hold"), QStringLiteral("held")));
-    // Behind the file that the reader holds, one grows to 4 MiB and four times the state's record: 24 bytes and 4, then 4
-    // bytes for each length, names of 1, encodings of 4, and the values.
+    // Behind the file that the reader holds, one grows to 4 MiB and four times the state's record: 24 bytes and 4, then
+    // 4 bytes for each length, names of 1, encodings of 4, and the values.
     constexpr qint64 Record = 24 + 4 + 2 * (12 + 1 + 4) + 100000 + 2;
     constexpr qint64 State = 48 + Record;
     constexpr int Held = (4194304 + 4 * Record - State) / Record;

@@ -110,6 +110,7 @@ void FileWatcher::holdUntilRetry(FolderListener *listener)
 void FileWatcher::retry()
 {
     // Whoever fails again asks again; and a listener may drop the last user of this.
+    beginTurn();
     const QScopedValueRollback<bool> handling(m_handling, true);
     const std::shared_ptr<FileWatcher> kept = weak_from_this().lock();
     if (m_holding && !hasSpareDescriptors()) {
@@ -220,6 +221,8 @@ void FileWatcher::tellAppearances()
     handleLater();
     // A copy, as a slot may run an event loop that handles events. They are handled in their turn all the same: whoever
     // watches names knows which ones it has told of.
+    if (m_events.empty())
+        return;
     const std::deque<RawEvent> events = m_events;
     for (const RawEvent &event : events) {
         WatchedFolder *folder = m_watches.value(event.watch);
@@ -235,6 +238,7 @@ void FileWatcher::handleLater()
         return;
     const auto goOn = [this] {
         m_handlesLater = false;
+        beginTurn();
         handleEvents();
     };
     QMetaObject::invokeMethod(this, goOn, Qt::QueuedConnection);
@@ -242,6 +246,7 @@ void FileWatcher::handleLater()
 
 void FileWatcher::readEvents()
 {
+    beginTurn();
     fetchEvents();
     handleEvents();
 }

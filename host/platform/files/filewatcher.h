@@ -68,6 +68,10 @@ public:
     static bool hasSpareDescriptors();
     bool isHolding() const { return m_holding; }
 
+    /*! Counts turns of the event loop in which something may be told. */
+    quint64 turn() const { return m_turn; }
+    void beginTurn() { ++m_turn; }
+
     /*!
      * Tells of the objects that have come by now: what was just read from a file, and is told next, may speak of them.
      * Whoever calls it may be gone afterwards.
@@ -112,6 +116,7 @@ private:
     QVector<QPointer<FolderListener>> m_retries;
     QTimer m_retryTimer;
     QSocketNotifier *m_notifier = nullptr;
+    quint64 m_turn = 0;
     bool m_holding = false;
     bool m_handling = false;
     bool m_handlesLater = false;

@@ -240,35 +240,55 @@ void Writer::unlock()
     fcntl(m_file.get(), F_OFD_SETLK, &unlocked);
 }
 
+/*! Opens the present generation of the object, which has to be the one that is expected. */
+bool Writer::open(const ZopPath &path, QString *error)
+{
+    m_state.reset();
+    m_file = openFile(path, O_RDWR | O_APPEND, &m_header, error);
+    if (!m_file.isOpen())
+        return false;
+    const bool isExpected = m_expected == 0 || m_header.identity.incarnation == m_expected;
+    if (!isExpected || fstat(m_file.get(), &m_place) != 0) {
+        *error = isExpected ? systemError(errno) : anotherObject();
+        m_file.reset();
+        return false;
+    }
+    m_size = 0;
+    m_replaceAt = ReplacedAt + 4 * qint64(m_header.stateEnd);
+    return true;
+}
+
 /*! Locks the object's present generation against other writers, and tells its size. */
 bool Writer::lock(const ZopPath &path, qint64 *size, QString *error)
 {
     for (;;) {
-        if (!m_file.isOpen()) {
-            m_state.reset();
-            m_file = openFile(path, O_RDWR | O_APPEND, &m_header, error);
-            if (!m_file.isOpen())
-                return false;
-            if (m_expected != 0 && m_header.identity.incarnation != m_expected) {
-                m_file.reset();
-                *error = anotherObject();
-                return false;
-            }
-            m_size = 0;
-            m_replaceAt = ReplacedAt + 4 * qint64(m_header.stateEnd);
-        }
-        if (!lockForWriting(path, m_file, error))
+        if ((!m_file.isOpen() && !open(path, error)) || !lockForWriting(path, m_file, error))
             return false;
-        if (names(path.file(), m_file, size)) {
-            if (*size >= m_size)
+        struct stat present;
+        if (stat(path.file().constData(), &present) == 0 && isSameFile(present, m_place)) {
+            *size = present.st_size;
+            if (isSound(path, *size, error))
                 return true;
             m_state.reset();
             m_file.reset();
-            *error = cutOff(path);
             return false;
         }
         m_file.reset(); // replaced or removed while this writer waited
     }
+}
+
+/*! Whether the file has what was there when this writer wrote last, as far as one look can tell. */
+bool Writer::isSound(const ZopPath &path, qint64 size, QString *error) const
+{
+    Header header;
+    const bool isRead = pread(m_file.get(), &header, sizeof(header), 0) == ssize_t(sizeof(header));
+    if (size < m_size || !isRead)
+        *error = cutOff(path);
+    else if (std::memcmp(&header, &m_header, sizeof(header)) != 0)
+        *error = malformed(path, QStringLiteral("the header is another one"));
+    else
+        return true;
+    return false;
 }
 
 /*!

@@ -6,6 +6,8 @@
 
 #include <memory>
 
+#include <sys/stat.h>
+
 namespace morvek {
 
 /*!
@@ -61,7 +63,9 @@ public:
     bool renew(const ZopPath &path, QString *error);
 
 private:
+    bool open(const ZopPath &path, QString *error);
     bool lock(const ZopPath &path, qint64 *size, QString *error);
+    bool isSound(const ZopPath &path, qint64 size, QString *error) const;
     bool fits(const ZopPath &path, const ZopChangeset &changes, int recordSize, qint64 end, QString *error);
     bool write(const QByteArray &record, qint64 size, QString *error);
     bool foldState(const ZopPath &path, QString *error);
@@ -70,6 +74,7 @@ private:
     void unlock();
 
     FileDescriptor m_file;
+    struct stat m_place = {}; // of the file
     Header m_header = {};
     qint64 m_size = 0; // of the file behind the last record of this writer
     qint64 m_replaceAt = 0;

@@ -18,6 +18,13 @@ constexpr int HeaderSize = sizeof(RecordHeader);
 // Only where much that pretends to be records lies between holes does reading cost more than the bytes are worth.
 constexpr qint64 WorkPerByte = 64;
 
+/*! Whoever keeps the whole file locked keeps it from being replaced, too. */
+bool setLock(const FileDescriptor &file, short type)
+{
+    struct flock lock = lockOn(ReadersByte, type);
+    return fcntl(file.get(), F_OFD_SETLK, &lock) == 0 || errno == EAGAIN;
+}
+
 } // namespace
 
 bool Reader::open(const ZopPath &path, QString *error)
@@ -27,9 +34,7 @@ bool Reader::open(const ZopPath &path, QString *error)
         FileDescriptor file = openFile(path, O_RDONLY, &header, error);
         if (!file.isOpen())
             return false;
-        struct flock lock = lockOn(ReadersByte, F_RDLCK);
-        // Whoever keeps the whole file locked keeps it from being replaced, too.
-        if (fcntl(file.get(), F_OFD_SETLK, &lock) != 0 && errno != EAGAIN) {
+        if (!setLock(file, F_RDLCK)) {
             *error = systemError(errno);
             return false;
         }
@@ -39,6 +44,16 @@ bool Reader::open(const ZopPath &path, QString *error)
         adopt(path, std::move(file), header); // the old one's lock goes after the new one's was taken
         return true;
     }
+}
+
+bool Reader::lock()
+{
+    return setLock(m_file, F_RDLCK);
+}
+
+void Reader::unlock()
+{
+    setLock(m_file, F_UNLCK);
 }
 
 void Reader::adopt(const ZopPath &path, FileDescriptor file, const Header &header, qint64 from)

@@ -32,6 +32,9 @@ public:
     /*! The same for a file that is open: its owner sees to it that it is not replaced. Begins at the offset \a from. */
     void adopt(const ZopPath &path, FileDescriptor file, const Header &header, qint64 from = sizeof(Header));
     void close() { m_file.reset(); }
+    /*! While it is unlocked, it may miss generations. False with errno. */
+    bool lock();
+    void unlock();
     bool isOpen() const { return m_file.isOpen(); }
     Identity identity() const { return m_header.identity; }
     const Header &header() const { return m_header; }

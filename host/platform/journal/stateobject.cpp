@@ -19,36 +19,85 @@ constexpr qint64 WorkPerTurn = 2 * 1024 * 1024;
 
 } // namespace
 
-StateObject::StateObject(const ZopPath &path, Tell tell)
+StateObject::StateObject(const ZopPath &path, Tell tell, Heard heard)
     : ZopBackend(std::move(tell)),
       m_path(path),
-      m_watcher(FileWatcher::instance())
+      m_watcher(FileWatcher::instance()),
+      m_heard(std::move(heard))
 {
 }
 
 StateObject::~StateObject()
 {
-    if (m_watching)
-        m_watcher->unwatch(m_path.folder(), m_path.name(), this);
+    unwatch();
 }
 
 bool StateObject::start(QString *error)
 {
     // The watch comes first: what happens after the first look is told by an event.
-    m_watching = m_watcher->watch(m_path.folder(), m_path.name(), this, error);
-    if (!m_watching || !m_reader.open(m_path, error))
+    m_isAwake = isHeard();
+    if ((m_isAwake && !watch(error)) || !m_reader.open(m_path, error))
         return false;
+    if (!m_isAwake)
+        m_reader.unlock();
     m_toldFrom = m_reader.size();
     return true;
 }
 
+bool StateObject::watch(QString *error)
+{
+    m_isWatching = m_isWatching || m_watcher->watch(m_path.folder(), m_path.name(), this, error);
+    return m_isWatching;
+}
+
+void StateObject::unwatch()
+{
+    if (std::exchange(m_isWatching, false))
+        m_watcher->unwatch(m_path.folder(), m_path.name(), this);
+}
+
+/*! Who begins to listen hears of what comes from now on. */
+void StateObject::wakeUp()
+{
+    if (m_isAwake)
+        return;
+    QString error;
+    if (!watch(&error)) {
+        m_watcher->retryLater(this);
+        return;
+    }
+    follow();
+    m_reader.lock();
+    m_isAwake = true;
+    followLater(); // the file may have been replaced before it was locked
+}
+
+void StateObject::fallAsleep()
+{
+    unwatch();
+    m_isAwake = false;
+    m_reader.unlock();
+}
+
+/*! While it sleeps, it reads what has come when somebody asks. */
+void StateObject::catchUp()
+{
+    if (!m_isAwake)
+        follow();
+}
+
 bool StateObject::write(const ZopChangeset &changes, QString *error)
 {
-    return m_writer.append(m_path, changes, error);
+    if (!m_writer.append(m_path, changes, error))
+        return false;
+    if (m_writer.hasReplaced())
+        catchUp(); // before there is a generation more
+    return true;
 }
 
 bool StateObject::check(QString *error)
 {
+    catchUp();
     if (m_writer.hasLost(m_path)) {
         *error = Journal::cutOff(m_path);
         return false;
@@ -83,7 +132,9 @@ void StateObject::refresh()
 
 void StateObject::entryChanged(const QByteArray &, Event event)
 {
-    if (event == Modified && !m_isBehind)
+    if (!isHeard())
+        fallAsleep(); // listeners may go without a word
+    else if (event == Modified && !m_isBehind)
         drain();
     else
         follow();
@@ -91,7 +142,10 @@ void StateObject::entryChanged(const QByteArray &, Event event)
 
 void StateObject::folderChanged()
 {
-    follow();
+    if (m_isAwake)
+        follow();
+    else if (isHeard())
+        wakeUp();
 }
 
 /*! Tells what the file holds, and goes on to the one that has taken its place, if any. */
@@ -113,6 +167,7 @@ void StateObject::followLater()
         return;
     const auto goOn = [this] {
         m_followsLater = false;
+        m_watcher->beginTurn();
         if (m_watcher->isHolding()) {
             m_watcher->retryLater(this);
             return;
@@ -126,6 +181,16 @@ void StateObject::followLater()
     QMetaObject::invokeMethod(this, goOn, Qt::QueuedConnection);
 }
 
+/*! Whether as much has been told and read in this turn of the event loop as others can wait for. */
+bool StateObject::hasHadItsTurn()
+{
+    if (std::exchange(m_turn, m_watcher->turn()) != m_watcher->turn()) {
+        m_toldInTurn = 0;
+        m_workInTurn = 0;
+    }
+    return m_isAwake && (m_toldInTurn == RecordsPerTurn || m_workInTurn > WorkPerTurn);
+}
+
 /*! Tells what has been appended; false when there may be more, or this object is gone. */
 bool StateObject::drain()
 {
@@ -134,30 +199,28 @@ bool StateObject::drain()
     if (m_folding == WhatIsThere)
         return fold() && tellState(std::exchange(m_folded, {}));
     const QPointer<StateObject> guard(this);
-    const qint64 begun = m_reader.work();
     Journal::Record record;
-    for (int told = 0; guard && m_reader.isOpen();) {
-        if (!m_reader.nextOfRead(&record)) {
-            if (!m_reader.readOn())
-                return true;
-            if (m_reader.work() - begun > WorkPerTurn) {
-                followLater();
-                return false;
-            }
-            m_watcher->tellAppearances();
-            continue;
+    while (guard && m_reader.isOpen()) {
+        if (hasHadItsTurn()) {
+            followLater();
+            return false;
         }
-        if (record.end <= m_toldFrom)
+        const qint64 work = m_reader.work();
+        const bool isThere = m_reader.nextOfRead(&record);
+        const bool goesOn = isThere || m_reader.readOn();
+        m_workInTurn += m_reader.work() - work;
+        if (!goesOn)
+            return true;
+        if (!isThere && m_isAwake)
+            m_watcher->tellAppearances();
+        if (!isThere || record.end <= m_toldFrom)
             continue;
         apply(record.changes, &m_values);
-        if (record.writer == m_writer.number() || record.isEmptyState())
+        if (!m_isAwake || record.writer == m_writer.number() || record.isEmptyState())
             continue;
-        const bool enough = ++told == RecordsPerTurn;
-        if (enough || m_reader.hasMore())
+        if (++m_toldInTurn == RecordsPerTurn || m_reader.hasMore())
             followLater();
         tell(record.changes);
-        if (enough)
-            return false;
     }
     return guard;
 }
@@ -180,7 +243,7 @@ bool StateObject::fold()
         } else if (!m_reader.readOn()) {
             m_folding = NotFolding;
             return true;
-        } else if (m_reader.work() - begun > WorkPerTurn) {
+        } else if (m_isAwake && m_reader.work() - begun > WorkPerTurn) {
             followLater();
             return false;
         }
@@ -194,8 +257,10 @@ bool StateObject::open(Journal::Reader *reader)
     const bool isOpen = reader->open(m_path, &error);
     const bool isMalformed = !isOpen && errno == EBADMSG; // which an event ends
     m_isBehind = !isOpen && !Journal::isGone(m_path);
-    if (m_isBehind && !isMalformed)
+    if (m_isBehind && !isMalformed && m_isAwake)
         m_watcher->retryLater(this);
+    if (isOpen && !m_isAwake)
+        reader->unlock();
     return isOpen;
 }
 
@@ -225,7 +290,7 @@ bool StateObject::openNext()
     if (!isSame) { // The first record of a new object is told like those that follow it.
         if ((wasThere && !tellState({})) || !isThere)
             return false;
-        m_renewsFirst = m_watcher->hasExchanged();
+        m_renewsFirst = m_isAwake && m_watcher->hasExchanged();
         if (m_renewsFirst) // What it speaks of may be in folders whose events have not been handled yet.
             followLater();
         return !m_renewsFirst;
@@ -236,8 +301,9 @@ bool StateObject::openNext()
         m_reader.next(&known); // the state that the old file ended with
         return true;
     }
-    logError(QStringLiteral("Updates of \"%1\" were lost: it was not read for too long, or was damaged")
-                 .arg(QFile::decodeName(m_path.file())));
+    if (m_isAwake)
+        logError(QStringLiteral("Updates of \"%1\" were lost: it was not read for too long, or was damaged")
+                     .arg(QFile::decodeName(m_path.file())));
     startFolding(WhatIsThere);
     return true;
 }
@@ -256,7 +322,7 @@ bool StateObject::tellState(const QMap<QString, ZopVariant> &state)
     }
     m_values = state;
     const QPointer<StateObject> guard(this);
-    if (!changes.assignments.isEmpty() || !changes.removals.isEmpty())
+    if (m_isAwake && !(changes.assignments.isEmpty() && changes.removals.isEmpty()))
         tell(changes);
     return guard;
 }

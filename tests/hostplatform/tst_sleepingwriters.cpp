@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "contracttest.h"
+#include "descriptorhoard.h"
+#include "hostfiles.h"
+#include "wakeups.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QThread>
+#include <QtCore/QTimer>
+
+#include <memory>
+
+using namespace morvek;
+
+namespace {
+
+const QString N = QStringLiteral("n");
+
+/*! How many folders this process has the kernel watch. */
+int watches()
+{
+    int count = 0;
+    const QStringList descriptors = QDir(QStringLiteral("/proc/self/fdinfo")).entryList(QDir::Files);
+    for (const QString &descriptor : descriptors) {
+        QFile info(QStringLiteral("/proc/self/fdinfo/") + descriptor);
+        if (info.open(QIODevice::ReadOnly))
+            count += info.readAll().count("inotify wd:");
+    }
+    return count;
+}
+
+} // namespace
+
+/*! An object that may be written to, and that nobody listens to here, sleeps; what is asked of it is answered all the
+ * same. */
+class SleepingWritersTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void whatItWritesDoesNotWakeItUp_data();
+    void whatItWritesDoesNotWakeItUp();
+    void attributesAreAnsweredAsReceived();
+    void valuesFromBeforeItWasOpenedStayUnknown();
+    void whatOthersWroteAtLengthIsAnswered();
+    void theNextObjectOfThePathIsAnswered();
+    void whoBeginsToListenHearsWhatComesThen();
+    void itSleepsAgainWithoutListeners();
+    void anyThreadMayBeginToListen();
+    void whoListensWithoutDescriptorsHearsLater();
+    void aReplacementDoesNotWaitForIt();
+    void aDamagedHeaderIsSeenBeforeWriting();
+};
+
+void SleepingWritersTest::whatItWritesDoesNotWakeItUp_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::newRow("publishing") << int(ZopObject::Publish);
+    QTest::newRow("reading and writing") << int(ZopObject::ReadWrite);
+}
+
+void SleepingWritersTest::whatItWritesDoesNotWakeItUp()
+{
+    QFETCH(int, mode);
+    const QString path = testPath("object") + QString::number(mode);
+    QVERIFY(publish(path, QString()));
+    ZopObject writer(path, ZopObject::PublicationMode(mode), false);
+    QTimer end;
+    end.setSingleShot(true);
+    end.start(500);
+    // Many generations of the file.
+    for (int n = 0; n < 2000; ++n)
+        QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));
+    int wakeUps = 0;
+    countWakeUps([&](int count) {
+        wakeUps = count;
+        return !end.isActive();
+    });
+    // Its own, for which the loop may go to sleep once more.
+    QVERIFY2(wakeUps <= 2, qPrintable(QString::number(wakeUps)));
+}
+
+void SleepingWritersTest::attributesAreAnsweredAsReceived()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("old=1 gone=1")));
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    QVERIFY(set(writer, QStringLiteral("own=1 gone=2")));
+    QVERIFY(set(testPath("object"), QStringLiteral("foreign=1 -gone")));
+    QCOMPARE(writer.attribute(QStringLiteral("own")).toInt(), 1);
+    QCOMPARE(writer.attribute(QStringLiteral("foreign")).toInt(), 1);
+    QVERIFY(!writer.attribute(QStringLiteral("gone")).isValid());
+    QVERIFY(!writer.attribute(QStringLiteral("old")).isValid());
+    writer.setAttributeCacheEnabled(true);
+    QCOMPARE(writer.attribute(QStringLiteral("old")).toInt(), 1);
+    QVERIFY(set(testPath("object"), QStringLiteral("old=2")));
+    QCOMPARE(writer.attribute(QStringLiteral("old")).toInt(), 2);
+}
+
+void SleepingWritersTest::valuesFromBeforeItWasOpenedStayUnknown()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("old=1")));
+    ZopObject writer(testPath("object"), ZopObject::Publish, false);
+    for (int n = 1; n <= 3000; ++n) {
+        QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));
+        QVERIFY(n % 100 != 0 || set(testPath("object"), QStringLiteral("foreign=%1").arg(n)));
+    }
+    QCOMPARE(writer.attribute(N).toInt(), 3000);
+    QCOMPARE(writer.attribute(QStringLiteral("foreign")).toInt(), 3000);
+    QVERIFY(!writer.attribute(QStringLiteral("old")).isValid());
+}
+
+void SleepingWritersTest::whatOthersWroteAtLengthIsAnswered()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=1 gone=1")));
+    ZopObject sleeper(testPath("object"), ZopObject::ReadWrite, false);
+    sleeper.setAttributeCacheEnabled(true);
+    const LogLines log;
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    QVERIFY(set(writer, QStringLiteral("-gone")));
+    for (int n = 1; n <= 3000; ++n)
+        QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));
+    QCOMPARE(sleeper.attribute(N).toInt(), 3000);
+    QCOMPARE(sleeper.attribute(QStringLiteral("a")).toInt(), 1);
+    QVERIFY(!sleeper.attribute(QStringLiteral("gone")).isValid());
+    // Nothing is lost for whom nobody listens to.
+    QCOMPARE(log.lines, QStringList());
+}
+
+void SleepingWritersTest::theNextObjectOfThePathIsAnswered()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("a=1")));
+    ZopObject sleeper(testPath("object"), ZopObject::ReadWrite, false);
+    sleeper.setAttributeCacheEnabled(true);
+    QVERIFY(ZopObject::remove(testPath("object")));
+    QVERIFY(!sleeper.attribute(QStringLiteral("a")).isValid());
+    QVERIFY(publish(testPath("object"), QStringLiteral("b=2")));
+    QCOMPARE(sleeper.attribute(QStringLiteral("b")).toInt(), 2);
+    QVERIFY(set(sleeper, QStringLiteral("c=3")));
+    QCOMPARE(sleeper.attribute(QStringLiteral("c")).toInt(), 3);
+}
+
+void SleepingWritersTest::whoBeginsToListenHearsWhatComesThen()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    ZopObject object(testPath("object"), ZopObject::ReadWrite, false);
+    for (int n = 1; n <= 1000; ++n)
+        QVERIFY(set(testPath("object"), QStringLiteral("n=%1").arg(n)));
+    const Events events(&object);
+    QVERIFY(set(object, QStringLiteral("own=1")));
+    QVERIFY(set(testPath("object"), QStringLiteral("n=1001")));
+    QVERIFY(ZopObject::remove(testPath("object")));
+    QVERIFY(events.wait(QStringLiteral("{-n -own}")));
+    QCOMPARE(events.updates(), QStringList({"{n=1001}", "{-n -own}"}));
+}
+
+void SleepingWritersTest::itSleepsAgainWithoutListeners()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    ZopObject object(testPath("object"), ZopObject::ReadWrite, false);
+    QCOMPARE(watches(), 0);
+    const QMetaObject::Connection connection = connect(&object, &ZopObject::attributesChanged, this, [] {});
+    auto listener = std::make_unique<QObject>();
+    connect(&object, &ZopObject::attributeRemoved, listener.get(), [] {});
+    const int awake = watches();
+    QCOMPARE(awake, 2);
+    disconnect(connection);
+    QVERIFY(set(testPath("object"), QStringLiteral("n=1")));
+    QCoreApplication::processEvents();
+    QCOMPARE(watches(), awake);
+    // Listeners go without a word: one more event is heard.
+    listener.reset();
+    QVERIFY(set(testPath("object"), QStringLiteral("n=2")));
+    QVERIFY(waitUntil([awake] { return watches() < awake; })); // of the folder; the root stays watched
+    QCOMPARE(object.attribute(N).toInt(), 2);
+}
+
+void SleepingWritersTest::anyThreadMayBeginToListen()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    ZopObject object(testPath("object"), ZopObject::ReadWrite, false);
+    QStringList told;
+    const std::unique_ptr<QThread> thread(QThread::create([&] {
+        connect(&object, &ZopObject::attributeChanged, this,
+                [&told](const QString &name, const ZopVariant &value) { told << name + value.toString(); });
+    }));
+    thread->start();
+    QVERIFY(thread->wait());
+    QCoreApplication::processEvents();
+    QVERIFY(set(testPath("object"), QStringLiteral("n=1")));
+    QVERIFY(waitUntil([&] { return !told.isEmpty(); }));
+    QCOMPARE(told, QStringList({"n1"}));
+}
+
+void SleepingWritersTest::whoListensWithoutDescriptorsHearsLater()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("n=1")));
+    ZopObject object(testPath("object"), ZopObject::ReadWrite, false);
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    QVERIFY(set(writer, QStringLiteral("n=2")));
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    const Events events(&object);
+    hoard.giveBack();
+    QVERIFY(waitUntil([&] { return set(writer, QStringLiteral("n=3")) && !events.updates().isEmpty(); }));
+    QCOMPARE(events.updates().first(), QStringLiteral("{n=3}"));
+}
+
+void SleepingWritersTest::aReplacementDoesNotWaitForIt()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    const ZopObject sleeper(testPath("object"), ZopObject::ReadWrite, false);
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    for (int n = 1; n <= 3000; ++n)
+        QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));
+    // 32 KiB, four times a small state, and an update.
+    QVERIFY(content(testPath("object")).size() < 32768 + 500);
+}
+
+void SleepingWritersTest::aDamagedHeaderIsSeenBeforeWriting()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("n=1")));
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    QVERIFY(set(writer, QStringLiteral("n=2")));
+    QFile file(fileOf(testPath("object")));
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.seek(47) && file.putChar('\xff'));
+    file.close();
+    const QByteArray damaged = content(testPath("object"));
+    QVERIFY(!set(writer, QStringLiteral("n=3")));
+    QCOMPARE(writer.errorString(),
+             QStringLiteral("malformed content in \"%1\": the header is another one").arg(fileOf(testPath("object"))));
+    QCOMPARE(content(testPath("object")), damaged);
+}
+
+CONTRACT_TEST_MAIN(SleepingWritersTest)
+
+#include "tst_sleepingwriters.moc"
