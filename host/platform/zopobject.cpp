@@ -86,10 +86,12 @@ void ZopObject::Private::tell(const ZopChangeset &changes) const
     const QPointer<ZopObject> object(q);
     for (auto it = changes.assignments.cbegin(); object && it != changes.assignments.cend(); ++it)
         emit object->attributeChanged(it.key(), it.value());
-    QStringList removed(changes.removals.begin(), changes.removals.end());
-    removed.sort();
-    for (auto it = removed.cbegin(); object && it != removed.cend(); ++it)
-        emit object->attributeRemoved(*it);
+    if (object && !changes.removals.isEmpty()) {
+        QStringList removed(changes.removals.begin(), changes.removals.end());
+        removed.sort();
+        for (auto it = removed.cbegin(); object && it != removed.cend(); ++it)
+            emit object->attributeRemoved(*it);
+    }
     if (object)
         emit object->attributesChanged(changes);
 }

@@ -3,6 +3,8 @@
 
 #include <QtCore/QtEndian>
 
+#include <cstring>
+
 namespace morvek {
 
 namespace {
@@ -42,46 +44,57 @@ public:
         return true;
     }
 
-    bool take(QByteArray *block, quint32 size)
+    /*! Takes \a size bytes, which stay where they are. */
+    bool take(const char **bytes, quint32 size)
     {
         if (quint64(m_end - m_next) < size)
             return false;
-        *block = QByteArray(m_next, int(size));
+        *bytes = m_next;
         m_next += size;
         return true;
     }
 
-    bool take(QByteArray *block)
+    bool take(QString *name)
     {
         quint32 size = 0;
-        return take(&size) && take(block, size);
+        const char *utf8 = nullptr;
+        if (!take(&size) || !take(&utf8, size))
+            return false;
+        *name = QString::fromUtf8(utf8, int(size));
+        return true;
     }
 
     bool take(ZopVariant *value)
     {
         quint32 size = 0;
-        QByteArray bytes;
-        QByteArray encoding;
+        quint32 encodingSize = 0;
+        const char *bytes = nullptr;
+        const char *encoding = nullptr;
         if (!take(&size))
             return false;
         if (size == NoValue)
             return true;
-        if (!take(&bytes, size) || !take(&encoding))
+        if (!take(&bytes, size) || !take(&encodingSize) || !take(&encoding, encodingSize))
             return false;
-        *value = ZopVariant(bytes, encoding);
+        *value = ZopVariant(QByteArray(bytes, int(size)), encodingOf(encoding, int(encodingSize)));
         return true;
     }
 
 private:
+    /*! The usual ones are shared by all values. */
+    static QByteArray encodingOf(const char *name, int size)
+    {
+        for (const QByteArray &usual :
+             {QByteArrayLiteral("text"), QByteArrayLiteral("number"), QByteArrayLiteral("json")}) {
+            if (usual.size() == size && std::memcmp(usual.constData(), name, size_t(size)) == 0)
+                return usual;
+        }
+        return QByteArray(name, size);
+    }
+
     const char *m_next;
     const char *m_end;
 };
-
-/*! All of \a utf8; the overload for a QByteArray would stop at a zero. */
-QString textOf(const QByteArray &utf8)
-{
-    return QString::fromUtf8(utf8.constData(), utf8.size());
-}
 
 } // namespace
 
@@ -119,7 +132,7 @@ bool decodeChangeset(const QByteArray &bytes, ZopChangeset *changes)
 {
     *changes = ZopChangeset();
     Unpacker unpacker(bytes);
-    QByteArray name;
+    QString name;
     quint32 count = 0;
     if (!unpacker.take(&count))
         return false;
@@ -127,12 +140,12 @@ bool decodeChangeset(const QByteArray &bytes, ZopChangeset *changes)
         ZopVariant value;
         if (!unpacker.take(&name) || !unpacker.take(&value))
             return false;
-        changes->assignments.insert(textOf(name), value);
+        changes->assignments.insert(changes->assignments.cend(), name, value); // they come in order, as a rule
     }
     while (!unpacker.isAtEnd()) {
         if (!unpacker.take(&name))
             return false;
-        changes->removals.insert(textOf(name));
+        changes->removals.insert(name);
     }
     return true;
 }

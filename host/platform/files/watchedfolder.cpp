@@ -102,11 +102,11 @@ void WatchedFolder::remove(const QByteArray &name, FolderListener *listener)
 void WatchedFolder::tell(const QByteArray &name, Event event) const
 {
     // Copies, as a listener may come or go meanwhile, and this folder with the last one.
-    const Listeners ofEntry = m_listeners.value(name);
-    const Listeners ofAll = m_listeners.value(QByteArray());
-    for (const QPointer<FolderListener> &listener : ofEntry + ofAll) {
-        if (listener)
-            listener->entryChanged(name, event);
+    for (const Listeners &listeners : {m_listeners.value(name), m_listeners.value(QByteArray())}) {
+        for (const QPointer<FolderListener> &listener : listeners) {
+            if (listener)
+                listener->entryChanged(name, event);
+        }
     }
 }
 

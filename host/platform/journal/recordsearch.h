@@ -27,7 +27,11 @@ public:
 
     /*! Looks at what is in \a file from the offset \a from on, and ends before \a limit. */
     void start(int file, quint64 marker, qint64 from, qint64 limit = std::numeric_limits<qint64>::max());
-    void stop() { *this = RecordSearch(); }
+    void stop()
+    {
+        if (isActive())
+            *this = RecordSearch();
+    }
     bool isActive() const { return m_file != -1; }
 
     /*! A piece of the work, of which the amount is added to \a work. */
