@@ -211,10 +211,10 @@ bool FileWatcher::open()
     return true;
 }
 
-void FileWatcher::tellAppearances()
+bool FileWatcher::tellAppearances()
 {
     if (!m_notifier || m_holding)
-        return;
+        return false;
     const std::shared_ptr<FileWatcher> kept = weak_from_this().lock();
     if (m_events.size() < MostEvents)
         fetchEvents();
@@ -222,13 +222,14 @@ void FileWatcher::tellAppearances()
     // A copy, as a slot may run an event loop that handles events. They are handled in their turn all the same: whoever
     // watches names knows which ones it has told of.
     if (m_events.empty())
-        return;
+        return true;
     const std::deque<RawEvent> events = m_events;
     for (const RawEvent &event : events) {
         WatchedFolder *folder = m_watches.value(event.watch);
         if (folder && event.mask & (IN_CREATE | IN_MOVED_TO))
             folder->tellOfNames(event.name, FolderListener::Appeared);
     }
+    return false;
 }
 
 /*! Handles what has been read from the event loop, unless that is done anyway. */

@@ -74,9 +74,9 @@ public:
 
     /*!
      * Tells of the objects that have come by now: what was just read from a file, and is told next, may speak of them.
-     * Whoever calls it may be gone afterwards.
+     * Whoever calls it may be gone afterwards. True when nothing at all has happened that was not told before.
      */
-    void tellAppearances();
+    bool tellAppearances();
     /*! Whether other folders have taken the places of watched ones. */
     bool hasExchanged() const;
     /*! Looks at these folders. Whoever calls it may be gone afterwards. */

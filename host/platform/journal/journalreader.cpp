@@ -65,6 +65,12 @@ void Reader::adopt(const ZopPath &path, FileDescriptor file, const Header &heade
     m_offset = from;
 }
 
+bool Reader::isBeingWritten() const
+{
+    struct flock lock = lockOn(WritersByte, F_WRLCK);
+    return fcntl(m_file.get(), F_OFD_GETLK, &lock) != 0 || lock.l_type != F_UNLCK;
+}
+
 bool Reader::next(Record *record)
 {
     while (!nextOfRead(record)) {

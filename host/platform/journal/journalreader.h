@@ -53,8 +53,12 @@ public:
     /*! The same in two steps: the next of what has been read of the file, and a piece of reading on. */
     bool nextOfRead(Record *record);
     bool readOn();
-    /*! Whether some of what was read, or can be, has not been handed out yet. */
-    bool hasMore() const { return m_position < m_buffer.size() || !m_isAtEnd || m_search.isActive(); }
+    /*! Whether some of what was read has not been handed out yet. */
+    bool hasRead() const { return m_position < m_buffer.size(); }
+    /*! The same, or whether some can be read. */
+    bool hasMore() const { return hasRead() || !m_isAtEnd || m_search.isActive(); }
+    /*! Whether somebody writes an update just now, or did when this was called. */
+    bool isBeingWritten() const;
     /*! Whether too much of the file was no record: the rest of it is not read. */
     bool isMalformed() const { return m_isMalformed; }
     /*! Goes back to the first record, which holds the whole state as it was when the file was made. */

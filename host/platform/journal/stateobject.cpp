@@ -117,6 +117,7 @@ void StateObject::refresh()
     if (!open(&m_reader) && !m_isBehind)
         m_reader.close();
     m_toldFrom = 0;
+    m_isInStep = false;
     m_folding = NotFolding;
     const bool isSame = m_reader.isOpen() && m_reader.identity().incarnation == incarnation;
     if (wasThere && !isSame && !tellState({}))
@@ -151,6 +152,7 @@ void StateObject::folderChanged()
 /*! Tells what the file holds, and goes on to the one that has taken its place, if any. */
 void StateObject::follow()
 {
+    m_isInStep = false;
     while (drain()) {
         if (m_folding == NotFolding && m_reader.isOpen() && m_reader.isCurrent())
             return;
@@ -191,6 +193,20 @@ bool StateObject::hasHadItsTurn()
     return m_isAwake && (m_toldInTurn == RecordsPerTurn || m_workInTurn > WorkPerTurn);
 }
 
+/*!
+ * Tells of objects that have come before what has been read was written. There can be none when each event so far was
+ * that of one update: the creations that came before the update came before its event, too.
+ */
+void StateObject::tellAppearances()
+{
+    m_hasLooked = true;
+    const QPointer<StateObject> guard(this);
+    const bool isBeingWritten = m_reader.isBeingWritten(); // then its event may come later
+    const bool isQuiet = m_watcher->tellAppearances();
+    if (guard)
+        m_isInStep = isQuiet && !isBeingWritten;
+}
+
 /*! Tells what has been appended; false when there may be more, or this object is gone. */
 bool StateObject::drain()
 {
@@ -199,11 +215,18 @@ bool StateObject::drain()
     if (m_folding == WhatIsThere)
         return fold() && tellState(std::exchange(m_folded, {}));
     const QPointer<StateObject> guard(this);
+    int steps = 0;
     Journal::Record record;
     while (guard && m_reader.isOpen()) {
         if (hasHadItsTurn()) {
             followLater();
             return false;
+        }
+        // What was read at once after the event is the update that the event is of.
+        const bool isExpected = m_isInStep && steps == 1;
+        if (m_isAwake && m_reader.hasRead() && !m_hasLooked && !isExpected) {
+            tellAppearances();
+            continue;
         }
         const qint64 work = m_reader.work();
         const bool isThere = m_reader.nextOfRead(&record);
@@ -211,8 +234,8 @@ bool StateObject::drain()
         m_workInTurn += m_reader.work() - work;
         if (!goesOn)
             return true;
-        if (!isThere && m_isAwake)
-            m_watcher->tellAppearances();
+        ++steps;
+        m_hasLooked = m_hasLooked && isThere;
         if (!isThere || record.end <= m_toldFrom)
             continue;
         apply(record.changes, &m_values);

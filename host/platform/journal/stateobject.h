@@ -47,6 +47,7 @@ private:
     void follow();
     void followLater();
     bool hasHadItsTurn();
+    void tellAppearances();
     bool drain();
     void startFolding(Folding folding);
     bool fold();
@@ -68,6 +69,8 @@ private:
     quint64 m_turn = 0;    // of the event loop, in which so much was told and read:
     int m_toldInTurn = 0;
     qint64 m_workInTurn = 0;
+    bool m_isInStep = false; // the next event is that of an update which has not been read yet
+    bool m_hasLooked = false; // for objects that what has been read may speak of
     bool m_followsLater = false;
     bool m_renewsFirst = false; // looks at folders that others have taken the places of before it goes on
     bool m_isBehind = false;    // the path names another file, which could not be opened yet
