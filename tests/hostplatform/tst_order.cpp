@@ -18,6 +18,8 @@ private Q_SLOTS:
     void init();
 
     void anObjectIsAnnouncedBeforeWhatIsSaidOfIt();
+    void soItIsAfterUpdatesThatCameOneByOne_data();
+    void soItIsAfterUpdatesThatCameOneByOne();
     void goingAndComingAgainAreToldInOrder();
     void theLastUpdateOfAnObjectComesBeforeItsEnd();
     void theReaderMayBeDeletedByAnAnnouncement();
@@ -66,6 +68,56 @@ void OrderTest::anObjectIsAnnouncedBeforeWhatIsSaidOfIt()
     QVERIFY(publish(testPath("all/third"), QString()));
     QVERIFY(waitUntil([this] { return m_told.contains(QStringLiteral("+third")); }));
     QCOMPARE(m_told.count(QStringLiteral("+second")), 1);
+}
+
+void OrderTest::soItIsAfterUpdatesThatCameOneByOne_data()
+{
+    QTest::addColumn<int>("updates");
+    for (const int updates : {0, 1, 2, 3})
+        QTest::addRow("after %d", updates) << updates;
+}
+
+/*! Each update is written, with the object that it speaks of, while something is told that was written before. */
+void OrderTest::soItIsAfterUpdatesThatCameOneByOne()
+{
+    QFETCH(int, updates);
+    const QString place = testFolder() + QString::number(updates);
+    QVERIFY(publish(place + QStringLiteral("/bell"), QString()));
+    QVERIFY(publish(place + QStringLiteral("/status"), QString()));
+    QVERIFY(publish(place + QStringLiteral("/all/0"), QString()));
+    ZopObject bell(place + QStringLiteral("/bell"), ZopObject::Subscribe, false);
+    ZopObject status(place + QStringLiteral("/status"), ZopObject::Subscribe, false);
+    ZopDirWatcher watcher(place + QStringLiteral("/all"));
+    watcher.setNameCacheEnabled(true);
+    follow(&status, "");
+    follow(&watcher);
+    for (int n = 1; n <= updates; ++n) {
+        QVERIFY(set(place + QStringLiteral("/status"), QStringLiteral("n=%1").arg(n)));
+        QVERIFY(waitUntil([&] { return m_told.contains(QStringLiteral("{n=%1}").arg(n)); }));
+    }
+    m_told.clear();
+
+    int created = 0;
+    const auto speakOfAnother = [&] {
+        const QString name = QString::number(++created);
+        publish(place + QStringLiteral("/all/") + name, QString());
+        set(place + QStringLiteral("/status"), QStringLiteral("speaksof=") + name);
+    };
+    connect(&bell, &ZopObject::attributesChanged, this, speakOfAnother);
+    connect(&status, &ZopObject::attributesChanged, this, [&] {
+        if (created < 4)
+            speakOfAnother();
+    });
+    QVERIFY(set(place + QStringLiteral("/bell"), QStringLiteral("rings=1")));
+    QVERIFY(set(place + QStringLiteral("/status"), QStringLiteral("speaksof=0")));
+    QVERIFY(waitUntil([this] { return m_told.size() == 9; }));
+    // An object may be announced earlier than it has to be.
+    for (int n = 1; n <= 4; ++n)
+        QVERIFY2(m_told.indexOf(QStringLiteral("+%1").arg(n)) < m_told.indexOf(QStringLiteral("{speaksof=%1}").arg(n)),
+                 qPrintable(m_told.join(QLatin1Char(' '))));
+    QCOMPARE(m_told.filter(QStringLiteral("speaksof")),
+             QStringList({"{speaksof=0}", "{speaksof=1}", "{speaksof=2}", "{speaksof=3}", "{speaksof=4}"}));
+    QCOMPARE(m_told.filter(QStringLiteral("+")), QStringList({"+1", "+2", "+3", "+4"}));
 }
 
 void OrderTest::goingAndComingAgainAreToldInOrder()
