@@ -203,9 +203,10 @@ bool Writer::append(const ZopPath &path, const ZopChangeset &changes, QString *e
     const bool done = fits(path, changes, record.size(), end, error) && write(record, size, error);
     if (done)
         m_size = end;
-    if (done && end > m_replaceAt && replace(path)) {
-        m_state.reset();
-        m_file.reset();
+    m_hasReplaced = done && end > m_replaceAt && replace(path);
+    if (m_hasReplaced) {
+        QString ignored; // the next update tells what hinders it
+        open(path, &ignored);
         return true;
     }
     if (end <= MostBehind)

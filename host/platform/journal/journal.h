@@ -53,7 +53,7 @@ public:
     /*! Appends \a changes as one record, or nothing at all. */
     bool append(const ZopPath &path, const ZopChangeset &changes, QString *error);
     /*! Whether the last update was the last one of its generation. */
-    bool hasReplaced() const { return !m_file.isOpen(); }
+    bool hasReplaced() const { return m_hasReplaced; }
     /*! Whether something that this writer has written was cut off. */
     bool hasLost(const ZopPath &path) const;
     /*!
@@ -78,6 +78,7 @@ private:
     Header m_header = {};
     qint64 m_size = 0; // of the file behind the last record of this writer
     qint64 m_replaceAt = 0;
+    bool m_hasReplaced = false;
     quint64 m_expected = 0; // no incarnation in particular
     quint64 m_number;
     std::unique_ptr<FoldedState> m_state; // while the file is so large that it matters
