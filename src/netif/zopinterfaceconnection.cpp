@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "zopinterfaceconnection_p.h"
 
+#include "dottedquad_p.h"
 #include "networklog_p.h"
 #include "zopobject.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QPointer>
-#include <QtCore/QRegularExpression>
-#include <QtCore/QStringList>
 
 namespace morvek {
 
@@ -48,6 +47,13 @@ const struct
 QHostAddress parseAddress(const QString &text)
 {
     return text.contains(QChar(0)) ? QHostAddress() : QHostAddress(text);
+}
+
+/*! What stands in \a text from \a from to the next slash; nothing behind the end. */
+QString partAt(const QString &text, int from)
+{
+    const int slash = text.indexOf(QLatin1Char('/'), from);
+    return text.mid(from, slash == -1 ? -1 : slash - from);
 }
 
 } // namespace
@@ -183,14 +189,13 @@ void NetworkInterfaceProviderZop::ZopInterfaceConnection::setVirtual(const QStri
 
 void findIpNetmask(const QJsonArray &addresses, QString &ip, QString &netmask)
 {
-    static const QRegularExpression dottedQuad(QStringLiteral("\\b(?:(?:25[0-5]|2[0-4][0-9]|[01]?[0-9][0-9]?)\\.){3}"
-                                                              "(?:25[0-5]|2[0-4][0-9]|[01]?[0-9][0-9]?)\\b"));
     for (const QJsonValue &address : addresses) {
-        const QStringList parts = address.toString().split(QLatin1Char('/'));
-        if (!dottedQuad.match(parts.first()).hasMatch())
+        const QString text = address.toString();
+        const QString first = partAt(text, 0);
+        if (!holdsDottedQuad(first))
             continue;
-        ip = parts.first();
-        netmask = parts.value(1);
+        ip = first;
+        netmask = partAt(text, first.size() + 1);
     }
 }
 

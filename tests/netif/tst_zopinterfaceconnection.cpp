@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "dottedquad_p.h"
 #include "logcapture.h"
 #include "metaobject.h"
 #include "networkingdaemon.h"
 #include "zopinterfaceconnection_p.h"
 
 #include <QtCore/QJsonDocument>
+#include <QtCore/QRandomGenerator>
+#include <QtCore/QRegularExpression>
 #include <QtTest/QtTest>
 
 #include <memory>
@@ -105,6 +108,7 @@ private Q_SLOTS:
     void mode();
     void findsAddress_data();
     void findsAddress();
+    void findsWhatTheExpressionFinds();
     void leavesArgumentsAloneWithoutAnAddress();
     void ip4_data();
     void ip4();
@@ -335,6 +339,36 @@ void TestZopInterfaceConnection::findsAddress_data()
     row("other types beside", R"([1,"10.0.0.5/255.0.0.0",null])", "10.0.0.5", "255.0.0.0");
     row("embedded zero", R"(["10.0.0.5\u0000/255.0.0.0\u0000"])", nullptr, nullptr);
     row("lone surrogate", R"(["10.0.0.5\ud800/255.0.0.0"])", "", "");
+    row("lone surrogate far behind", R"(["10.0.0.5 - \ud800x/255.0.0.0"])", "", "");
+    row("lone surrogate in front", R"(["\udc00 10.0.0.5/255.0.0.0"])", "", "");
+    row("whole pair", R"(["\ud83d\ude9710.0.0.5\ud83d\ude97/8"])",
+        "\xf0\x9f\x9a\x97"
+        "10.0.0.5\xf0\x9f\x9a\x97",
+        "8");
+    row("letters outside ASCII", R"(["\u00e910.0.0.5\u00e9/8"])",
+        "\xc3\xa9"
+        "10.0.0.5\xc3\xa9",
+        "8");
+    row("digits outside ASCII", R"(["\u066110.0.0.5\uff15/8"])",
+        "\xd9\xa1"
+        "10.0.0.5\xef\xbc\x95",
+        "8");
+    row("digit outside ASCII within", R"(["10.0.0\u0661.5/8"])", "", "");
+    row("underscore in front", R"(["_10.0.0.5/8"])", "", "");
+    row("underscore behind", R"(["10.0.0.5_/8"])", "", "");
+    row("a and Z around", R"(["a10.0.0.5 10.0.0.6Z/8"])", "", "");
+    row("A and z around", R"(["A10.0.0.5 10.0.0.6z/8"])", "", "");
+    row("next to the letters", R"(["@10.0.0.5[/8"])", "@10.0.0.5[", "8");
+    row("next to the small letters", R"(["`10.0.0.5{/8"])", "`10.0.0.5{", "8");
+    row("colon behind", R"(["10.0.0.5:/8"])", "10.0.0.5:", "8");
+    row("dots around", R"([".10.0.0.5./8"])", ".10.0.0.5.", "8");
+    row("two dots", R"(["10..0.0.5/8"])", "", "");
+    row("dot at the end", R"(["10.0.5./8"])", "", "");
+    row("behind a number too large", R"(["256.1.2.3.4/8"])", "256.1.2.3.4", "8");
+    row("before a number too large", R"(["1.2.3.4.256/8"])", "1.2.3.4.256", "8");
+    row("four digits in front", R"(["1000.0.0.5/8"])", "", "");
+    row("four zeros", R"(["0000.0.0.5/8"])", "", "");
+    row("the second one", R"(["10.0.0.256 10.0.0.5/8"])", "10.0.0.256 10.0.0.5", "8");
     row("nothing", "[]", "", "");
 }
 
@@ -351,6 +385,26 @@ void TestZopInterfaceConnection::findsAddress()
     }
     QTEST(ip, "ip");
     QTEST(netmask, "netmask");
+}
+
+// The daemon's lists have always been searched with this expression.
+void TestZopInterfaceConnection::findsWhatTheExpressionFinds()
+{
+    const QRegularExpression expression(QStringLiteral("\\b(?:(?:25[0-5]|2[0-4][0-9]|[01]?[0-9][0-9]?)\\.){3}"
+                                                       "(?:25[0-5]|2[0-4][0-9]|[01]?[0-9][0-9]?)\\b"));
+    const QString pieces = QStringLiteral("0123456789............0125 _aZ-") + QChar(0) + QChar(0xe9) + QChar(0x661)
+        + QChar(0xd83d) + QChar(0xde97);
+    QRandomGenerator random(1);
+    int found = 0;
+    for (int i = 0; i < 20000; ++i) {
+        QString text = i % 2 ? QStringLiteral("10.0.0.5") : QString();
+        for (int more = random.bounded(12); more > 0; --more)
+            text.insert(random.bounded(text.size() + 1), pieces.at(random.bounded(pieces.size())));
+        const bool expected = expression.match(text).hasMatch();
+        QVERIFY2(holdsDottedQuad(text) == expected, qPrintable(text));
+        found += expected;
+    }
+    QVERIFY(found > 1000 && found < 19000);
 }
 
 void TestZopInterfaceConnection::leavesArgumentsAloneWithoutAnAddress()
