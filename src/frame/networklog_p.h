@@ -74,10 +74,15 @@ void printWarning(Pieces &&...pieces)
         KrelLogger().warning(MessageCode, "%s", printedLine(pieces...).constData());
 }
 
+inline bool writesDebug1()
+{
+    return KrelLogger::getVerbosity() >= 6;
+}
+
 template<typename... Pieces>
 void debug1(Pieces &&...pieces)
 {
-    if (KrelLogger::getVerbosity() >= 6)
+    if (writesDebug1())
         write(KrelLogger().debug1(MessageCode), pieces...);
 }
 

@@ -243,11 +243,14 @@ void NetworkInterfaceProviderZop::onZopNetworkingInterfaceAdded(const QString &n
     // A name that is announced again leaves its earlier connection to the end of the interface, but nothing else.
     if (ZopInterfaceConnection *earlier = interfaceConnections.value(name)) {
         m_supersededConnections.insert(name, earlier);
+        m_virtualConnections.remove(earlier->linkedParent, earlier);
         if (preferredConnection == earlier)
             preferredConnection = connection;
     }
     interfaceConnections.insert(name, made.release());
-    updateParentInterfaces();
+    if (connection->interfaceData->isVirtual)
+        linkNamedParent(connection);
+    linkChildren(name);
     emit interfaceAdded(*connection->interfaceData);
 }
 
@@ -264,7 +267,8 @@ void NetworkInterfaceProviderZop::onZopNetworkingInterfaceRemoved(const QString 
     m_supersededConnections.remove(name);
     if (preferredConnection == known)
         preferredConnection = nullptr;
-    updateParentInterfaces();
+    m_virtualConnections.remove(known->linkedParent, known);
+    linkChildren(name);
     emit interfaceRemoved(*known->interfaceData);
     for (const QPointer<ZopInterfaceConnection> &connection : qAsConst(ended)) {
         if (connection)
@@ -274,16 +278,45 @@ void NetworkInterfaceProviderZop::onZopNetworkingInterfaceRemoved(const QString 
 
 void NetworkInterfaceProviderZop::updateParentInterfaces()
 {
+    m_virtualConnections.clear();
+    m_parentNamesChanged = false;
     for (ZopInterfaceConnection *connection : qAsConst(interfaceConnections)) {
         NetworkInterfaceData &record = *connection->interfaceData;
         if (!record.isVirtual)
             continue;
-        const QString parentName = connection->parentInterface();
-        ZopInterfaceConnection *parent = interfaceConnections.value(parentName);
-        record.parent = parent ? parent->interfaceData.get() : nullptr;
-        if (!parent)
-            NetworkLog::debug1(ParentInterfaceText, record.name, ParentNameText, parentName, UnknownParentText);
+        linkNamedParent(connection);
+        if (!record.parent)
+            NetworkLog::debug1(ParentInterfaceText, record.name, ParentNameText, connection->linkedParent,
+                               UnknownParentText);
     }
+}
+
+/*!
+ * Does what updateParentInterfaces() does after the interface \a name has come or gone. Only a walk that logs, or has
+ * names to read anew, looks at all interfaces: thousands may come one after the other.
+ */
+void NetworkInterfaceProviderZop::linkChildren(const QString &name)
+{
+    if (m_parentNamesChanged || NetworkLog::writesDebug1()) {
+        updateParentInterfaces();
+        return;
+    }
+    const QList<ZopInterfaceConnection *> children = m_virtualConnections.values(name);
+    for (ZopInterfaceConnection *child : children)
+        linkParent(child);
+}
+
+void NetworkInterfaceProviderZop::linkNamedParent(ZopInterfaceConnection *connection)
+{
+    connection->linkedParent = connection->parentInterface();
+    m_virtualConnections.insert(connection->linkedParent, connection);
+    linkParent(connection);
+}
+
+void NetworkInterfaceProviderZop::linkParent(ZopInterfaceConnection *connection)
+{
+    const ZopInterfaceConnection *parent = interfaceConnections.value(connection->linkedParent);
+    connection->interfaceData->parent = parent ? parent->interfaceData.get() : nullptr;
 }
 
 void NetworkInterfaceProviderZop::onZopNetworkingStatusPublicAttributeChanged(const QString &name,

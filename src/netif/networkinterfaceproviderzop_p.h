@@ -5,6 +5,7 @@
 #include "networkinterfaceprovider_p.h"
 #include "zopvariant.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QMap>
 #include <QtCore/QPointer>
 
@@ -45,6 +46,9 @@ public:
     /*! Sends "net_disconnected", and returns the command's identifier. */
     int disconnectInterface(ZopInterfaceConnection *connection);
 
+    /*! Notes that virtual interfaces may name other parents than when they were linked last. */
+    void noteParentNames() { m_parentNamesChanged = true; }
+
 public Q_SLOTS:
     void onZopNetworkingStatusPublicAttributeChanged(const QString &name, const morvek::ZopVariant &value);
     void onZopNetworkingInterfaceAdded(const QString &name);
@@ -83,6 +87,9 @@ private:
     bool openStatusObject();
     bool openControlObject();
     void endConnection(ZopInterfaceConnection *connection);
+    void linkChildren(const QString &name);
+    void linkNamedParent(ZopInterfaceConnection *connection);
+    void linkParent(ZopInterfaceConnection *connection);
     void setPreferredInterface(const QString &name);
     void setPriorities(const QJsonArray &names);
 
@@ -103,6 +110,8 @@ private:
     ZopDirWatcher *interfacesWatcher = nullptr;
     QMap<QString, ZopInterfaceConnection *> interfaceConnections;
     ZopInterfaceConnection *preferredConnection = nullptr;
+    QMultiHash<QString, ZopInterfaceConnection *> m_virtualConnections; //!< by their linkedParent
+    bool m_parentNamesChanged = false;                                  //!< since those were read
     PendingRequests pendingRequests;
     AwaitedReleases m_awaitedReleases;
     QMultiMap<QString, ZopInterfaceConnection *> m_supersededConnections; //!< of names that were announced again

@@ -60,7 +60,8 @@ QString partAt(const QString &text, int from)
 
 NetworkInterfaceProviderZop::ZopInterfaceConnection::ZopInterfaceConnection(QObject *parent)
     : QObject(parent),
-      interfaceData(new NetworkInterfaceData)
+      interfaceData(new NetworkInterfaceData),
+      m_provider(qobject_cast<NetworkInterfaceProviderZop *>(parent))
 {
 }
 
@@ -93,6 +94,9 @@ void NetworkInterfaceProviderZop::ZopInterfaceConnection::onZopInterfaceAttribut
 {
     const QPointer<ZopInterfaceConnection> self(this);
     const QMap<QString, ZopVariant> assignments = changes.assignments;
+    // The object holds all of the update already, and what is told first may have all parents linked anew.
+    if (m_provider && (!changes.removals.isEmpty() || assignments.contains(ParentInterfaceAttribute)))
+        m_provider->noteParentNames();
     bool changed = false;
     for (auto it = assignments.begin(); self && it != assignments.end(); ++it) {
         if (it.key() == ConnectedAttribute)

@@ -25,6 +25,7 @@ class NetworkInterfaceProviderZop::ZopInterfaceConnection : public QObject
     Q_OBJECT
 
 public:
+    /*! A provider, as \a parent, hears of what may change the names of parents. */
     explicit ZopInterfaceConnection(QObject *parent);
     ~ZopInterfaceConnection() override;
 
@@ -41,6 +42,7 @@ public:
 
     std::unique_ptr<NetworkInterfaceData> interfaceData;
     ZopObject *zopObject = nullptr;
+    QString linkedParent; //!< what parentInterface() was when the provider linked it last
 
 Q_SIGNALS:
     void interfaceAttributesChanged(const morvek::NetworkInterfaceData &data);
@@ -56,6 +58,8 @@ private:
     ZopVariant attribute(const QString &name) const;
     void applyConnected();
     bool applyAttribute(const QString &name, const ZopVariant &value);
+
+    NetworkInterfaceProviderZop *const m_provider;
 };
 
 /*! Picks the last IPv4 address of \a addresses, each written as address, slash and netmask. */

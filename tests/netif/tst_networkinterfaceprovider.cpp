@@ -7,6 +7,7 @@
 #include "providerevents.h"
 #include "textlines.h"
 
+#include <QtCore/QRandomGenerator>
 #include <QtTest/QtTest>
 
 #include <functional>
@@ -44,6 +45,52 @@ QString parentName(const NetworkInterfaceProvider &provider, const char *name)
 {
     const NetworkInterfaceData child = record(provider, name);
     return child.parent ? child.parent->name : QString();
+}
+
+/*! Every interface with its parent. */
+QString links(const NetworkInterfaceProvider &provider)
+{
+    QStringList links;
+    for (const QString &name : names(provider))
+        links.append(name + QLatin1Char('>') + parentName(provider, qPrintable(name)));
+    return links.join(QLatin1Char(' '));
+}
+
+/*! How the interfaces of a busy daemon stand on each other, after each of its steps and while it is told. */
+QStringList linksOfManySteps()
+{
+    ZopDouble::reset();
+    start();
+    NetworkInterfaceProviderZop provider;
+    QStringList seen;
+    const auto look = [&] { seen.append(links(provider)); };
+    const QList<QByteArray> names {"a", "b", "c", "d", "within"};
+    QRandomGenerator random(1);
+    const auto any = [&] { return names.at(random.bounded(names.size())).constData(); };
+    const auto one = [&] { return names.at(random.bounded(4)).constData(); };
+    for (const auto signal : {&NetworkInterfaceProvider::interfaceAdded, &NetworkInterfaceProvider::interfaceRemoved})
+        QObject::connect(&provider, signal, look);
+    QObject::connect(&provider, &NetworkInterfaceProvider::interfaceConnected, [&](const NetworkInterfaceData &data) {
+        look();
+        if (data.name == QLatin1String("within"))
+            return;
+        removeInterface("within");
+        addInterface("within", standingOn(any()));
+    });
+    const QList<std::function<void()>> steps {
+        [&] { addInterface(one(), standingOn(any())); },
+        [&] { addInterface(one(), wired()); },
+        [&] { removeInterface(one()); },
+        [&] { change(one(), "parent_interface", text(random.bounded(4) ? any() : "")); },
+        [&] { ZopDouble::publish(interfacePath(QLatin1String(one())), {}, {QStringLiteral("parent_interface")}); },
+        [&] { ZopDouble::publish(interfacePath(QLatin1String(one())), standingOn(any())); },
+        [&] { ZopDouble::announce(interfaces(), QLatin1String(one())); },
+    };
+    for (int i = 0; i < 500; ++i) {
+        steps.at(random.bounded(steps.size()))();
+        look();
+    }
+    return seen;
 }
 
 } // namespace
@@ -87,6 +134,9 @@ private Q_SLOTS:
     void physicalKeepsItsParent();
     void parentsInACircle();
     void parentNamesItself();
+    void withdrawnParentIsLeftAtTheNextAddition();
+    void slotsSeeTheParentsOfTheWholeUpdate();
+    void parentsAreTheSameInSilence();
 
     void preferredInterface();
     void preferredInterfaceUnknown();
@@ -625,6 +675,49 @@ void TestNetworkInterfaceProvider::parentNamesItself()
     QVERIFY(held == record(provider, "vl0"));
     removeInterface("vl0");
     QVERIFY(!held.parent);
+}
+
+void TestNetworkInterfaceProvider::withdrawnParentIsLeftAtTheNextAddition()
+{
+    start();
+    NetworkInterfaceProviderZop provider;
+    addInterface("en0", wired());
+    addInterface("vl0", standingOn("en0"));
+    ZopDouble::publish(interfacePath(QStringLiteral("vl0")), {}, {QStringLiteral("parent_interface")});
+    QCOMPARE(links(provider), QStringLiteral("en0> vl0>en0"));
+    addInterface("en1", wired());
+    QCOMPARE(links(provider), QStringLiteral("en0> en1> vl0>"));
+}
+
+// The notice of the connection comes first, when the record does not know the new parent yet.
+void TestNetworkInterfaceProvider::slotsSeeTheParentsOfTheWholeUpdate()
+{
+    start();
+    NetworkInterfaceProviderZop provider;
+    addInterface("en0", wired());
+    addInterface("en1", wired());
+    addInterface("vl0", standingOn("en0"));
+    QStringList seen;
+    connect(&provider, &NetworkInterfaceProvider::interfaceConnected, [&] {
+        seen.append(links(provider));
+        addInterface("en2", wired());
+        seen.append(links(provider));
+    });
+    ZopDouble::publish(interfacePath(QStringLiteral("vl0")), standingOn("en1"));
+    QCOMPARE(seen, lines({"en0> en1> vl0>en0", "en0> en1> en2> vl0>en1"}));
+    QCOMPARE(links(provider), QStringLiteral("en0> en1> en2> vl0>en1"));
+}
+
+// Where each walk is logged, all interfaces are looked at.
+void TestNetworkInterfaceProvider::parentsAreTheSameInSilence()
+{
+    LogCapture log(6);
+    const QStringList logged = linksOfManySteps();
+    QVERIFY(log.take().size() > 1000);
+    KrelLogger::setVerbosity(5);
+    const QStringList silent = linksOfManySteps();
+    QCOMPARE(silent, logged);
+    QVERIFY(log.take().filter(QStringLiteral("parent")).isEmpty());
 }
 
 void TestNetworkInterfaceProvider::preferredInterface()
