@@ -11,10 +11,17 @@
 #include "zopcontrolcommand.h"
 #include "zopdirwatcher.h"
 
+#include <QtCore/QCborArray>
+#include <QtCore/QCborMap>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QScopeGuard>
+#include <QtCore/QTextCodec>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace morvek {
 
@@ -108,42 +115,118 @@ WifiAccessPoint connectedAccessPointFrom(const QJsonObject &connection)
     return accessPoint;
 }
 
-WifiAccessPoint scannedAccessPoint(const QJsonObject &result)
+struct ScannedSecurity
 {
     QFlags<WifiSecurityProtocol> protocols;
     QFlags<WifiKeyManagementType> keyManagement;
     QFlags<WifiCipher> ciphers;
     WifiServiceSet serviceSet = WifiServiceSetIbss;
-    WifiProviderZopParserUtilities::parseScanResultFlags(result.value(QLatin1String("flags")).toArray(), protocols,
-                                                         keyManagement, ciphers, serviceSet);
-    WifiAccessPoint accessPoint;
-    accessPoint.setBssid(result.value(Bssid).toString());
-    accessPoint.setSsid(result.value(Ssid).toString());
-    accessPoint.setRssi(result.value(QLatin1String("signal_level")).toString().toInt());
-    accessPoint.setFrequency(result.value(QLatin1String("frequency")).toString().toUInt());
-    accessPoint.setSecurityProtocols(protocols);
-    accessPoint.setKeyManagementTypes(keyManagement);
-    accessPoint.setCiphers(ciphers);
-    accessPoint.setServiceSet(serviceSet);
-    return accessPoint;
+};
+
+/*! Reads the flags of one scan's results: the same ones once only, unless there is something to log in them. */
+class FlagsReader
+{
+public:
+    ScannedSecurity read(const QCborArray &flags)
+    {
+        const auto known =
+            std::find_if(m_known.begin(), m_known.end(), [&flags](const Known &one) { return one.first == flags; });
+        if (known != m_known.end())
+            return known->second;
+        ScannedSecurity security;
+        const bool isUnderstood = WifiProviderZopParserUtilities::parseScanResultFlags(
+            flags.toJsonArray(), security.protocols, security.keyManagement, security.ciphers, security.serviceSet);
+        if (isUnderstood && m_known.size() < MostKnown)
+            m_known.emplace_back(flags, security);
+        return security;
+    }
+
+private:
+    using Known = std::pair<QCborArray, ScannedSecurity>;
+    static constexpr size_t MostKnown = 8; // they are looked through for each result
+
+    std::vector<Known> m_known;
+};
+
+/*! The number that \a text is, when it is one to nine digits; else -1. */
+int shortNumber(QStringView text)
+{
+    constexpr int MostDigits = 9; // of which any fit
+    if (text.isEmpty() || text.size() > MostDigits)
+        return -1;
+    int number = 0;
+    for (const QChar digit : text) {
+        if (digit < QLatin1Char('0') || digit > QLatin1Char('9'))
+            return -1;
+        number = number * 10 + (digit.unicode() - '0');
+    }
+    return number;
 }
 
-QJsonArray scanResults(const ZopVariant &value)
+// Qt's conversions take longer than what else is done for a member of a result, so they only get what is unusual.
+
+int signalLevel(const QString &text)
 {
+    const bool isNegative = text.startsWith(QLatin1Char('-'));
+    const int number = shortNumber(QStringView(text).mid(isNegative));
+    if (number < 0)
+        return text.toInt();
+    return isNegative ? -number : number;
+}
+
+unsigned int frequency(const QString &text)
+{
+    const int number = shortNumber(text);
+    return number < 0 ? text.toUInt() : uint(number);
+}
+
+void writeAccessPoint(WifiAccessPoint *accessPoint, const QCborMap &result, FlagsReader *flags)
+{
+    const ScannedSecurity security = flags->read(result.value(QLatin1String("flags")).toArray());
+    accessPoint->setBssid(result.value(Bssid).toString());
+    accessPoint->setSsid(result.value(Ssid).toString());
+    accessPoint->setRssi(signalLevel(result.value(QLatin1String("signal_level")).toString()));
+    accessPoint->setFrequency(frequency(result.value(QLatin1String("frequency")).toString()));
+    accessPoint->setSecurityProtocols(security.protocols);
+    accessPoint->setKeyManagementTypes(security.keyManagement);
+    accessPoint->setCiphers(security.ciphers);
+    accessPoint->setServiceSet(security.serviceSet);
+}
+
+/*! Whether the text of \a value would be the same bytes in the local encoding, but for a mark of their order. */
+bool isLocalText(const ZopVariant &value)
+{
+    constexpr int Utf8Mib = 106;
+    // What is not UTF-8 has been replaced in the text; the parser lets some of it pass.
+    return QTextCodec::codecForLocale()->mibEnum() == Utf8Mib
+        && !value.toString().contains(QChar(QChar::ReplacementCharacter));
+}
+
+QJsonDocument scanResults(const ZopVariant &value)
+{
+    QJsonDocument document = isLocalText(value) ? value.toJson(nullptr) : QJsonDocument();
+    if (!document.isNull())
+        return document;
     QByteArray text = value.toString().toLocal8Bit();
     text.squeeze(); // the conversion takes room for the worst case
-    return QJsonDocument::fromJson(text).array();
+    return QJsonDocument::fromJson(text);
 }
 
-/*! Lets go of each result once it is read: thousands of them need not be held in two forms. */
+/*!
+ * Lets go of each result once it is read: thousands of them need not be held in two forms. They are read as what the
+ * JSON classes keep them in, as these take longer for each member.
+ */
 QList<WifiAccessPoint> scannedAccessPoints(const ZopVariant &value)
 {
-    QJsonArray results = scanResults(value);
+    QCborArray results = QCborArray::fromJsonArray(scanResults(value).array());
     QList<WifiAccessPoint> accessPoints;
-    accessPoints.reserve(results.size());
-    for (int i = 0; i < results.size(); ++i) {
-        accessPoints.append(scannedAccessPoint(results.at(i).toObject()));
-        results.replace(i, QJsonValue());
+    accessPoints.reserve(int(results.size()));
+    FlagsReader flags;
+    const WifiAccessPoint none;
+    for (QCborValueRef result : results) {
+        accessPoints.append(none);
+        writeAccessPoint(&accessPoints.last(), result.toMap(), &flags);
+        result = QCborValue();
     }
     return accessPoints;
 }

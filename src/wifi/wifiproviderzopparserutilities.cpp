@@ -71,14 +71,16 @@ const Token<QFlags<WifiCipher>> FlagCiphers[] = {
     {QLatin1String("TKIP+CCMP"), WifiCipherTkip | WifiCipherCcmp},
 };
 
-/*! Adds what one part of a flag names to \a set. */
+/*! Adds what one part of a flag names to \a set; false when it names nothing. */
 template<typename Table, typename Set>
-void addPart(const Table &table, QStringView part, const char *unknownText, Set &set)
+bool addPart(const Table &table, QStringView part, const char *unknownText, Set &set)
 {
-    if (const auto *token = find(table, part))
+    const auto *token = find(table, part);
+    if (token)
         set |= token->value;
     else
         NetworkLog::printError(unknownText, part, '"');
+    return token;
 }
 
 } // namespace
@@ -104,12 +106,13 @@ void WifiProviderZopParserUtilities::parseStatusCipher(const QString &value, QFl
         NetworkLog::printWarning(UnknownStatusCipherText, value, '"');
 }
 
-void WifiProviderZopParserUtilities::parseScanResultFlags(const QJsonArray &flags,
+bool WifiProviderZopParserUtilities::parseScanResultFlags(const QJsonArray &flags,
                                                           QFlags<WifiSecurityProtocol> &protocols,
                                                           QFlags<WifiKeyManagementType> &keyManagement,
                                                           QFlags<WifiCipher> &ciphers, WifiServiceSet &serviceSet)
 {
     serviceSet = WifiServiceSetIbss;
+    bool isUnderstood = true;
     for (const QJsonValue &element : flags) {
         const QString flag = element.toString();
         if (flag == QLatin1String("ESS")) {
@@ -125,14 +128,16 @@ void WifiProviderZopParserUtilities::parseScanResultFlags(const QJsonArray &flag
         } else if (flag.startsWith(QLatin1String("WPA"))) {
             if (flag.count(QLatin1Char('-')) != 2) {
                 NetworkLog::printError(UnreadableFlagText, flag, '"');
+                isUnderstood = false;
                 continue;
             }
             const QStringView text(flag);
             const int first = flag.indexOf(QLatin1Char('-'));
             const int last = flag.lastIndexOf(QLatin1Char('-'));
-            addPart(FlagProtocols, text.left(first), UnknownProtocolText, protocols);
-            addPart(FlagKeyManagements, text.mid(first + 1, last - first - 1), UnknownKeyManagementText, keyManagement);
-            addPart(FlagCiphers, text.mid(last + 1), UnknownCipherText, ciphers);
+            isUnderstood &= addPart(FlagProtocols, text.left(first), UnknownProtocolText, protocols);
+            isUnderstood &= addPart(FlagKeyManagements, text.mid(first + 1, last - first - 1), UnknownKeyManagementText,
+                                    keyManagement);
+            isUnderstood &= addPart(FlagCiphers, text.mid(last + 1), UnknownCipherText, ciphers);
         }
     }
     if (protocols == 0) {
@@ -140,6 +145,7 @@ void WifiProviderZopParserUtilities::parseScanResultFlags(const QJsonArray &flag
         keyManagement |= WifiKeyManagementNone;
         ciphers |= WifiCipherNone;
     }
+    return isUnderstood;
 }
 
 } // namespace morvek

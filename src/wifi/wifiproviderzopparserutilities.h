@@ -23,9 +23,10 @@ public:
     static void parseStatusCipher(const QString &value, QFlags<WifiCipher> &ciphers);
     /*!
      * Adds what the \a flags of a scan result name to the three sets, which the caller has cleared, and sets
-     * \a serviceSet. Flags that name no protocol are those of an open network.
+     * \a serviceSet. Flags that name no protocol are those of an open network. False when some were not understood,
+     * whether that was logged or not.
      */
-    static void parseScanResultFlags(const QJsonArray &flags, QFlags<WifiSecurityProtocol> &protocols,
+    static bool parseScanResultFlags(const QJsonArray &flags, QFlags<WifiSecurityProtocol> &protocols,
                                      QFlags<WifiKeyManagementType> &keyManagement, QFlags<WifiCipher> &ciphers,
                                      WifiServiceSet &serviceSet);
 };

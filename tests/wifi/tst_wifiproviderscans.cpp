@@ -42,6 +42,8 @@ private Q_SLOTS:
 
     void accessPoints_data();
     void accessPoints();
+    void unknownFlagsAreLoggedEachTime_data();
+    void unknownFlagsAreLoggedEachTime();
     void numbers_data();
     void numbers();
     void names_data();
@@ -112,6 +114,20 @@ void TestWifiProviderScans::accessPoints_data()
                         "2 }")},
         {"error 1300 Unrecognized access point flag key management: \"SAE\"",
          "error 1300 Unrecognized access point cipher: \"GCMP\""});
+    row("the same flags again",
+        R"([{"bssid":"a","flags":["WPA2-EAP-TKIP","ESS"]},{"bssid":"b","flags":["ESS"]},)"
+        R"({"bssid":"c","flags":["WPA2-EAP-TKIP","ESS"]},{"bssid":"d","flags":["ESS","WEP"]}])",
+        {QStringLiteral("a, ssid: , rssi: 0, frequency: 0, ciphers: 4, key management: 4, protocols: 8, service set: "
+                        "1 }"),
+         QStringLiteral("b, ssid: , rssi: 0, frequency: 0, ciphers: 1, key management: 1, protocols: 1, service set: "
+                        "1 }"),
+         QStringLiteral("c, ssid: , rssi: 0, frequency: 0, ciphers: 4, key management: 4, protocols: 8, service set: "
+                        "1 }"),
+         QStringLiteral("d, ssid: , rssi: 0, frequency: 0, ciphers: 1, key management: 1, protocols: 2, service set: "
+                        "1 }")});
+    row("byte order mark", "\xef\xbb\xbf[{\"bssid\":\"a\"}]", {unknown("a")});
+    row("two byte order marks", "\xef\xbb\xbf\xef\xbb\xbf[{\"bssid\":\"a\"}]", {unknown("a")});
+    row("three byte order marks", "\xef\xbb\xbf\xef\xbb\xbf\xef\xbb\xbf[{\"bssid\":\"a\"}]", {});
     row("spaces", " [ { \"bssid\" : \"a\" } ]\n", {unknown("a")});
 }
 
@@ -135,6 +151,32 @@ void TestWifiProviderScans::accessPoints()
     }
 }
 
+void TestWifiProviderScans::unknownFlagsAreLoggedEachTime_data()
+{
+    QTest::addColumn<QByteArray>("flag");
+    QTest::addColumn<QString>("line");
+    const auto row = [](const char *flag, const char *line) {
+        QTest::newRow(flag) << QByteArray(flag) << QString::fromLatin1(line);
+    };
+    row("WPA2-PSK", "error 1300 Unable to parse access point WPA flag \"WPA2-PSK\"");
+    row("WPA4-PSK-CCMP", "error 1300 Unrecognized access point flag security protocol: \"WPA4\"");
+    row("WPA2-SAE-CCMP", "error 1300 Unrecognized access point flag key management: \"SAE\"");
+    row("WPA2-PSK-GCMP", "error 1300 Unrecognized access point cipher: \"GCMP\"");
+}
+
+void TestWifiProviderScans::unknownFlagsAreLoggedEachTime()
+{
+    QFETCH(QByteArray, flag);
+    QFETCH(QString, line);
+    LogCapture log(2);
+    const WifiProviderFixture fixture;
+    const ScanPointer scan = fixture.scan();
+    const QByteArray result = "{\"flags\":[\"WPA-PSK-TKIP\",\"" + flag + "\",\"ESS\"]}";
+    change("scan_results", raw('[' + result + ',' + result + ']'));
+    QCOMPARE(log.take(), QStringList({line, line}));
+    QCOMPARE(scan->results().size(), 2);
+}
+
 void TestWifiProviderScans::numbers_data()
 {
     QTest::addColumn<QByteArray>("written");
@@ -150,11 +192,24 @@ void TestWifiProviderScans::numbers_data()
     QTest::newRow("smallest") << QByteArray("\"-2147483648\"") << -2147483647 - 1 << 0U;
     QTest::newRow("below") << QByteArray("\"-2147483649\"") << 0 << 0U;
     QTest::newRow("negative") << QByteArray("\"-1\"") << -1 << 0U;
-    for (const QByteArray &none :
-         {QByteArray("\"\""), QByteArray("\"many\""), QByteArray("\"5x\""), QByteArray("\"5.0\""),
-          QByteArray("\"5e1\""), QByteArray("\"0x10\""), QByteArray("\"1,000\""), QByteArray("\"5\\u0000\""),
-          QByteArray("\"\\u0665\""), QByteArray("5"), QByteArray("-5.5"), QByteArray("true"), QByteArray("[\"5\"]"),
-          '"' + QByteArray(100000, '9') + '"'})
+    QTest::newRow("one digit") << QByteArray("\"9\"") << 9 << 9U;
+    QTest::newRow("nine digits") << QByteArray("\"987654321\"") << 987654321 << 987654321U;
+    QTest::newRow("nine digits below zero") << QByteArray("\"-987654321\"") << -987654321 << 0U;
+    QTest::newRow("ten digits") << QByteArray("\"1000000000\"") << 1000000000 << 1000000000U;
+    QTest::newRow("many zeros") << QByteArray("\"0000000000012\"") << 12 << 12U;
+    QTest::newRow("plus") << QByteArray("\"+12\"") << 12 << 12U;
+    QTest::newRow("blanks") << QByteArray("\" 12 \"") << 12 << 12U;
+    QTest::newRow("blank before the minus") << QByteArray("\" -12\"") << -12 << 0U;
+    for (const QByteArray &none : {QByteArray("\"\""),        QByteArray("\"many\""),
+                                   QByteArray("\"5x\""),      QByteArray("\"5.0\""),
+                                   QByteArray("\"5e1\""),     QByteArray("\"-\""),
+                                   QByteArray("\"--5\""),     QByteArray("\"- 5\""),
+                                   QByteArray("\"5-\""),      QByteArray("\"/5\""),
+                                   QByteArray("\":5\""),      QByteArray("\"0x10\""),
+                                   QByteArray("\"1,000\""),   QByteArray("\"5\\u0000\""),
+                                   QByteArray("\"\\u0665\""), QByteArray("5"),
+                                   QByteArray("-5.5"),        QByteArray("true"),
+                                   QByteArray("[\"5\"]"),     '"' + QByteArray(100000, '9') + '"'})
         QTest::newRow(none.left(20)) << none << 0 << 0U;
 }
 
@@ -188,6 +243,10 @@ void TestWifiProviderScans::names_data()
     QTest::newRow("control characters") << QByteArray(R"(\n\u001b[2J)") << QStringLiteral("\n\x1b[2J");
     QTest::newRow("format") << QByteArray("%1%s%n") << QStringLiteral("%1%s%n");
     QTest::newRow("invalid UTF-8") << QByteArray("a\xff\xfe") << QStringLiteral("a") + QChar(0xfffd) + QChar(0xfffd);
+    QTest::newRow("raw zero byte") << QByteArray("a\0b", 3) << QStringLiteral("a") + QChar(0) + QStringLiteral("b");
+    QTest::newRow("replacement") << QByteArray("a\xef\xbf\xbd") << QStringLiteral("a") + QChar(0xfffd);
+    QTest::newRow("lone surrogate") << QByteArray(R"(a\ud83d)") << QStringLiteral("a") + QChar(0xd83d);
+    QTest::newRow("surrogate as UTF-8") << QByteArray("\xed\xa0\x80") << QString(3, QChar(0xfffd));
     QTest::newRow("huge") << QByteArray(2000000, 'a') << QString(2000000, QLatin1Char('a'));
 }
 
@@ -258,6 +317,8 @@ void TestWifiProviderScans::noResults_data()
     QTest::newRow("deep and cut off") << QByteArray(1000000, '[');
     QTest::newRow("invalid UTF-8") << QByteArray("\xff\xfe[]");
     QTest::newRow("zero byte") << QByteArray("[\0]", 3);
+    QTest::newRow("escaped invalid UTF-8") << QByteArray("[{\"bssid\":\"\\\xc3\"}]");
+    QTest::newRow("escaped outside ASCII") << QByteArray("[{\"bssid\":\"\\\xc3\xa9\"}]");
 }
 
 void TestWifiProviderScans::noResults()
