@@ -2,6 +2,7 @@
 #include "networkinterfaceproviderzop_p.h"
 
 #include "asyncnetworkinterfaceoperation.h"
+#include "jsontext_p.h"
 #include "networklog_p.h"
 #include "zopaccess_p.h"
 #include "zopcontrolcommand.h"
@@ -10,7 +11,6 @@
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
 #include <QtCore/QScopeGuard>
 
 #include <algorithm>
@@ -110,12 +110,6 @@ bool isComplete(const NetworkInterfaceConfig &config)
         && !gateways.isEmpty() && !gateways.first().isNull();
 }
 
-void insertAddress(QJsonObject &settings, const QString &key, const QHostAddress &address)
-{
-    if (!address.isNull())
-        settings.insert(key, address.toString());
-}
-
 /*! Null when \a config can be sent for \a networkInterface: what the caller holds counts, not what is known here. */
 const Refusal *refusal(const NetworkInterface &networkInterface, const NetworkInterfaceConfig &config)
 {
@@ -129,20 +123,41 @@ const Refusal *refusal(const NetworkInterface &networkInterface, const NetworkIn
     return nullptr;
 }
 
-QJsonObject connectSettings(const NetworkInterfaceConfig &config)
+void appendAddress(QString *json, QLatin1String key, const QHostAddress &address)
 {
-    QJsonObject settings {{QStringLiteral("manual6"), QStringLiteral("off")}};
-    const QString manual = QStringLiteral("manual");
-    if (config.type() == NetworkInterfaceConfig::Auto)
-        settings.insert(manual, QStringLiteral("no"));
-    if (config.type() != NetworkInterfaceConfig::Manual)
-        return settings;
-    settings.insert(manual, QStringLiteral("yes"));
-    const QNetworkAddressEntry address = config.ipAddresses().value(0);
-    insertAddress(settings, QStringLiteral("ip_address"), address.ip());
-    insertAddress(settings, QStringLiteral("netmask"), address.netmask());
-    insertAddress(settings, QStringLiteral("gateway"), config.gatewayAddresses().value(0));
-    return settings;
+    if (address.isNull())
+        return;
+    *json += key;
+    appendJsonString(address.toString(), json);
+    *json += QLatin1Char(',');
+}
+
+/*!
+ * The payload of "net_connected", its settings in the order of their names. Through Qt's JSON classes it would take
+ * more than half of a request's time.
+ */
+QString connectPayload(const QString &name, const NetworkInterfaceConfig &config)
+{
+    QString json;
+    json.reserve(160); // enough for most
+    json += QLatin1Char('[');
+    appendJsonString(name, &json);
+    json += QLatin1String(",{");
+    QHostAddress netmask;
+    if (config.type() == NetworkInterfaceConfig::Manual) {
+        const QNetworkAddressEntry address = config.ipAddresses().value(0);
+        netmask = address.netmask();
+        appendAddress(&json, QLatin1String("\"gateway\":"), config.gatewayAddresses().value(0));
+        appendAddress(&json, QLatin1String("\"ip_address\":"), address.ip());
+        json += QLatin1String("\"manual\":\"yes\",");
+    } else if (config.type() == NetworkInterfaceConfig::Auto) {
+        json += QLatin1String("\"manual\":\"no\",");
+    }
+    json += QLatin1String("\"manual6\":\"off\",");
+    appendAddress(&json, QLatin1String("\"netmask\":"), netmask);
+    json.chop(1); // the last comma
+    json += QLatin1String("}]");
+    return json;
 }
 
 } // namespace
@@ -422,9 +437,7 @@ int NetworkInterfaceProviderZop::connectInterface(ZopInterfaceConnection *connec
 {
     const QString name = connection->interfaceData->name;
     NetworkLog::debug1(ConnectSignature, " (", name, ", ", config, ")");
-    const QJsonArray dat {name, connectSettings(config)};
-    const QString text = QString::fromUtf8(QJsonDocument(dat).toJson(QJsonDocument::Compact));
-    const auto *command = startCommand(controlObject, ConnectMessage, text, this,
+    const auto *command = startCommand(controlObject, ConnectMessage, connectPayload(name, config), this,
                                        &NetworkInterfaceProviderZop::onControlCommandConnectFinished);
     return command->id().toInt();
 }

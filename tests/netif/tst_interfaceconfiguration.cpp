@@ -430,6 +430,12 @@ void TestInterfaceConfiguration::settingsOfAConnection_data()
         R"(["en0",{"gateway":"10.1.1.1","manual":"yes","manual6":"off"}])");
     row("manual, no netmask", config(1, {noNetmask}, {QHostAddress(), host("10.1.1.1")}),
         R"(["en0",{"ip_address":"10.1.1.20","manual":"yes","manual6":"off"}])");
+    QNetworkAddressEntry strange;
+    strange.setIp(QHostAddress(QStringLiteral("fe80::1")));
+    QHostAddress scoped(QStringLiteral("fe80::2"));
+    scoped.setScopeId(QStringLiteral("a\"b"));
+    row("manual, IPv6 with a zone", config(1, {strange}, {scoped}),
+        R"(["en0",{"gateway":"fe80::2%a\"b","ip_address":"fe80::1","manual":"yes","manual6":"off"}])");
     row("manual, null address", config(1, {QNetworkAddressEntry(), noNetmask}, {}),
         R"(["en0",{"manual":"yes","manual6":"off"}])");
 }
