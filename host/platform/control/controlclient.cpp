@@ -71,13 +71,16 @@ bool ControlClient::write(const ZopChangeset &changes, QString *error)
 
 bool ControlClient::deliver(const ZopChangeset &changes, QString *error)
 {
+    bool isSent = m_link && m_link->send(changes);
     // A link whose daemon is dead still tells what the daemon had sent, and goes when it is found closed.
-    if ((!m_link || !m_link->isAlive()) && !start(error))
-        return false;
-    if (m_link->send(changes))
-        return true;
-    *error = QStringLiteral("the daemon does not take the request");
-    return false;
+    if (!isSent && (!m_link || !m_link->isAlive())) {
+        if (!start(error))
+            return false;
+        isSent = m_link->send(changes);
+    }
+    if (!isSent)
+        *error = QStringLiteral("the daemon does not take the request");
+    return isSent;
 }
 
 bool ControlClient::send(ZopChangeset request, const Answer &answer, int *id, QString *error)

@@ -72,7 +72,7 @@ ControlLink::ControlLink(FileDescriptor socket, const ZopPath &path, QObject *pa
 {
     fcntl(m_socket.get(), F_SETFL, fcntl(m_socket.get(), F_GETFL) | O_NONBLOCK);
     m_writable.setEnabled(false);
-    connect(&m_readable, &QSocketNotifier::activated, this, &ControlLink::takeTurnLater);
+    connect(&m_readable, &QSocketNotifier::activated, this, &ControlLink::read);
     connect(&m_writable, &QSocketNotifier::activated, this, &ControlLink::flush);
 }
 
@@ -143,15 +143,15 @@ ZopChangeset ControlLink::refusal(const ZopVariant &message, const ZopVariant &i
 bool ControlLink::send(const ZopChangeset &changes)
 {
     const QByteArray frame = encodeChangeset(changes);
-    if (!isAlive() || frame.size() > LargestUpdate || isFull())
+    if (!isOpen() || frame.size() > LargestUpdate || isFull())
         return false;
     const Length length = qToBigEndian(Length(frame.size()));
     m_outgoing.append(reinterpret_cast<const char *>(&length), LengthSize);
     m_outgoing.append(frame.constData(), frame.size());
-    flush();
+    const bool isTaken = flush();
     if (held() > Share)
         emit grown();
-    return isOpen();
+    return isTaken && isOpen();
 }
 
 bool ControlLink::isFull() const
@@ -179,8 +179,24 @@ void ControlLink::drop(const QString &reason)
     emit closed();
 }
 
-/*! Sees to it that what comes is read, whoever runs the event loop next. */
-void ControlLink::readOn()
+/*! Reads some of what has come, unless what came before still waits to be heard. */
+void ControlLink::read()
+{
+    if (m_awaitsTurn) {
+        m_readable.setEnabled(false);
+        return;
+    }
+    const ssize_t size = m_incoming.receive(m_socket.get(), BytesOfTurn);
+    if (size == 0 || (size == -1 && errno != EAGAIN && errno != EINTR))
+        drop();
+    else if (held() > Share)
+        emit grown();
+    if (isOpen() && isFrameWhole())
+        takeTurnLater();
+}
+
+/*! Sees to it that what comes is heard, whoever runs the event loop next. */
+void ControlLink::hearOn()
 {
     if (isOpen() && isFrameWhole())
         takeTurnLater();
@@ -194,7 +210,6 @@ void ControlLink::readOn()
  */
 void ControlLink::takeTurnLater()
 {
-    m_readable.setEnabled(false);
     if (!std::exchange(m_awaitsTurn, true))
         QMetaObject::invokeMethod(this, &ControlLink::takeTurn, Qt::QueuedConnection);
 }
@@ -202,27 +217,15 @@ void ControlLink::takeTurnLater()
 void ControlLink::takeTurn()
 {
     m_awaitsTurn = false;
-    if (isOpen() && !isFrameWhole())
-        fill();
     const QPointer<ControlLink> guard(this);
     for (int frames = 0; guard && frames < FramesOfTurn; ++frames) {
         ZopChangeset changes;
         const bool isTaken = takeFrame(&changes);
-        readOn();
+        hearOn();
         if (!isTaken)
             return;
         emit received(changes);
     }
-}
-
-/*! Reads some of what has come, or finds the connection at its end. */
-void ControlLink::fill()
-{
-    const ssize_t size = m_incoming.receive(m_socket.get(), BytesOfTurn);
-    if (size == 0 || (size == -1 && errno != EAGAIN && errno != EINTR))
-        drop();
-    else if (held() > Share)
-        emit grown();
 }
 
 /*! Of the first frame, its length included; as long as that is not known, of the length alone. */
@@ -253,13 +256,16 @@ bool ControlLink::takeFrame(ZopChangeset *changes)
     return isSound;
 }
 
-void ControlLink::flush()
+/*! Writes what can be written; false when the other side takes nothing any more. */
+bool ControlLink::flush()
 {
     while (m_outgoing.size() > 0 && m_outgoing.transmit(m_socket.get()) > 0) { }
-    // A broken connection takes nothing any more; its end is found behind what it has sent.
-    if (m_outgoing.size() > 0 && errno != EAGAIN && errno != EINTR)
+    // The end of a broken connection is found behind what it has sent.
+    const bool isBroken = m_outgoing.size() > 0 && errno != EAGAIN && errno != EINTR;
+    if (isBroken)
         m_outgoing.clear();
     m_writable.setEnabled(m_outgoing.size() > 0);
+    return !isBroken;
 }
 
 } // namespace morvek

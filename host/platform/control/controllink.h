@@ -39,6 +39,7 @@ public:
     /*! What stands for a reply to the request \a message with the identifier \a id that cannot be had. */
     static ZopChangeset refusal(const ZopVariant &message, const ZopVariant &id, const QString &reason);
 
+    /*! False when the other side is gone, has too much to read already, or \a changes are too large. */
     bool send(const ZopChangeset &changes);
     bool isOpen() const { return m_socket.isOpen(); }
     /*! Whether the other side can still be written to. */
@@ -58,14 +59,14 @@ Q_SIGNALS:
     void closed();
 
 private:
-    void readOn();
+    void read();
+    void hearOn();
     void takeTurnLater();
     void takeTurn();
-    void fill();
     qint64 frameSize() const;
     bool isFrameWhole() const;
     bool takeFrame(ZopChangeset *changes);
-    void flush();
+    bool flush();
 
     QByteArray m_file; // of the control object
     FileDescriptor m_socket;

@@ -112,11 +112,13 @@ bool ControlServer::write(const ZopChangeset &changes, QString *error)
 {
     ZopChangeset reply = changes;
     ControlLink *link = m_links.value(reply.assignments.take(peerName()).toInt());
-    if (!link || !link->isAlive()) {
+    if (link && link->send(reply))
+        return true;
+    if (!link || (link->isOpen() && !link->isAlive())) {
         *error = QStringLiteral("no such peer");
         return false;
     }
-    return link->send(reply) || refuse(link, reply, error);
+    return refuse(link, reply, error);
 }
 
 /*! A client must not wait for ever for the \a reply that it cannot be given. False, with the reason. */
