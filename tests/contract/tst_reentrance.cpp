@@ -4,6 +4,8 @@
 
 #include <QtCore/QEventLoop>
 
+#include <utility>
+
 using namespace morvek;
 
 /*! What slots may do to the objects that call them. Run under a memory checker, this is where it finds something. */
@@ -26,6 +28,7 @@ private Q_SLOTS:
     void aSlotDeletesItsDaemon();
     void aSlotWaitsForTheNextUpdate();
     void aSlotWaitsForAnotherObject();
+    void aSlotWaitsForTheNextRequest();
     void aSlotWaitsForTheNextReply();
     void aSlotWaitsAndTheLastObjectGoes();
     void aSlotWaitsAndTheDirectoryChanges();
@@ -293,6 +296,30 @@ void ReentranceTest::aSlotWaitsForAnotherObject()
     QVERIFY(secondInside);
     QVERIFY(thirdInside);
     QCOMPARE(ofSecond.updates(), QStringList({"{x=1}"}));
+}
+
+void ReentranceTest::aSlotWaitsForTheNextRequest()
+{
+    ZopObject daemon(testPath("control"), ZopObject::Publish, true);
+    ZopObject client(testPath("control"), ZopObject::ReadWrite, false);
+    const Events requests(&daemon);
+    bool isFirst = true;
+    bool heardInside = false;
+    // The second request comes with the first one, the third one is written only then.
+    connect(&daemon, &ZopObject::attributesChanged, this, [&] {
+        if (!std::exchange(isFirst, false))
+            return;
+        heardInside = waitUntil([&requests] { return requests.updates().size() == 2; });
+        set(client, QStringLiteral("n=3"));
+        heardInside = waitUntil([&requests] { return requests.updates().size() == 3; }) && heardInside;
+    });
+    QVERIFY(set(client, QStringLiteral("n=1")));
+    QVERIFY(set(client, QStringLiteral("n=2")));
+    QVERIFY(waitUntil([&requests] { return requests.updates().size() == 3; }));
+    QVERIFY(heardInside);
+    QVERIFY(requests.updates().at(0).startsWith(QLatin1String("{n=1 ")));
+    QVERIFY(requests.updates().at(1).startsWith(QLatin1String("{n=2 ")));
+    QVERIFY(requests.updates().at(2).startsWith(QLatin1String("{n=3 ")));
 }
 
 void ReentranceTest::aSlotWaitsForTheNextReply()

@@ -24,6 +24,7 @@ private Q_SLOTS:
     void theLastUpdateOfAnObjectComesBeforeItsEnd();
     void theReaderMayBeDeletedByAnAnnouncement();
     void anExchangedFolderIsLookedAtBeforeWhatIsSaidOfIt();
+    void aReplyComesBehindTheStateThatWasWrittenBefore();
 
 private:
     void follow(ZopObject *object, const char *name);
@@ -194,6 +195,23 @@ void OrderTest::anExchangedFolderIsLookedAtBeforeWhatIsSaidOfIt()
     }
     QVERIFY(waitUntil([this] { return m_told.size() == 4; }));
     QCOMPARE(m_told, QStringList({"status {-list}", "-old", "+new", "status {list=new}"}));
+}
+
+void OrderTest::aReplyComesBehindTheStateThatWasWrittenBefore()
+{
+    ZopObject daemon(testPath("control"), ZopObject::Publish, true);
+    ZopObject client(testPath("control"), ZopObject::ReadWrite, false);
+    QVERIFY(publish(testPath("status"), QString()));
+    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
+    follow(&client, "reply ");
+    follow(&status, "status ");
+    connect(&daemon, &ZopObject::attributesChanged, this, [&daemon](const ZopChangeset &request) {
+        set(testPath("status"), QStringLiteral("n=1"));
+        daemon.setAttributes(request);
+    });
+    QVERIFY(set(client, QStringLiteral("a=1")));
+    QVERIFY(waitUntil([this] { return m_told.size() == 2; }));
+    QCOMPARE(m_told, QStringList({"status {n=1}", "reply {a=1}"}));
 }
 
 CONTRACT_TEST_MAIN(OrderTest)

@@ -7,6 +7,8 @@
 #include <QtNetwork/QLocalServer>
 #include <QtNetwork/QLocalSocket>
 
+#include <memory>
+
 using namespace morvek;
 
 class SocketTest : public QObject
@@ -16,6 +18,7 @@ class SocketTest : public QObject
 private Q_SLOTS:
     void aMalformedDaemonFailsTheRequest();
     void aConnectionThatBreaksWhileItIsReadCausesNoWarning();
+    void aClientThatIsGoneIsNoPeer();
 };
 
 void SocketTest::aMalformedDaemonFailsTheRequest()
@@ -61,6 +64,19 @@ void SocketTest::aConnectionThatBreaksWhileItIsReadCausesNoWarning()
     qInstallMessageHandler(usual);
     QVERIFY(told);
     QCOMPARE(warnings, QStringList());
+}
+
+void SocketTest::aClientThatIsGoneIsNoPeer()
+{
+    ZopObject daemon(testPath("control"), ZopObject::Publish, true);
+    auto client = std::make_unique<ZopObject>(testPath("control"), ZopObject::ReadWrite, false);
+    const Events requests(&daemon);
+    QVERIFY(set(*client, QStringLiteral("msg=start id=1")));
+    QVERIFY(waitUntil([&requests] { return requests.updates().size() == 1; }));
+    const QString peer = peerOf(requests.updates(), QStringLiteral("start"));
+    client.reset();
+    QVERIFY(!set(daemon, QStringLiteral("res=start id=1 peer=") + peer));
+    QCOMPARE(daemon.errorString(), QStringLiteral("no such peer"));
 }
 
 CONTRACT_TEST_MAIN(SocketTest)

@@ -179,7 +179,10 @@ void ControlLink::drop(const QString &reason)
     emit closed();
 }
 
-/*! Reads some of what has come, unless what came before still waits to be heard. */
+/*!
+ * Reads some of what has come, unless what came before still waits to be heard. A slot may delete this, or run an event
+ * loop of its own, which hears the rest.
+ */
 void ControlLink::read()
 {
     if (m_awaitsTurn) {
@@ -191,32 +194,29 @@ void ControlLink::read()
         drop();
     else if (held() > Share)
         emit grown();
-    if (isOpen() && isFrameWhole())
-        takeTurnLater();
+    if (m_isHeardAtOnce)
+        takeTurn();
+    else
+        hearOn();
 }
 
 /*! Sees to it that what comes is heard, whoever runs the event loop next. */
 void ControlLink::hearOn()
 {
-    if (isOpen() && isFrameWhole())
-        takeTurnLater();
-    else
+    if (!isOpen() || !isFrameWhole())
         m_readable.setEnabled(isOpen());
+    else if (!std::exchange(m_awaitsTurn, true))
+        QMetaObject::invokeMethod(this, &ControlLink::takeAwaitedTurn, Qt::QueuedConnection);
 }
 
-/*!
- * A turn is taken from the event loop: a slot may delete this or run an event loop of its own, which inside the
- * notifier's signal would be the end of it, or wait in vain.
- */
-void ControlLink::takeTurnLater()
+void ControlLink::takeAwaitedTurn()
 {
-    if (!std::exchange(m_awaitsTurn, true))
-        QMetaObject::invokeMethod(this, &ControlLink::takeTurn, Qt::QueuedConnection);
+    m_awaitsTurn = false;
+    takeTurn();
 }
 
 void ControlLink::takeTurn()
 {
-    m_awaitsTurn = false;
     const QPointer<ControlLink> guard(this);
     for (int frames = 0; guard && frames < FramesOfTurn; ++frames) {
         ZopChangeset changes;

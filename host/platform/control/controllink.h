@@ -39,6 +39,11 @@ public:
     /*! What stands for a reply to the request \a message with the identifier \a id that cannot be had. */
     static ZopChangeset refusal(const ZopVariant &message, const ZopVariant &id, const QString &reason);
 
+    /*!
+     * Tells what comes as soon as it is read. Otherwise it has a turn of its own, so that what the other side had
+     * written into state objects before is told first.
+     */
+    void hearAtOnce() { m_isHeardAtOnce = true; }
     /*! False when the other side is gone, has too much to read already, or \a changes are too large. */
     bool send(const ZopChangeset &changes);
     bool isOpen() const { return m_socket.isOpen(); }
@@ -61,7 +66,7 @@ Q_SIGNALS:
 private:
     void read();
     void hearOn();
-    void takeTurnLater();
+    void takeAwaitedTurn();
     void takeTurn();
     qint64 frameSize() const;
     bool isFrameWhole() const;
@@ -74,6 +79,7 @@ private:
     QSocketNotifier m_writable;
     PassingBytes m_incoming;
     PassingBytes m_outgoing;
+    bool m_isHeardAtOnce = false;
     bool m_awaitsTurn = false;
 };
 

@@ -150,6 +150,7 @@ void ControlServer::accept()
         delete link;
         return;
     }
+    link->hearAtOnce();
     const int peer = ++m_lastPeer;
     m_links.insert(peer, link);
     connect(link, &ControlLink::received, this, [this, peer](const ZopChangeset &changes) {
