@@ -3,6 +3,32 @@
 
 namespace morvek {
 
+namespace {
+
+/*! Whether \a text is one to nine digits, perhaps behind a minus; then it is \a number. */
+bool isShortNumber(const QByteArray &text, int *number)
+{
+    constexpr int MostDigits = 9; // of which any fit
+    const int begin = text.startsWith('-') ? 1 : 0;
+    if (text.size() == begin || text.size() > begin + MostDigits)
+        return false;
+    int sum = 0;
+    for (int i = begin; i < text.size(); ++i) {
+        if (text.at(i) < '0' || text.at(i) > '9')
+            return false;
+        sum = sum * 10 + (text.at(i) - '0');
+    }
+    *number = begin ? -sum : sum;
+    return true;
+}
+
+bool isTrueWord(const QByteArray &text)
+{
+    return text == "true" || text == "1" || text == "yes" || text == "on";
+}
+
+} // namespace
+
 ZopVariant::ZopVariant(const QString &text)
     : ZopVariant(text.toUtf8(), QByteArrayLiteral("text"))
 {
@@ -38,14 +64,18 @@ QString ZopVariant::toString() const
 
 int ZopVariant::toInt(bool *ok) const
 {
-    return toString().toInt(ok);
+    int number = 0;
+    if (!isShortNumber(m_bytes, &number))
+        return toString().toInt(ok);
+    if (ok)
+        *ok = true;
+    return number;
 }
 
 bool ZopVariant::toBool() const
 {
-    const QString text = toString();
-    return text == QLatin1String("true") || text == QLatin1String("1") || text == QLatin1String("yes")
-        || text == QLatin1String("on");
+    // The text goes without a mark of the bytes' order in front.
+    return isTrueWord(m_bytes) || (m_bytes.startsWith('\xef') && isTrueWord(toString().toUtf8()));
 }
 
 QJsonDocument ZopVariant::toJson(QJsonParseError *error) const

@@ -94,15 +94,18 @@ void NetworkInterfaceProviderZop::ZopInterfaceConnection::onZopInterfaceAttribut
 {
     const QPointer<ZopInterfaceConnection> self(this);
     const QMap<QString, ZopVariant> assignments = changes.assignments;
-    // The object holds all of the update already, and what is told first may have all parents linked anew.
-    if (m_provider && (!changes.removals.isEmpty() || assignments.contains(ParentInterfaceAttribute)))
+    if (m_provider && !changes.removals.isEmpty())
         m_provider->noteParentNames();
     bool changed = false;
     for (auto it = assignments.begin(); self && it != assignments.end(); ++it) {
-        if (it.key() == ConnectedAttribute)
+        if (it.key() == ConnectedAttribute) {
+            // The object holds all of the update already, and who hears of this may have parents linked.
+            if (m_provider && assignments.contains(ParentInterfaceAttribute))
+                m_provider->noteParentNames();
             applyConnected();
-        else if (applyAttribute(it.key(), it.value()))
+        } else if (applyAttribute(it.key(), it.value())) {
             changed = true;
+        }
     }
     if (self && changed)
         emit interfaceAttributesChanged(*interfaceData);
@@ -135,11 +138,11 @@ bool NetworkInterfaceProviderZop::ZopInterfaceConnection::applyAttribute(const Q
         setVirtual(value.toString());
         emit interfaceParentChanged();
     } else if (name == UpAttribute) {
-        interfaceData->available = attribute(UpAttribute).toBool();
+        interfaceData->available = attribute(name).toBool();
     } else if (name == LinkAddressAttribute) {
-        interfaceData->macAddress = attribute(LinkAddressAttribute).toString();
+        interfaceData->macAddress = attribute(name).toString();
     } else if (name == MtuAttribute) {
-        interfaceData->maxTransmissionUnit = attribute(MtuAttribute).toInt(nullptr);
+        interfaceData->maxTransmissionUnit = attribute(name).toInt(nullptr);
     } else if (name == TypeAttribute) {
         setType(value.toString());
     } else {

@@ -73,6 +73,24 @@ void ValueTest::readsNumbers_data()
     QTest::newRow("fraction") << QByteArray("1.5") << 0 << false;
     QTest::newRow("json number") << QByteArray("[1]") << 0 << false;
     QTest::newRow("no utf-8") << QByteArray("\xff\xfe") << 0 << false;
+    QTest::newRow("first and last digit") << QByteArray("90") << 90 << true;
+    QTest::newRow("below and above the digits") << QByteArray("/:") << 0 << false;
+    QTest::newRow("nine digits") << QByteArray("987654321") << 987654321 << true;
+    QTest::newRow("ten digits") << QByteArray("1987654321") << 1987654321 << true;
+    QTest::newRow("nine digits below zero") << QByteArray("-987654321") << -987654321 << true;
+    QTest::newRow("ten digits below zero") << QByteArray("-1987654321") << -1987654321 << true;
+    QTest::newRow("negative zero") << QByteArray("-0") << 0 << true;
+    QTest::newRow("many zeros") << QByteArray("0000000000042") << 42 << true;
+    QTest::newRow("minus") << QByteArray("-") << 0 << false;
+    QTest::newRow("two minus") << QByteArray("--1") << 0 << false;
+    QTest::newRow("plus") << QByteArray("+42") << 42 << true;
+    QTest::newRow("blanks") << QByteArray(" 42\n") << 42 << true;
+    QTest::newRow("blank within") << QByteArray("4 2") << 0 << false;
+    QTest::newRow("other blanks") << QByteArray("\xc2\xa0\x34\x32\xe2\x80\x83") << 42 << true;
+    QTest::newRow("other digits") << QByteArray("\xd9\xa4\xd9\xa2") << 0 << false;
+    QTest::newRow("byte order mark") << QByteArray("\xef\xbb\xbf\x34\x32") << 42 << true;
+    QTest::newRow("two byte order marks") << QByteArray("\xef\xbb\xbf\xef\xbb\xbf\x34\x32") << 0 << false;
+    QTest::newRow("grouped") << QByteArray("1,000") << 0 << false;
 }
 
 void ValueTest::readsNumbers()
@@ -96,6 +114,11 @@ void ValueTest::readsTruthValues_data()
     for (const char *no : {"false", "0", "no", "off", "", "True", "ON", "2", " 1", "true ", "enabled"})
         QTest::newRow(no) << QByteArray(no) << false;
     QTest::newRow("on and a zero byte") << QByteArray("on\0", 3) << false;
+    QTest::newRow("zero byte and on") << QByteArray("\0on", 3) << false;
+    for (const char *yes : {"true", "1", "yes", "on"})
+        QTest::addRow("byte order mark and %s", yes) << "\xef\xbb\xbf" + QByteArray(yes) << true;
+    QTest::newRow("two byte order marks") << QByteArray("\xef\xbb\xbf\xef\xbb\xbf\x31") << false;
+    QTest::newRow("other e") << QByteArray("\xef\xbd\x85") << false;
 }
 
 void ValueTest::readsTruthValues()
