@@ -294,8 +294,7 @@ void HealingTest::aKilledWriterMakesNothingVanish()
     torn.replace(0, 8, contentOf(file(path)).mid(8, 8)); // the marker
     QFile object(file(path));
     QVERIFY(object.open(QIODevice::Append) && object.write(torn) == torn.size() && object.flush());
-    const QByteArray line = "Updates of \"" + file(path).toUtf8() + "\" were lost";
-    QTRY_VERIFY(m_daemon->process().errors().contains(line));
+    QTRY_VERIFY(!contentOf(file(path)).contains("what was written of it"));
     QVERIFY(!m_daemon->process().errors().contains("is published anew"));
     QCOMPARE(attributesAt(path), published);
     ZopObject wifi(QLatin1String(WifiControl), ZopObject::ReadWrite, false);
