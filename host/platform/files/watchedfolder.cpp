@@ -2,6 +2,7 @@
 #include "watchedfolder.h"
 
 #include "hostlog.h"
+#include "root.h"
 #include "zoppath.h"
 
 #include <QtCore/QFile>
@@ -64,6 +65,7 @@ bool WatchedFolder::attach()
         awaitNothing();
     }
     m_watcher->watchRoot();
+    Root::lookAgain(); // paths are watched, as inotify knows nothing else: files have to be those that they lead to
     return true;
 }
 

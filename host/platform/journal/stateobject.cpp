@@ -40,7 +40,7 @@ bool StateObject::start(QString *error)
         return false;
     if (!m_isAwake)
         m_reader.unlock();
-    m_toldFrom = m_reader.size();
+    m_toldFrom = m_reader.openedSize();
     return true;
 }
 
@@ -114,8 +114,10 @@ void StateObject::refresh()
 {
     const bool wasThere = m_reader.isOpen();
     const quint64 incarnation = m_reader.identity().incarnation;
-    if (!open(&m_reader) && !m_isBehind)
+    const bool isCurrent = wasThere && m_reader.isCurrent();
+    if (!isCurrent && !open(&m_reader) && !m_isBehind)
         m_reader.close();
+    m_isBehind = m_isBehind && !isCurrent;
     m_toldFrom = 0;
     m_isInStep = false;
     m_folding = NotFolding;
