@@ -17,6 +17,28 @@ namespace {
 constexpr int LongestName = 200;
 constexpr int LongestPath = 2000;
 
+bool isName(const char *name, int size)
+{
+    const char *end = name + size;
+    const auto isForbidden = [](char c) { return c == '/' || c == 0x7f || static_cast<unsigned char>(c) < ' '; };
+    if (size == 0 || size > LongestName || *name == '.' || std::any_of(name, end, isForbidden))
+        return false;
+    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    return std::all_of(name, end, isAscii) || QString::fromUtf8(name, size).toUtf8() == QByteArray(name, size);
+}
+
+/*! Whether a name follows each slash of \a path. */
+bool areNames(const QByteArray &path)
+{
+    for (int slash = 0; slash != -1;) {
+        const int next = path.indexOf('/', slash + 1);
+        if (!isName(path.constData() + slash + 1, (next == -1 ? path.size() : next) - slash - 1))
+            return false;
+        slash = next;
+    }
+    return true;
+}
+
 } // namespace
 
 ZopPath ZopPath::object(const QString &path)
@@ -40,10 +62,7 @@ ZopPath ZopPath::directory(const QString &path)
     QByteArray bytes = path.toUtf8();
     if (bytes.endsWith('/'))
         bytes.chop(1);
-    const QList<QByteArray> names = bytes.split('/');
-    const bool plain = names.size() > 1 && names.first().isEmpty() && bytes.size() <= LongestPath
-        && std::all_of(names.begin() + 1, names.end(), isObjectName);
-    if (!plain) {
+    if (!bytes.startsWith('/') || bytes.size() > LongestPath || !areNames(bytes)) {
         result.m_error = QStringLiteral("\"%1\" is not a path of names").arg(path);
         return result;
     }
@@ -97,9 +116,7 @@ QByteArray ZopPath::fromRoot() const
 
 bool ZopPath::isObjectName(const QByteArray &name)
 {
-    const auto isForbidden = [](char c) { return c == '/' || c == 0x7f || static_cast<unsigned char>(c) < ' '; };
-    return !name.isEmpty() && name.size() <= LongestName && !name.startsWith('.')
-        && std::none_of(name.begin(), name.end(), isForbidden) && QString::fromUtf8(name).toUtf8() == name;
+    return isName(name.constData(), name.size());
 }
 
 QString systemError(int number)

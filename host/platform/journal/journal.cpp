@@ -127,8 +127,10 @@ bool isRemovable(const ZopPath &path, QString *error)
     struct stat status;
     const bool exists = path.place().status(&status);
     const bool isControl = exists && S_ISSOCK(status.st_mode);
-    if (!exists || isControl)
-        *error = isControl ? QStringLiteral("a control object has this path") : noSuchObject();
+    if (!exists)
+        *error = errno == ENOENT || errno == ENOTDIR ? noSuchObject() : systemError(errno);
+    else if (isControl)
+        *error = QStringLiteral("a control object has this path");
     return exists && !isControl;
 }
 

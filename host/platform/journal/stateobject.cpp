@@ -114,10 +114,8 @@ void StateObject::refresh()
 {
     const bool wasThere = m_reader.isOpen();
     const quint64 incarnation = m_reader.identity().incarnation;
-    const bool isCurrent = wasThere && m_reader.isCurrent();
-    if (!isCurrent && !open(&m_reader) && !m_isBehind)
+    if (!(wasThere && m_reader.isCurrent()) && !open(&m_reader) && !m_isBehind)
         m_reader.close();
-    m_isBehind = m_isBehind && !isCurrent;
     m_toldFrom = 0;
     m_isInStep = false;
     m_folding = NotFolding;
