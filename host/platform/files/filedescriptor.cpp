@@ -4,7 +4,6 @@
 #include <QtCore/QVarLengthArray>
 
 #include <algorithm>
-#include <climits>
 
 #include <poll.h>
 #include <sys/resource.h>
@@ -20,13 +19,13 @@ bool FileDescriptor::areToSpare(int count)
 bool FileDescriptor::areLastFree(int count)
 {
     rlimit limit = {};
-    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur < rlim_t(count) || limit.rlim_cur > INT_MAX)
-        return false;
+    getrlimit(RLIMIT_NOFILE, &limit); // each time, as it may be lowered
     QVarLengthArray<pollfd, 8> last;
     for (int i = 1; i <= count; ++i)
         last.append({int(limit.rlim_cur) - i, 0, 0});
-    const auto isFree = [](const pollfd &number) { return number.revents == POLLNVAL; };
-    return poll(last.data(), nfds_t(count), 0) == count && std::all_of(last.cbegin(), last.cend(), isFree);
+    poll(last.data(), nfds_t(count), 0);
+    // A negative number, of a limit that is too small or none, is not told as free.
+    return std::all_of(last.cbegin(), last.cend(), [](const pollfd &number) { return number.revents == POLLNVAL; });
 }
 
 } // namespace morvek
