@@ -89,6 +89,7 @@ private Q_SLOTS:
     void whatTheRootHasNotIsLookedForAtOnce();
     void anUpdateGoesIntoAnotherRootWithinASecond();
     void whatIsMadeIsInTheRootOfThePath();
+    void whoRemovesMakesNoRoot();
     void aWatchedObjectIsThatOfThePath();
     void aRootThatIsOpenedIsRefusedWithinASecond();
     void aRootThatIsGivenAwayIsRefusedWithinASecond();
@@ -182,6 +183,26 @@ void RootTest::whatIsMadeIsInTheRootOfThePath()
     QVERIFY(publish(object(), QStringLiteral("a=third")));
     QCOMPARE(lookAt(object()), QStringLiteral("third"));
     QVERIFY(QFileInfo(roots.path("link")).isDir());
+}
+
+void RootTest::whoRemovesMakesNoRoot()
+{
+    const TwoRoots roots;
+    QVERIFY(roots.areMade());
+    const AnotherRoot root(roots.path("first"));
+    auto daemon = std::make_unique<ZopObject>(QStringLiteral("/zop/control"), ZopObject::Publish, true);
+    QVERIFY(daemon->isValid());
+    QVERIFY(roots.rename("first", "away"));
+    QString error;
+    QVERIFY(!ZopObject::remove(object(), &error));
+    QCOMPARE(error, QStringLiteral("no such object"));
+    QVERIFY(QFile::exists(roots.path("away/zop/object")));
+    QVERIFY(!QFile::exists(roots.path("first")));
+    QVERIFY(roots.rename("away", "first"));
+    QCOMPARE(lookAt(object()), QStringLiteral("first"));
+    QVERIFY(roots.rename("first", "away"));
+    daemon.reset();
+    QVERIFY(!QFile::exists(roots.path("first")));
 }
 
 void RootTest::aWatchedObjectIsThatOfThePath()

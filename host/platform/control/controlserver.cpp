@@ -39,6 +39,7 @@ ControlServer::ControlServer(const ZopPath &path, Tell tell)
 ControlServer::~ControlServer()
 {
     // Not what another daemon has put there, whatever has become of the root meanwhile.
+    m_path.lookAgain();
     QString error;
     if (isInPlace() && FolderLock(m_path, &error).isHeld() && isInPlace())
         m_path.place().remove();

@@ -20,8 +20,6 @@ namespace morvek {
 
 namespace {
 
-thread_local std::weak_ptr<Root> current;
-
 // A child process may become another user's at once.
 std::atomic<int> forks {0};
 
@@ -127,6 +125,7 @@ std::shared_ptr<Root> Root::instance()
 {
     static const int isToldOfForks = pthread_atfork(nullptr, nullptr, [] { ++forks; });
     Q_UNUSED(isToldOfForks)
+    thread_local std::weak_ptr<Root> current;
     const QByteArray path = folder();
     std::shared_ptr<Root> root = current.lock();
     if (!root || root->m_path != path) {
@@ -138,8 +137,7 @@ std::shared_ptr<Root> Root::instance()
 
 void Root::lookAgain()
 {
-    if (const std::shared_ptr<Root> root = current.lock())
-        root->m_lookedAt = LongAgo;
+    m_lookedAt = LongAgo;
 }
 
 QByteArray Root::folder()
@@ -169,7 +167,7 @@ bool Root::make(QString *error)
         return false;
     }
     // Somebody else may have made it since it was looked at, or put it in the place of the one that is held.
-    m_lookedAt = LongAgo;
+    lookAgain();
     const QString reason = distrust();
     if (!reason.isEmpty())
         *error = reason;

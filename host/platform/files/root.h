@@ -25,12 +25,12 @@ class Root
 public:
     /*! The one of this thread that the environment names; it lasts as long as somebody has it. */
     static std::shared_ptr<Root> instance();
-    /*! Has the present one, if there is any, look where its path leads before it is used again. */
-    static void lookAgain();
     /*! The path that the environment names, trusted or not. */
     static QByteArray folder();
 
     const QByteArray &path() const { return m_path; }
+    /*! Before it is used again, it looks where its path leads. */
+    void lookAgain();
     /*! Why it must not be used; empty when it may, or does not exist yet. */
     QString distrust();
     /*! Creates it, accessible to this user only, unless it is there. */

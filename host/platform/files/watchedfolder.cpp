@@ -65,7 +65,8 @@ bool WatchedFolder::attach()
         awaitNothing();
     }
     m_watcher->watchRoot();
-    Root::lookAgain(); // paths are watched, as inotify knows nothing else: files have to be those that they lead to
+    // Paths are watched, as inotify knows nothing else: files have to be those that they lead to.
+    Root::instance()->lookAgain();
     return true;
 }
 

@@ -90,6 +90,11 @@ FilePlace ZopPath::hidden(const char *suffix) const
     return placeOf('.' + m_name + suffix);
 }
 
+void ZopPath::lookAgain() const
+{
+    m_root->lookAgain();
+}
+
 bool ZopPath::makeFolder(QString *error) const
 {
     if (!m_root->make(error))

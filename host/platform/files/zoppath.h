@@ -39,6 +39,8 @@ public:
     /*! A place beside the object that is none itself, as no object's name begins with a dot. */
     FilePlace hidden(const char *suffix) const;
 
+    /*! Has what comes next happen in the root that its path names now, whatever has become of the one that is held. */
+    void lookAgain() const;
     /*! Creates the folder and what leads to it, accessible to this user only. */
     bool makeFolder(QString *error) const;
 

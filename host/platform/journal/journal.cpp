@@ -171,6 +171,7 @@ bool createAnew(const ZopPath &path, const ZopChangeset &values, QString *error)
 
 bool remove(const ZopPath &path, QString *error)
 {
+    path.lookAgain();
     if (!isRemovable(path, error))
         return false;
     const FolderLock folder(path, error); // nobody creates it anew meanwhile
