@@ -267,9 +267,7 @@ bool Writer::lock(const ZopPath &path, qint64 *size, QString *error)
     for (;;) {
         if ((!m_file.isOpen() && !open(path, error)) || !lockForWriting(path, m_file, error))
             return false;
-        struct stat present;
-        if (path.place().statusOfTarget(&present) && isSameFile(present, m_place)) {
-            *size = present.st_size;
+        if (names(path.place(), m_place, size)) {
             if (isSound(path, *size, error))
                 return true;
             m_state.reset();
