@@ -34,10 +34,9 @@ public:
 private:
     enum class Presence { Absent, Present, Unknown };
 
-    Presence look(const QByteArray &name) const;
-    Presence lookAtFile(const QByteArray &file) const;
+    Presence look(const QByteArray &name, unsigned char type = DT_UNKNOWN) const;
     bool list(QMap<QByteArray, Presence> *found);
-    bool addLater(Presence presence);
+    bool addLater(Presence presence, bool hasDescriptors);
     void lookLater();
     bool add(const QByteArray &name);
     bool remove(const QByteArray &name);
@@ -79,7 +78,7 @@ void ZopDirWatcher::Private::entryChanged(const QByteArray &name, Event event)
     // A known name that is replaced is an object whose file has got its next generation.
     if (event == Vanished)
         remove(name);
-    else if (!m_known.contains(name) && !addLater(look(name)))
+    else if (!m_known.contains(name) && !addLater(look(name), FileWatcher::hasSpareDescriptors()))
         add(name);
 }
 
@@ -103,19 +102,22 @@ void ZopDirWatcher::Private::folderChanged()
         if (found.value(name, Presence::Absent) == Presence::Absent && !remove(name))
             return;
     }
+    // The system's own limit is looked at once: a look for each name would cost more than all else.
+    const bool hadDescriptors = FileWatcher::hasSpareDescriptors();
     for (auto it = found.cbegin(); it != found.cend(); ++it) {
-        if (!m_known.contains(it.key()) && !addLater(*it) && !add(it.key()))
+        if (!m_known.contains(it.key()) && !addLater(*it, hadDescriptors && FileWatcher::stillHasSpareDescriptors())
+            && !add(it.key()))
             return;
     }
 }
 
 /*! Whether what was found is not to be announced, now or ever; when that may change, it is looked at again. */
-bool ZopDirWatcher::Private::addLater(Presence presence)
+bool ZopDirWatcher::Private::addLater(Presence presence, bool hasDescriptors)
 {
     if (presence == Presence::Absent)
         return true;
     // Whoever hears of an object opens it and what belongs to it, and tries once.
-    if (presence == Presence::Present && FileWatcher::hasSpareDescriptors())
+    if (presence == Presence::Present && hasDescriptors)
         return false;
     lookLater();
     return true;
@@ -130,40 +132,39 @@ void ZopDirWatcher::Private::lookLater()
         m_watcher->holdUntilRetry(this);
 }
 
-/*! Whether \a name is an object: a state object, or a control object that a daemon serves. */
-ZopDirWatcher::Private::Presence ZopDirWatcher::Private::look(const QByteArray &name) const
+/*! Whether \a name, of what \a type it is said to be, is an object: a state object, or a served control object. */
+ZopDirWatcher::Private::Presence ZopDirWatcher::Private::look(const QByteArray &name, unsigned char type) const
 {
-    const QByteArray file = m_folder.folder() + '/' + name;
+    const FilePlace place = m_folder.placeOf(name);
+    const auto missing = [] { return errno == ENOENT || errno == ENOTDIR ? Presence::Absent : Presence::Unknown; };
     struct stat status;
-    if (lstat(file.constData(), &status) != 0)
-        return errno == ENOENT || errno == ENOTDIR ? Presence::Absent : Presence::Unknown;
-    if (!S_ISSOCK(status.st_mode))
-        return S_ISREG(status.st_mode) ? lookAtFile(file) : Presence::Absent;
+    if (type == DT_UNKNOWN && !place.status(&status))
+        return missing();
+    if (type == DT_UNKNOWN)
+        type = IFTODT(status.st_mode);
+    if (type == DT_REG)
+        return place.isReadable() ? Presence::Present : missing();
+    if (type != DT_SOCK)
+        return Presence::Absent;
     QString refusal;
     if (ControlLink::connectTo(ZopPath::object(m_path + QString::fromUtf8(name)), &refusal).isOpen())
         return Presence::Present;
     return ControlLink::isNobody(errno) ? Presence::Absent : Presence::Unknown;
 }
 
-ZopDirWatcher::Private::Presence ZopDirWatcher::Private::lookAtFile(const QByteArray &file) const
-{
-    const FileDescriptor opened(open(file.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    if (opened.isOpen())
-        return Presence::Present;
-    return errno == ENOENT ? Presence::Absent : Presence::Unknown;
-}
-
 /*! What is there, or may be; false when that cannot be told. */
 bool ZopDirWatcher::Private::list(QMap<QByteArray, Presence> *found)
 {
     const bool onlyNew = std::exchange(m_looksAgain, false);
-    const std::unique_ptr<DIR, int (*)(DIR *)> directory(opendir(m_folder.folder().constData()), closedir);
+    FileDescriptor folder = m_folder.place().open(O_RDONLY | O_DIRECTORY);
+    const std::unique_ptr<DIR, int (*)(DIR *)> directory(folder.isOpen() ? fdopendir(folder.get()) : nullptr, closedir);
     if (!directory)
         return errno == ENOENT || errno == ENOTDIR;
+    folder.release();
     while (const dirent *entry = readdir(directory.get())) {
         const QByteArray name(entry->d_name);
         if (ZopPath::isObjectName(name))
-            found->insert(name, onlyNew && m_known.contains(name) ? Presence::Present : look(name));
+            found->insert(name, onlyNew && m_known.contains(name) ? Presence::Present : look(name, entry->d_type));
     }
     return true;
 }

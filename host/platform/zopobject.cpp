@@ -24,7 +24,7 @@ namespace {
 bool isSocket(const ZopPath &path)
 {
     struct stat status;
-    return lstat(path.file().constData(), &status) == 0 && S_ISSOCK(status.st_mode);
+    return path.place().status(&status) && S_ISSOCK(status.st_mode);
 }
 
 /*! Runs \a action on the file of \a path, and hands its error on to whoever wants it. */
@@ -54,30 +54,40 @@ void ZopObject::Private::open(bool flag)
     error = target.error();
     if (!target.isValid())
         return;
-    backend = makeBackend(target, flag);
-    if (!backend->start(&error)) {
-        client = nullptr;
-        backend.reset();
-    }
+    // Most objects are files: whether this is a socket is only asked when it cannot be opened as one.
+    if (start(makeBackend(target, flag)) || mode == Publish || !isSocket(target))
+        return;
+    auto made = std::make_unique<ControlClient>(target, teller());
+    ControlClient *opened = made.get();
+    if (start(std::move(made)) && mode == ReadWrite)
+        client = opened;
+}
+
+bool ZopObject::Private::start(std::unique_ptr<ZopBackend> made)
+{
+    error.clear();
+    if (!made->start(&error))
+        return false;
+    backend = std::move(made);
+    return true;
+}
+
+ZopBackend::Tell ZopObject::Private::teller()
+{
+    return [this](const ZopChangeset &changes) { tell(changes); };
 }
 
 std::unique_ptr<ZopBackend> ZopObject::Private::makeBackend(const ZopPath &target, bool flag)
 {
-    const ZopBackend::Tell tellIt = [this](const ZopChangeset &changes) { tell(changes); };
     if (mode == Publish && flag)
-        return std::make_unique<ControlServer>(target, tellIt);
-    if (mode != Publish && isSocket(target)) {
-        auto made = std::make_unique<ControlClient>(target, tellIt);
-        client = mode == ReadWrite ? made.get() : nullptr;
-        return made;
-    }
+        return std::make_unique<ControlServer>(target, teller());
     // Somebody else may create it at the same moment, which is as good.
     QString ignored;
     if (mode == Publish && !Journal::exists(target))
         Journal::create(target, {}, &ignored);
     // Who writes what nobody in this process listens to has not to hear of it.
     const StateObject::Heard heard = [this] { return isHeard(); };
-    return std::make_unique<StateObject>(target, tellIt, mode == Subscribe ? StateObject::Heard() : heard);
+    return std::make_unique<StateObject>(target, teller(), mode == Subscribe ? StateObject::Heard() : heard);
 }
 
 void ZopObject::Private::tell(const ZopChangeset &changes) const

@@ -2,6 +2,7 @@
 #ifndef MORVEK_ZOPOBJECT_P_H
 #define MORVEK_ZOPOBJECT_P_H
 
+#include "zopbackend.h"
 #include "zopobject.h"
 
 #include <memory>
@@ -9,7 +10,6 @@
 namespace morvek {
 
 class ControlClient;
-class ZopBackend;
 class ZopPath;
 
 class ZopObject::Private
@@ -31,6 +31,8 @@ public:
 
 private:
     std::unique_ptr<ZopBackend> makeBackend(const ZopPath &target, bool flag);
+    ZopBackend::Tell teller();
+    bool start(std::unique_ptr<ZopBackend> made);
 };
 
 } // namespace morvek

@@ -15,7 +15,7 @@ QStringList outerTroubles(const ZopPath &path)
 {
     struct stat status;
     QStringList troubles;
-    if (lstat(path.file().constData(), &status) != 0 || !S_ISREG(status.st_mode))
+    if (!path.place().status(&status) || !S_ISREG(status.st_mode))
         return troubles; // which opening tells
     if (status.st_uid != geteuid())
         troubles += QStringLiteral("the file belongs to another user");

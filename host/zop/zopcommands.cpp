@@ -76,7 +76,7 @@ ExitCode list(const QStringList &words)
 QString blindness(const ZopPath &path)
 {
     struct stat status;
-    const bool isControl = lstat(path.file().constData(), &status) == 0 && S_ISSOCK(status.st_mode);
+    const bool isControl = path.place().status(&status) && S_ISSOCK(status.st_mode);
     return isControl ? QStringLiteral("a control object keeps nothing to look at") : QString();
 }
 

@@ -44,6 +44,17 @@ QStringList allFiles()
     return files;
 }
 
+AnotherRoot::AnotherRoot(const QString &root)
+    : m_usual(qgetenv("ZOP_ROOT"))
+{
+    qputenv("ZOP_ROOT", QFile::encodeName(root));
+}
+
+AnotherRoot::~AnotherRoot()
+{
+    qputenv("ZOP_ROOT", m_usual);
+}
+
 LogLines::LogLines()
 {
     KrelLogger::setSink([this](KrelLogger::Level, unsigned short, const QString &text) { lines << text; });

@@ -15,6 +15,18 @@ int modeOf(const QString &path);
 /*! All files below the root, hidden ones too. */
 QStringList allFiles();
 
+/*! Names another root while it lives. */
+class AnotherRoot
+{
+public:
+    explicit AnotherRoot(const QString &root);
+    ~AnotherRoot();
+
+private:
+    Q_DISABLE_COPY(AnotherRoot)
+    QByteArray m_usual;
+};
+
 /*! Notes the lines of the log while it lives. */
 class LogLines
 {

@@ -14,22 +14,6 @@ using namespace morvek;
 
 namespace {
 
-/*! Names another root while it lives. */
-class AnotherRoot
-{
-public:
-    explicit AnotherRoot(const QString &root)
-        : m_usual(qgetenv("ZOP_ROOT"))
-    {
-        qputenv("ZOP_ROOT", QFile::encodeName(root));
-    }
-    ~AnotherRoot() { qputenv("ZOP_ROOT", m_usual); }
-
-private:
-    Q_DISABLE_COPY(AnotherRoot)
-    QByteArray m_usual;
-};
-
 /*! Why nothing at all can be done on the present root; empty when something can. */
 QString refusal()
 {

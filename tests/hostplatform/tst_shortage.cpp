@@ -26,6 +26,10 @@ private Q_SLOTS:
     void aFolderThatCouldNotBeWatchedWasForgotten();
     void valuesWereToldBeforeTheNamesThatTheySpeakOf();
     void connectingWithoutDescriptorsTellsWhatIsMissing();
+    void aRootThatCannotBeHeldIsAskedAgain();
+    void aSlotLeftNoDescriptorsToTheNextName_data();
+    void aSlotLeftNoDescriptorsToTheNextName();
+    void aNameWaitsForNoMoreThanItNeeds();
 };
 
 void ShortageTest::anObjectWasTakenForRemovedWithoutDescriptors()
@@ -222,6 +226,69 @@ void ShortageTest::connectingWithoutDescriptorsTellsWhatIsMissing()
     const ZopObject client(testPath("control"), ZopObject::ReadWrite, false);
     QVERIFY(!client.isValid());
     QCOMPARE(client.errorString(), QString::fromLocal8Bit(strerror(EMFILE)));
+}
+
+void ShortageTest::aRootThatCannotBeHeldIsAskedAgain()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    const QString reason = QString::fromLocal8Bit(strerror(EMFILE));
+    if (DescriptorHoard::ofSanitizers() > 0)
+        return QTest::qSkip("sanitizers need descriptors, too", __FILE__, __LINE__);
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    QString error;
+    QVERIFY(!ZopObject::remove(testPath("object"), &error));
+    QCOMPARE(error, reason);
+    ZopObject object(testPath("object"), ZopObject::Subscribe, false);
+    QVERIFY(!object.isValid());
+    QVERIFY2(object.errorString().contains(reason), qPrintable(object.errorString()));
+    hoard.giveBack();
+    QVERIFY(ZopObject::remove(testPath("object"), &error));
+}
+
+void ShortageTest::aSlotLeftNoDescriptorsToTheNextName_data()
+{
+    QTest::addColumn<bool>("limits");
+    QTest::newRow("it took them") << false;
+    QTest::newRow("it lowered the limit") << true;
+}
+
+void ShortageTest::aSlotLeftNoDescriptorsToTheNextName()
+{
+    QFETCH(bool, limits);
+    const QString folder = testFolder() + QStringLiteral("%1/").arg(limits);
+    QVERIFY(publish(folder + QStringLiteral("first"), QString()));
+    QVERIFY(publish(folder + QStringLiteral("second"), QString()));
+    ZopDirWatcher watcher(folder);
+    const Events events(&watcher);
+    DescriptorHoard hoard;
+    connect(&watcher, &ZopDirWatcher::objectAdded, [&](const QString &name) {
+        const int lowest = dup(STDOUT_FILENO);
+        close(lowest);
+        if (name == QLatin1String("first") && limits)
+            DescriptorHoard::limit(rlim_t(lowest) + 2);
+        else if (name == QLatin1String("first"))
+            hoard.takeAll();
+    });
+    watcher.setNameCacheEnabled(true);
+    const QStringList told = events.lines;
+    DescriptorHoard::limit(200);
+    hoard.giveBack();
+    QCOMPARE(told, QStringList({"+first"}));
+    QVERIFY(events.wait(QStringLiteral("+second")));
+    QCOMPARE(events.lines, QStringList({"+first", "+second"}));
+}
+
+void ShortageTest::aNameWaitsForNoMoreThanItNeeds()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    ZopDirWatcher watcher(testFolder());
+    const Events events(&watcher);
+    const int last = dup2(STDOUT_FILENO, 199); // of the numbers below the limit; others are free
+    QCOMPARE(last, 199);
+    watcher.setNameCacheEnabled(true);
+    close(last);
+    QCOMPARE(events.lines, QStringList({"+object"}));
 }
 
 CONTRACT_TEST_MAIN(ShortageTest)

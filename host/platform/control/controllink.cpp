@@ -53,7 +53,7 @@ bool makeAddress(const FileDescriptor &folder, const QByteArray &name, sockaddr_
 
 FileDescriptor openFolder(const ZopPath &path)
 {
-    return FileDescriptor(open(path.folder().constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    return path.folderPlace().open(O_PATH | O_DIRECTORY);
 }
 
 FileDescriptor makeSocket()

@@ -3,7 +3,6 @@
 
 #include "clientcrowd.h"
 #include "controllink.h"
-#include "fileplace.h"
 #include "folderlock.h"
 
 #include <QtCore/QSocketNotifier>
@@ -40,9 +39,10 @@ ControlServer::ControlServer(const ZopPath &path, Tell tell)
 ControlServer::~ControlServer()
 {
     // Not what another daemon has put there, whatever has become of the root meanwhile.
+    m_path.lookAgain();
     QString error;
     if (isInPlace() && FolderLock(m_path, &error).isHeld() && isInPlace())
-        unlink(m_path.file().constData());
+        m_path.place().remove();
 }
 
 bool ControlServer::start(QString *error)
@@ -51,7 +51,7 @@ bool ControlServer::start(QString *error)
     if (!lock.isHeld() || !isFree(error))
         return false;
     struct stat status;
-    if (lstat(m_path.file().constData(), &status) == 0 && !S_ISSOCK(status.st_mode)) {
+    if (m_path.place().status(&status) && !S_ISSOCK(status.st_mode)) {
         *error = QStringLiteral("a state object has this path");
         return false;
     }
@@ -70,7 +70,7 @@ bool ControlServer::check(QString *error)
 bool ControlServer::isFree(QString *error) const
 {
     struct stat status;
-    if (lstat(m_path.file().constData(), &status) != 0 || !S_ISSOCK(status.st_mode))
+    if (!m_path.place().status(&status) || !S_ISSOCK(status.st_mode))
         return true;
     if (ControlLink::connectTo(m_path, error).isOpen()) {
         *error = QStringLiteral("another daemon serves it");
@@ -84,13 +84,12 @@ bool ControlServer::listen(QString *error)
 {
     // It gets its name when it listens: whoever sees the name can connect. What was there goes first, so that its going
     // is seen too.
-    const QByteArray fresh = m_path.hidden(".new");
-    clearPlace(fresh);
+    const FilePlace fresh = m_path.hidden(".new");
+    fresh.clear();
     FileDescriptor listener = ControlLink::listenAt(m_path, '.' + m_path.name() + ".new", error);
     if (!listener.isOpen())
         return false;
-    if (lstat(fresh.constData(), &m_socket) != 0 || !clearPlace(m_path.file())
-        || rename(fresh.constData(), m_path.file().constData()) != 0) {
+    if (!fresh.status(&m_socket) || !m_path.place().clear() || !fresh.rename(m_path.place())) {
         *error = systemError(errno);
         return false;
     }
@@ -105,7 +104,7 @@ bool ControlServer::listen(QString *error)
 bool ControlServer::isInPlace() const
 {
     struct stat present;
-    return m_listener.isOpen() && lstat(m_path.file().constData(), &present) == 0 && isSameFile(present, m_socket);
+    return m_listener.isOpen() && m_path.place().status(&present) && isSameFile(present, m_socket);
 }
 
 bool ControlServer::write(const ZopChangeset &changes, QString *error)

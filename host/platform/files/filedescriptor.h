@@ -28,12 +28,10 @@ public:
     }
     ~FileDescriptor() { reset(); }
 
-    /*! Whether this process can open \a count more. */
-    static bool areToSpare(int count)
-    {
-        const FileDescriptor one(open("/", O_PATH | O_CLOEXEC));
-        return one.isOpen() && (count <= 1 || areToSpare(count - 1));
-    }
+    /*! Whether this process can open \a count more, which is tried. */
+    static bool areToSpare(int count);
+    /*! The same of the last numbers that it may use: if these are free only the whole system may have too few. */
+    static bool areLastFree(int count);
 
     int get() const { return m_fd; }
     bool isOpen() const { return m_fd != -1; }

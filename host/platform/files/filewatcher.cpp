@@ -2,6 +2,7 @@
 #include "filewatcher.h"
 
 #include "hostlog.h"
+#include "root.h"
 #include "watchedfolder.h"
 #include "zoppath.h"
 
@@ -99,6 +100,11 @@ bool FileWatcher::hasSpareDescriptors()
     return FileDescriptor::areToSpare(DescriptorsOfAnnouncement);
 }
 
+bool FileWatcher::stillHasSpareDescriptors()
+{
+    return FileDescriptor::areLastFree(DescriptorsOfAnnouncement) || hasSpareDescriptors();
+}
+
 void FileWatcher::holdUntilRetry(FolderListener *listener)
 {
     if (!std::exchange(m_holding, true))
@@ -168,7 +174,7 @@ void FileWatcher::renewExchanged()
 void FileWatcher::watchRoot()
 {
     const int former = std::exchange(m_rootWatch,
-                                     inotify_add_watch(m_inotify.get(), ZopPath::rootFolder().constData(),
+                                     inotify_add_watch(m_inotify.get(), Root::folder().constData(),
                                                        IN_MOVE_SELF | IN_DELETE_SELF | IN_ONLYDIR | IN_MASK_ADD));
     if (former != -1 && former != m_rootWatch && !m_watches.contains(former))
         inotify_rm_watch(m_inotify.get(), former);

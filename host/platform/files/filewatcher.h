@@ -66,6 +66,8 @@ public:
     void holdUntilRetry(FolderListener *listener);
     /*! Whether this process can open what is announced. */
     static bool hasSpareDescriptors();
+    /*! The same at less cost, when it could a moment ago. */
+    static bool stillHasSpareDescriptors();
     bool isHolding() const { return m_holding; }
 
     /*! Counts turns of the event loop in which something may be told. */

@@ -15,7 +15,7 @@ FolderLock::FolderLock(const ZopPath &path, QString *error)
 {
     if (!path.makeFolder(error))
         return;
-    m_folder.reset(open(path.folder().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    m_folder = path.folderPlace().open(O_RDONLY | O_DIRECTORY);
     if (!m_folder.isOpen())
         *error = systemError(errno);
     else if (!waitForLock(

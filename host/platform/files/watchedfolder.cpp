@@ -2,6 +2,7 @@
 #include "watchedfolder.h"
 
 #include "hostlog.h"
+#include "root.h"
 #include "zoppath.h"
 
 #include <QtCore/QFile>
@@ -64,6 +65,8 @@ bool WatchedFolder::attach()
         awaitNothing();
     }
     m_watcher->watchRoot();
+    // Paths are watched, as inotify knows nothing else: files have to be those that they lead to.
+    Root::instance()->lookAgain();
     return true;
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "journal.h"
 
-#include "fileplace.h"
 #include "folderlock.h"
 #include "journalstate.h"
 #include "zopwire.h"
@@ -51,7 +50,7 @@ QByteArray makeRecord(quint64 marker, quint64 writer, const ZopChangeset &change
 }
 
 /*! Writes a complete file with \a state as its first record to \a target. */
-bool writeGeneration(const QByteArray &target, Identity identity, const ZopChangeset &state, QString *error)
+bool writeGeneration(const FilePlace &target, Identity identity, const ZopChangeset &state, QString *error)
 {
     Header header = {};
     std::memcpy(header.magic, Magic, sizeof(Magic));
@@ -65,26 +64,26 @@ bool writeGeneration(const QByteArray &target, Identity identity, const ZopChang
     header.stateEnd = sizeof(header) + quint64(record.size());
     header.checksum = headerChecksum(header);
 
-    clearPlace(target);
-    const FileDescriptor file(open(target.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, OwnerOnly));
+    target.clear();
+    const FileDescriptor file = target.open(O_WRONLY | O_CREAT | O_EXCL, OwnerOnly);
     const auto headerBytes = QByteArray::fromRawData(reinterpret_cast<const char *>(&header), sizeof(header));
     if (file.isOpen() && fchmod(file.get(), OwnerOnly) == 0 && writeWhole(file.get(), headerBytes)
         && writeWhole(file.get(), record))
         return true;
     *error = systemError(errno);
-    unlink(target.constData());
+    target.remove();
     return false;
 }
 
 /*! Whether somebody still reads the generation before the one that is open as \a current; then it is opened. */
 bool isPreviousRead(const ZopPath &path, const FileDescriptor &current, FileDescriptor *previous)
 {
-    const QByteArray name = path.hidden(".old");
-    previous->reset(open(name.constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    const FilePlace place = path.hidden(".old");
+    *previous = place.open(O_RDWR | O_NOFOLLOW | O_NONBLOCK);
     if (!previous->isOpen())
         return errno != ENOENT && !isNoFile(errno); // it cannot be told
     // A writer that was killed between its two steps leaves the current generation under this name.
-    if (names(name, current))
+    if (names(place, current))
         return false;
     struct flock lock = lockOn(ReadersByte, F_WRLCK);
     return fcntl(previous->get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
@@ -102,10 +101,10 @@ bool place(const ZopPath &path, const ZopChangeset &values, QString *error)
 {
     ZopChangeset state;
     state.assignments = values.assignments;
-    const QByteArray fresh = path.hidden(".new");
+    const FilePlace fresh = path.hidden(".new");
     if (!writeGeneration(fresh, {QRandomGenerator::global()->generate64(), 1}, state, error))
         return false;
-    if (clearPlace(path.file()) && rename(fresh.constData(), path.file().constData()) == 0)
+    if (path.place().clear() && fresh.rename(path.place()))
         return true;
     *error = systemError(errno);
     return false;
@@ -115,10 +114,10 @@ bool place(const ZopPath &path, const ZopChangeset &values, QString *error)
 bool lockPresent(const ZopPath &path, FileDescriptor *file, QString *error)
 {
     do {
-        file->reset(open(path.file().constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+        *file = path.place().open(O_RDWR | O_NOFOLLOW | O_NONBLOCK);
         if (file->isOpen() && !lockForWriting(path, *file, error))
             return false;
-    } while (file->isOpen() && exists(path) && !names(path.file(), *file));
+    } while (file->isOpen() && exists(path) && !names(path.place(), *file));
     return true;
 }
 
@@ -126,10 +125,12 @@ bool lockPresent(const ZopPath &path, FileDescriptor *file, QString *error)
 bool isRemovable(const ZopPath &path, QString *error)
 {
     struct stat status;
-    const bool exists = lstat(path.file().constData(), &status) == 0;
+    const bool exists = path.place().status(&status);
     const bool isControl = exists && S_ISSOCK(status.st_mode);
-    if (!exists || isControl)
-        *error = isControl ? QStringLiteral("a control object has this path") : noSuchObject();
+    if (!exists)
+        *error = errno == ENOENT || errno == ENOTDIR ? noSuchObject() : systemError(errno);
+    else if (isControl)
+        *error = QStringLiteral("a control object has this path");
     return exists && !isControl;
 }
 
@@ -138,13 +139,13 @@ bool isRemovable(const ZopPath &path, QString *error)
 bool exists(const ZopPath &path)
 {
     struct stat status;
-    return lstat(path.file().constData(), &status) == 0;
+    return path.place().status(&status);
 }
 
 bool isGone(const ZopPath &path)
 {
     struct stat status;
-    return lstat(path.file().constData(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
+    return !path.place().status(&status) && (errno == ENOENT || errno == ENOTDIR);
 }
 
 bool create(const ZopPath &path, const ZopChangeset &values, QString *error)
@@ -164,24 +165,25 @@ bool createAnew(const ZopPath &path, const ZopChangeset &values, QString *error)
     FileDescriptor file;
     if (!folder.isHeld() || !lockPresent(path, &file, error))
         return false;
-    clearPlace(path.hidden(".old"));
+    path.hidden(".old").clear();
     return place(path, values, error);
 }
 
 bool remove(const ZopPath &path, QString *error)
 {
+    path.lookAgain();
     if (!isRemovable(path, error))
         return false;
     const FolderLock folder(path, error); // nobody creates it anew meanwhile
     FileDescriptor file;                  // an update that is being written gets told before the removal
     if (!folder.isHeld() || !isRemovable(path, error) || !lockPresent(path, &file, error))
         return false;
-    if (unlink(path.file().constData()) != 0) {
+    if (!path.place().remove()) {
         *error = errno == ENOENT ? noSuchObject() : systemError(errno);
         return false;
     }
-    clearPlace(path.hidden(".old"));
-    clearPlace(path.hidden(".new"));
+    path.hidden(".old").clear();
+    path.hidden(".new").clear();
     error->clear();
     return true;
 }
@@ -218,7 +220,7 @@ bool Writer::append(const ZopPath &path, const ZopChangeset &changes, QString *e
 bool Writer::hasLost(const ZopPath &path) const
 {
     qint64 size = 0;
-    return m_file.isOpen() && names(path.file(), m_file, &size) && size < m_size;
+    return m_file.isOpen() && names(path.place(), m_file, &size) && size < m_size;
 }
 
 bool Writer::renew(const ZopPath &path, QString *error)
@@ -265,9 +267,7 @@ bool Writer::lock(const ZopPath &path, qint64 *size, QString *error)
     for (;;) {
         if ((!m_file.isOpen() && !open(path, error)) || !lockForWriting(path, m_file, error))
             return false;
-        struct stat present;
-        if (stat(path.file().constData(), &present) == 0 && isSameFile(present, m_place)) {
-            *size = present.st_size;
+        if (names(path.place(), m_place, size)) {
             if (isSound(path, *size, error))
                 return true;
             m_state.reset();
@@ -357,9 +357,8 @@ bool Writer::replace(const ZopPath &path, quint64 generations)
     if (isRead && !mayLeaveBehind(path))
         return false;
     QString error;
-    const QByteArray file = path.file();
-    const QByteArray fresh = path.hidden(".new");
-    const QByteArray old = path.hidden(".old");
+    const FilePlace fresh = path.hidden(".new");
+    const FilePlace old = path.hidden(".old");
     ZopChangeset state;
     const Identity next = {m_header.identity.incarnation, m_header.identity.generation + generations};
     bool done = foldState(path, &error);
@@ -368,8 +367,8 @@ bool Writer::replace(const ZopPath &path, quint64 generations)
         done = writeGeneration(fresh, next, state, &error);
     }
     if (done) {
-        clearPlace(old);
-        done = link(file.constData(), old.constData()) == 0 && rename(fresh.constData(), file.constData()) == 0;
+        old.clear();
+        done = path.place().link(old) && fresh.rename(path.place());
     }
     if (!done)
         m_replaceAt = sizeOf(m_file.get()) * 5 / 4; // not again before the file has grown some more

@@ -73,7 +73,7 @@ quint32 headerChecksum(const Header &header)
 FileDescriptor openFile(const ZopPath &path, int flags, Header *header, QString *error)
 {
     // Not blocking, as what another program put there may be a pipe.
-    FileDescriptor file(open(path.file().constData(), flags | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    FileDescriptor file = path.place().open(flags | O_NOFOLLOW | O_NONBLOCK);
     if (!file.isOpen() && !isNoFile(errno)) {
         *error = errno == ENOENT ? noSuchObject() : systemError(errno);
         return file;
@@ -87,15 +87,20 @@ FileDescriptor openFile(const ZopPath &path, int flags, Header *header, QString 
     return file;
 }
 
-bool names(const QByteArray &path, const FileDescriptor &file, qint64 *size)
+bool names(const FilePlace &place, const FileDescriptor &file, qint64 *size)
+{
+    struct stat status;
+    return fstat(file.get(), &status) == 0 && names(place, status, size);
+}
+
+bool names(const FilePlace &place, const struct stat &file, qint64 *size)
 {
     struct stat there;
-    struct stat here;
-    if (stat(path.constData(), &there) != 0 || fstat(file.get(), &here) != 0)
+    if (!place.statusOfTarget(&there))
         return false;
     if (size)
         *size = there.st_size;
-    return isSameFile(there, here);
+    return isSameFile(there, file);
 }
 
 qint64 sizeOf(int file)

@@ -10,9 +10,11 @@
 #include <limits>
 
 struct flock;
+struct stat;
 
 namespace morvek {
 
+class FilePlace;
 class ZopPath;
 
 /*! What a journal's bytes mean, and how they are read. */
@@ -61,8 +63,10 @@ quint32 headerChecksum(const Header &header);
 
 /*! Opens the object's file and reads its header; when that is not sound, or this is no file, errno is EBADMSG. */
 FileDescriptor openFile(const ZopPath &path, int flags, Header *header, QString *error);
-/*! Whether \a path names the file that is open as \a file, and then how large it is. */
-bool names(const QByteArray &path, const FileDescriptor &file, qint64 *size = nullptr);
+/*! Whether \a place has the file that is open as \a file, and then how large it is. */
+bool names(const FilePlace &place, const FileDescriptor &file, qint64 *size = nullptr);
+/*! The same of the file that a look has found. */
+bool names(const FilePlace &place, const struct stat &file, qint64 *size = nullptr);
 /*! How large the file is; 0 when that cannot be told. */
 qint64 sizeOf(int file);
 /*! Whether \a error of an open that follows no links says that there is no file, but something else. */

@@ -39,9 +39,11 @@ bool Reader::open(const ZopPath &path, QString *error)
             return false;
         }
         // Only now is it certain that no generation can be missed: look whether one was.
-        if (!names(path.file(), file))
+        struct stat opened;
+        if (fstat(file.get(), &opened) != 0 || !names(path.place(), opened))
             continue;
         adopt(path, std::move(file), header); // the old one's lock goes after the new one's was taken
+        m_opened = opened;
         return true;
     }
 }

@@ -8,6 +8,8 @@
 
 #include <functional>
 
+#include <sys/stat.h>
+
 namespace morvek {
 namespace Journal {
 
@@ -42,9 +44,11 @@ public:
     void setReport(const Report &report) { m_report = report; }
 
     /*! Whether the object's path names this very file: if not, it is complete. */
-    bool isCurrent() const { return names(m_path.file(), m_file); }
+    bool isCurrent() const { return names(m_path.place(), m_opened); }
     /*! What is behind this offset now was not there when this was called. */
     qint64 size() const { return sizeOf(m_file.get()); }
+    /*! How large it was when it was opened. */
+    qint64 openedSize() const { return m_opened.st_size; }
     /*! Where the next record is expected. */
     qint64 offset() const { return m_offset; }
 
@@ -81,6 +85,7 @@ private:
 
     ZopPath m_path;
     FileDescriptor m_file;
+    struct stat m_opened = {}; // as the file was when it was opened
     Header m_header = {};
     Report m_report;
     qint64 m_offset = 0; // of the next record

@@ -63,7 +63,7 @@ bool areTorn(const FileDescriptor &file, qint64 offset, qint64 size, quint64 mar
 ObjectCheck::Result ObjectCheck::judge(const ZopPath &path, quint64 writer, QString *error)
 {
     struct stat present;
-    if (lstat(path.file().constData(), &present) != 0) {
+    if (!path.place().status(&present)) {
         *error = errno == ENOENT ? noSuchObject() : systemError(errno);
         return Unsound;
     }
@@ -81,7 +81,7 @@ ObjectCheck::Result ObjectCheck::judge(const ZopPath &path, quint64 writer, QStr
     if (judgeContent(path, file, header, writer, &progress) != Sound) {
         // It may be in the making, and tells more when its writer is done.
         struct flock lock = lockOn(WritersByte, F_WRLCK);
-        if (fcntl(file.get(), F_OFD_SETLK, &lock) != 0 || !names(path.file(), file))
+        if (fcntl(file.get(), F_OFD_SETLK, &lock) != 0 || !names(path.place(), file))
             return Sound;
         const Result result = judgeContent(path, file, header, writer, &progress);
         if (result == Unsound)

@@ -40,7 +40,7 @@ bool StateObject::start(QString *error)
         return false;
     if (!m_isAwake)
         m_reader.unlock();
-    m_toldFrom = m_reader.size();
+    m_toldFrom = m_reader.openedSize();
     return true;
 }
 
@@ -114,7 +114,7 @@ void StateObject::refresh()
 {
     const bool wasThere = m_reader.isOpen();
     const quint64 incarnation = m_reader.identity().incarnation;
-    if (!open(&m_reader) && !m_isBehind)
+    if (!(wasThere && m_reader.isCurrent()) && !open(&m_reader) && !m_isBehind)
         m_reader.close();
     m_toldFrom = 0;
     m_isInStep = false;
