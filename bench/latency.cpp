@@ -4,14 +4,11 @@
 #include "asyncnetworkinterfaceoperation.h"
 #include "bus.h"
 #include "measurement.h"
-#include "networkinterfaceservice.h"
-#include "networklibraryexports.h"
 #include "process.h"
 #include "publisher.h"
 #include "report.h"
 #include "rounds.h"
-
-#include <QtCore/QCoreApplication>
+#include "services.h"
 
 #include <array>
 #include <functional>
@@ -102,9 +99,7 @@ int runObjectSender(Rounds *rounds)
 
 int runServiceReceiver(Rounds *rounds)
 {
-    NetworkInterfaceService *service = newNetworkInterfaceService();
-    if (!service->ready())
-        qFatal("the service is not ready");
+    NetworkInterfaceService *service = readyNetworkInterfaceService();
     QObject::connect(service, &NetworkInterfaceService::interfaceConfigurationChanged, service, [rounds] {
         if (!rounds->arrived())
             QCoreApplication::quit();
@@ -117,9 +112,7 @@ int runServiceReceiver(Rounds *rounds)
 
 int runServiceRequester(Rounds *rounds)
 {
-    NetworkInterfaceService *service = newNetworkInterfaceService();
-    if (!service->ready())
-        qFatal("the service is not ready");
+    NetworkInterfaceService *service = readyNetworkInterfaceService();
     const NetworkInterface target = service->interfaces().constFirst();
     NetworkInterfaceConfig config = target.configuration();
     config.setType(NetworkInterfaceConfig::Manual);
@@ -235,7 +228,7 @@ int runLatencyRole(const QStringList &arguments)
 {
     const QString role = arguments.value(0);
     if (role == QLatin1String("publisher"))
-        return runPublisher(arguments.value(1).toInt());
+        return runPublisher(arguments.mid(1));
     const QString page = arguments.value(1);
     const QString detail = arguments.value(2);
     if (page.isEmpty())

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "counting.h"
+#include "countedroles.h"
+#include "counts.h"
 #include "fetching.h"
+#include "growth.h"
 #include "latency.h"
+#include "recordedcounts.h"
 #include "report.h"
 #include "scanning.h"
 #include "timedapplication.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QFile>
+#include <QtCore/QJsonDocument>
 
 namespace {
 
@@ -18,15 +22,14 @@ struct Section
 };
 
 const Section sections[] = {
-    {QStringLiteral("latency"), measureLatency},
-    {QStringLiteral("scans"), measureScanning},
-    {QStringLiteral("fetches"), measureFetching},
+    {QStringLiteral("counts"), measureCounts},  {QStringLiteral("latency"), measureLatency},
+    {QStringLiteral("scans"), measureScanning}, {QStringLiteral("fetches"), measureFetching},
     {QStringLiteral("growth"), measureGrowth},
 };
 
 int runRole(const QStringList &arguments)
 {
-    for (const auto run : {runGrowthRole, runFetchingRole, runScanningRole}) {
+    for (const auto run : {runCountedRole, runGrowthRole, runFetchingRole, runScanningRole}) {
         const int result = run(arguments);
         if (result != -1)
             return result;
@@ -49,7 +52,13 @@ int main(int argc, char *argv[])
     parser.addHelpOption();
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Write the figures to <file>."),
                                   QStringLiteral("file"));
-    parser.addOption(json);
+    const QCommandLineOption record(QStringLiteral("record"), QStringLiteral("Write what is counted to <file>."),
+                                    QStringLiteral("file"));
+    const QCommandLineOption compare(
+        QStringLiteral("compare"),
+        QStringLiteral("Compare with what <file> records, and exit with 1 only when a count has become worse."),
+        QStringLiteral("file"));
+    parser.addOptions({json, record, compare});
     parser.addPositionalArgument(QStringLiteral("section"),
                                  QStringLiteral("Measures only latency, scans, fetches or growth."),
                                  QStringLiteral("[section...]"));
@@ -63,8 +72,12 @@ int main(int argc, char *argv[])
     report.printTable();
     if (parser.isSet(json)) {
         QFile file(parser.value(json));
-        if (!file.open(QIODevice::WriteOnly) || file.write(report.toJson()) == -1)
+        if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(report.figures()).toJson()) == -1)
             qFatal("cannot write %s", qPrintable(parser.value(json)));
     }
+    if (parser.isSet(record))
+        RecordedCounts(parser.value(record)).write(report.figures());
+    if (parser.isSet(compare))
+        return RecordedCounts(parser.value(compare)).compare(report.figures()) ? 0 : 1;
     return report.reachesAll() ? 0 : 1;
 }

@@ -2,7 +2,8 @@
 #ifndef MORVEK_ROUNDS_H
 #define MORVEK_ROUNDS_H
 
-#include <QtCore/QString>
+#include "sharedmemory.h"
+
 #include <QtCore/QVector>
 
 #include <array>
@@ -21,7 +22,6 @@ public:
     explicit Rounds(const QString &file);
     /*! Creates \a file, for so many rounds of which the first \a warmUp do not count. */
     Rounds(const QString &file, int warmUp, int counted);
-    ~Rounds();
 
     // The receiver's side.
     void setReady();
@@ -40,9 +40,6 @@ public:
     static constexpr int Most = 3200;
 
 private:
-    Q_DISABLE_COPY(Rounds)
-    void map(const QString &file, int flags);
-
     struct Page
     {
         sem_t ready;
@@ -54,6 +51,8 @@ private:
         int received;
         std::array<qint64, Most> nanoseconds;
     };
+
+    SharedMemory m_memory;
     Page *m_page;
 };
 
