@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "countedroles.h"
 #include "counts.h"
+#include "crowd.h"
 #include "fetching.h"
 #include "growth.h"
 #include "latency.h"
@@ -22,9 +23,9 @@ struct Section
 };
 
 const Section sections[] = {
-    {QStringLiteral("counts"), measureCounts},  {QStringLiteral("latency"), measureLatency},
-    {QStringLiteral("scans"), measureScanning}, {QStringLiteral("fetches"), measureFetching},
-    {QStringLiteral("growth"), measureGrowth},
+    {QStringLiteral("counts"), measureCounts},    {QStringLiteral("latency"), measureLatency},
+    {QStringLiteral("crowd"), measureCrowd},      {QStringLiteral("scans"), measureScanning},
+    {QStringLiteral("fetches"), measureFetching}, {QStringLiteral("growth"), measureGrowth},
 };
 
 int runRole(const QStringList &arguments)

@@ -10,11 +10,11 @@ Quantiles quantiles(const QVector<double> &samples)
 }
 
 Quantiles measure(int warmUp, int counted,
-                  const std::function<void(const QString &page, const QString &folder)> &processes)
+                  const std::function<void(const QString &page, const QString &folder)> &processes, int receivers)
 {
     const Root root;
     const QString page = root.folder() + QStringLiteral("/page");
-    const Rounds rounds(page, warmUp, counted);
+    const Rounds rounds(page, warmUp, counted, receivers);
     processes(page, root.folder());
     return quantiles(rounds.samples());
 }

@@ -17,8 +17,9 @@ struct Quantiles
 /*! Of \a samples in ascending order. */
 Quantiles quantiles(const QVector<double> &samples);
 
-/*! Runs \a processes, which take turns on a fresh shared page, on a fresh root. */
+/*! Runs \a processes, which take turns on a fresh shared page, on a fresh root; so many \a receivers are reached each
+ * time. */
 Quantiles measure(int warmUp, int counted,
-                  const std::function<void(const QString &page, const QString &folder)> &processes);
+                  const std::function<void(const QString &page, const QString &folder)> &processes, int receivers = 1);
 
 #endif

@@ -27,13 +27,14 @@ Rounds::Rounds(const QString &file)
 {
 }
 
-Rounds::Rounds(const QString &file, int warmUp, int counted)
+Rounds::Rounds(const QString &file, int warmUp, int counted, int receivers)
     : Rounds(file)
 {
     if (warmUp + counted > Most)
         qFatal("so many rounds do not fit into the shared page");
     m_page->warmUp = warmUp;
     m_page->all = warmUp + counted;
+    m_page->receivers = receivers;
     sem_init(&m_page->ready, 1, 0);
     sem_init(&m_page->arrival, 1, 0);
 }
@@ -45,15 +46,19 @@ void Rounds::setReady()
 
 bool Rounds::arrived()
 {
-    m_page->nanoseconds[size_t(m_page->received)] = now() - m_page->sentAt;
-    const bool more = ++m_page->received < m_page->all;
-    sem_post(&m_page->arrival);
-    return more;
+    const int before = m_page->received++;
+    const int round = before / m_page->receivers;
+    if (before % m_page->receivers == m_page->receivers - 1) {
+        m_page->nanoseconds[size_t(round)] = now() - m_page->sentAt;
+        sem_post(&m_page->arrival);
+    }
+    return round + 1 < m_page->all;
 }
 
 void Rounds::awaitReady()
 {
-    await(&m_page->ready);
+    for (int i = 0; i < m_page->receivers; ++i)
+        await(&m_page->ready);
 }
 
 bool Rounds::next()

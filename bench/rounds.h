@@ -12,8 +12,8 @@
 #include <semaphore.h>
 
 /*!
- * A page of memory that the two processes of a measurement share. The sender notes the time and sends; the receiver
- * notes how long it took and lets the sender go on. So one message is under way at a time.
+ * A page of memory that the processes of a measurement share. The sender notes the time and sends; the last receiver
+ * that is reached notes how long it took and lets the sender go on. So one message is under way at a time.
  */
 class Rounds
 {
@@ -21,7 +21,7 @@ public:
     /*! Maps \a file. */
     explicit Rounds(const QString &file);
     /*! Creates \a file, for so many rounds of which the first \a warmUp do not count. */
-    Rounds(const QString &file, int warmUp, int counted);
+    Rounds(const QString &file, int warmUp, int counted, int receivers = 1);
 
     // The receiver's side.
     void setReady();
@@ -47,8 +47,9 @@ private:
         std::atomic<qint64> sentAt;
         int warmUp;
         int all;
+        int receivers;
         int sent;
-        int received;
+        std::atomic<int> received;
         std::array<qint64, Most> nanoseconds;
     };
 
