@@ -4,33 +4,29 @@
 #include "crowd.h"
 #include "fetching.h"
 #include "growth.h"
+#include "idle.h"
 #include "latency.h"
+#include "memory.h"
 #include "recordedcounts.h"
 #include "report.h"
+#include "restingapplication.h"
 #include "scanning.h"
+#include "stopped.h"
 #include "timedapplication.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 
+#include <functional>
+#include <utility>
+
 namespace {
-
-struct Section
-{
-    QString name;
-    void (*measure)(Report *report);
-};
-
-const Section sections[] = {
-    {QStringLiteral("counts"), measureCounts},    {QStringLiteral("latency"), measureLatency},
-    {QStringLiteral("crowd"), measureCrowd},      {QStringLiteral("scans"), measureScanning},
-    {QStringLiteral("fetches"), measureFetching}, {QStringLiteral("growth"), measureGrowth},
-};
 
 int runRole(const QStringList &arguments)
 {
-    for (const auto run : {runCountedRole, runGrowthRole, runFetchingRole, runScanningRole}) {
+    for (const auto run :
+         {runCountedRole, runRestingApplication, runGrowthRole, runFetchingRole, runScanningRole, runStoppedRole}) {
         const int result = run(arguments);
         if (result != -1)
             return result;
@@ -59,16 +55,29 @@ int main(int argc, char *argv[])
         QStringLiteral("compare"),
         QStringLiteral("Compare with what <file> records, and exit with 1 only when a count has become worse."),
         QStringLiteral("file"));
-    parser.addOptions({json, record, compare});
-    parser.addPositionalArgument(QStringLiteral("section"),
-                                 QStringLiteral("Measures only latency, scans, fetches or growth."),
+    const QCommandLineOption arm(QStringLiteral("arm"), QStringLiteral("Where the build for ARM is."),
+                                 QStringLiteral("folder"), QStringLiteral("build-arm"));
+    parser.addOptions({json, record, compare, arm});
+    parser.addPositionalArgument(QStringLiteral("section"), QStringLiteral("Measures only these; see docs/speed.md."),
                                  QStringLiteral("[section...]"));
     parser.process(application);
 
+    const std::pair<QString, std::function<void(Report *)>> sections[] = {
+        {QStringLiteral("counts"), measureCounts},
+        {QStringLiteral("latency"), measureLatency},
+        {QStringLiteral("crowd"), measureCrowd},
+        {QStringLiteral("scans"), measureScanning},
+        {QStringLiteral("fetches"), measureFetching},
+        {QStringLiteral("growth"), measureGrowth},
+        {QStringLiteral("stopped"), measureStopped},
+        {QStringLiteral("memory"), [&](Report *report) { measureMemory(report, parser.value(arm)); }},
+        {QStringLiteral("idle"), measureIdle},
+    };
+    const QStringList wanted = parser.positionalArguments();
     Report report;
-    for (const Section &section : sections) {
-        if (parser.positionalArguments().isEmpty() || parser.positionalArguments().contains(section.name))
-            section.measure(&report);
+    for (const auto &[name, measure] : sections) {
+        if (wanted.isEmpty() || wanted.contains(name))
+            measure(&report);
     }
     report.printTable();
     if (parser.isSet(json)) {

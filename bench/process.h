@@ -19,6 +19,7 @@ public:
     /*! This program in the role that \a arguments begin with. */
     static std::unique_ptr<Process> role(const QStringList &arguments);
 
+    qint64 id() const { return m_process.processId(); }
     QByteArray readLine();
     void writeLine(const QByteArray &line);
     /*! Waits for the end, and returns what is left of the output. */
