@@ -4,6 +4,7 @@
 #include "pace.h"
 #include "process.h"
 #include "report.h"
+#include "starting.h"
 #include "tracing.h"
 
 namespace {
@@ -221,6 +222,7 @@ void measureCounts(Report *report)
     reportStarts(report);
     reportScans(report);
     reportOpening(report);
+    countStarting(report);
 }
 
 double instructionsOfUpdate(int interfaces)

@@ -11,6 +11,7 @@
 #include "report.h"
 #include "restingapplication.h"
 #include "scanning.h"
+#include "starting.h"
 #include "stopped.h"
 #include "timedapplication.h"
 
@@ -69,6 +70,7 @@ int main(int argc, char *argv[])
         {QStringLiteral("scans"), measureScanning},
         {QStringLiteral("fetches"), measureFetching},
         {QStringLiteral("growth"), measureGrowth},
+        {QStringLiteral("starting"), measureStarting},
         {QStringLiteral("stopped"), measureStopped},
         {QStringLiteral("memory"), [&](Report *report) { measureMemory(report, parser.value(arm)); }},
         {QStringLiteral("idle"), measureIdle},

@@ -29,14 +29,18 @@ QList<QByteArray> linesOf(const QString &path)
     return file.readAll().split('\n');
 }
 
-void runTraced(const QString &tool, QStringList options, const QStringList &arguments,
+void runTraced(const QString &tool, const QStringList &options, const QStringList &program,
                const std::function<void(Process *traced)> &feed)
 {
-    options << QCoreApplication::applicationFilePath() << QStringLiteral("--role") << arguments;
-    Process process(tool, options);
+    Process process(tool, options + program);
     if (feed)
         feed(&process);
     process.finish();
+}
+
+QStringList programOfRole(const QStringList &arguments)
+{
+    return QStringList {QCoreApplication::applicationFilePath(), QStringLiteral("--role")} + arguments;
 }
 
 /*! What callgrind has written at a mark. It gives each function's name once, and numbers afterwards. */
@@ -72,6 +76,20 @@ bool canTrace(const QString &tool, const QStringList &options)
     return process.waitForFinished() && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
+const QString Valgrind = QStringLiteral("valgrind");
+
+bool hasCallgrind()
+{
+    static const bool has = canTrace(Valgrind, {QStringLiteral("--tool=none")});
+    return has;
+}
+
+QStringList callgrindOptions(const QString &output)
+{
+    return {QStringLiteral("--quiet"), QStringLiteral("--tool=callgrind"),
+            QStringLiteral("--callgrind-out-file=") + output};
+}
+
 } // namespace
 
 void markCounted()
@@ -88,20 +106,27 @@ void markStep()
 
 QVector<Cost> countInstructions(const QStringList &arguments, const std::function<void(Process *traced)> &feed)
 {
-    static const bool isPossible = canTrace(QStringLiteral("valgrind"), {QStringLiteral("--tool=none")});
-    if (!isPossible)
+    if (!hasCallgrind())
         return {};
     const QTemporaryDir folder;
     const QString output = folder.filePath(QStringLiteral("counts"));
-    runTraced(QStringLiteral("valgrind"),
-              {QStringLiteral("--quiet"), QStringLiteral("--tool=callgrind"), QStringLiteral("--instr-atstart=no"),
-               QStringLiteral("--callgrind-out-file=") + output},
-              arguments, feed);
+    runTraced(Valgrind, callgrindOptions(output) << QStringLiteral("--instr-atstart=no"), programOfRole(arguments),
+              feed);
     QVector<Cost> costs;
     // The first mark ends nothing.
     for (int i = 2; QFile::exists(output + QStringLiteral(".%1").arg(i)); ++i)
         costs.append(readDump(output + QStringLiteral(".%1").arg(i)));
     return costs;
+}
+
+double instructionsOfProgram(const QString &program)
+{
+    if (!hasCallgrind())
+        return Cost().instructions;
+    const QTemporaryDir folder;
+    const QString output = folder.filePath(QStringLiteral("counts"));
+    runTraced(Valgrind, callgrindOptions(output), {program}, {});
+    return readDump(output).instructions;
 }
 
 QVector<Cost> countSystemCalls(const QStringList &arguments, const std::function<void(Process *traced)> &feed)
@@ -113,7 +138,8 @@ QVector<Cost> countSystemCalls(const QStringList &arguments, const std::function
     static const QRegularExpression call(QStringLiteral(R"(^\d+ +[a-z_0-9]+\()"));
     const QTemporaryDir folder;
     const QString output = folder.filePath(QStringLiteral("calls"));
-    runTraced(QStringLiteral("strace"), {QStringLiteral("-f"), QStringLiteral("-o"), output}, arguments, feed);
+    runTraced(QStringLiteral("strace"), {QStringLiteral("-f"), QStringLiteral("-o"), output}, programOfRole(arguments),
+              feed);
     QVector<QVector<double>> counted; // the first mark ends nothing
     for (const QByteArray &line : linesOf(output)) {
         if (line.contains(CountedLine))

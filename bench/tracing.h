@@ -30,5 +30,7 @@ void markStep();
  */
 QVector<Cost> countInstructions(const QStringList &arguments, const std::function<void(Process *traced)> &feed = {});
 QVector<Cost> countSystemCalls(const QStringList &arguments, const std::function<void(Process *traced)> &feed = {});
+/*! The instructions of a whole program. */
+double instructionsOfProgram(const QString &program);
 
 #endif
