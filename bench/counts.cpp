@@ -20,83 +20,74 @@ using Counter = QVector<Cost> (*)(const QStringList &arguments, const std::funct
 
 enum class Side { Application, Daemon };
 
-/*! An application and a daemon with \a interfaces, of which one is counted while both are driven line by line. */
-class PacedPair
+/*! The root and the paces of an application and a daemon, of which one is counted while both are driven line by line.
+ */
+struct PacedPair
 {
-public:
-    PacedPair(const QStringList &application, int interfaces)
-        : m_applicationRole(application + QStringList(page(QStringLiteral("application")))),
-          m_daemonRole({QStringLiteral("publisher"), QString::number(interfaces), QStringLiteral("plain"),
-                        page(QStringLiteral("daemon"))})
-    {
-    }
+    const Root root;
+    const Pace application {root.folder() + QStringLiteral("/application")};
+    const Pace daemon {root.folder() + QStringLiteral("/daemon")};
 
-    using Feed = std::function<void(PacedPair *pair, Process *application, Process *daemon)>;
-
-    QVector<Cost> run(Side side, Counter count, const Feed &feed)
-    {
-        if (side == Side::Application) {
-            const auto daemon = Process::role(m_daemonRole);
-            daemon->readLine();
-            return count(m_applicationRole, [&](Process *application) {
-                applicationPace.awaitReady();
-                feed(this, application, daemon.get());
-            });
-        }
-        return count(m_daemonRole, [&](Process *daemon) {
-            daemon->readLine();
-            const auto application = Process::role(m_applicationRole);
-            applicationPace.awaitReady();
-            feed(this, application.get(), daemon);
-        });
-    }
-
-private:
-    QString page(const QString &name) const { return m_root.folder() + QLatin1Char('/') + name; }
-
-    Root m_root;
-    QStringList m_applicationRole;
-    QStringList m_daemonRole;
-
-public:
-    Pace applicationPace {page(QStringLiteral("application"))};
-    Pace daemonPace {page(QStringLiteral("daemon"))};
+    using Feed = std::function<void(Process *application, Process *daemon)>;
+    QVector<Cost> run(Side counted, Counter count, const QStringList &role, int interfaces, const Feed &feed) const;
 };
 
+QVector<Cost> PacedPair::run(Side counted, Counter count, const QStringList &role, int interfaces,
+                             const Feed &feed) const
+{
+    const QStringList applicationRole = role + QStringList(root.folder() + QStringLiteral("/application"));
+    const QStringList daemonRole {QStringLiteral("publisher"), QString::number(interfaces), QStringLiteral("plain"),
+                                  root.folder() + QStringLiteral("/daemon")};
+    if (counted == Side::Application) {
+        const auto other = Process::role(daemonRole);
+        other->readLine();
+        return count(applicationRole, [&](Process *traced) {
+            application.awaitReady();
+            feed(traced, other.get());
+        });
+    }
+    return count(daemonRole, [&](Process *traced) {
+        traced->readLine();
+        const auto other = Process::role(applicationRole);
+        application.awaitReady();
+        feed(other.get(), traced);
+    });
+}
+
 /*! Each character of \a steps is the number of attributes that an update has; 0 updates nothing. */
-QVector<Cost> costsOfUpdates(Side side, Counter count, const QByteArray &steps, int interfaces = 1)
+QVector<Cost> costsOfUpdates(Side counted, Counter count, const QByteArray &steps, int interfaces = 1)
 {
     const int all = steps.size() - steps.count('0');
-    PacedPair pair({QStringLiteral("updated"), QString::number(all)}, interfaces);
-    return pair.run(side, count, [&](PacedPair *paced, Process *, Process *daemon) {
+    const PacedPair pair;
+    const QStringList role {QStringLiteral("updated"), QString::number(all)};
+    return pair.run(counted, count, role, interfaces, [&](Process *, Process *daemon) {
         int updates = 0;
         for (int i = 0; i < steps.size(); ++i) {
             daemon->writeLine(steps.mid(i, 1));
-            paced->daemonPace.awaitRest(i + 1);
+            pair.daemon.awaitRest(i + 1);
             if (steps[i] != '0')
                 ++updates;
-            // The last one ends the application.
-            if (updates < all)
-                paced->applicationPace.awaitRest(updates);
+            if (updates < all) // the last one ends the application
+                pair.application.awaitRest(updates);
         }
     });
 }
 
 /*! Each "1" of \a steps is a request; the daemon answers it when the application has come to rest. */
-QVector<Cost> costsOfRequests(Side side, Counter count, const QByteArray &steps)
+QVector<Cost> costsOfRequests(Side counted, Counter count, const QByteArray &steps)
 {
-    PacedPair pair({QStringLiteral("requesting"), QString()}, 1);
-    return pair.run(side, count, [&](PacedPair *paced, Process *application, Process *) {
+    const PacedPair pair;
+    return pair.run(counted, count, {QStringLiteral("requesting"), QString()}, 1, [&](Process *application, Process *) {
         int requests = 0;
         for (int i = 0; i < steps.size(); ++i) {
             application->writeLine(steps.mid(i, 1));
             if (steps[i] != '0') {
-                paced->daemonPace.awaitBegun(++requests);
-                paced->applicationPace.awaitSleep();
-                paced->daemonPace.mayGoOn();
+                pair.daemon.awaitBegun(++requests);
+                pair.application.awaitSleep();
+                pair.daemon.mayGoOn();
             }
-            paced->daemonPace.awaitRest(requests);
-            paced->applicationPace.awaitRest(i + 1);
+            pair.daemon.awaitRest(requests);
+            pair.application.awaitRest(i + 1);
         }
     });
 }

@@ -45,24 +45,8 @@ int main(int argc, char *argv[])
         return runRole(arguments.mid(2));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Measures the library beside what it rests on and beside D-Bus. "
-                                                    "Exits with 1 when a ratio to reach is missed."));
-    parser.addHelpOption();
-    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Write the figures to <file>."),
-                                  QStringLiteral("file"));
-    const QCommandLineOption record(QStringLiteral("record"), QStringLiteral("Write what is counted to <file>."),
-                                    QStringLiteral("file"));
-    const QCommandLineOption compare(
-        QStringLiteral("compare"),
-        QStringLiteral("Compare with what <file> records, and exit with 1 only when a count has become worse."),
-        QStringLiteral("file"));
     const QCommandLineOption arm(QStringLiteral("arm"), QStringLiteral("Where the build for ARM is."),
                                  QStringLiteral("folder"), QStringLiteral("build-arm"));
-    parser.addOptions({json, record, compare, arm});
-    parser.addPositionalArgument(QStringLiteral("section"), QStringLiteral("Measures only these; see docs/speed.md."),
-                                 QStringLiteral("[section...]"));
-    parser.process(application);
-
     const std::pair<QString, std::function<void(Report *)>> sections[] = {
         {QStringLiteral("counts"), measureCounts},
         {QStringLiteral("latency"), measureLatency},
@@ -75,6 +59,27 @@ int main(int argc, char *argv[])
         {QStringLiteral("memory"), [&](Report *report) { measureMemory(report, parser.value(arm)); }},
         {QStringLiteral("idle"), measureIdle},
     };
+    QStringList names;
+    for (const auto &section : sections)
+        names += section.first;
+
+    parser.setApplicationDescription(QStringLiteral("Measures the library beside what it rests on and beside D-Bus. "
+                                                    "Exits with 1 when something to reach is missed."));
+    parser.addHelpOption();
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Write the figures to <file>."),
+                                  QStringLiteral("file"));
+    const QCommandLineOption record(QStringLiteral("record"), QStringLiteral("Write what is counted to <file>."),
+                                    QStringLiteral("file"));
+    const QCommandLineOption compare(
+        QStringLiteral("compare"),
+        QStringLiteral("Compare with what <file> records, and exit with 1 only when a count has become worse."),
+        QStringLiteral("file"));
+    parser.addOptions({json, record, compare, arm});
+    parser.addPositionalArgument(QStringLiteral("section"),
+                                 QStringLiteral("Measures only these of %1.").arg(names.join(QStringLiteral(", "))),
+                                 QStringLiteral("[section...]"));
+    parser.process(application);
+
     const QStringList wanted = parser.positionalArguments();
     Report report;
     for (const auto &[name, measure] : sections) {

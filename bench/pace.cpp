@@ -84,7 +84,7 @@ void Pace::awaitRest(int things) const
     awaitSleep();
 }
 
-void Pace::mayGoOn()
+void Pace::mayGoOn() const
 {
     ++m_page->leaves;
 }

@@ -36,7 +36,7 @@ public:
     /*! Waits until so many things are done, and the process sleeps. */
     void awaitRest(int things) const;
     void awaitSleep() const;
-    void mayGoOn();
+    void mayGoOn() const;
 
 private:
     struct Page

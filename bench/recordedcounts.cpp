@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "recordedcounts.h"
 
+#include "madewith.h"
+
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QTextStream>
@@ -93,8 +95,8 @@ QJsonObject countsOf(const QJsonArray &figures)
 
 QJsonObject presentMakers()
 {
-    return {{QStringLiteral("compiler"), QStringLiteral(MORVEK_COMPILER)},
-            {QStringLiteral("flags"), QStringLiteral(MORVEK_FLAGS)},
+    return {{QStringLiteral("compiler"), QLatin1String(Compiler)},
+            {QStringLiteral("flags"), QLatin1String(Flags)},
             {QStringLiteral("Qt"), QString::fromLatin1(qVersion())},
             {QStringLiteral("C library"), QString::fromLatin1(gnu_get_libc_version())}};
 }

@@ -32,7 +32,7 @@ namespace {
 
 constexpr double ToParse = 2.5;
 constexpr double ToDBus = 0.1;
-constexpr double ToBlock = 1;
+constexpr double ToBlock = 1.6;
 constexpr double ToLinear = 1.05;
 
 constexpr int Sizes[] = {20, 200, 2000};
