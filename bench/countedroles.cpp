@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "countedroles.h"
 
-#include "asyncnetworkinterfaceoperation.h"
 #include "asyncwifiscanoperation.h"
 #include "pace.h"
 #include "process.h"
@@ -41,16 +40,14 @@ int runUpdated(int updates, Pace *pace)
 int runRequesting(Pace *pace)
 {
     NetworkInterfaceService *service = readyNetworkInterfaceService();
-    const NetworkInterface target = service->interfaces().constFirst();
-    NetworkInterfaceConfig config = target.configuration();
-    config.setType(NetworkInterfaceConfig::Manual);
+    const ManualRequests requests(service);
     onLines(service, [&](const QByteArray &line) {
         pace->begin();
         if (line != "1") {
             pace->end();
             return;
         }
-        AsyncNetworkInterfaceOperation *operation = service->configure(target, config);
+        AsyncNetworkInterfaceOperation *operation = requests.next();
         QObject::connect(operation, &AsyncNetworkInterfaceOperation::success, [operation, pace] {
             operation->deleteLater();
             pace->end();

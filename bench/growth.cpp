@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "growth.h"
 
-#include "asyncnetworkinterfaceoperation.h"
 #include "counts.h"
 #include "measurement.h"
 #include "process.h"
@@ -23,22 +22,15 @@ constexpr double ToEmpty = 6;
 constexpr int Openings = 25;
 constexpr int ManyRequests = 10000;
 
-void request(NetworkInterfaceService *service)
-{
-    const NetworkInterface target = service->interfaces().constFirst();
-    NetworkInterfaceConfig config = target.configuration();
-    config.setType(NetworkInterfaceConfig::Manual);
-    await(service->configure(target, config));
-}
-
 int runCountedRequests(int earlierRequests)
 {
     NetworkInterfaceService *service = readyNetworkInterfaceService();
+    const ManualRequests requests(service);
     for (int i = 0; i <= earlierRequests; ++i)
-        request(service);
+        await(requests.next());
     markCounted();
     for (int i = 0; i < CountedRequests; ++i)
-        request(service);
+        await(requests.next());
     markCounted();
     deleteNetworkInterfaceService(&service);
     return 0;
@@ -47,11 +39,12 @@ int runCountedRequests(int earlierRequests)
 int runCommandMemory()
 {
     NetworkInterfaceService *service = readyNetworkInterfaceService();
+    const ManualRequests requests(service);
     for (int i = 0; i < 100; ++i)
-        request(service);
+        await(requests.next());
     const size_t before = mallinfo2().uordblks;
     for (int i = 0; i < ManyRequests; ++i)
-        request(service);
+        await(requests.next());
     const size_t after = mallinfo2().uordblks;
     std::cout << double(after - before) / ManyRequests << std::endl;
     deleteNetworkInterfaceService(&service);

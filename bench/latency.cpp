@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "latency.h"
 
-#include "asyncnetworkinterfaceoperation.h"
 #include "bareloops.h"
 #include "bus.h"
 #include "measurement.h"
@@ -52,15 +51,13 @@ int runServiceReceiver(Rounds *rounds)
 int runServiceRequester(Rounds *rounds)
 {
     NetworkInterfaceService *service = readyNetworkInterfaceService();
-    const NetworkInterface target = service->interfaces().constFirst();
-    NetworkInterfaceConfig config = target.configuration();
-    config.setType(NetworkInterfaceConfig::Manual);
+    const ManualRequests requests(service);
     std::function<void()> request = [&] {
         if (!rounds->next()) {
             QCoreApplication::quit();
             return;
         }
-        AsyncNetworkInterfaceOperation *operation = service->configure(target, config);
+        AsyncNetworkInterfaceOperation *operation = requests.next();
         QObject::connect(operation, &AsyncNetworkInterfaceOperation::failure,
                          [operation] { qFatal("a request failed: %s", qPrintable(operation->error().message())); });
         QObject::connect(operation, &AsyncNetworkInterfaceOperation::success, [&, operation] {

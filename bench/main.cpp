@@ -18,6 +18,7 @@
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QTextStream>
 
 #include <functional>
 #include <utility>
@@ -94,7 +95,9 @@ int main(int argc, char *argv[])
     }
     if (parser.isSet(record))
         RecordedCounts(parser.value(record)).write(report.figures());
-    if (parser.isSet(compare))
-        return RecordedCounts(parser.value(compare)).compare(report.figures()) ? 0 : 1;
+    if (parser.isSet(compare)) {
+        QTextStream out(stdout);
+        return RecordedCounts(parser.value(compare)).compare(report.figures(), &out) ? 0 : 1;
+    }
     return report.reachesAll() ? 0 : 1;
 }

@@ -127,18 +127,17 @@ void RecordedCounts::write(const QJsonArray &figures) const
         qFatal("cannot write %s", qPrintable(m_file));
 }
 
-bool RecordedCounts::compare(const QJsonArray &figures) const
+bool RecordedCounts::compare(const QJsonArray &figures, QTextStream *out) const
 {
-    QTextStream out(stdout);
     QFile file(m_file);
     if (!file.open(QIODevice::ReadOnly)) {
-        out << "skipped: nothing is recorded in " << m_file << '\n';
+        *out << "skipped: nothing is recorded in " << m_file << '\n';
         return true;
     }
     const QJsonObject record = QJsonDocument::fromJson(file.readAll()).object();
     const QString other = otherMaker(record[MadeWith].toObject(), presentMakers());
     if (!other.isEmpty()) {
-        out << "skipped: the counts were " << other << '\n';
+        *out << "skipped: the counts were " << other << '\n';
         return true;
     }
     const QJsonObject recorded = record[Counts].toObject();
@@ -149,8 +148,8 @@ bool RecordedCounts::compare(const QJsonArray &figures) const
     for (const QString &name : qAsConst(names)) {
         const Verdict verdict = judge(name, recorded[name], counted[name]);
         if (verdict != Verdict::Same)
-            out << words(verdict) << ": " << name << ": " << counted[name].toVariant().toString()
-                << ", recorded: " << recorded[name].toVariant().toString() << '\n';
+            *out << words(verdict) << ": " << name << ": " << counted[name].toVariant().toString()
+                 << ", recorded: " << recorded[name].toVariant().toString() << '\n';
         isGood = isGood && verdict != Verdict::Worse && verdict != Verdict::Missing;
     }
     return isGood;

@@ -6,6 +6,8 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
 
+class QTextStream;
+
 /*!
  * Counts that are kept in a file, beside what they depend on: compiler, flags, Qt and C library. Times are never kept.
  * Counts of one build hardly differ; the tolerance is for other processors, for which libraries have other code, and
@@ -18,8 +20,8 @@ public:
 
     /*! Keeps what is counted of \a figures. */
     void write(const QJsonArray &figures) const;
-    /*! Prints what differs from what was kept; false when something has become worse, or was not counted. */
-    bool compare(const QJsonArray &figures) const;
+    /*! Tells what differs from what was kept; false when something has become worse, or is no longer counted. */
+    bool compare(const QJsonArray &figures, QTextStream *out) const;
 
 private:
     QString m_file;

@@ -32,3 +32,11 @@ HotSpotService *readyHotSpotService()
 {
     return awaitReady(newHotSpotService());
 }
+
+ManualRequests::ManualRequests(NetworkInterfaceService *service)
+    : m_service(service),
+      m_target(service->interfaces().constFirst()),
+      m_config(m_target.configuration())
+{
+    m_config.setType(NetworkInterfaceConfig::Manual);
+}
