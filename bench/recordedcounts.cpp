@@ -147,7 +147,9 @@ bool RecordedCounts::compare(const QJsonArray &figures, QTextStream *out) const
     bool isGood = true;
     for (const QString &name : qAsConst(names)) {
         const Verdict verdict = judge(name, recorded[name], counted[name]);
-        if (verdict != Verdict::Same)
+        if (verdict == Verdict::Skipped)
+            *out << words(verdict) << ": " << name << '\n';
+        else if (verdict != Verdict::Same)
             *out << words(verdict) << ": " << name << ": " << counted[name].toVariant().toString()
                  << ", recorded: " << recorded[name].toVariant().toString() << '\n';
         isGood = isGood && verdict != Verdict::Worse && verdict != Verdict::Missing;

@@ -10,13 +10,15 @@
 
 class Process;
 
-/*! What a process has cost between two marks: all of it under callgrind; the system calls are those of the median step.
+/*!
+ * What a process has cost between two marks: all of it under callgrind; the system calls are those of the median step.
+ * What was not counted is no number.
  */
 struct Cost
 {
-    double instructions = 0;
-    double allocations = 0;
-    double systemCalls = 0;
+    double instructions = std::numeric_limits<double>::quiet_NaN();
+    double allocations = std::numeric_limits<double>::quiet_NaN();
+    double systemCalls = std::numeric_limits<double>::quiet_NaN();
 };
 
 /*! Ends what is counted up to here, and begins to count. */
