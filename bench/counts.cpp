@@ -7,6 +7,8 @@
 #include "starting.h"
 #include "tracing.h"
 
+#include <cmath>
+
 namespace {
 
 const QString Instructions = QStringLiteral("instructions");
@@ -169,7 +171,8 @@ void reportStarts(Report *report)
                   QStringLiteral("descriptors"), 100);
     const double calls =
         costOfStart(countSystemCalls, Many, plain).systemCalls - costOfStart(countSystemCalls, Few, plain).systemCalls;
-    report->bound(further, calls / (Many - Few), SystemCalls, 10);
+    // In tenths: few are for all of them, such as reading the names of a folder in parts.
+    report->bound(further, std::round(calls / (Many - Few) * 10) / 10, SystemCalls, 10);
 }
 
 Cost costOfScan(int accessPoints)
