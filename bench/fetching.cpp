@@ -3,15 +3,12 @@
 
 #include "asynchotspotconfigoperation.h"
 #include "asynchotspotenableoperation.h"
-#include "hotspotservice.h"
 #include "measurement.h"
-#include "networklibraryexports.h"
 #include "process.h"
 #include "profiledaemon.h"
 #include "report.h"
 #include "rounds.h"
-
-#include <QtCore/QCoreApplication>
+#include "services.h"
 
 #include <functional>
 #include <iostream>
@@ -29,14 +26,6 @@ constexpr int WarmUp = 200;
 constexpr int Counted = 3000;
 constexpr int ManyRequests = 10000;
 
-HotSpotService *readyService()
-{
-    HotSpotService *service = newHotSpotService();
-    while (!service->ready())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return service;
-}
-
 int runProfileDaemon()
 {
     ProfileDaemon daemon;
@@ -46,7 +35,7 @@ int runProfileDaemon()
 
 int runFetcher(Rounds *rounds)
 {
-    HotSpotService *service = readyService();
+    HotSpotService *service = readyHotSpotService();
     const std::function<void()> fetch = [&] {
         if (!rounds->next()) {
             QCoreApplication::quit();
@@ -98,21 +87,10 @@ int runRoundTrip(Rounds *rounds)
     return QCoreApplication::exec();
 }
 
-/*! Waits for \a operation, which must end well. */
-template<typename Operation>
-void await(Operation *operation)
-{
-    bool ended = false;
-    QObject::connect(operation, &Operation::success, [&ended] { ended = true; });
-    while (!ended)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    delete operation;
-}
-
 /*! Prints the bytes that each of many fetches takes while it waits for its reply, and those that stay afterwards. */
 int runMemory()
 {
-    HotSpotService *service = readyService();
+    HotSpotService *service = readyHotSpotService();
     double pending = 0;
     double kept = 0;
     for (const int requests : {100, ManyRequests}) { // the first ones do not count

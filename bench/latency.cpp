@@ -1,92 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "latency.h"
 
-#include "asyncnetworkinterfaceoperation.h"
+#include "bareloops.h"
 #include "bus.h"
 #include "measurement.h"
-#include "networkinterfaceservice.h"
-#include "networklibraryexports.h"
 #include "process.h"
 #include "publisher.h"
 #include "report.h"
 #include "rounds.h"
+#include "services.h"
 
-#include <QtCore/QCoreApplication>
-
-#include <array>
 #include <functional>
 #include <iostream>
-
-#include <fcntl.h>
-#include <sys/inotify.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace morvek;
 
 namespace {
 
-constexpr double ToBareWakeUp = 4;
+constexpr double ToJournalLoop = 1.4;
+constexpr double ToCall = 0.25;
 constexpr double ToDBus = 1.0 / 3;
 constexpr int WarmUp = 200;
 constexpr int Counted = 3000;
-
-void must(bool done)
-{
-    if (!done)
-        qFatal("a system call failed");
-}
-
-/*! A byte appended to a file, and a process that blocks in inotify until then. */
-int runBareWakeUp(const QString &folder, Rounds *rounds)
-{
-    const int file = open(qPrintable(folder + QStringLiteral("/bell")), O_WRONLY | O_CREAT | O_APPEND, 0600);
-    must(file != -1);
-    const pid_t receiver = fork();
-    if (receiver == 0) {
-        const int events = inotify_init1(0);
-        must(inotify_add_watch(events, qPrintable(folder), IN_MODIFY) != -1);
-        rounds->setReady();
-        std::array<char, 4096> buffer;
-        do {
-            must(read(events, buffer.data(), buffer.size()) > 0);
-        } while (rounds->arrived());
-        _exit(0);
-    }
-    rounds->awaitReady();
-    while (rounds->next()) {
-        must(write(file, "x", 1) == 1);
-        rounds->awaitArrival();
-    }
-    waitpid(receiver, nullptr, 0);
-    return 0;
-}
-
-/*! A request and a reply on a local socket, without anything around it. */
-int runBareSocket(Rounds *rounds)
-{
-    std::array<int, 2> ends;
-    must(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()) == 0);
-    std::array<char, 128> message = {};
-    const pid_t daemon = fork();
-    if (daemon == 0) {
-        close(ends[0]);
-        while (read(ends[1], message.data(), message.size()) > 0)
-            must(write(ends[1], message.data(), message.size()) > 0);
-        _exit(0);
-    }
-    close(ends[1]);
-    while (rounds->next()) {
-        must(write(ends[0], message.data(), message.size()) > 0);
-        must(read(ends[0], message.data(), message.size()) > 0);
-        rounds->arrived();
-        rounds->awaitArrival();
-    }
-    close(ends[0]);
-    waitpid(daemon, nullptr, 0);
-    return 0;
-}
 
 int runObjectSender(Rounds *rounds)
 {
@@ -102,9 +37,7 @@ int runObjectSender(Rounds *rounds)
 
 int runServiceReceiver(Rounds *rounds)
 {
-    NetworkInterfaceService *service = newNetworkInterfaceService();
-    if (!service->ready())
-        qFatal("the service is not ready");
+    NetworkInterfaceService *service = readyNetworkInterfaceService();
     QObject::connect(service, &NetworkInterfaceService::interfaceConfigurationChanged, service, [rounds] {
         if (!rounds->arrived())
             QCoreApplication::quit();
@@ -117,18 +50,14 @@ int runServiceReceiver(Rounds *rounds)
 
 int runServiceRequester(Rounds *rounds)
 {
-    NetworkInterfaceService *service = newNetworkInterfaceService();
-    if (!service->ready())
-        qFatal("the service is not ready");
-    const NetworkInterface target = service->interfaces().constFirst();
-    NetworkInterfaceConfig config = target.configuration();
-    config.setType(NetworkInterfaceConfig::Manual);
+    NetworkInterfaceService *service = readyNetworkInterfaceService();
+    const ManualRequests requests(service);
     std::function<void()> request = [&] {
         if (!rounds->next()) {
             QCoreApplication::quit();
             return;
         }
-        AsyncNetworkInterfaceOperation *operation = service->configure(target, config);
+        AsyncNetworkInterfaceOperation *operation = requests.next();
         QObject::connect(operation, &AsyncNetworkInterfaceOperation::failure,
                          [operation] { qFatal("a request failed: %s", qPrintable(operation->error().message())); });
         QObject::connect(operation, &AsyncNetworkInterfaceOperation::success, [&, operation] {
@@ -158,12 +87,12 @@ Quantiles measureBareSocket()
     });
 }
 
-Quantiles measureUpdate()
+Quantiles measureUpdate(const QString &receiverRole)
 {
-    return measure(WarmUp, Counted, [](const QString &page, const QString &) {
+    return measure(WarmUp, Counted, [&](const QString &page, const QString &) {
         const auto sender = Process::role({QStringLiteral("object-sender"), page});
         sender->readLine();
-        const auto receiver = Process::role({QStringLiteral("service-receiver"), page});
+        const auto receiver = Process::role({receiverRole, page});
         sender->finish();
         receiver->finish();
     });
@@ -219,14 +148,15 @@ void measureLatency(Report *report)
         useOneCore(oneCore);
         const QString where = oneCore ? QStringLiteral(", one core") : QStringLiteral(", all cores");
         const QString update = QStringLiteral("update to slot") + where;
-        const Quantiles updates = measureUpdate();
-        compare(report, update, updates, QStringLiteral("bare inotify wake-up"), measureBareWakeUp(),
-                oneCore ? ToBareWakeUp : 0);
+        const Quantiles updates = measureUpdate(QStringLiteral("service-receiver"));
+        compare(report, update, updates, QStringLiteral("bare inotify wake-up"), measureBareWakeUp(), 0);
+        compare(report, update, updates, QStringLiteral("loop that only reads the journal"),
+                measureUpdate(QStringLiteral("journal-loop")), oneCore ? ToJournalLoop : 0);
         compare(report, update, updates, QStringLiteral("QtDBus signal"), measureBusSignal(), oneCore ? ToDBus : 0);
         const QString request = QStringLiteral("request to result") + where;
         const Quantiles requests = measureRequest();
         compare(report, request, requests, QStringLiteral("bare socket round trip"), measureBareSocket(), 0);
-        compare(report, request, requests, QStringLiteral("QtDBus call"), measureBusCall(), 0);
+        compare(report, request, requests, QStringLiteral("QtDBus call"), measureBusCall(), oneCore ? ToCall : 0);
     }
     useOneCore(false);
 }
@@ -235,14 +165,16 @@ int runLatencyRole(const QStringList &arguments)
 {
     const QString role = arguments.value(0);
     if (role == QLatin1String("publisher"))
-        return runPublisher(arguments.value(1).toInt());
+        return runPublisher(arguments.mid(1));
     const QString page = arguments.value(1);
     const QString detail = arguments.value(2);
     if (page.isEmpty())
         return -1;
     Rounds rounds(page);
     if (role == QLatin1String("bare-wake-up"))
-        return runBareWakeUp(detail, &rounds);
+        return runBareWakeUp(detail, arguments.value(3, QStringLiteral("1")).toInt(), &rounds);
+    if (role == QLatin1String("journal-loop"))
+        return runJournalLoop(&rounds);
     if (role == QLatin1String("bare-socket"))
         return runBareSocket(&rounds);
     if (role == QLatin1String("object-sender"))

@@ -7,8 +7,6 @@
 
 #include <functional>
 
-class Process;
-
 /*! Microseconds. */
 struct Quantiles
 {
@@ -19,14 +17,9 @@ struct Quantiles
 /*! Of \a samples in ascending order. */
 Quantiles quantiles(const QVector<double> &samples);
 
-/*! Runs \a processes, which take turns on a fresh shared page, on a fresh root. */
+/*! Runs \a processes, which take turns on a fresh shared page, on a fresh root; so many \a receivers are reached each
+ * time. */
 Quantiles measure(int warmUp, int counted,
-                  const std::function<void(const QString &page, const QString &folder)> &processes);
-
-/*!
- * The instructions of what this program does in the role of \a arguments between callgrind's marks. \a feed does what
- * the counted process waits for.
- */
-double countInstructions(const QStringList &arguments, const std::function<void(Process *counted)> &feed = {});
+                  const std::function<void(const QString &page, const QString &folder)> &processes, int receivers = 1);
 
 #endif

@@ -4,8 +4,12 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QSocketNotifier>
+
+#include <array>
 
 #include <sched.h>
+#include <unistd.h>
 
 namespace {
 
@@ -51,16 +55,6 @@ QByteArray Process::readLine()
     return m_process.readLine().trimmed();
 }
 
-void Process::awaitOutput()
-{
-    char byte = 0;
-    while (m_process.read(&byte, 1) != 1) {
-        if (!m_process.waitForReadyRead(Patience))
-            qFatal("%s said nothing: %s", qPrintable(m_process.program()),
-                   m_process.readAllStandardError().constData());
-    }
-}
-
 void Process::writeLine(const QByteArray &line)
 {
     m_process.write(line + '\n');
@@ -75,9 +69,18 @@ QByteArray Process::finish()
     return m_process.readAllStandardOutput();
 }
 
-QByteArray Process::errors()
+// Whoever writes waits until a line has been dealt with before the next one.
+void onLines(QObject *owner, const std::function<void(const QByteArray &line)> &heard)
 {
-    return m_process.readAllStandardError();
+    auto *input = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, owner);
+    QObject::connect(input, &QSocketNotifier::activated, owner, [heard] {
+        std::array<char, 64> line;
+        const ssize_t size = read(STDIN_FILENO, line.data(), line.size());
+        if (size <= 0)
+            QCoreApplication::quit();
+        else
+            heard(QByteArray(line.data(), int(size)).trimmed());
+    });
 }
 
 Root::Root()

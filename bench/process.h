@@ -6,6 +6,7 @@
 #include <QtCore/QStringList>
 #include <QtCore/QTemporaryDir>
 
+#include <functional>
 #include <memory>
 
 /*! A process of a measurement; it ends with its owner. */
@@ -18,18 +19,19 @@ public:
     /*! This program in the role that \a arguments begin with. */
     static std::unique_ptr<Process> role(const QStringList &arguments);
 
+    qint64 id() const { return m_process.processId(); }
     QByteArray readLine();
-    /*! Waits for one byte of output. */
-    void awaitOutput();
     void writeLine(const QByteArray &line);
     /*! Waits for the end, and returns what is left of the output. */
     QByteArray finish();
-    QByteArray errors();
 
 private:
     Q_DISABLE_COPY(Process)
     QProcess m_process;
 };
+
+/*! Calls \a heard with each line of this process's input while \a owner lives; the application ends with the input. */
+void onLines(QObject *owner, const std::function<void(const QByteArray &line)> &heard);
 
 /*! A fresh root of objects while it lives: on a memory file system, where a root belongs, if there is one. */
 class Root

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "publisher.h"
 
+#include "pace.h"
+#include "process.h"
+
 #include <QtCore/QCoreApplication>
-#include <QtCore/QSocketNotifier>
 
 #include <iostream>
-
-#include <unistd.h>
 
 using namespace morvek;
 
@@ -17,7 +17,7 @@ QString interfacePath(int number)
     return QStringLiteral("/zop/services/networking/all/interfaces/if%1").arg(number, 4, 10, QLatin1Char('0'));
 }
 
-ZopChangeset interfaceValues(int number)
+ZopChangeset interfaceValues(int number, bool isVirtual)
 {
     ZopChangeset values;
     values.assignments = {
@@ -31,15 +31,18 @@ ZopChangeset interfaceValues(int number)
         {QStringLiteral("up"), QStringLiteral("true")},
         {QStringLiteral("connected"), QStringLiteral("false")},
     };
+    if (isVirtual)
+        values.assignments.insert(QStringLiteral("parent_interface"), QStringLiteral("if0000"));
     return values;
 }
 
 } // namespace
 
-Publisher::Publisher(int count)
+Publisher::Publisher(int count, bool areVirtual, Pace *pace)
+    : m_pace(pace)
 {
     for (int number = 0; number < count; ++number)
-        ZopObject::create(interfacePath(number), interfaceValues(number));
+        ZopObject::create(interfacePath(number), interfaceValues(number, areVirtual && number > 0));
     ZopChangeset status;
     status.assignments.insert(QStringLiteral("default_interface"), QStringLiteral("if0000"));
     ZopObject::create(QStringLiteral("/zop/services/networking/all/status_public"), status);
@@ -49,20 +52,24 @@ Publisher::Publisher(int count)
     connect(m_control.get(), &ZopObject::attributesChanged, this, &Publisher::reply);
 }
 
-void Publisher::update()
+void Publisher::update(int attributes)
 {
     ZopChangeset changes;
-    changes.assignments = {
-        {QStringLiteral("mtu"), ++m_updates},
-        {QStringLiteral("link_address"), QStringLiteral("02:00:00:00:00:01")},
-        {QStringLiteral("up"), QStringLiteral("true")},
-    };
+    changes.assignments.insert(QStringLiteral("mtu"), ++m_updates);
+    if (attributes > 1) {
+        changes.assignments.insert(QStringLiteral("link_address"), QStringLiteral("02:00:00:00:00:01"));
+        changes.assignments.insert(QStringLiteral("up"), QStringLiteral("true"));
+    }
     if (!m_first->setAttributes(changes))
         qFatal("cannot update: %s", qPrintable(m_first->errorString()));
 }
 
 void Publisher::reply(const ZopChangeset &request)
 {
+    if (m_pace) {
+        m_pace->begin();
+        m_pace->awaitLeave();
+    }
     ZopChangeset reply;
     reply.assignments = {
         {QStringLiteral("res"), request.assignments.value(QStringLiteral("msg"))},
@@ -70,19 +77,25 @@ void Publisher::reply(const ZopChangeset &request)
         {QStringLiteral("peer"), request.assignments.value(QStringLiteral("peer"))},
     };
     m_control->setAttributes(reply);
+    if (m_pace)
+        m_pace->end();
 }
 
-int runPublisher(int count)
+int runPublisher(const QStringList &arguments)
 {
-    Publisher publisher(count);
-    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-    QObject::connect(&input, &QSocketNotifier::activated, &publisher, [&publisher] {
-        char line[64];
-        if (read(STDIN_FILENO, line, sizeof(line)) <= 0)
-            QCoreApplication::quit();
-        else
-            publisher.update();
+    const auto pace = arguments.size() > 2 ? std::make_unique<Pace>(arguments.value(2)) : nullptr;
+    Publisher publisher(arguments.value(0).toInt(), arguments.value(1) == QLatin1String("virtual"), pace.get());
+    onLines(&publisher, [&](const QByteArray &line) {
+        const int attributes = line.toInt();
+        if (pace)
+            pace->begin();
+        if (attributes > 0)
+            publisher.update(attributes);
+        if (pace)
+            pace->end();
     });
+    if (pace)
+        pace->setReady();
     std::cout << "ready" << std::endl;
     return QCoreApplication::exec();
 }

@@ -4,7 +4,11 @@
 
 #include "zopobject.h"
 
+#include <QtCore/QStringList>
+
 #include <memory>
+
+class Pace;
 
 /*! The least networking daemon: interfaces, a status, and a control object that accepts every request at once. */
 class Publisher : public QObject
@@ -12,11 +16,14 @@ class Publisher : public QObject
     Q_OBJECT
 
 public:
-    /*! Publishes \a count interfaces, none of them connected; the first one is update()d. */
-    explicit Publisher(int count);
+    /*!
+     * Publishes \a count interfaces, none of them connected; the first one is update()d, and is the parent of all
+     * others when they are virtual. With \a pace, each request is answered when it may be.
+     */
+    explicit Publisher(int count, bool areVirtual = false, Pace *pace = nullptr);
 
-    /*! Updates three attributes of the first interface. */
-    void update();
+    /*! Updates one attribute of the first interface, or three. */
+    void update(int attributes = 3);
 
 private:
     void reply(const morvek::ZopChangeset &request);
@@ -24,9 +31,13 @@ private:
     std::unique_ptr<morvek::ZopObject> m_first;
     std::unique_ptr<morvek::ZopObject> m_control;
     int m_updates = 0;
+    Pace *m_pace;
 };
 
-/*! Publishes, says "ready", and updates once for each line of standard input. */
-int runPublisher(int count);
+/*!
+ * Publishes as many interfaces as the first of \a arguments says, "plain" or "virtual" ones, says "ready", and goes by
+ * the lines of standard input: how many attributes to update. With a page, it keeps its pace there.
+ */
+int runPublisher(const QStringList &arguments);
 
 #endif

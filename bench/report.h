@@ -3,9 +3,13 @@
 #define MORVEK_REPORT_H
 
 #include <QtCore/QJsonArray>
+#include <QtCore/QJsonObject>
 #include <QtCore/QString>
 
-/*! The figures of one run: each stands beside a yardstick that was measured in the same run, if it has one. */
+/*!
+ * The figures of one run: each stands beside a yardstick that was measured in the same run, if it has one. What is no
+ * number could not be measured here, and is told as skipped.
+ */
 class Report
 {
 public:
@@ -14,11 +18,15 @@ public:
     void compare(const QString &name, double value, const QString &unit, const QString &yardstick,
                  double yardstickValue, double limit = 0);
 
+    /*! \a limit is the most that is to be reached. */
+    void bound(const QString &name, double value, const QString &unit, double limit);
     void printTable() const;
-    QByteArray toJson() const;
+    QJsonArray figures() const { return m_figures; }
     bool reachesAll() const { return m_reachesAll; }
 
 private:
+    void append(const QString &name, double value, const QString &unit, const QJsonObject &more);
+
     QJsonArray m_figures;
     bool m_reachesAll = true;
 };

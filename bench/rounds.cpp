@@ -1,15 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "rounds.h"
 
-#include <QtCore/QFile>
-
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
-
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace {
 
@@ -28,36 +22,21 @@ void await(sem_t *semaphore)
 } // namespace
 
 Rounds::Rounds(const QString &file)
+    : m_memory(file, sizeof(Page)),
+      m_page(static_cast<Page *>(m_memory.start()))
 {
-    map(file, O_RDWR);
 }
 
-Rounds::Rounds(const QString &file, int warmUp, int counted)
+Rounds::Rounds(const QString &file, int warmUp, int counted, int receivers)
+    : Rounds(file)
 {
     if (warmUp + counted > Most)
         qFatal("so many rounds do not fit into the shared page");
-    map(file, O_RDWR | O_CREAT);
     m_page->warmUp = warmUp;
     m_page->all = warmUp + counted;
+    m_page->receivers = receivers;
     sem_init(&m_page->ready, 1, 0);
     sem_init(&m_page->arrival, 1, 0);
-}
-
-Rounds::~Rounds()
-{
-    munmap(m_page, sizeof(Page));
-}
-
-void Rounds::map(const QString &file, int flags)
-{
-    const int fd = open(QFile::encodeName(file).constData(), flags | O_CLOEXEC, 0600);
-    if (fd == -1 || ftruncate(fd, sizeof(Page)) != 0)
-        qFatal("cannot open the shared page");
-    void *memory = mmap(nullptr, sizeof(Page), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    if (memory == MAP_FAILED)
-        qFatal("cannot map the shared page");
-    close(fd);
-    m_page = static_cast<Page *>(memory);
 }
 
 void Rounds::setReady()
@@ -67,15 +46,19 @@ void Rounds::setReady()
 
 bool Rounds::arrived()
 {
-    m_page->nanoseconds[size_t(m_page->received)] = now() - m_page->sentAt;
-    const bool more = ++m_page->received < m_page->all;
-    sem_post(&m_page->arrival);
-    return more;
+    const int before = m_page->received++;
+    const int round = before / m_page->receivers;
+    if (before % m_page->receivers == m_page->receivers - 1) {
+        m_page->nanoseconds[size_t(round)] = now() - m_page->sentAt;
+        sem_post(&m_page->arrival);
+    }
+    return round + 1 < m_page->all;
 }
 
 void Rounds::awaitReady()
 {
-    await(&m_page->ready);
+    for (int i = 0; i < m_page->receivers; ++i)
+        await(&m_page->ready);
 }
 
 bool Rounds::next()

@@ -2,7 +2,8 @@
 #ifndef MORVEK_ROUNDS_H
 #define MORVEK_ROUNDS_H
 
-#include <QtCore/QString>
+#include "sharedmemory.h"
+
 #include <QtCore/QVector>
 
 #include <array>
@@ -11,8 +12,8 @@
 #include <semaphore.h>
 
 /*!
- * A page of memory that the two processes of a measurement share. The sender notes the time and sends; the receiver
- * notes how long it took and lets the sender go on. So one message is under way at a time.
+ * A page of memory that the processes of a measurement share. The sender notes the time and sends; the last receiver
+ * that is reached notes how long it took and lets the sender go on. So one message is under way at a time.
  */
 class Rounds
 {
@@ -20,8 +21,7 @@ public:
     /*! Maps \a file. */
     explicit Rounds(const QString &file);
     /*! Creates \a file, for so many rounds of which the first \a warmUp do not count. */
-    Rounds(const QString &file, int warmUp, int counted);
-    ~Rounds();
+    Rounds(const QString &file, int warmUp, int counted, int receivers = 1);
 
     // The receiver's side.
     void setReady();
@@ -40,9 +40,6 @@ public:
     static constexpr int Most = 3200;
 
 private:
-    Q_DISABLE_COPY(Rounds)
-    void map(const QString &file, int flags);
-
     struct Page
     {
         sem_t ready;
@@ -50,10 +47,13 @@ private:
         std::atomic<qint64> sentAt;
         int warmUp;
         int all;
+        int receivers;
         int sent;
-        int received;
+        std::atomic<int> received;
         std::array<qint64, Most> nanoseconds;
     };
+
+    SharedMemory m_memory;
     Page *m_page;
 };
 

@@ -4,14 +4,14 @@
 #include "asyncwifiscanoperation.h"
 #include "bus.h"
 #include "busaccesspoints.h"
+#include "counts.h"
 #include "measurement.h"
-#include "networklibraryexports.h"
 #include "process.h"
 #include "report.h"
 #include "rounds.h"
 #include "scandaemon.h"
+#include "services.h"
 #include "timedapplication.h"
-#include "wifiservice.h"
 
 #include <QtCore/QMap>
 #include <QtCore/QTimer>
@@ -25,7 +25,6 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <valgrind/callgrind.h>
 
 using namespace morvek;
 
@@ -33,7 +32,7 @@ namespace {
 
 constexpr double ToParse = 2.5;
 constexpr double ToDBus = 0.1;
-constexpr double ToBlock = 1;
+constexpr double ToBlock = 1.6;
 constexpr double ToLinear = 1.05;
 
 constexpr int Sizes[] = {20, 200, 2000};
@@ -42,14 +41,6 @@ constexpr int BusSize = 200;
 int countedRounds(int accessPoints)
 {
     return accessPoints > 200 ? 200 : 1000;
-}
-
-WifiService *readyService()
-{
-    WifiService *service = newWifiService();
-    while (!service->ready())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return service;
 }
 
 /*! Scans, and calls \a done with what was found. */
@@ -77,7 +68,7 @@ int runScanDaemon(int count, Rounds *rounds)
 
 int runScanner(int count, Rounds *rounds)
 {
-    WifiService *service = readyService();
+    WifiService *service = readyWifiService();
     const std::function<void()> next = [&] {
         scan(service, [&](const QList<WifiAccessPoint> &results) {
             check(results, count);
@@ -96,7 +87,7 @@ int runScanner(int count, Rounds *rounds)
 /*! Prints what the longest event of a scan took, in microseconds; of many scans the median. */
 int runLongestEvent(int count)
 {
-    WifiService *service = readyService();
+    WifiService *service = readyWifiService();
     TimedApplication *application = TimedApplication::instance();
     application->startTiming();
     QVector<qint64> longest;
@@ -147,22 +138,6 @@ int runBareParse(int count, Rounds *rounds)
     return 0;
 }
 
-int runCountedScan(int count)
-{
-    WifiService *service = readyService();
-    bool done = false;
-    CALLGRIND_START_INSTRUMENTATION;
-    scan(service, [&](const QList<WifiAccessPoint> &results) {
-        CALLGRIND_STOP_INSTRUMENTATION;
-        check(results, count);
-        done = true;
-    });
-    while (!done)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    deleteWifiService(&service);
-    return 0;
-}
-
 std::unique_ptr<Process> startDaemon(int count, const QString &page = QString())
 {
     auto daemon = Process::role({QStringLiteral("scan-daemon"), QString::number(count), page});
@@ -204,13 +179,6 @@ double measureLongestEvent(int count)
     return Process::role({QStringLiteral("longest-event"), QString::number(count)})->finish().toDouble();
 }
 
-double countScan(int count)
-{
-    const Root root;
-    const auto daemon = startDaemon(count);
-    return countInstructions({QStringLiteral("counted-scan"), QString::number(count)});
-}
-
 } // namespace
 
 void measureScanning(Report *report)
@@ -234,7 +202,7 @@ void measureScanning(Report *report)
 
     double former = 0;
     for (const int count : Sizes) {
-        const double each = countScan(count) / count;
+        const double each = instructionsOfScan(count);
         if (former == 0)
             former = each;
         report->compare(QStringLiteral("each of %1 access points").arg(count), each, QStringLiteral("instructions"),
@@ -247,8 +215,6 @@ int runScanningRole(const QStringList &arguments)
 {
     const QString role = arguments.value(0);
     const int count = arguments.value(1).toInt();
-    if (role == QLatin1String("counted-scan"))
-        return runCountedScan(count);
     if (role == QLatin1String("longest-event"))
         return runLongestEvent(count);
     if (role == QLatin1String("scan-daemon")) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef MORVEK_COUNTING_H
-#define MORVEK_COUNTING_H
+#ifndef MORVEK_GROWTH_H
+#define MORVEK_GROWTH_H
 
 #include <QtCore/QStringList>
 
