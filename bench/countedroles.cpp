@@ -14,6 +14,7 @@
 #include <QtCore/QFileInfo>
 
 #include <iostream>
+#include <memory>
 
 using namespace morvek;
 
@@ -41,17 +42,16 @@ int runRequesting(Pace *pace)
 {
     NetworkInterfaceService *service = readyNetworkInterfaceService();
     const ManualRequests requests(service);
+    std::unique_ptr<AsyncNetworkInterfaceOperation> operation;
     onLines(service, [&](const QByteArray &line) {
+        operation.reset(); // the last one, whose end is not counted
         pace->begin();
         if (line != "1") {
             pace->end();
             return;
         }
-        AsyncNetworkInterfaceOperation *operation = requests.next();
-        QObject::connect(operation, &AsyncNetworkInterfaceOperation::success, [operation, pace] {
-            operation->deleteLater();
-            pace->end();
-        });
+        operation.reset(requests.next());
+        QObject::connect(operation.get(), &AsyncNetworkInterfaceOperation::success, [pace] { pace->end(); });
     });
     pace->setReady();
     const int result = QCoreApplication::exec();
