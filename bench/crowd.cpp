@@ -11,6 +11,7 @@
 namespace {
 
 constexpr double ToDBus = 0.17;
+constexpr double ToJournalLoops = 1.4;
 constexpr int Applications = 100;
 constexpr int WarmUp = 10;
 constexpr int Counted = 100;
@@ -29,12 +30,12 @@ void finish(const std::vector<std::unique_ptr<Process>> &processes)
         process->finish();
 }
 
-double measureApplications()
+double measureReaders(const QString &reader)
 {
-    const auto run = [](const QString &page, const QString &) {
+    const auto run = [reader](const QString &page, const QString &) {
         const auto sender = Process::role({QStringLiteral("object-sender"), page});
         sender->readLine();
-        finish(startReceivers({QStringLiteral("service-receiver"), page}));
+        finish(startReceivers({reader, page}));
     };
     return measure(WarmUp, Counted, run, Applications).median;
 }
@@ -66,11 +67,14 @@ void measureCrowd(Report *report)
     const QString bare = QStringLiteral("%1 bare inotify wake-ups").arg(Applications);
     const QString microseconds = QStringLiteral("us");
     useOneCore(true);
-    const double applications = measureApplications();
+    const double applications = measureReaders(QStringLiteral("service-receiver"));
+    const double loops = measureReaders(QStringLiteral("journal-loop"));
     const double wakeUps = measureBare();
     const double bus = measureBus();
     useOneCore(false);
     report->compare(slowest, applications, microseconds, QStringLiteral("QtDBus signal"), bus, ToDBus);
+    report->compare(slowest, applications, microseconds,
+                    QStringLiteral("%1 loops that only read the journal").arg(Applications), loops, ToJournalLoops);
     report->compare(slowest, applications, microseconds, bare, wakeUps);
     report->compare(bare, wakeUps, microseconds, QStringLiteral("QtDBus signal"), bus);
 }

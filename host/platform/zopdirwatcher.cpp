@@ -73,7 +73,7 @@ ZopDirWatcher::Private::~Private()
 
 void ZopDirWatcher::Private::entryChanged(const QByteArray &name, Event event)
 {
-    if (event == Modified || !ZopPath::isObjectName(name))
+    if (!ZopPath::isObjectName(name))
         return;
     // A known name that is replaced is an object whose file has got its next generation.
     if (event == Vanished)

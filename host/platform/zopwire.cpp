@@ -84,8 +84,8 @@ private:
     /*! The usual ones are shared by all values. */
     static QByteArray encodingOf(const char *name, int size)
     {
-        for (const QByteArray &usual :
-             {QByteArrayLiteral("text"), QByteArrayLiteral("number"), QByteArrayLiteral("json")}) {
+        static const QByteArray encodings[] = {"text", "number", "json"};
+        for (const QByteArray &usual : encodings) {
             if (usual.size() == size && std::memcmp(usual.constData(), name, size_t(size)) == 0)
                 return usual;
         }

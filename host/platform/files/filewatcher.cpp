@@ -191,6 +191,8 @@ void FileWatcher::look(FolderListener *listener)
 
 void FileWatcher::tellChanged()
 {
+    if (m_changed.empty())
+        return;
     std::stable_partition(m_changed.begin(), m_changed.end(), [](const QPointer<FolderListener> &listener) {
         return listener && listener->kind() == FolderListener::OfNames;
     });
@@ -277,7 +279,7 @@ void FileWatcher::handleEvents()
     const QScopedValueRollback<bool> handling(m_handling, true);
     const std::shared_ptr<FileWatcher> kept = weak_from_this().lock();
     while (!m_events.empty() && !m_holding) {
-        const RawEvent event = m_events.front();
+        const RawEvent event = std::move(m_events.front());
         m_events.pop_front();
         handleLater();
         dispatch(event);

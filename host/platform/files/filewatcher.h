@@ -50,7 +50,10 @@ public:
     static std::shared_ptr<FileWatcher> instance();
     ~FileWatcher() override;
 
-    /*! Tells \a listener what happens to the entry \a name of \a folder; with an empty name, to all of them. */
+    /*!
+     * Tells \a listener what happens to the entry \a name of \a folder; with an empty name, to all of them, but not that
+     * they are modified.
+     */
     bool watch(const QByteArray &folder, const QByteArray &name, FolderListener *listener, QString *error);
     void unwatch(const QByteArray &folder, const QByteArray &name, FolderListener *listener);
 

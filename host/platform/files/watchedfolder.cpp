@@ -105,8 +105,10 @@ void WatchedFolder::remove(const QByteArray &name, FolderListener *listener)
 void WatchedFolder::tell(const QByteArray &name, Event event) const
 {
     // Copies, as a listener may come or go meanwhile, and this folder with the last one.
-    for (const Listeners &listeners : {m_listeners.value(name), m_listeners.value(QByteArray())}) {
-        for (const QPointer<FolderListener> &listener : listeners) {
+    const Listeners ofEntry = m_listeners.value(name);
+    const Listeners ofAll = event == Modified ? Listeners() : m_listeners.value(QByteArray());
+    for (const Listeners *listeners : {&ofEntry, &ofAll}) {
+        for (const QPointer<FolderListener> &listener : *listeners) {
             if (listener)
                 listener->entryChanged(name, event);
         }
