@@ -19,10 +19,6 @@
 #include <QtCore/QScopeGuard>
 #include <QtCore/QTextCodec>
 
-#include <algorithm>
-#include <utility>
-#include <vector>
-
 namespace morvek {
 
 namespace {
@@ -115,39 +111,6 @@ WifiAccessPoint connectedAccessPointFrom(const QJsonObject &connection)
     return accessPoint;
 }
 
-struct ScannedSecurity
-{
-    QFlags<WifiSecurityProtocol> protocols;
-    QFlags<WifiKeyManagementType> keyManagement;
-    QFlags<WifiCipher> ciphers;
-    WifiServiceSet serviceSet = WifiServiceSetIbss;
-};
-
-/*! Reads the flags of one scan's results: the same ones once only, unless there is something to log in them. */
-class FlagsReader
-{
-public:
-    ScannedSecurity read(const QCborArray &flags)
-    {
-        const auto known =
-            std::find_if(m_known.begin(), m_known.end(), [&flags](const Known &one) { return one.first == flags; });
-        if (known != m_known.end())
-            return known->second;
-        ScannedSecurity security;
-        const bool isUnderstood = WifiProviderZopParserUtilities::parseScanResultFlags(
-            flags.toJsonArray(), security.protocols, security.keyManagement, security.ciphers, security.serviceSet);
-        if (isUnderstood && m_known.size() < MostKnown)
-            m_known.emplace_back(flags, security);
-        return security;
-    }
-
-private:
-    using Known = std::pair<QCborArray, ScannedSecurity>;
-    static constexpr size_t MostKnown = 8; // they are looked through for each result
-
-    std::vector<Known> m_known;
-};
-
 /*! The number that \a text is, when it is one to nine digits; else -1. */
 int shortNumber(QStringView text)
 {
@@ -180,7 +143,7 @@ unsigned int frequency(const QString &text)
     return number < 0 ? text.toUInt() : uint(number);
 }
 
-void writeAccessPoint(WifiAccessPoint *accessPoint, const QCborMap &result, FlagsReader *flags)
+void writeAccessPoint(WifiAccessPoint *accessPoint, const QCborMap &result, ScanFlagsReader *flags)
 {
     const ScannedSecurity security = flags->read(result.value(QLatin1String("flags")).toArray());
     accessPoint->setBssid(result.value(Bssid).toString());
@@ -216,16 +179,16 @@ QJsonDocument scanResults(const ZopVariant &value)
  * Lets go of each result once it is read: thousands of them need not be held in two forms. They are read as what the
  * JSON classes keep them in, as these take longer for each member.
  */
-QList<WifiAccessPoint> scannedAccessPoints(const ZopVariant &value)
+QList<WifiAccessPoint> scannedAccessPoints(const ZopVariant &value, ScanFlagsReader *flags)
 {
+    flags->beginScan();
     QCborArray results = QCborArray::fromJsonArray(scanResults(value).array());
     QList<WifiAccessPoint> accessPoints;
     accessPoints.reserve(int(results.size()));
-    FlagsReader flags;
     const WifiAccessPoint none;
     for (QCborValueRef result : results) {
         accessPoints.append(none);
-        writeAccessPoint(&accessPoints.last(), result.toMap(), &flags);
+        writeAccessPoint(&accessPoints.last(), result.toMap(), flags);
         result = QCborValue();
     }
     return accessPoints;
@@ -478,7 +441,7 @@ void WifiProviderZop::handleStatusZopScanResultsAttribute(const ZopVariant &valu
         NetworkLog::printWarning(ScanResultsInvalidText);
         return;
     }
-    const QList<WifiAccessPoint> accessPoints = scannedAccessPoints(value);
+    const QList<WifiAccessPoint> accessPoints = scannedAccessPoints(value, &m_flagsReader);
     while (!m_pendingScans.isEmpty()) {
         if (AsyncWifiScanOperation *operation = m_pendingScans.takeFirst())
             AsyncOperationWriter::setResults(*operation, accessPoints);

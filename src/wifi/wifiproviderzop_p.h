@@ -2,6 +2,7 @@
 #ifndef MORVEK_WIFIPROVIDERZOP_P_H
 #define MORVEK_WIFIPROVIDERZOP_P_H
 
+#include "scanflagsreader_p.h"
 #include "wifiprovider_p.h"
 #include "zopvariant.h"
 
@@ -69,6 +70,7 @@ private:
     // An operation that its application has deleted keeps its place.
     QList<QPointer<AsyncWifiScanOperation>> m_pendingScans;
     QList<QPointer<AsyncWifiConnectOperation>> m_pendingConnects;
+    ScanFlagsReader m_flagsReader;
     ZopDirWatcher *m_directoryWatcher;
     ZopObject *m_controlObject = nullptr;
     ZopObject *m_statusObject = nullptr;

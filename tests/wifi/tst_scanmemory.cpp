@@ -18,6 +18,8 @@ class TestScanMemory : public QObject
 
 private Q_SLOTS:
     void manyResultsAreHeldInOneFormAtATime();
+    void unusualFlagsAreNotKept_data();
+    void unusualFlagsAreNotKept();
 };
 
 void TestScanMemory::manyResultsAreHeldInOneFormAtATime()
@@ -48,6 +50,40 @@ void TestScanMemory::manyResultsAreHeldInOneFormAtATime()
         scanning < parsing + results.size() * 9 / 8,
         qPrintable(
             QStringLiteral("%1 bytes at most, and %2 for parsing %3").arg(scanning).arg(parsing).arg(results.size())));
+}
+
+void TestScanMemory::unusualFlagsAreNotKept_data()
+{
+    QTest::addColumn<QByteArray>("results");
+    QTest::newRow("long") << "[{\"flags\":[\"" + QByteArray(1000000, 'a') + "\"]}]";
+    QTest::newRow("many") << "[{\"flags\":[" + QByteArray("\"ESS\",").repeated(10000) + "\"ESS\"]}]";
+    QTest::newRow("of another type") << "[{\"flags\":[[\"" + QByteArray(1000000, 'a') + "\"]]}]";
+    QByteArray kinds;
+    for (int i = 0; i < 1000; ++i)
+        kinds += (i ? "," : "") + QByteArrayLiteral("{\"flags\":[\"kind ") + QByteArray::number(i) + "\"]}";
+    QTest::newRow("of many kinds") << '[' + kinds + ']';
+}
+
+void TestScanMemory::unusualFlagsAreNotKept()
+{
+#ifdef HEAP_IS_SANITIZED
+    // The QSKIP macro is not pedantic enough for Clang.
+    return QTest::qSkip("the sanitizer has a heap of its own", __FILE__, __LINE__);
+#endif
+    QFETCH(QByteArray, results);
+    const LocalEncoding encoding("UTF-8");
+    const WifiServicePointer service(newWifiService());
+    WifiDaemon::start();
+    const auto scan = [&service](const QByteArray &found) {
+        const std::unique_ptr<AsyncWifiScanOperation> operation(service->scan());
+        WifiDaemon::change("scan_results", raw(found));
+        return operation->results().size();
+    };
+    QCOMPARE(scan("[{}]"), 1);
+    const long before = Heap::s_held;
+    QVERIFY(scan(results) > 0);
+    QCOMPARE(scan("[{}]"), 1);
+    QVERIFY2(Heap::s_held < before + 20000, qPrintable(QString::number(Heap::s_held - before)));
 }
 
 QTEST_GUILESS_MAIN(TestScanMemory)

@@ -44,6 +44,7 @@ private Q_SLOTS:
     void accessPoints();
     void unknownFlagsAreLoggedEachTime_data();
     void unknownFlagsAreLoggedEachTime();
+    void flagsOfLaterScans();
     void numbers_data();
     void numbers();
     void names_data();
@@ -175,6 +176,32 @@ void TestWifiProviderScans::unknownFlagsAreLoggedEachTime()
     change("scan_results", raw('[' + result + ',' + result + ']'));
     QCOMPARE(log.take(), QStringList({line, line}));
     QCOMPARE(scan->results().size(), 2);
+}
+
+void TestWifiProviderScans::flagsOfLaterScans()
+{
+    const auto result = [](const char *flag) { return QByteArray("{\"flags\":[\"") + flag + "\"]}"; };
+    const WifiProviderFixture fixture;
+    LogCapture log(2);
+    for (int i = 0; i < 3; ++i) {
+        const ScanPointer scan = fixture.scan();
+        change("scan_results", raw('[' + result("WEP") + ',' + result("ESS") + ']'));
+        QCOMPARE(int(scan->results().value(0).securityProtocols()), 0x2);
+        QCOMPARE(scan->results().value(0).serviceSet(), WifiServiceSetIbss);
+        QCOMPARE(int(scan->results().value(1).securityProtocols()), 0x1);
+        QCOMPARE(scan->results().value(1).serviceSet(), WifiServiceSetEss);
+
+        const ScanPointer another = fixture.scan();
+        QByteArray kinds;
+        for (int kind = 0; kind < 10; ++kind)
+            kinds += result(QByteArray::number(10 * i + kind)) + ',';
+        change("scan_results", raw('[' + kinds + result("ESS") + ',' + result("WPA2-SAE-CCMP") + ']'));
+        QCOMPARE(another->results().size(), 12);
+        QCOMPARE(another->results().value(9).serviceSet(), WifiServiceSetIbss);
+        QCOMPARE(another->results().value(10).serviceSet(), WifiServiceSetEss);
+        QCOMPARE(int(another->results().value(11).securityProtocols()), 0x8);
+        QCOMPARE(log.take(), lines({"error 1300 Unrecognized access point flag key management: \"SAE\""}));
+    }
 }
 
 void TestWifiProviderScans::numbers_data()
