@@ -6,10 +6,10 @@
 #include "zoppath.h"
 
 #include <QtCore/QMap>
-#include <QtCore/QSet>
 
 #include <cerrno>
 #include <memory>
+#include <set>
 #include <utility>
 
 #include <dirent.h>
@@ -18,7 +18,7 @@
 
 namespace morvek {
 
-class ZopDirWatcher::Private : public FolderListener
+class Q_DECL_HIDDEN ZopDirWatcher::Private : public FolderListener
 {
 public:
     Private(ZopDirWatcher *dirWatcher, const QString &path);
@@ -38,6 +38,7 @@ private:
     bool list(QMap<QByteArray, Presence> *found);
     bool addLater(Presence presence, bool hasDescriptors);
     void lookLater();
+    bool isKnown(const QByteArray &name) const { return m_known.count(name) != 0; }
     bool add(const QByteArray &name);
     bool remove(const QByteArray &name);
 
@@ -47,13 +48,13 @@ private:
     std::shared_ptr<FileWatcher> m_watcher;
     bool m_watching = false;
     bool m_hasListed = false;
-    bool m_looksAgain = false; // for names that could not be told from others; known ones need no second look
-    QSet<QByteArray> m_known;  // the names that have been announced
+    bool m_looksAgain = false;    // for names that could not be told from others; known ones need no second look
+    std::set<QByteArray> m_known; // the names that have been announced
 };
 
 ZopDirWatcher::Private::Private(ZopDirWatcher *dirWatcher, const QString &path)
     : q(dirWatcher),
-      m_path(path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/')),
+      m_path(path),
       m_folder(ZopPath::directory(path)),
       m_watcher(FileWatcher::instance())
 {
@@ -78,7 +79,7 @@ void ZopDirWatcher::Private::entryChanged(const QByteArray &name, Event event)
     // A known name that is replaced is an object whose file has got its next generation.
     if (event == Vanished)
         remove(name);
-    else if (!m_known.contains(name) && !addLater(look(name), FileWatcher::hasSpareDescriptors()))
+    else if (!isKnown(name) && !addLater(look(name), FileWatcher::hasSpareDescriptors()))
         add(name);
 }
 
@@ -97,7 +98,7 @@ void ZopDirWatcher::Private::folderChanged()
         lookLater();
         return;
     }
-    const QList<QByteArray> known = m_known.values();
+    const std::set<QByteArray> known = m_known;
     for (const QByteArray &name : known) {
         if (found.value(name, Presence::Absent) == Presence::Absent && !remove(name))
             return;
@@ -105,7 +106,7 @@ void ZopDirWatcher::Private::folderChanged()
     // The system's own limit is looked at once: a look for each name would cost more than all else.
     const bool hadDescriptors = FileWatcher::hasSpareDescriptors();
     for (auto it = found.cbegin(); it != found.cend(); ++it) {
-        if (!m_known.contains(it.key()) && !addLater(*it, hadDescriptors && FileWatcher::stillHasSpareDescriptors())
+        if (!isKnown(it.key()) && !addLater(*it, hadDescriptors && FileWatcher::stillHasSpareDescriptors())
             && !add(it.key()))
             return;
     }
@@ -147,7 +148,8 @@ ZopDirWatcher::Private::Presence ZopDirWatcher::Private::look(const QByteArray &
     if (type != DT_SOCK)
         return Presence::Absent;
     QString refusal;
-    if (ControlLink::connectTo(ZopPath::object(m_path + QString::fromUtf8(name)), &refusal).isOpen())
+    const QString folder = m_path.endsWith(QLatin1Char('/')) ? m_path : m_path + QLatin1Char('/');
+    if (ControlLink::connectTo(ZopPath::object(folder + QString::fromUtf8(name)), &refusal).isOpen())
         return Presence::Present;
     return ControlLink::isNobody(errno) ? Presence::Absent : Presence::Unknown;
 }
@@ -164,7 +166,7 @@ bool ZopDirWatcher::Private::list(QMap<QByteArray, Presence> *found)
     while (const dirent *entry = readdir(directory.get())) {
         const QByteArray name(entry->d_name);
         if (ZopPath::isObjectName(name))
-            found->insert(name, onlyNew && m_known.contains(name) ? Presence::Present : look(name, entry->d_type));
+            found->insert(name, onlyNew && isKnown(name) ? Presence::Present : look(name, entry->d_type));
     }
     return true;
 }
@@ -181,7 +183,7 @@ bool ZopDirWatcher::Private::add(const QByteArray &name)
 bool ZopDirWatcher::Private::remove(const QByteArray &name)
 {
     const QPointer<Private> guard(this);
-    if (m_known.remove(name))
+    if (m_known.erase(name) != 0)
         emit q->objectRemoved(QString::fromUtf8(name));
     return guard;
 }
@@ -206,7 +208,7 @@ QString ZopDirWatcher::errorString() const
 
 void ZopDirWatcher::setNameCacheEnabled(bool enabled)
 {
-    if (enabled && isValid())
+    if (enabled && d->error.isEmpty())
         d->folderChanged();
 }
 
