@@ -9,7 +9,6 @@
 
 #include <cerrno>
 #include <memory>
-#include <set>
 #include <utility>
 
 #include <dirent.h>
@@ -38,7 +37,6 @@ private:
     bool list(QMap<QByteArray, Presence> *found);
     bool addLater(Presence presence, bool hasDescriptors);
     void lookLater();
-    bool isKnown(const QByteArray &name) const { return m_known.count(name) != 0; }
     bool add(const QByteArray &name);
     bool remove(const QByteArray &name);
 
@@ -48,8 +46,8 @@ private:
     std::shared_ptr<FileWatcher> m_watcher;
     bool m_watching = false;
     bool m_hasListed = false;
-    bool m_looksAgain = false;    // for names that could not be told from others; known ones need no second look
-    std::set<QByteArray> m_known; // the names that have been announced
+    bool m_looksAgain = false;          // for names that could not be told from others; known ones need no second look
+    QMap<QByteArray, Presence> m_known; // the names that have been announced
 };
 
 ZopDirWatcher::Private::Private(ZopDirWatcher *dirWatcher, const QString &path)
@@ -79,7 +77,7 @@ void ZopDirWatcher::Private::entryChanged(const QByteArray &name, Event event)
     // A known name that is replaced is an object whose file has got its next generation.
     if (event == Vanished)
         remove(name);
-    else if (!isKnown(name) && !addLater(look(name), FileWatcher::hasSpareDescriptors()))
+    else if (!m_known.contains(name) && !addLater(look(name), FileWatcher::hasSpareDescriptors()))
         add(name);
 }
 
@@ -98,7 +96,7 @@ void ZopDirWatcher::Private::folderChanged()
         lookLater();
         return;
     }
-    const std::set<QByteArray> known = m_known;
+    const QList<QByteArray> known = m_known.keys();
     for (const QByteArray &name : known) {
         if (found.value(name, Presence::Absent) == Presence::Absent && !remove(name))
             return;
@@ -106,7 +104,7 @@ void ZopDirWatcher::Private::folderChanged()
     // The system's own limit is looked at once: a look for each name would cost more than all else.
     const bool hadDescriptors = FileWatcher::hasSpareDescriptors();
     for (auto it = found.cbegin(); it != found.cend(); ++it) {
-        if (!isKnown(it.key()) && !addLater(*it, hadDescriptors && FileWatcher::stillHasSpareDescriptors())
+        if (!m_known.contains(it.key()) && !addLater(*it, hadDescriptors && FileWatcher::stillHasSpareDescriptors())
             && !add(it.key()))
             return;
     }
@@ -166,7 +164,7 @@ bool ZopDirWatcher::Private::list(QMap<QByteArray, Presence> *found)
     while (const dirent *entry = readdir(directory.get())) {
         const QByteArray name(entry->d_name);
         if (ZopPath::isObjectName(name))
-            found->insert(name, onlyNew && isKnown(name) ? Presence::Present : look(name, entry->d_type));
+            found->insert(name, onlyNew && m_known.contains(name) ? Presence::Present : look(name, entry->d_type));
     }
     return true;
 }
@@ -175,7 +173,7 @@ bool ZopDirWatcher::Private::list(QMap<QByteArray, Presence> *found)
 bool ZopDirWatcher::Private::add(const QByteArray &name)
 {
     const QPointer<Private> guard(this);
-    m_known.insert(name);
+    m_known.insert(name, Presence::Present);
     emit q->objectAdded(QString::fromUtf8(name));
     return guard;
 }
@@ -183,7 +181,7 @@ bool ZopDirWatcher::Private::add(const QByteArray &name)
 bool ZopDirWatcher::Private::remove(const QByteArray &name)
 {
     const QPointer<Private> guard(this);
-    if (m_known.erase(name) != 0)
+    if (m_known.remove(name) != 0)
         emit q->objectRemoved(QString::fromUtf8(name));
     return guard;
 }

@@ -210,8 +210,8 @@ bool FileWatcher::open()
     m_inotify.reset(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
     if (!m_inotify.isOpen())
         return false;
-    m_notifier = new QSocketNotifier(m_inotify.get(), QSocketNotifier::Read, this);
-    connect(m_notifier, &QSocketNotifier::activated, this, &FileWatcher::readEvents);
+    m_notifier = std::make_unique<QSocketNotifier>(m_inotify.get(), QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &FileWatcher::readEvents);
     return true;
 }
 

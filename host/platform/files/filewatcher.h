@@ -120,7 +120,7 @@ private:
     std::deque<QPointer<FolderListener>> m_changed; // to be told that their folder has changed
     QVector<QPointer<FolderListener>> m_retries;
     QBasicTimer m_retryTimer;
-    QSocketNotifier *m_notifier = nullptr;
+    std::unique_ptr<QSocketNotifier> m_notifier;
     quint64 m_turn = 0;
     bool m_holding = false;
     bool m_handling = false;

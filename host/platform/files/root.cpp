@@ -85,7 +85,7 @@ QString exchange(const QByteArray &root)
         // A root that does not exist yet is none of a link either, but the folder that it is made in may be.
         char resolved[PATH_MAX];
         const QByteArray parent = root.left(qMax(1, root.lastIndexOf('/')));
-        if (realpath(root.constData(), resolved) || realpath(parent.constData(), resolved))
+        if ((realpath(root.constData(), resolved) || realpath(parent.constData(), resolved)) && root != resolved)
             reason = exchangeOnTheWay(QByteArray(resolved) + '/');
     }
     return reason.isEmpty() ? QString()

@@ -181,7 +181,7 @@ bool Reader::fill()
 {
     if (m_isAtEnd)
         return false;
-    m_buffer.remove(0, m_position);
+    m_buffer = m_buffer.mid(m_position);
     m_position = 0;
     if (m_buffer.size() >= HeaderSize) {
         RecordHeader header;
