@@ -6,7 +6,6 @@
 #include "zoppath.h"
 
 #include <QtCore/QMap>
-#include <QtCore/QSet>
 
 #include <cerrno>
 #include <memory>
@@ -18,7 +17,7 @@
 
 namespace morvek {
 
-class ZopDirWatcher::Private : public FolderListener
+class Q_DECL_HIDDEN ZopDirWatcher::Private : public FolderListener
 {
 public:
     Private(ZopDirWatcher *dirWatcher, const QString &path);
@@ -47,13 +46,13 @@ private:
     std::shared_ptr<FileWatcher> m_watcher;
     bool m_watching = false;
     bool m_hasListed = false;
-    bool m_looksAgain = false; // for names that could not be told from others; known ones need no second look
-    QSet<QByteArray> m_known;  // the names that have been announced
+    bool m_looksAgain = false;          // for names that could not be told from others; known ones need no second look
+    QMap<QByteArray, Presence> m_known; // the names that have been announced
 };
 
 ZopDirWatcher::Private::Private(ZopDirWatcher *dirWatcher, const QString &path)
     : q(dirWatcher),
-      m_path(path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/')),
+      m_path(path),
       m_folder(ZopPath::directory(path)),
       m_watcher(FileWatcher::instance())
 {
@@ -97,7 +96,7 @@ void ZopDirWatcher::Private::folderChanged()
         lookLater();
         return;
     }
-    const QList<QByteArray> known = m_known.values();
+    const QList<QByteArray> known = m_known.keys();
     for (const QByteArray &name : known) {
         if (found.value(name, Presence::Absent) == Presence::Absent && !remove(name))
             return;
@@ -147,7 +146,8 @@ ZopDirWatcher::Private::Presence ZopDirWatcher::Private::look(const QByteArray &
     if (type != DT_SOCK)
         return Presence::Absent;
     QString refusal;
-    if (ControlLink::connectTo(ZopPath::object(m_path + QString::fromUtf8(name)), &refusal).isOpen())
+    const QString folder = m_path.endsWith(QLatin1Char('/')) ? m_path : m_path + QLatin1Char('/');
+    if (ControlLink::connectTo(ZopPath::object(folder + QString::fromUtf8(name)), &refusal).isOpen())
         return Presence::Present;
     return ControlLink::isNobody(errno) ? Presence::Absent : Presence::Unknown;
 }
@@ -173,7 +173,7 @@ bool ZopDirWatcher::Private::list(QMap<QByteArray, Presence> *found)
 bool ZopDirWatcher::Private::add(const QByteArray &name)
 {
     const QPointer<Private> guard(this);
-    m_known.insert(name);
+    m_known.insert(name, Presence::Present);
     emit q->objectAdded(QString::fromUtf8(name));
     return guard;
 }
@@ -181,7 +181,7 @@ bool ZopDirWatcher::Private::add(const QByteArray &name)
 bool ZopDirWatcher::Private::remove(const QByteArray &name)
 {
     const QPointer<Private> guard(this);
-    if (m_known.remove(name))
+    if (m_known.remove(name) != 0)
         emit q->objectRemoved(QString::fromUtf8(name));
     return guard;
 }
@@ -206,7 +206,7 @@ QString ZopDirWatcher::errorString() const
 
 void ZopDirWatcher::setNameCacheEnabled(bool enabled)
 {
-    if (enabled && isValid())
+    if (enabled && d->error.isEmpty())
         d->folderChanged();
 }
 

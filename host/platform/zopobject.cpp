@@ -54,8 +54,10 @@ void ZopObject::Private::open(bool flag)
     error = target.error();
     if (!target.isValid())
         return;
-    // Most objects are files: whether this is a socket is only asked when it cannot be opened as one.
-    if (start(makeBackend(target, flag)) || mode == Publish || !isSocket(target))
+    // Most objects are files: whether this is a socket is only asked when it cannot be opened as one. What a client may
+    // write to, however, is one as a rule.
+    const bool isControl = mode == ReadWrite && isSocket(target);
+    if (!isControl && (start(makeBackend(target, flag)) || mode == Publish || !isSocket(target)))
         return;
     auto made = std::make_unique<ControlClient>(target, teller());
     ControlClient *opened = made.get();
@@ -162,7 +164,7 @@ QString ZopObject::path() const
 
 void ZopObject::setAttributeCacheEnabled(bool enabled)
 {
-    if (!enabled || !isValid())
+    if (!enabled || !d->backend)
         return;
     const QPointer<ZopObject> guard(this);
     d->backend->refresh();
@@ -176,7 +178,7 @@ void ZopObject::setAttributeCacheEnabled(bool enabled)
 
 ZopVariant ZopObject::attribute(const QString &name, const ZopVariant &defaultValue) const
 {
-    if (!isValid())
+    if (!d->backend)
         return defaultValue;
     d->backend->catchUp();
     return d->backend->values().value(name, defaultValue);
@@ -184,7 +186,7 @@ ZopVariant ZopObject::attribute(const QString &name, const ZopVariant &defaultVa
 
 bool ZopObject::setAttributes(const ZopChangeset &changes)
 {
-    if (!isValid())
+    if (!d->backend)
         return false;
     if (d->mode != Subscribe)
         return d->backend->write(changes, &d->error);
@@ -194,12 +196,13 @@ bool ZopObject::setAttributes(const ZopChangeset &changes)
 
 void ZopObject::connectNotify(const QMetaMethod &)
 {
-    d->wakeUp();
+    if (d->mode != Subscribe) // others never sleep
+        d->wakeUp();
 }
 
 bool ZopObject::check()
 {
-    return isValid() && d->backend->check(&d->error);
+    return d->backend && d->backend->check(&d->error);
 }
 
 bool ZopObject::createAnew(const QString &path, const ZopChangeset &values, QString *error)

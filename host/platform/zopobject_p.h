@@ -12,7 +12,7 @@ namespace morvek {
 class ControlClient;
 class ZopPath;
 
-class ZopObject::Private
+class Q_DECL_HIDDEN ZopObject::Private
 {
 public:
     Private(ZopObject *object, const QString &objectPath, PublicationMode publicationMode);

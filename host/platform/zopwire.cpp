@@ -27,9 +27,9 @@ void putBlock(QByteArray *bytes, const QByteArray &block)
 class Unpacker
 {
 public:
-    explicit Unpacker(const QByteArray &bytes)
-        : m_next(bytes.constData()),
-          m_end(bytes.constData() + bytes.size())
+    Unpacker(const char *bytes, int size)
+        : m_next(bytes),
+          m_end(bytes + size)
     {
     }
 
@@ -128,10 +128,10 @@ qint64 encodedSize(const QString &name, const ZopVariant &value)
     return ofName + Number + (value.isValid() ? value.bytes().size() + Number + value.encoding().size() : 0);
 }
 
-bool decodeChangeset(const QByteArray &bytes, ZopChangeset *changes)
+bool decodeChangeset(const char *bytes, int size, ZopChangeset *changes)
 {
     *changes = ZopChangeset();
-    Unpacker unpacker(bytes);
+    Unpacker unpacker(bytes, size);
     QString name;
     quint32 count = 0;
     if (!unpacker.take(&count))

@@ -15,8 +15,8 @@ QByteArray encodeChangeset(const ZopChangeset &changes);
 void appendChangeset(const ZopChangeset &changes, QByteArray *bytes);
 /*! How many of the bytes an assignment takes. */
 qint64 encodedSize(const QString &name, const ZopVariant &value);
-/*! False when \a bytes are no such thing; \a changes is then of no use. */
-bool decodeChangeset(const QByteArray &bytes, ZopChangeset *changes);
+/*! False when the \a size \a bytes are no such thing; \a changes is then of no use. */
+bool decodeChangeset(const char *bytes, int size, ZopChangeset *changes);
 
 /*! Turns \a values into what they are after an update. */
 void apply(const ZopChangeset &changes, QMap<QString, ZopVariant> *values);

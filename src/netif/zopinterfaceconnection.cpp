@@ -172,7 +172,7 @@ void NetworkInterfaceProviderZop::ZopInterfaceConnection::setGateway(const QJson
     interfaceData->configuration.setGatewayAddresses({});
     const QJsonArray addresses = gateways.array();
     if (!addresses.isEmpty())
-        interfaceData->configuration.addGatewayAddress(parseAddress(addresses.first().toString()));
+        interfaceData->configuration.addGatewayAddress(parseAddress(addresses.at(0).toString()));
 }
 
 void NetworkInterfaceProviderZop::ZopInterfaceConnection::setMode(const QString &value)

@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QByteArray input = Fuzz::bytes(data, size);
     const UpdateWalk::Walk walk(input);
     ZopChangeset changes;
-    const bool readable = decodeChangeset(input, &changes);
+    const bool readable = decodeChangeset(input.constData(), input.size(), &changes);
     Fuzz::expectEqual(readable, walk.isWhole(), "whether the bytes are an update");
     if (!readable)
         return 0;
@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     Fuzz::expect(written.isWhole(), "an update is written");
     Fuzz::expectEqual(written.update(), walk.update(), "what is written");
     ZopChangeset again;
-    Fuzz::expect(decodeChangeset(encoded, &again), "what was written can be read");
+    Fuzz::expect(decodeChangeset(encoded.constData(), encoded.size(), &again), "what was written can be read");
     Fuzz::expect(again.assignments == changes.assignments, "the assignments come back");
     Fuzz::expect(again.removals == changes.removals, "the removals come back");
     return 0;

@@ -67,13 +67,10 @@ ControlLink::ControlLink(FileDescriptor socket, const ZopPath &path, QObject *pa
     : QObject(parent),
       m_file(path.file()),
       m_socket(std::move(socket)),
-      m_readable(m_socket.get(), QSocketNotifier::Read),
-      m_writable(m_socket.get(), QSocketNotifier::Write)
+      m_readable(m_socket.get(), QSocketNotifier::Read)
 {
     fcntl(m_socket.get(), F_SETFL, fcntl(m_socket.get(), F_GETFL) | O_NONBLOCK);
-    m_writable.setEnabled(false);
     connect(&m_readable, &QSocketNotifier::activated, this, &ControlLink::read);
-    connect(&m_writable, &QSocketNotifier::activated, this, &ControlLink::flush);
 }
 
 FileDescriptor ControlLink::connectTo(const ZopPath &path, QString *error)
@@ -172,7 +169,7 @@ void ControlLink::drop(const QString &reason)
     if (!reason.isEmpty())
         logError(QStringLiteral("Closed a connection of \"%1\", %2").arg(QFile::decodeName(m_file), reason));
     m_readable.setEnabled(false);
-    m_writable.setEnabled(false);
+    m_writable.reset();
     m_socket.reset();
     m_incoming.clear(); // what a dropped one has sent is not believed
     m_outgoing.clear();
@@ -247,8 +244,8 @@ bool ControlLink::takeFrame(ZopChangeset *changes)
     if (!isOpen() || !isFrameWhole())
         return false;
     const qint64 size = frameSize();
-    const bool isSound = size <= m_incoming.size()
-        && decodeChangeset(QByteArray::fromRawData(m_incoming.data() + LengthSize, int(size) - LengthSize), changes);
+    const bool isSound =
+        size <= m_incoming.size() && decodeChangeset(m_incoming.data() + LengthSize, int(size) - LengthSize, changes);
     if (isSound)
         m_incoming.pass(int(size));
     else
@@ -264,8 +261,19 @@ bool ControlLink::flush()
     const bool isBroken = m_outgoing.size() > 0 && errno != EAGAIN && errno != EINTR;
     if (isBroken)
         m_outgoing.clear();
-    m_writable.setEnabled(m_outgoing.size() > 0);
+    awaitRoom();
     return !isBroken;
+}
+
+/*! Sees to it that what is left is written when the other side takes it. */
+void ControlLink::awaitRoom()
+{
+    if (m_outgoing.size() > 0 && !m_writable) {
+        m_writable = std::make_unique<QSocketNotifier>(m_socket.get(), QSocketNotifier::Write);
+        connect(m_writable.get(), &QSocketNotifier::activated, this, &ControlLink::flush);
+    } else if (m_writable) {
+        m_writable->setEnabled(m_outgoing.size() > 0);
+    }
 }
 
 } // namespace morvek

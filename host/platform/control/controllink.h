@@ -9,6 +9,8 @@
 #include <QtCore/QObject>
 #include <QtCore/QSocketNotifier>
 
+#include <memory>
+
 namespace morvek {
 
 class ZopPath;
@@ -72,11 +74,12 @@ private:
     bool isFrameWhole() const;
     bool takeFrame(ZopChangeset *changes);
     bool flush();
+    void awaitRoom();
 
     QByteArray m_file; // of the control object
     FileDescriptor m_socket;
     QSocketNotifier m_readable;
-    QSocketNotifier m_writable;
+    std::unique_ptr<QSocketNotifier> m_writable; // once something had to wait
     PassingBytes m_incoming;
     PassingBytes m_outgoing;
     bool m_isHeardAtOnce = false;

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <utility>
 
@@ -27,7 +26,7 @@ constexpr size_t BufferSize = 16 * 1024;
 // Not more are read ahead: what is told of one may take longer than the next ones take to come.
 constexpr size_t MostEvents = 4096;
 
-constexpr std::chrono::milliseconds RetryPause {200};
+constexpr int RetryPause = 200; // milliseconds
 
 // A control object and a state object, and some for whoever else needs one meanwhile.
 constexpr int DescriptorsOfAnnouncement = 4;
@@ -50,13 +49,6 @@ std::shared_ptr<FileWatcher> FileWatcher::instance()
         current = watcher;
     }
     return watcher;
-}
-
-FileWatcher::FileWatcher()
-{
-    m_retryTimer.setSingleShot(true);
-    m_retryTimer.setInterval(RetryPause);
-    connect(&m_retryTimer, &QTimer::timeout, this, &FileWatcher::retry);
 }
 
 FileWatcher::~FileWatcher() = default;
@@ -92,7 +84,7 @@ void FileWatcher::retryLater(FolderListener *listener)
     if (!m_retries.contains(listener))
         m_retries.append(listener);
     if (!m_retryTimer.isActive())
-        m_retryTimer.start();
+        m_retryTimer.start(RetryPause, this);
 }
 
 bool FileWatcher::hasSpareDescriptors()
@@ -113,6 +105,12 @@ void FileWatcher::holdUntilRetry(FolderListener *listener)
     retryLater(listener);
 }
 
+void FileWatcher::timerEvent(QTimerEvent *)
+{
+    m_retryTimer.stop();
+    retry();
+}
+
 void FileWatcher::retry()
 {
     // Whoever fails again asks again; and a listener may drop the last user of this.
@@ -120,7 +118,7 @@ void FileWatcher::retry()
     const QScopedValueRollback<bool> handling(m_handling, true);
     const std::shared_ptr<FileWatcher> kept = weak_from_this().lock();
     if (m_holding && !hasSpareDescriptors()) {
-        m_retryTimer.start();
+        m_retryTimer.start(RetryPause, this);
         return;
     }
     // What has happened meanwhile is old news: told now, it would come between names and values of the present.
@@ -214,8 +212,8 @@ bool FileWatcher::open()
     m_inotify.reset(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
     if (!m_inotify.isOpen())
         return false;
-    m_notifier = new QSocketNotifier(m_inotify.get(), QSocketNotifier::Read, this);
-    connect(m_notifier, &QSocketNotifier::activated, this, &FileWatcher::readEvents);
+    m_notifier = std::make_unique<QSocketNotifier>(m_inotify.get(), QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &FileWatcher::readEvents);
     return true;
 }
 

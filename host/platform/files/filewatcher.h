@@ -4,11 +4,11 @@
 
 #include "filedescriptor.h"
 
+#include <QtCore/QBasicTimer>
 #include <QtCore/QByteArray>
-#include <QtCore/QHash>
+#include <QtCore/QMap>
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
-#include <QtCore/QTimer>
 #include <QtCore/QVector>
 
 #include <deque>
@@ -87,8 +87,11 @@ public:
     /*! Looks at these folders. Whoever calls it may be gone afterwards. */
     void renewExchanged();
 
+protected:
+    void timerEvent(QTimerEvent *event) override;
+
 private:
-    FileWatcher();
+    FileWatcher() = default;
     friend class WatchedFolder;
 
     struct RawEvent
@@ -113,14 +116,14 @@ private:
     void tellChanged();
 
     FileDescriptor m_inotify;
-    QHash<QByteArray, WatchedFolder *> m_folders;
-    QHash<int, WatchedFolder *> m_watches;
+    QMap<QByteArray, WatchedFolder *> m_folders;
+    QMap<int, WatchedFolder *> m_watches;
     int m_rootWatch = -1;          // tells when the root is moved, which the folders below it are not told
     std::deque<RawEvent> m_events; // read, and not handled yet
     std::deque<QPointer<FolderListener>> m_changed; // to be told that their folder has changed
     QVector<QPointer<FolderListener>> m_retries;
-    QTimer m_retryTimer;
-    QSocketNotifier *m_notifier = nullptr;
+    QBasicTimer m_retryTimer;
+    std::unique_ptr<QSocketNotifier> m_notifier;
     quint64 m_turn = 0;
     bool m_holding = false;
     bool m_handling = false;

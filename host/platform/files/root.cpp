@@ -64,7 +64,7 @@ QString exchangeOnTheWay(const QByteArray &path)
     for (int end = 0; end != -1; end = path.indexOf('/', end + 1)) {
         const QByteArray part = end == 0 ? QByteArrayLiteral("/") : path.left(end);
         struct stat status;
-        if (lstat(part.constData(), &status) != 0)
+        if (fstatat(AT_FDCWD, part.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
             return QString();
         const QString reason = isTrusted(status.st_uid) ? openness(part, status) : anothersText();
         if (!reason.isEmpty())
@@ -76,22 +76,21 @@ QString exchangeOnTheWay(const QByteArray &path)
 /*! Why another user could exchange \a root, links on the way to it resolved; empty when none could. */
 QString exchange(const QByteArray &root)
 {
-    const QString shown = QFile::decodeName(root);
     QString reason = exchangeOnTheWay(root);
     struct stat status;
-    if (reason.isEmpty() && lstat(root.constData(), &status) == 0 && S_ISLNK(status.st_mode)
-        && !isTrusted(status.st_uid))
-        reason = QStringLiteral("\"%1\", %2").arg(shown, anothersText());
+    if (reason.isEmpty() && fstatat(AT_FDCWD, root.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0
+        && S_ISLNK(status.st_mode) && !isTrusted(status.st_uid))
+        reason = QStringLiteral("\"%1\", %2").arg(QFile::decodeName(root), anothersText());
     if (reason.isEmpty()) {
         // A root that does not exist yet is none of a link either, but the folder that it is made in may be.
         char resolved[PATH_MAX];
         const QByteArray parent = root.left(qMax(1, root.lastIndexOf('/')));
-        if (realpath(root.constData(), resolved) || realpath(parent.constData(), resolved))
+        if ((realpath(root.constData(), resolved) || realpath(parent.constData(), resolved)) && root != resolved)
             reason = exchangeOnTheWay(QByteArray(resolved) + '/');
     }
-    return reason.isEmpty()
-        ? QString()
-        : QStringLiteral("the root \"%1\" could be exchanged by another user at %2").arg(shown, reason);
+    return reason.isEmpty() ? QString()
+                            : QStringLiteral("the root \"%1\" could be exchanged by another user at %2")
+                                  .arg(QFile::decodeName(root), reason);
 }
 
 /*! Empty when \a root, which is found to be as \a status says, may be used; one that does not exist yet may. */
@@ -99,18 +98,19 @@ QString objection(const QByteArray &root, struct stat *status)
 {
     if (root.isEmpty())
         return QStringLiteral("there is no root: neither ZOP_ROOT nor XDG_RUNTIME_DIR is set");
-    const QString shown = QFile::decodeName(root);
+    const auto shown = [&root] { return QFile::decodeName(root); };
     if (!root.startsWith('/') || (root + '/').contains("/./") || (root + '/').contains("/../"))
-        return QStringLiteral("the root \"%1\" is not a plain absolute path").arg(shown);
-    const bool exists = stat(root.constData(), status) == 0;
-    if (!exists && errno != ENOENT)
-        return QStringLiteral("the root \"%1\": %2").arg(shown, systemError(errno));
+        return QStringLiteral("the root \"%1\" is not a plain absolute path").arg(shown());
+    const bool exists = fstatat(AT_FDCWD, root.constData(), status, 0) == 0;
+    const int error = errno;
+    if (!exists && error != ENOENT)
+        return QStringLiteral("the root \"%1\": %2").arg(shown(), systemError(error));
     if (exists && !S_ISDIR(status->st_mode))
-        return QStringLiteral("the root \"%1\" is not a directory").arg(shown);
+        return QStringLiteral("the root \"%1\" is not a directory").arg(shown());
     if (exists && status->st_uid != geteuid())
-        return QStringLiteral("the root \"%1\" belongs to another user").arg(shown);
+        return QStringLiteral("the root \"%1\" belongs to another user").arg(shown());
     if (exists && status->st_mode & (S_IRWXG | S_IRWXO))
-        return QStringLiteral("the root \"%1\" is open to other users (wanted: mode 0700)").arg(shown);
+        return QStringLiteral("the root \"%1\" is open to other users (wanted: mode 0700)").arg(shown());
     return exchange(root);
 }
 
@@ -189,8 +189,8 @@ bool Root::isInPlace()
 {
     const int error = errno;
     struct stat present;
-    const bool isSame =
-        stat(m_path.constData(), &present) == 0 && isSameFolder(present, m_status) && m_user == geteuid();
+    const bool isSame = fstatat(AT_FDCWD, m_path.constData(), &present, 0) == 0 && isSameFolder(present, m_status)
+        && m_user == geteuid();
     m_forks = forks;
     m_lookedAt = now();
     errno = error;
@@ -205,7 +205,8 @@ void Root::judge()
         m_forks = forks;
         m_lookedAt = now();
         m_distrust = objection(m_path, &judged);
-        m_folder.reset(m_distrust.isEmpty() ? ::open(m_path.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC) : -1);
+        m_folder.reset(m_distrust.isEmpty() ? ::openat(AT_FDCWD, m_path.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC)
+                                            : -1);
         if (!m_distrust.isEmpty())
             errno = EACCES;
     } while (m_folder.isOpen() && fstat(m_folder.get(), &m_status) == 0 && !isSameFolder(judged, m_status));

@@ -126,7 +126,7 @@ void WatchedFolder::tellOfNames(const QByteArray &name, Event event) const
 
 void WatchedFolder::tellAll() const
 {
-    const QHash<QByteArray, Listeners> all = m_listeners;
+    const QMap<QByteArray, Listeners> all = m_listeners;
     for (const Listeners &listeners : all) {
         for (const QPointer<FolderListener> &listener : listeners) {
             if (listener)

@@ -41,7 +41,7 @@ private:
 
     FileWatcher *m_watcher;
     QByteArray m_path;
-    QHash<QByteArray, Listeners> m_listeners; // by entry; those of all entries under the empty name
+    QMap<QByteArray, Listeners> m_listeners; // by entry; those of all entries under the empty name
     int m_watch = -1;
     bool m_awaited = false;
 };

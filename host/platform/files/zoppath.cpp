@@ -46,7 +46,7 @@ ZopPath ZopPath::object(const QString &path)
     ZopPath result = directory(path);
     if (!result.isValid())
         return result;
-    if (path.endsWith(QLatin1Char('/'))) {
+    if (path.back() == QLatin1Char('/')) {
         result.m_error = QStringLiteral("\"%1\" is a directory's path").arg(path);
         return result;
     }

@@ -89,9 +89,9 @@ bool Reader::nextOfRead(Record *record)
     while (mayTrust() && look() == Sound) {
         RecordHeader header;
         std::memcpy(&header, m_buffer.constData() + m_position, sizeof(header));
-        const auto payload = QByteArray::fromRawData(m_buffer.constData() + m_position + HeaderSize, int(header.size));
+        const char *payload = m_buffer.constData() + m_position + HeaderSize;
         const qint64 size = HeaderSize + qint64(header.size);
-        if (!decodeChangeset(payload, &record->changes)) {
+        if (!decodeChangeset(payload, int(header.size), &record->changes)) {
             m_nonsense += size;
             skipTo(m_offset + size, size);
             continue;
@@ -113,14 +113,14 @@ bool Reader::readOn()
     if (!mayTrust())
         return search();
     if (m_foundAt != m_offset)
-        m_search.stop(); // what it knows lies behind
+        m_search.reset(); // what it knows lies behind
     const State state = look();
     if (state == Sound || (state == Short && fill()))
         return true;
     if (m_foundAt == m_offset) {
         // Somebody has written over it, or cut it off, since it was found.
         m_foundAt = -1;
-        m_search.stop();
+        m_search.reset();
         drop();
         return true;
     }
@@ -139,8 +139,8 @@ void Reader::rewind()
     m_skipped = 0;
     m_nonsense = 0;
     m_isMalformed = false;
-    m_search.stop();
-    m_again.stop();
+    m_search.reset();
+    m_again.reset();
     m_foundAt = -1;
     drop();
 }
@@ -151,7 +151,7 @@ void Reader::rewind()
  */
 bool Reader::mayTrust() const
 {
-    return m_offset == m_foundAt || !m_search.hasSeen(m_offset);
+    return m_offset == m_foundAt || !(m_search && m_search->hasSeen(m_offset));
 }
 
 /*! What the buffer has at the present offset. */
@@ -181,7 +181,7 @@ bool Reader::fill()
 {
     if (m_isAtEnd)
         return false;
-    m_buffer.remove(0, m_position);
+    m_buffer = m_buffer.mid(m_position);
     m_position = 0;
     if (m_buffer.size() >= HeaderSize) {
         RecordHeader header;
@@ -205,13 +205,13 @@ bool Reader::fill()
  */
 bool Reader::search()
 {
-    if (m_again.isActive())
+    if (m_again)
         return checkAgain();
-    if (!m_search.isActive())
-        m_search.start(m_file.get(), m_header.marker, m_offset);
-    m_search.goOn(m_offset);
-    const RecordSearch::Result result = m_search.run(&m_work);
-    if (m_skipped + m_search.passed() > LargestNonsense) {
+    if (!m_search)
+        m_search.emplace(m_file.get(), m_header.marker, m_offset);
+    m_search->goOn(m_offset);
+    const RecordSearch::Result result = m_search->run(&m_work);
+    if (m_skipped + m_search->passed() > LargestNonsense) {
         giveUp();
         return false;
     }
@@ -221,9 +221,9 @@ bool Reader::search()
         return false;
     }
     if (result == RecordSearch::Found) {
-        m_foundAt = m_search.position();
+        m_foundAt = m_search->position();
         if (m_foundAt > m_offset)
-            m_again.start(m_file.get(), m_header.marker, m_offset, m_foundAt);
+            m_again.emplace(m_file.get(), m_header.marker, m_offset, m_foundAt);
         else if (look() != Sound)
             drop();
     }
@@ -233,16 +233,16 @@ bool Reader::search()
 /*! What is to be stepped over may have been half written when it was read, and whole by now, like what follows. */
 bool Reader::checkAgain()
 {
-    const RecordSearch::Result result = m_again.run(&m_work);
+    const RecordSearch::Result result = m_again->run(&m_work);
     if (result == RecordSearch::Unfinished)
         return true;
     if (result == RecordSearch::Found) {
-        m_search.stop();
-        m_foundAt = m_again.position();
+        m_search.reset();
+        m_foundAt = m_again->position();
         drop();
     }
-    const qint64 passed = result == RecordSearch::Found ? m_again.passed() : m_search.passed();
-    m_again.stop();
+    const qint64 passed = result == RecordSearch::Found ? m_again->passed() : m_search->passed();
+    m_again.reset();
     m_nonsense += m_foundAt - m_offset;
     skipTo(m_foundAt, passed);
     return true;
@@ -280,8 +280,8 @@ void Reader::giveUp()
 {
     report();
     m_isMalformed = true;
-    m_search.stop();
-    m_again.stop();
+    m_search.reset();
+    m_again.reset();
     drop();
     if (!m_report)
         logError(tooMuchNonsense(m_path));
@@ -289,7 +289,7 @@ void Reader::giveUp()
 
 void Reader::drop()
 {
-    m_buffer.clear();
+    m_buffer = QByteArray();
     m_position = 0;
     m_summed = 0;
     m_isAtEnd = false;

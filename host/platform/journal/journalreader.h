@@ -7,6 +7,7 @@
 #include "zoppath.h"
 
 #include <functional>
+#include <optional>
 
 #include <sys/stat.h>
 
@@ -60,7 +61,7 @@ public:
     /*! Whether some of what was read has not been handed out yet. */
     bool hasRead() const { return m_position < m_buffer.size(); }
     /*! The same, or whether some can be read. */
-    bool hasMore() const { return hasRead() || !m_isAtEnd || m_search.isActive(); }
+    bool hasMore() const { return hasRead() || !m_isAtEnd || m_search; }
     /*! Whether somebody writes an update just now, or did when this was called. */
     bool isBeingWritten() const;
     /*! Whether too much of the file was no record: the rest of it is not read. */
@@ -101,9 +102,9 @@ private:
     quint32 m_sum = 0;
     bool m_isAtEnd = false;
 
-    RecordSearch m_search;
-    RecordSearch m_again;  // through what is about to be stepped over
-    qint64 m_foundAt = -1; // a record, says the search
+    std::optional<RecordSearch> m_search; // while it goes on; hardly any file needs one
+    std::optional<RecordSearch> m_again;  // through what is about to be stepped over
+    qint64 m_foundAt = -1;                // a record, says the search
 };
 
 } // namespace Journal

@@ -40,14 +40,13 @@ quint32 sumOfBoth(quint32 first, quint32 rest, uLong lengthOfRest)
 
 } // namespace
 
-void RecordSearch::start(int file, quint64 marker, qint64 from, qint64 limit)
+RecordSearch::RecordSearch(int file, quint64 marker, qint64 from, qint64 limit)
+    : m_file(file),
+      m_marker(marker),
+      m_from(from),
+      m_limit(limit),
+      m_at(from)
 {
-    stop();
-    m_file = file;
-    m_marker = marker;
-    m_from = from;
-    m_limit = limit;
-    m_at = from;
 }
 
 void RecordSearch::goOn(qint64 from)
@@ -64,7 +63,7 @@ void RecordSearch::goOn(qint64 from)
 RecordSearch::Result RecordSearch::run(qint64 *work)
 {
     if (hasChanged())
-        start(m_file, m_marker, m_from, m_limit);
+        *this = RecordSearch(m_file, m_marker, m_from, m_limit);
     m_enough = *work + WorkPerPiece;
     m_end = std::min(m_limit, sizeOf(m_file));
     if (const Result result = judgeWaiting(work); result != AtEnd)

@@ -26,13 +26,7 @@ public:
     };
 
     /*! Looks at what is in \a file from the offset \a from on, and ends before \a limit. */
-    void start(int file, quint64 marker, qint64 from, qint64 limit = std::numeric_limits<qint64>::max());
-    void stop()
-    {
-        if (isActive())
-            *this = RecordSearch();
-    }
-    bool isActive() const { return m_file != -1; }
+    RecordSearch(int file, quint64 marker, qint64 from, qint64 limit = std::numeric_limits<qint64>::max());
 
     /*! A piece of the work, of which the amount is added to \a work. */
     Result run(qint64 *work);
@@ -44,7 +38,7 @@ public:
     /*! Whether what is at \a offset has been read or summed, so that the search had best go on from there. */
     bool hasSeen(qint64 offset) const
     {
-        return isActive() && (offset <= m_at || offset < summedEnd() || offset < m_chunkAt + m_chunk.size());
+        return offset <= m_at || offset < summedEnd() || offset < m_chunkAt + m_chunk.size();
     }
     void goOn(qint64 from);
 
@@ -69,12 +63,12 @@ private:
     qint64 summedEnd() const;
     void wait();
 
-    int m_file = -1;
-    quint64 m_marker = 0;
-    qint64 m_from = 0;
-    qint64 m_limit = 0;
+    int m_file;
+    quint64 m_marker;
+    qint64 m_from;
+    qint64 m_limit;
     qint64 m_end = 0; // of the file, or the limit
-    qint64 m_at = 0;
+    qint64 m_at;
     qint64 m_passed = 0;
     qint64 m_enough = 0; // when this piece of the work is done
 

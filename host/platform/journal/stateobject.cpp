@@ -86,11 +86,18 @@ void StateObject::catchUp()
         follow();
 }
 
+Journal::Writer *StateObject::writer()
+{
+    if (!m_writer)
+        m_writer = std::make_unique<Journal::Writer>();
+    return m_writer.get();
+}
+
 bool StateObject::write(const ZopChangeset &changes, QString *error)
 {
-    if (!m_writer.append(m_path, changes, error))
+    if (!writer()->append(m_path, changes, error))
         return false;
-    if (m_writer.hasReplaced())
+    if (m_writer->hasReplaced())
         catchUp(); // before there is a generation more
     return true;
 }
@@ -98,15 +105,15 @@ bool StateObject::write(const ZopChangeset &changes, QString *error)
 bool StateObject::check(QString *error)
 {
     catchUp();
-    if (m_writer.hasLost(m_path)) {
+    if (writer()->hasLost(m_path)) {
         *error = Journal::cutOff(m_path);
         return false;
     }
-    const ObjectCheck::Result result = m_check.judge(m_path, m_writer.number(), error);
-    m_writer.expect(m_check.incarnation());
+    const ObjectCheck::Result result = m_check.judge(m_path, m_writer->number(), error);
+    m_writer->expect(m_check.incarnation());
     // Somebody may have read more of it before it was cut: then the next file makes all agree.
     if (result == ObjectCheck::Torn)
-        m_writer.renew(m_path, error);
+        m_writer->renew(m_path, error);
     return result != ObjectCheck::Unsound;
 }
 
@@ -239,7 +246,8 @@ bool StateObject::drain()
         if (!isThere || record.end <= m_toldFrom)
             continue;
         apply(record.changes, &m_values);
-        if (!m_isAwake || record.writer == m_writer.number() || record.isEmptyState())
+        const bool isOwn = m_writer && record.writer == m_writer->number();
+        if (!m_isAwake || isOwn || record.isEmptyState())
             continue;
         if (++m_toldInTurn == RecordsPerTurn || m_reader.hasMore())
             followLater();

@@ -40,6 +40,7 @@ private:
     // the place of updates that were lost.
     enum Folding { NotFolding, WhatIsGone, WhatIsThere };
 
+    Journal::Writer *writer();
     bool isHeard() const { return !m_heard || m_heard(); }
     bool watch(QString *error);
     void unwatch();
@@ -61,7 +62,7 @@ private:
     bool m_isWatching = false;
     bool m_isAwake = false; // follows its file and tells
     Journal::Reader m_reader;
-    Journal::Writer m_writer;
+    std::unique_ptr<Journal::Writer> m_writer; // of what is not only read
     ObjectCheck m_check;
     Folding m_folding = NotFolding;
     QMap<QString, ZopVariant> m_folded;
@@ -69,7 +70,7 @@ private:
     quint64 m_turn = 0;    // of the event loop, in which so much was told and read:
     int m_toldInTurn = 0;
     qint64 m_workInTurn = 0;
-    bool m_isInStep = false; // the next event is that of an update which has not been read yet
+    bool m_isInStep = false;  // the next event is that of an update which has not been read yet
     bool m_hasLooked = false; // for objects that what has been read may speak of
     bool m_followsLater = false;
     bool m_renewsFirst = false; // looks at folders that others have taken the places of before it goes on
