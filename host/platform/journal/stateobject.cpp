@@ -212,8 +212,12 @@ bool StateObject::drain()
 {
     if (m_folding == WhatIsGone)
         return true; // which was told as it came
-    if (m_folding == WhatIsThere)
-        return fold() && tellState(std::exchange(m_folded, {}));
+    if (m_folding == WhatIsThere) {
+        if (!fold())
+            return false;
+        const QMap<QString, ZopVariant> state = std::exchange(m_folded, {});
+        return m_reader.isEmptied() || tellState(state); // else the file that has taken its place tells the state
+    }
     const QPointer<StateObject> guard(this);
     int steps = 0;
     Journal::Record record;
