@@ -48,6 +48,7 @@ private Q_SLOTS:
     void itSleepsAgainWithoutListeners();
     void anyThreadMayBeginToListen();
     void whoListensWithoutDescriptorsHearsLater();
+    void whoListensWithoutDescriptorsMissesNothing();
     void aReplacementDoesNotWaitForIt();
     void aDamagedHeaderIsSeenBeforeWriting();
 };
@@ -203,6 +204,23 @@ void SleepingWritersTest::whoListensWithoutDescriptorsHearsLater()
     hoard.giveBack();
     QVERIFY(waitUntil([&] { return set(writer, QStringLiteral("n=3")) && !events.updates().isEmpty(); }));
     QCOMPARE(events.updates().first(), QStringLiteral("{n=3}"));
+}
+
+void SleepingWritersTest::whoListensWithoutDescriptorsMissesNothing()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    ZopObject object(testPath("object"), ZopObject::ReadWrite, false);
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    QVERIFY(set(writer, QStringLiteral("n=1")));
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    const Events events(&object);
+    QVERIFY(set(writer, QStringLiteral("n=2")));
+    hoard.giveBack();
+    QVERIFY(events.wait(QStringLiteral("{n=2}")));
+    QVERIFY(set(writer, QStringLiteral("n=3")));
+    QVERIFY(events.wait(QStringLiteral("{n=3}")));
+    QCOMPARE(events.updates(), QStringList({"{n=2}", "{n=3}"}));
 }
 
 void SleepingWritersTest::aReplacementDoesNotWaitForIt()

@@ -56,16 +56,20 @@ void StateObject::unwatch()
         m_watcher->unwatch(m_path.folder(), m_path.name(), this);
 }
 
+/*! Until the file can be watched it is read from time to time. */
+void StateObject::tryToWatch()
+{
+    QString error;
+    if (!watch(&error))
+        m_watcher->retryLater(this);
+}
+
 /*! Who begins to listen hears of what comes from now on. */
 void StateObject::wakeUp()
 {
     if (m_isAwake)
         return;
-    QString error;
-    if (!watch(&error)) {
-        m_watcher->retryLater(this);
-        return;
-    }
+    tryToWatch();
     follow();
     m_reader.lock();
     m_isAwake = true;
@@ -143,10 +147,12 @@ void StateObject::entryChanged(const QByteArray &, Event event)
 
 void StateObject::folderChanged()
 {
-    if (m_isAwake)
-        follow();
-    else if (isHeard())
-        wakeUp();
+    if (!isHeard()) {
+        fallAsleep();
+        return;
+    }
+    tryToWatch();
+    follow();
 }
 
 /*! Tells what the file holds, and goes on to the one that has taken its place, if any. */
