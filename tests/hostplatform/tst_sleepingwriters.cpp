@@ -29,6 +29,16 @@ int watches()
     return count;
 }
 
+/*! How often this process has read something. */
+int reads()
+{
+    QFile counts(QStringLiteral("/proc/self/io"));
+    if (!counts.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray text = counts.readAll();
+    return text.mid(text.indexOf("syscr: ") + 7).split('\n').first().toInt();
+}
+
 } // namespace
 
 /*! An object that may be written to, and that nobody listens to here, sleeps; what is asked of it is answered all the
@@ -51,6 +61,7 @@ private Q_SLOTS:
     void whoListensWithoutDescriptorsMissesNothing();
     void aReplacementDoesNotWaitForIt();
     void aDamagedHeaderIsSeenBeforeWriting();
+    void anUnchangedFileIsNotRead();
 };
 
 void SleepingWritersTest::whatItWritesDoesNotWakeItUp_data()
@@ -247,6 +258,25 @@ void SleepingWritersTest::aDamagedHeaderIsSeenBeforeWriting()
     QCOMPARE(writer.errorString(),
              QStringLiteral("malformed content in \"%1\": the header is another one").arg(fileOf(testPath("object"))));
     QCOMPARE(content(testPath("object")), damaged);
+}
+
+void SleepingWritersTest::anUnchangedFileIsNotRead()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("n=1")));
+    ZopObject object(testPath("object"), ZopObject::ReadWrite, false);
+    const auto readsOfCheck = [&object] {
+        const int before = reads();
+        const int own = reads() - before;
+        const bool isSound = object.check();
+        return isSound ? reads() - before - 2 * own : -1;
+    };
+    if (reads() < 0)
+        QSKIP("the kernel does not count what is read");
+    QVERIFY(readsOfCheck() > 0);
+    // A moment after its last change, nothing has to be read to know that there was none.
+    QVERIFY(waitUntil([&readsOfCheck] { return readsOfCheck() == 0; }));
+    QVERIFY(set(testPath("object"), QStringLiteral("n=2")));
+    QVERIFY(readsOfCheck() > 0);
 }
 
 CONTRACT_TEST_MAIN(SleepingWritersTest)

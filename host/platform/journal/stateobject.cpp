@@ -101,6 +101,8 @@ bool StateObject::write(const ZopChangeset &changes, QString *error)
 
 bool StateObject::check(QString *error)
 {
+    if (m_check.isUnchanged(m_path))
+        return true;
     catchUp();
     if (m_writer.hasLost(m_path)) {
         *error = Journal::cutOff(m_path);
