@@ -234,8 +234,9 @@ bool StateObject::drain()
             followLater();
             return false;
         }
-        // What was read at once after the event is the update that the event is of.
-        const bool isExpected = m_isInStep && steps == 1;
+        // What was read at once after the event is the update that the event is of, unless that was a write that
+        // failed.
+        const bool isExpected = m_isInStep && steps == 1 && !m_watcher->hasAppearances();
         if (m_isAwake && m_reader.hasRead() && !m_hasLooked && !isExpected) {
             tellAppearances();
             continue;
