@@ -57,6 +57,7 @@ private Q_SLOTS:
     void theNextObjectOfThePathIsAnswered();
     void whoBeginsToListenHearsWhatComesThen();
     void itSleepsAgainWithoutListeners();
+    void whoHasBegunToListenMissesNoGeneration();
     void anyThreadMayBeginToListen();
     void whoListensWithoutDescriptorsHearsLater();
     void whoListensWithoutDescriptorsMissesNothing();
@@ -186,6 +187,22 @@ void SleepingWritersTest::itSleepsAgainWithoutListeners()
     QVERIFY(set(testPath("object"), QStringLiteral("n=2")));
     QVERIFY(waitUntil([awake] { return watches() < awake; })); // of the folder; the root stays watched
     QCOMPARE(object.attribute(N).toInt(), 2);
+    // Nor does its file wait for it any more.
+    for (int n = 1; n <= 3000; ++n)
+        QVERIFY(set(testPath("object"), QStringLiteral("n=%1").arg(n)));
+    QVERIFY(content(testPath("object")).size() < 40000);
+}
+
+void SleepingWritersTest::whoHasBegunToListenMissesNoGeneration()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    ZopObject object(testPath("object"), ZopObject::ReadWrite, false);
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    const Events events(&object);
+    for (int n = 1; n <= 3000; ++n)
+        QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));
+    QVERIFY(events.wait(QStringLiteral("{n=3000}")));
+    QCOMPARE(events.updates().size(), 3000);
 }
 
 void SleepingWritersTest::anyThreadMayBeginToListen()
