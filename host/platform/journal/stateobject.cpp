@@ -230,7 +230,7 @@ bool StateObject::drain()
     int steps = 0;
     Journal::Record record;
     while (guard && m_reader.isOpen()) {
-        if (hasHadItsTurn()) {
+        if (hasHadItsTurn() || (m_isAwake && m_watcher->isHolding())) {
             followLater();
             return false;
         }
