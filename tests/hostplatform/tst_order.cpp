@@ -21,6 +21,7 @@ private Q_SLOTS:
     void soItIsAfterUpdatesThatCameOneByOne_data();
     void soItIsAfterUpdatesThatCameOneByOne();
     void soItIsAfterAWriteThatFailed();
+    void soItIsAfterReadingThePresentState();
     void goingAndComingAgainAreToldInOrder();
     void theLastUpdateOfAnObjectComesBeforeItsEnd();
     void theReaderMayBeDeletedByAnAnnouncement();
@@ -142,6 +143,31 @@ void OrderTest::soItIsAfterAWriteThatFailed()
     QVERIFY(file.open(QIODevice::Append) && file.putChar('x') && file.flush() && file.resize(size));
     QVERIFY(publish(testPath("all/second"), QString()));
     QVERIFY(set(testPath("status"), QStringLiteral("list=first,second")));
+    QVERIFY(waitUntil([this] { return m_told.size() == 2; }));
+    QCOMPARE(m_told, QStringList({"+second", "status {list=first,second}"}));
+}
+
+void OrderTest::soItIsAfterReadingThePresentState()
+{
+    for (const char *name : {"bell", "status", "all/first"})
+        QVERIFY(publish(testPath(name), QString()));
+    ZopObject bell(testPath("bell"), ZopObject::Subscribe, false);
+    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
+    ZopDirWatcher watcher(testPath("all"));
+    watcher.setNameCacheEnabled(true);
+    for (int n = 1; n <= 2; ++n) {
+        QVERIFY(set(testPath("status"), QStringLiteral("n=%1").arg(n)));
+        QVERIFY(waitUntil([&] { return status.attribute(QStringLiteral("n")).toInt() == n; }));
+    }
+    connect(&bell, &ZopObject::attributesChanged, this, [&] {
+        status.setAttributeCacheEnabled(true); // the event of what is read here comes afterwards
+        follow(&status, "status ");
+        follow(&watcher);
+        publish(testPath("all/second"), QString());
+        set(testPath("status"), QStringLiteral("list=first,second"));
+    });
+    QVERIFY(set(testPath("bell"), QStringLiteral("rings=1")));
+    QVERIFY(set(testPath("status"), QStringLiteral("n=3")));
     QVERIFY(waitUntil([this] { return m_told.size() == 2; }));
     QCOMPARE(m_told, QStringList({"+second", "status {list=first,second}"}));
 }

@@ -63,6 +63,7 @@ private Q_SLOTS:
     void whoListensWithoutDescriptorsMissesNothing();
     void aReplacementDoesNotWaitForIt();
     void aDamagedHeaderIsSeenBeforeWriting();
+    void whatOthersHaveSpoiltIsToldByACheck();
     void anUnchangedFileIsNotRead();
     void aFileThatWaitsForAReaderIsReadOnce();
 };
@@ -288,6 +289,22 @@ void SleepingWritersTest::aDamagedHeaderIsSeenBeforeWriting()
     QString error;
     QVERIFY2(ZopObject::createAnew(testPath("object"), {}, &error), qPrintable(error));
     QVERIFY(set(writer, QStringLiteral("n=4")));
+}
+
+void SleepingWritersTest::whatOthersHaveSpoiltIsToldByACheck()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("n=1")));
+    ZopObject object(testPath("object"), ZopObject::ReadWrite, false);
+    QVERIFY(object.check());
+    QFile file(fileOf(testPath("object")));
+    QVERIFY(file.open(QIODevice::Append) && file.write("garbage") == 7);
+    file.close();
+    QVERIFY(set(testPath("object"), QStringLiteral("n=2")));
+    const LogLines log;
+    QVERIFY(!object.check());
+    QCOMPARE(log.lines,
+             QStringList(
+                 {QStringLiteral("Skipped 7 bytes of malformed content in \"%1\"").arg(fileOf(testPath("object")))}));
 }
 
 void SleepingWritersTest::anUnchangedFileIsNotRead()
