@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "contracttest.h"
 #include "hostfiles.h"
+#include "krellogger.h"
 
 #include <QtCore/QFileInfo>
 
@@ -58,6 +59,7 @@ private Q_SLOTS:
     void aStateThatWouldBeTooLargeIsRefused();
     void aFullDiskLeavesNothingBehind();
     void aFloodLeavesTurnsToOthers();
+    void whoIsLeftBehindAgainMissesNoAttribute();
 };
 
 void JournalTest::aTornRecordIsSteppedOver()
@@ -342,6 +344,33 @@ void JournalTest::aFloodLeavesTurnsToOthers()
         QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));
     QVERIFY(events.wait(QStringLiteral("{n=3000}")));
     QVERIFY2(toldBefore > 0 && toldBefore < 1000, qPrintable(QString::number(toldBefore)));
+}
+
+void JournalTest::whoIsLeftBehindAgainMissesNoAttribute()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("kept=1 p=3000000*p")));
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    ZopObject reader(testPath("object"), ZopObject::Subscribe, false);
+    reader.setAttributeCacheEnabled(true);
+    const Events events(&reader);
+    // Beyond 4 MiB and four times the state, twice.
+    const auto leaveBehind = [&writer](int n) {
+        for (int i = 0; i < 16; ++i)
+            set(writer, QStringLiteral("p=3000000*p n=%1").arg(n));
+    };
+    leaveBehind(1);
+    // Reading such a state takes several turns: the file is emptied between two of them.
+    int losses = 0;
+    KrelLogger::setSink([&](KrelLogger::Level, unsigned short, const QString &) {
+        if (++losses == 1)
+            QMetaObject::invokeMethod(
+                this, [&leaveBehind] { leaveBehind(2); }, Qt::QueuedConnection);
+    });
+    const bool isTold = waitUntil([&reader] { return reader.attribute(QStringLiteral("n")).toInt() == 2; });
+    KrelLogger::setSink(KrelLogger::Sink());
+    QVERIFY(isTold);
+    QCOMPARE(losses, 2);
+    QCOMPARE(events.lines, QStringList({"n=2", "{n=2}"}));
 }
 
 CONTRACT_TEST_MAIN(JournalTest)

@@ -20,6 +20,8 @@ private Q_SLOTS:
     void anObjectIsAnnouncedBeforeWhatIsSaidOfIt();
     void soItIsAfterUpdatesThatCameOneByOne_data();
     void soItIsAfterUpdatesThatCameOneByOne();
+    void soItIsAfterAWriteThatFailed();
+    void soItIsAfterReadingThePresentState();
     void goingAndComingAgainAreToldInOrder();
     void theLastUpdateOfAnObjectComesBeforeItsEnd();
     void theReaderMayBeDeletedByAnAnnouncement();
@@ -119,6 +121,55 @@ void OrderTest::soItIsAfterUpdatesThatCameOneByOne()
     QCOMPARE(m_told.filter(QStringLiteral("speaksof")),
              QStringList({"{speaksof=0}", "{speaksof=1}", "{speaksof=2}", "{speaksof=3}", "{speaksof=4}"}));
     QCOMPARE(m_told.filter(QStringLiteral("+")), QStringList({"+1", "+2", "+3", "+4"}));
+}
+
+void OrderTest::soItIsAfterAWriteThatFailed()
+{
+    QVERIFY(publish(testPath("status"), QString()));
+    QVERIFY(publish(testPath("all/first"), QString()));
+    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
+    ZopDirWatcher watcher(testPath("all"));
+    watcher.setNameCacheEnabled(true);
+    follow(&status, "status ");
+    follow(&watcher);
+    for (int n = 1; n <= 2; ++n) {
+        QVERIFY(set(testPath("status"), QStringLiteral("n=%1").arg(n)));
+        QVERIFY(waitUntil([&] { return m_told.size() == n; }));
+    }
+    m_told.clear();
+    // On a full disk, what a writer has written of its update is cut off again.
+    QFile file(fileOf(testPath("status")));
+    const qint64 size = file.size();
+    QVERIFY(file.open(QIODevice::Append) && file.putChar('x') && file.flush() && file.resize(size));
+    QVERIFY(publish(testPath("all/second"), QString()));
+    QVERIFY(set(testPath("status"), QStringLiteral("list=first,second")));
+    QVERIFY(waitUntil([this] { return m_told.size() == 2; }));
+    QCOMPARE(m_told, QStringList({"+second", "status {list=first,second}"}));
+}
+
+void OrderTest::soItIsAfterReadingThePresentState()
+{
+    for (const char *name : {"bell", "status", "all/first"})
+        QVERIFY(publish(testPath(name), QString()));
+    ZopObject bell(testPath("bell"), ZopObject::Subscribe, false);
+    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
+    ZopDirWatcher watcher(testPath("all"));
+    watcher.setNameCacheEnabled(true);
+    for (int n = 1; n <= 2; ++n) {
+        QVERIFY(set(testPath("status"), QStringLiteral("n=%1").arg(n)));
+        QVERIFY(waitUntil([&] { return status.attribute(QStringLiteral("n")).toInt() == n; }));
+    }
+    connect(&bell, &ZopObject::attributesChanged, this, [&] {
+        status.setAttributeCacheEnabled(true); // the event of what is read here comes afterwards
+        follow(&status, "status ");
+        follow(&watcher);
+        publish(testPath("all/second"), QString());
+        set(testPath("status"), QStringLiteral("list=first,second"));
+    });
+    QVERIFY(set(testPath("bell"), QStringLiteral("rings=1")));
+    QVERIFY(set(testPath("status"), QStringLiteral("n=3")));
+    QVERIFY(waitUntil([this] { return m_told.size() == 2; }));
+    QCOMPARE(m_told, QStringList({"+second", "status {list=first,second}"}));
 }
 
 void OrderTest::goingAndComingAgainAreToldInOrder()

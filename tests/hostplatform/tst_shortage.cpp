@@ -25,6 +25,7 @@ private Q_SLOTS:
     void theNextFileWasNotReadWhenDescriptorsWereBack();
     void aFolderThatCouldNotBeWatchedWasForgotten();
     void valuesWereToldBeforeTheNamesThatTheySpeakOf();
+    void anUpdateWasToldBeforeTheObjectThatCouldNotBeAnnounced();
     void connectingWithoutDescriptorsTellsWhatIsMissing();
     void aRootThatCannotBeHeldIsAskedAgain();
     void aSlotLeftNoDescriptorsToTheNextName_data();
@@ -212,6 +213,31 @@ void ShortageTest::valuesWereToldBeforeTheNamesThatTheySpeakOf()
         QVERIFY(name != -1);
         QVERIFY2(name < told.indexOf(QStringLiteral("status%1").arg(n)), qPrintable(told.join(' ')));
     }
+}
+
+void ShortageTest::anUpdateWasToldBeforeTheObjectThatCouldNotBeAnnounced()
+{
+    QVERIFY(publish(testPath("status"), QString()));
+    QVERIFY(publish(testPath("all/first"), QString()));
+    ZopObject writer(testPath("status"), ZopObject::ReadWrite, false);
+    QVERIFY(set(writer, QStringLiteral("list=first")));
+    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
+    ZopDirWatcher watcher(testPath("all"));
+    watcher.setNameCacheEnabled(true);
+    QStringList told;
+    connect(&watcher, &ZopDirWatcher::objectAdded, [&told](const QString &name) { told << '+' + name; });
+    connect(&status, &ZopObject::attributesChanged, [&told](const ZopChangeset &changes) { told << toText(changes); });
+    // The event of the first update comes before that of the object, which the second one speaks of.
+    QVERIFY(set(writer, QStringLiteral("n=1")));
+    QVERIFY(publish(testPath("all/second"), QString()));
+    QVERIFY(set(writer, QStringLiteral("list=first,second")));
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    QCoreApplication::processEvents();
+    hoard.giveBack();
+    QVERIFY(waitUntil([&told] { return told.size() == 3; }));
+    QVERIFY2(told.indexOf(QStringLiteral("+second")) < told.indexOf(QStringLiteral("{list=first,second}")),
+             qPrintable(told.join(QLatin1Char(' '))));
 }
 
 void ShortageTest::connectingWithoutDescriptorsTellsWhatIsMissing()

@@ -5,6 +5,7 @@
 #include "wakeups.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QFileInfo>
 #include <QtCore/QThread>
 #include <QtCore/QTimer>
 
@@ -29,6 +30,16 @@ int watches()
     return count;
 }
 
+/*! What the kernel has counted as \a what of this process; -1 when it does not count. */
+int counted(const QByteArray &what)
+{
+    QFile counts(QStringLiteral("/proc/self/io"));
+    if (!counts.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray text = counts.readAll();
+    return text.mid(text.indexOf(what) + what.size()).split('\n').first().toInt();
+}
+
 } // namespace
 
 /*! An object that may be written to, and that nobody listens to here, sleeps; what is asked of it is answered all the
@@ -46,10 +57,15 @@ private Q_SLOTS:
     void theNextObjectOfThePathIsAnswered();
     void whoBeginsToListenHearsWhatComesThen();
     void itSleepsAgainWithoutListeners();
+    void whoHasBegunToListenMissesNoGeneration();
     void anyThreadMayBeginToListen();
     void whoListensWithoutDescriptorsHearsLater();
+    void whoListensWithoutDescriptorsMissesNothing();
     void aReplacementDoesNotWaitForIt();
     void aDamagedHeaderIsSeenBeforeWriting();
+    void whatOthersHaveSpoiltIsToldByACheck();
+    void anUnchangedFileIsNotRead();
+    void aFileThatWaitsForAReaderIsReadOnce();
 };
 
 void SleepingWritersTest::whatItWritesDoesNotWakeItUp_data()
@@ -172,6 +188,22 @@ void SleepingWritersTest::itSleepsAgainWithoutListeners()
     QVERIFY(set(testPath("object"), QStringLiteral("n=2")));
     QVERIFY(waitUntil([awake] { return watches() < awake; })); // of the folder; the root stays watched
     QCOMPARE(object.attribute(N).toInt(), 2);
+    // Nor does its file wait for it any more.
+    for (int n = 1; n <= 3000; ++n)
+        QVERIFY(set(testPath("object"), QStringLiteral("n=%1").arg(n)));
+    QVERIFY(content(testPath("object")).size() < 40000);
+}
+
+void SleepingWritersTest::whoHasBegunToListenMissesNoGeneration()
+{
+    QVERIFY(publish(testPath("object"), QString()));
+    ZopObject object(testPath("object"), ZopObject::ReadWrite, false);
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    const Events events(&object);
+    for (int n = 1; n <= 3000; ++n)
+        QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));
+    QVERIFY(events.wait(QStringLiteral("{n=3000}")));
+    QCOMPARE(events.updates().size(), 3000);
 }
 
 void SleepingWritersTest::anyThreadMayBeginToListen()
@@ -205,15 +237,39 @@ void SleepingWritersTest::whoListensWithoutDescriptorsHearsLater()
     QCOMPARE(events.updates().first(), QStringLiteral("{n=3}"));
 }
 
-void SleepingWritersTest::aReplacementDoesNotWaitForIt()
+void SleepingWritersTest::whoListensWithoutDescriptorsMissesNothing()
 {
     QVERIFY(publish(testPath("object"), QString()));
+    ZopObject object(testPath("object"), ZopObject::ReadWrite, false);
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    QVERIFY(set(writer, QStringLiteral("n=1")));
+    DescriptorHoard hoard;
+    QVERIFY(hoard.takeAll() > 0);
+    const Events events(&object);
+    QVERIFY(set(writer, QStringLiteral("n=2")));
+    hoard.giveBack();
+    QVERIFY(events.wait(QStringLiteral("{n=2}")));
+    QVERIFY(set(writer, QStringLiteral("n=3")));
+    QVERIFY(events.wait(QStringLiteral("{n=3}")));
+    QCOMPARE(events.updates(), QStringList({"{n=2}", "{n=3}"}));
+}
+
+void SleepingWritersTest::aReplacementDoesNotWaitForIt()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("n=1000")));
     const ZopObject sleeper(testPath("object"), ZopObject::ReadWrite, false);
     ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
-    for (int n = 1; n <= 3000; ++n)
+    // The record of an update takes 24 bytes and 4, three lengths of 4, a name of 1, an encoding of 4 and the value;
+    // the state takes one behind the file's 48 bytes.
+    constexpr qint64 Record = 24 + 4 + 12 + 1 + 4 + 4;
+    constexpr qint64 State = 48 + Record;
+    constexpr qint64 Updates = (32768 + 4 * State - State) / Record;
+    qint64 largest = 0;
+    for (int n = 1000; n < 3000; ++n) {
         QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));
-    // 32 KiB, four times a small state, and an update.
-    QVERIFY(content(testPath("object")).size() < 32768 + 500);
+        largest = qMax(largest, QFileInfo(fileOf(testPath("object"))).size());
+    }
+    QCOMPARE(largest, State + Updates * Record);
 }
 
 void SleepingWritersTest::aDamagedHeaderIsSeenBeforeWriting()
@@ -229,6 +285,64 @@ void SleepingWritersTest::aDamagedHeaderIsSeenBeforeWriting()
     QCOMPARE(writer.errorString(),
              QStringLiteral("malformed content in \"%1\": the header is another one").arg(fileOf(testPath("object"))));
     QCOMPARE(content(testPath("object")), damaged);
+    // It does not keep others from mending that.
+    QString error;
+    QVERIFY2(ZopObject::createAnew(testPath("object"), {}, &error), qPrintable(error));
+    QVERIFY(set(writer, QStringLiteral("n=4")));
+}
+
+void SleepingWritersTest::whatOthersHaveSpoiltIsToldByACheck()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("n=1")));
+    ZopObject object(testPath("object"), ZopObject::ReadWrite, false);
+    QVERIFY(object.check());
+    QFile file(fileOf(testPath("object")));
+    QVERIFY(file.open(QIODevice::Append) && file.write("garbage") == 7);
+    file.close();
+    QVERIFY(set(testPath("object"), QStringLiteral("n=2")));
+    const LogLines log;
+    QVERIFY(!object.check());
+    QCOMPARE(log.lines,
+             QStringList(
+                 {QStringLiteral("Skipped 7 bytes of malformed content in \"%1\"").arg(fileOf(testPath("object")))}));
+}
+
+void SleepingWritersTest::anUnchangedFileIsNotRead()
+{
+    QVERIFY(publish(testPath("object"), QStringLiteral("n=1")));
+    ZopObject object(testPath("object"), ZopObject::ReadWrite, false);
+    const auto reads = [] { return counted("syscr: "); };
+    const auto readsOfCheck = [&] {
+        const int before = reads();
+        const int own = reads() - before;
+        const bool isSound = object.check();
+        return isSound ? reads() - before - 2 * own : -1;
+    };
+    if (reads() < 0)
+        QSKIP("the kernel does not count what is read");
+    QVERIFY(readsOfCheck() > 0);
+    // A moment after its last change, nothing has to be read to know that there was none.
+    QVERIFY(waitUntil([&readsOfCheck] { return readsOfCheck() == 0; }));
+    QVERIFY(set(testPath("object"), QStringLiteral("n=2")));
+    QVERIFY(readsOfCheck() > 0);
+}
+
+void SleepingWritersTest::aFileThatWaitsForAReaderIsReadOnce()
+{
+    const auto bytes = [] { return counted("rchar: "); };
+    if (bytes() < 0)
+        QSKIP("the kernel does not count what is read");
+    QVERIFY(publish(testPath("object"), QString()));
+    const ZopObject reader(testPath("object"), ZopObject::Subscribe, false);
+    ZopObject writer(testPath("object"), ZopObject::ReadWrite, false);
+    while (QFileInfo(fileOf(testPath("object"))).size() <= 4194304)
+        QVERIFY(set(writer, QStringLiteral("p=100000*p")));
+    // The writer has counted what is there; now it adds to that.
+    const int before = bytes();
+    QVERIFY(set(writer, QStringLiteral("p=100000*p")));
+    const int read = bytes() - before;
+    QVERIFY2(read < 1000000, qPrintable(QString::number(read)));
+    QVERIFY(QFileInfo(fileOf(testPath("object"))).size() > 4194304);
 }
 
 CONTRACT_TEST_MAIN(SleepingWritersTest)

@@ -217,6 +217,16 @@ bool FileWatcher::open()
     return true;
 }
 
+bool FileWatcher::isAppearance(const RawEvent &event)
+{
+    return event.mask & (IN_CREATE | IN_MOVED_TO);
+}
+
+bool FileWatcher::hasAppearances() const
+{
+    return std::any_of(m_events.begin(), m_events.end(), isAppearance);
+}
+
 bool FileWatcher::tellAppearances()
 {
     if (!m_notifier || m_holding)
@@ -232,7 +242,7 @@ bool FileWatcher::tellAppearances()
     const std::deque<RawEvent> events = m_events;
     for (const RawEvent &event : events) {
         WatchedFolder *folder = m_watches.value(event.watch);
-        if (folder && event.mask & (IN_CREATE | IN_MOVED_TO))
+        if (folder && isAppearance(event))
             folder->tellOfNames(event.name, FolderListener::Appeared);
     }
     return false;

@@ -82,6 +82,8 @@ public:
      * Whoever calls it may be gone afterwards. True when nothing at all has happened that was not told before.
      */
     bool tellAppearances();
+    /*! Whether there are some among the events that have been read. */
+    bool hasAppearances() const;
     /*! Whether other folders have taken the places of watched ones. */
     bool hasExchanged() const;
     /*! Looks at these folders. Whoever calls it may be gone afterwards. */
@@ -101,6 +103,7 @@ private:
         QByteArray name;
     };
 
+    static bool isAppearance(const RawEvent &event);
     bool open();
     void readEvents();
     void fetchEvents();

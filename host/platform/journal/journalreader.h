@@ -48,6 +48,8 @@ public:
     bool isCurrent() const { return names(m_path.place(), m_opened); }
     /*! What is behind this offset now was not there when this was called. */
     qint64 size() const { return sizeOf(m_file.get()); }
+    /*! Whether this reader was left behind: there may be less to read than there was. */
+    bool isEmptied() const { return size() == 0; }
     /*! How large it was when it was opened. */
     qint64 openedSize() const { return m_opened.st_size; }
     /*! Where the next record is expected. */

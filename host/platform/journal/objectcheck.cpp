@@ -67,8 +67,6 @@ ObjectCheck::Result ObjectCheck::judge(const ZopPath &path, quint64 writer, QStr
         *error = errno == ENOENT ? noSuchObject() : systemError(errno);
         return Unsound;
     }
-    if (m_isSettled && isUnchanged(present))
-        return Sound;
     Header header;
     const FileDescriptor file = openFile(path, O_RDWR, &header, error);
     if (!file.isOpen() || fstat(file.get(), &present) != 0)
@@ -99,10 +97,12 @@ ObjectCheck::Result ObjectCheck::judge(const ZopPath &path, quint64 writer, QStr
     return Sound;
 }
 
-bool ObjectCheck::isUnchanged(const struct stat &present) const
+bool ObjectCheck::isUnchanged(const ZopPath &path) const
 {
-    return isSameFile(present, m_last) && present.st_size == m_last.st_size
-        && present.st_ctim.tv_sec == m_last.st_ctim.tv_sec && present.st_ctim.tv_nsec == m_last.st_ctim.tv_nsec;
+    struct stat present;
+    return m_isSettled && path.place().status(&present) && isSameFile(present, m_last)
+        && present.st_size == m_last.st_size && present.st_ctim.tv_sec == m_last.st_ctim.tv_sec
+        && present.st_ctim.tv_nsec == m_last.st_ctim.tv_nsec;
 }
 
 /*! Whether a file can have become of the last one by updates alone. */

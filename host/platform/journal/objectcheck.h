@@ -21,6 +21,8 @@ public:
         Unsound
     };
 
+    /*! Whether the file is as it was when it was judged to be sound: one system call tells. */
+    bool isUnchanged(const ZopPath &path) const;
     /*! Unsound with the reason. The first sound file is that of the object, of which \a writer is alive. */
     Result judge(const ZopPath &path, quint64 writer, QString *error);
     /*! Of the object; 0 before it is known. */
@@ -34,7 +36,6 @@ private:
         quint32 sum = 0; // of all bytes before it
     };
 
-    bool isUnchanged(const struct stat &present) const;
     bool isSuccessor(const Journal::Header &header, const struct stat &present) const;
     static Result judgeContent(const ZopPath &path, const FileDescriptor &file, const Journal::Header &header,
                                quint64 writer, Progress *progress);

@@ -56,16 +56,20 @@ void StateObject::unwatch()
         m_watcher->unwatch(m_path.folder(), m_path.name(), this);
 }
 
+/*! Until the file can be watched it is read from time to time. */
+void StateObject::tryToWatch()
+{
+    QString error;
+    if (!watch(&error))
+        m_watcher->retryLater(this);
+}
+
 /*! Who begins to listen hears of what comes from now on. */
 void StateObject::wakeUp()
 {
     if (m_isAwake)
         return;
-    QString error;
-    if (!watch(&error)) {
-        m_watcher->retryLater(this);
-        return;
-    }
+    tryToWatch();
     follow();
     m_reader.lock();
     m_isAwake = true;
@@ -104,6 +108,8 @@ bool StateObject::write(const ZopChangeset &changes, QString *error)
 
 bool StateObject::check(QString *error)
 {
+    if (m_check.isUnchanged(m_path))
+        return true;
     catchUp();
     if (writer()->hasLost(m_path)) {
         *error = Journal::cutOff(m_path);
@@ -150,10 +156,12 @@ void StateObject::entryChanged(const QByteArray &, Event event)
 
 void StateObject::folderChanged()
 {
-    if (m_isAwake)
-        follow();
-    else if (isHeard())
-        wakeUp();
+    if (!isHeard()) {
+        fallAsleep();
+        return;
+    }
+    tryToWatch();
+    follow();
 }
 
 /*! Tells what the file holds, and goes on to the one that has taken its place, if any. */
@@ -219,18 +227,23 @@ bool StateObject::drain()
 {
     if (m_folding == WhatIsGone)
         return true; // which was told as it came
-    if (m_folding == WhatIsThere)
-        return fold() && tellState(std::exchange(m_folded, {}));
+    if (m_folding == WhatIsThere) {
+        if (!fold())
+            return false;
+        const QMap<QString, ZopVariant> state = std::exchange(m_folded, {});
+        return m_reader.isEmptied() || tellState(state); // else the file that has taken its place tells the state
+    }
     const QPointer<StateObject> guard(this);
     int steps = 0;
     Journal::Record record;
     while (guard && m_reader.isOpen()) {
-        if (hasHadItsTurn()) {
+        if (hasHadItsTurn() || (m_isAwake && m_watcher->isHolding())) {
             followLater();
             return false;
         }
-        // What was read at once after the event is the update that the event is of.
-        const bool isExpected = m_isInStep && steps == 1;
+        // What was read at once after the event is the update that the event is of, unless that was a write that
+        // failed.
+        const bool isExpected = m_isInStep && steps == 1 && !m_watcher->hasAppearances();
         if (m_isAwake && m_reader.hasRead() && !m_hasLooked && !isExpected) {
             tellAppearances();
             continue;

@@ -44,6 +44,7 @@ private:
     bool isHeard() const { return !m_heard || m_heard(); }
     bool watch(QString *error);
     void unwatch();
+    void tryToWatch();
     void fallAsleep();
     void follow();
     void followLater();
