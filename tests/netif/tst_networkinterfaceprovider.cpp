@@ -142,6 +142,7 @@ private Q_SLOTS:
     void withdrawnParentIsLeftAtTheNextAddition();
     void slotsSeeTheParentsOfTheWholeUpdate();
     void parentsAreTheSameInSilence();
+    void parentsAreReadAnewOnlyAfterChanges();
 
     void preferredInterface();
     void preferredInterfaceUnknown();
@@ -723,6 +724,28 @@ void TestNetworkInterfaceProvider::parentsAreTheSameInSilence()
     log.take();
     QCOMPARE(linksOfManySteps(5, 5), logged);
     QVERIFY(log.take().filter(QStringLiteral("parent")).isEmpty());
+}
+
+// Thousands of interfaces may come one after the other.
+void TestNetworkInterfaceProvider::parentsAreReadAnewOnlyAfterChanges()
+{
+    start();
+    NetworkInterfaceProviderZop provider;
+    addInterface("en0", wired());
+    addInterface("vl0", standingOn("en0"));
+    addInterface("vl1", standingOn("en0"));
+    const auto readsOfAddition = [](const char *name) {
+        ZopDouble::clearJournal();
+        addInterface(name, wired());
+        return ZopDouble::journal().filter(QStringLiteral(" parent_interface ")).size();
+    };
+    QCOMPARE(readsOfAddition("en1"), 1); // its own
+    change("vl0", "connected", text("true"));
+    change("vl0", "mtu", text("1400"));
+    QCOMPARE(readsOfAddition("en2"), 1);
+    ZopDouble::publish(interfacePath(QStringLiteral("vl0")), {}, {QStringLiteral("parent_interface")});
+    QCOMPARE(readsOfAddition("en3"), 3);
+    QCOMPARE(readsOfAddition("en4"), 1);
 }
 
 void TestNetworkInterfaceProvider::preferredInterface()
