@@ -61,15 +61,15 @@ const char *words(Verdict verdict)
     return "";
 }
 
-/*! \a counted is null when it could not be counted here. */
+/*! Either is null when it could not be counted. */
 Verdict judge(const QString &name, const QJsonValue &recorded, const QJsonValue &counted)
 {
-    if (recorded.isUndefined())
-        return Verdict::New;
     if (counted.isUndefined())
         return Verdict::Missing;
     if (counted.isNull())
         return Verdict::Skipped;
+    if (recorded.isUndefined() || recorded.isNull())
+        return Verdict::New;
     const Tolerance *tolerance = toleranceFor(name.section(QStringLiteral(": "), -1));
     const double margin = tolerance ? recorded.toDouble() * tolerance->share + tolerance->number : 0;
     if (counted.toDouble() > recorded.toDouble() + margin)
@@ -135,6 +135,10 @@ bool RecordedCounts::compare(const QJsonArray &figures, QTextStream *out) const
         return true;
     }
     const QJsonObject record = QJsonDocument::fromJson(file.readAll()).object();
+    if (!record[MadeWith].isObject() || !record[Counts].isObject()) {
+        *out << "damaged: " << m_file << " holds no counts\n";
+        return false;
+    }
     const QString other = otherMaker(record[MadeWith].toObject(), presentMakers());
     if (!other.isEmpty()) {
         *out << "skipped: the counts were " << other << '\n';

@@ -20,7 +20,10 @@ public:
 
     /*! Keeps what is counted of \a figures. */
     void write(const QJsonArray &figures) const;
-    /*! Tells what differs from what was kept; false when something has become worse, or is no longer counted. */
+    /*!
+     * Tells what differs from what was kept; false when something has become worse, or is no longer counted, or when
+     * what was kept is damaged.
+     */
     bool compare(const QJsonArray &figures, QTextStream *out) const;
 
 private:

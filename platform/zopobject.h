@@ -17,8 +17,8 @@ namespace morvek {
  * Every update of an object reaches every ZopObject on its path exactly once and in order, except the one that
  * wrote it: attributeChanged() for each assignment in name order, attributeRemoved() for each removal, then
  * attributesChanged() once. All signals come from the event loop of the thread that created the object, except
- * those that setAttributeCacheEnabled() tells inside its call. Only who was stopped for long, and is far behind, is told
- * the present state as one update, without the values that it knows already; the log says so.
+ * those that setAttributeCacheEnabled() tells inside its call. Only who was stopped for long, and is far behind, is
+ * told the present state as one update, without the values that it knows already; the log says so.
  *
  * An object follows its path. When the object is removed, its attributes are told as removed; when it is
  * created anew, its values are told. A control object works again by itself once its daemon is back; requests with

@@ -26,12 +26,16 @@ private Q_SLOTS:
     void allIsToldAndTheWorstDecides();
     void whatNobodyRecordedIsSkipped();
     void whatAnotherCompilerMadeIsSkipped();
+    void aDamagedRecordIsBad_data();
+    void aDamagedRecordIsBad();
 
 private:
     QString path() const { return m_folder.filePath(QStringLiteral("counts.json")); }
     /*! Compares \a present with \a recorded, and keeps what is said. */
     bool compare(const QJsonArray &recorded, const QJsonArray &present);
     bool compareWithFile(const QJsonArray &present);
+    /*! Puts \a after in place of \a before in what was kept. */
+    void change(const QByteArray &before, const QByteArray &after);
 
     QTemporaryDir m_folder;
     QString m_said;
@@ -48,6 +52,17 @@ bool TestRecordedCounts::compare(const QJsonArray &recorded, const QJsonArray &p
 {
     RecordedCounts(path()).write(recorded);
     return compareWithFile(present);
+}
+
+void TestRecordedCounts::change(const QByteArray &before, const QByteArray &after)
+{
+    QFile file(path());
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QByteArray text = file.readAll();
+    QVERIFY(text.contains(before));
+    text.replace(before, after);
+    QVERIFY(file.resize(0) && file.seek(0));
+    QCOMPARE(file.write(text), text.size());
 }
 
 void TestRecordedCounts::aCountIsJudged_data()
@@ -81,6 +96,10 @@ void TestRecordedCounts::aCountIsJudged_data()
         QStringLiteral("worse: an update: descriptors: 22, recorded: 20\n"));
     row("not counted here", "instructions", 1000, QJsonValue(), true,
         QStringLiteral("skipped: an update: instructions\n"));
+    row("not counted where it was recorded", "system calls", QJsonValue(), 4, true,
+        QStringLiteral("new, to be recorded: an update: system calls: 4, recorded: \n"));
+    row("counted nowhere", "system calls", QJsonValue(), QJsonValue(), true,
+        QStringLiteral("skipped: an update: system calls\n"));
 }
 
 void TestRecordedCounts::aCountIsJudged()
@@ -123,18 +142,30 @@ void TestRecordedCounts::whatNobodyRecordedIsSkipped()
 void TestRecordedCounts::whatAnotherCompilerMadeIsSkipped()
 {
     RecordedCounts(path()).write({figure("a start", 100, "instructions")});
-    QFile file(path());
-    QVERIFY(file.open(QIODevice::ReadWrite));
-    QByteArray text = file.readAll();
-    text.replace(qVersion(), "4.8.7");
-    file.resize(0);
-    file.seek(0);
-    file.write(text);
-    file.close();
+    change(qVersion(), "4.8.7");
     QVERIFY(compareWithFile({figure("a start", 200, "instructions")}));
     QCOMPARE(
         m_said,
         QStringLiteral("skipped: the counts were recorded with Qt '4.8.7', not '%1'\n").arg(QLatin1String(qVersion())));
+}
+
+void TestRecordedCounts::aDamagedRecordIsBad_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("after");
+    QTest::newRow("no JSON") << QByteArray("{") << QByteArray("<<<<<<< HEAD\n{");
+    QTest::newRow("no counts") << QByteArray("\"counts\"") << QByteArray("\"count\"");
+    QTest::newRow("nobody made them") << QByteArray("\"made with\"") << QByteArray("\"made by\"");
+}
+
+void TestRecordedCounts::aDamagedRecordIsBad()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, after);
+    RecordedCounts(path()).write({figure("a start", 100, "instructions")});
+    change(before, after);
+    QVERIFY(!compareWithFile({figure("a start", 100, "instructions")}));
+    QCOMPARE(m_said, QStringLiteral("damaged: %1 holds no counts\n").arg(path()));
 }
 
 QTEST_GUILESS_MAIN(TestRecordedCounts)

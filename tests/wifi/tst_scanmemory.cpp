@@ -17,10 +17,18 @@ class TestScanMemory : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void manyResultsAreHeldInOneFormAtATime_data();
     void manyResultsAreHeldInOneFormAtATime();
     void unusualFlagsAreNotKept_data();
     void unusualFlagsAreNotKept();
 };
+
+void TestScanMemory::manyResultsAreHeldInOneFormAtATime_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::newRow("plain") << QByteArray("Network");
+    QTest::newRow("with what was no UTF-8") << QByteArray("\xef\xbf\xbd");
+}
 
 void TestScanMemory::manyResultsAreHeldInOneFormAtATime()
 {
@@ -28,11 +36,12 @@ void TestScanMemory::manyResultsAreHeldInOneFormAtATime()
     // The QSKIP macro is not pedantic enough for Clang.
     return QTest::qSkip("the sanitizer has a heap of its own", __FILE__, __LINE__);
 #endif
+    QFETCH(QByteArray, name);
     const LocalEncoding encoding("UTF-8");
     QByteArray results("[");
     for (int i = 0; i < 5000; ++i)
-        results += QByteArray(i ? "," : "") + R"({"bssid":"02:00:00:00:)" + QByteArray::number(i)
-            + R"(","ssid":"Network )" + QByteArray::number(i)
+        results += QByteArray(i ? "," : "") + R"({"bssid":"02:00:00:00:)" + QByteArray::number(i) + R"(","ssid":")"
+            + name + ' ' + QByteArray::number(i)
             + R"(","signal_level":"-57","frequency":"2437","flags":["WPA2-PSK-CCMP","ESS"]})";
     results += "]";
     results.squeeze();
