@@ -263,7 +263,7 @@ void SleepingWritersTest::aReplacementDoesNotWaitForIt()
     // the state takes one behind the file's 48 bytes.
     constexpr qint64 Record = 24 + 4 + 12 + 1 + 4 + 4;
     constexpr qint64 State = 48 + Record;
-    constexpr qint64 Updates = (32768 + 4 * State - State) / Record;
+    constexpr qint64 Updates = (16384 + 4 * State - State) / Record;
     qint64 largest = 0;
     for (int n = 1000; n < 3000; ++n) {
         QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));

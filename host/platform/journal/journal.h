@@ -24,7 +24,7 @@ namespace morvek {
 namespace Journal {
 
 /*! Past this size, and four times the state's, a file is replaced. */
-constexpr qint64 ReplacedAt = 32 * 1024;
+constexpr qint64 ReplacedAt = 16 * 1024;
 /*! Past this size, and four times the state's, it is replaced even when a reader then misses updates. */
 constexpr qint64 MostBehind = 4 * 1024 * 1024;
 
