@@ -25,6 +25,7 @@ void ControlTest::aRequestReachesTheDaemonAndItsReplyTheClient()
     const Events requests(&daemon);
     ZopObject client(testPath("control"), ZopObject::ReadWrite, false);
     QVERIFY2(client.isValid(), qPrintable(client.errorString()));
+    QCOMPARE(client.errorString(), QString());
     client.setAttributeCacheEnabled(true);
     const Events replies(&client);
     QVERIFY(set(client, QStringLiteral("msg=start id=5 dat=x")));
