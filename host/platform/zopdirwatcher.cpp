@@ -174,7 +174,7 @@ bool ZopDirWatcher::Private::add(const QByteArray &name)
 {
     const QPointer<Private> guard(this);
     m_known.insert(name, Presence::Present);
-    emit q->objectAdded(QString::fromUtf8(name));
+    emit q->objectAdded(QString::fromUtf8(name.constData(), name.size()));
     return guard;
 }
 
@@ -182,7 +182,7 @@ bool ZopDirWatcher::Private::remove(const QByteArray &name)
 {
     const QPointer<Private> guard(this);
     if (m_known.remove(name) != 0)
-        emit q->objectRemoved(QString::fromUtf8(name));
+        emit q->objectRemoved(QString::fromUtf8(name.constData(), name.size()));
     return guard;
 }
 

@@ -12,7 +12,7 @@ namespace morvek {
 
 bool FileDescriptor::areToSpare(int count)
 {
-    const FileDescriptor one(open("/", O_PATH | O_CLOEXEC));
+    const FileDescriptor one(openat(AT_FDCWD, "/", O_PATH | O_CLOEXEC));
     return one.isOpen() && (count <= 1 || areToSpare(count - 1));
 }
 

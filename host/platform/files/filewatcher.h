@@ -12,6 +12,7 @@
 #include <QtCore/QVector>
 
 #include <deque>
+#include <list>
 #include <memory>
 
 class QSocketNotifier;
@@ -51,8 +52,8 @@ public:
     ~FileWatcher() override;
 
     /*!
-     * Tells \a listener what happens to the entry \a name of \a folder; with an empty name, to all of them, but not that
-     * they are modified.
+     * Tells \a listener what happens to the entry \a name of \a folder; with an empty name, to all of them, but not
+     * that they are modified.
      */
     bool watch(const QByteArray &folder, const QByteArray &name, FolderListener *listener, QString *error);
     void unwatch(const QByteArray &folder, const QByteArray &name, FolderListener *listener);
@@ -123,7 +124,7 @@ private:
     QMap<int, WatchedFolder *> m_watches;
     int m_rootWatch = -1;          // tells when the root is moved, which the folders below it are not told
     std::deque<RawEvent> m_events; // read, and not handled yet
-    std::deque<QPointer<FolderListener>> m_changed; // to be told that their folder has changed
+    std::list<QPointer<FolderListener>> m_changed; // to be told that their folder has changed
     QVector<QPointer<FolderListener>> m_retries;
     QBasicTimer m_retryTimer;
     std::unique_ptr<QSocketNotifier> m_notifier;

@@ -52,7 +52,7 @@ ZopPath ZopPath::object(const QString &path)
     }
     const int slash = result.m_folder.lastIndexOf('/');
     result.m_name = result.m_folder.mid(slash + 1);
-    result.m_folder.truncate(slash);
+    result.m_folder = result.m_folder.left(slash);
     return result;
 }
 
