@@ -70,7 +70,7 @@ private:
     quint64 m_turn = 0;    // of the event loop, in which so much was told and read:
     int m_toldInTurn = 0;
     qint64 m_workInTurn = 0;
-    bool m_isInStep = false; // the next event is that of an update which has not been read yet
+    bool m_isInStep = false;  // the next event is that of an update which has not been read yet
     bool m_hasLooked = false; // for objects that what has been read may speak of
     bool m_followsLater = false;
     bool m_renewsFirst = false; // looks at folders that others have taken the places of before it goes on
