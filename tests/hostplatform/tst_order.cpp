@@ -25,6 +25,7 @@ private Q_SLOTS:
     void goingAndComingAgainAreToldInOrder();
     void theLastUpdateOfAnObjectComesBeforeItsEnd();
     void theReaderMayBeDeletedByAnAnnouncement();
+    void anEventThatIsReadAheadIsNotForgotten();
     void anExchangedFolderIsLookedAtBeforeWhatIsSaidOfIt();
     void aReplyComesBehindTheStateThatWasWrittenBefore();
 
@@ -226,6 +227,25 @@ void OrderTest::theReaderMayBeDeletedByAnAnnouncement()
     QVERIFY(publish(testPath("all/three"), QString()));
     QVERIFY(waitUntil([this] { return m_told.contains(QStringLiteral("+three")); }));
     QCOMPARE(m_told, QStringList({"+two", "+three"}));
+}
+
+void OrderTest::anEventThatIsReadAheadIsNotForgotten()
+{
+    // So large a state that the file is not replaced, and more updates than one turn tells.
+    QVERIFY(publish(testPath("flooded"), QStringLiteral("p=60000*p")));
+    QVERIFY(publish(testPath("other"), QString()));
+    ZopObject flooded(testPath("flooded"), ZopObject::Subscribe, false);
+    ZopObject other(testPath("other"), ZopObject::Subscribe, false);
+    follow(&other, "other ");
+    connect(&flooded, &ZopObject::attributesChanged, this, [](const ZopChangeset &changes) {
+        if (changes.assignments.value(QStringLiteral("n")).toInt() == 300) // in the second turn
+            set(testPath("other"), QStringLiteral("x=1"));
+    });
+    ZopObject writer(testPath("flooded"), ZopObject::ReadWrite, false);
+    for (int n = 1; n <= 500; ++n)
+        QVERIFY(set(writer, QStringLiteral("n=%1 q=350*q").arg(n)));
+    QVERIFY(waitUntil([this] { return !m_told.isEmpty(); }));
+    QCOMPARE(m_told, QStringList({"other {x=1}"}));
 }
 
 void OrderTest::anExchangedFolderIsLookedAtBeforeWhatIsSaidOfIt()

@@ -140,6 +140,10 @@ void SleepingWritersTest::whatOthersWroteAtLengthIsAnswered()
     QVERIFY(!sleeper.attribute(QStringLiteral("gone")).isValid());
     // Nothing is lost for whom nobody listens to.
     QCOMPARE(log.lines, QStringList());
+    // Nor does the file wait for it that it has read last.
+    for (int n = 1; n <= 3000; ++n)
+        QVERIFY(set(writer, QStringLiteral("n=%1").arg(n)));
+    QVERIFY(content(testPath("object")).size() < 40000);
 }
 
 void SleepingWritersTest::theNextObjectOfThePathIsAnswered()
