@@ -70,11 +70,17 @@ int runStart(int interfaces)
     return 0;
 }
 
+int descriptors()
+{
+    return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size();
+}
+
+/*! Tells how many a service takes: others may have been inherited. */
 int runDescriptors()
 {
+    const int before = descriptors();
     NetworkInterfaceService *service = readyNetworkInterfaceService();
-    std::cout << QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size()
-              << std::endl;
+    std::cout << descriptors() - before << std::endl;
     deleteNetworkInterfaceService(&service);
     return 0;
 }

@@ -167,7 +167,7 @@ void reportStarts(Report *report)
     report->compare(QStringLiteral("start-up with %1 virtual interfaces").arg(Many),
                     instructionsOfStart(Many, QStringLiteral("virtual")), Instructions, QStringLiteral("plain ones"),
                     many, 1.3);
-    report->compare(QStringLiteral("an application with %1 interfaces").arg(Many), descriptors(),
+    report->compare(QStringLiteral("a service with %1 interfaces").arg(Many), descriptors(),
                     QStringLiteral("descriptors"), QStringLiteral("objects that it reads"), Many + 1, 1.02);
     const double calls =
         costOfStart(countSystemCalls, Many, plain).systemCalls - costOfStart(countSystemCalls, Few, plain).systemCalls;

@@ -26,7 +26,7 @@ measured() {
 
 measured '. > 0' "update to slot" "request to result" "scan published to success" "longest event of a scan" \
     "update to the slowest of 100 applications" "100 bare inotify wake-ups" "profile fetched" "a pending fetch takes" \
-    "a finished fetch keeps" "a finished command keeps" "an application with 1000 interfaces" \
+    "a finished fetch keeps" "a finished command keeps" "a service with 1000 interfaces" \
     "an object's file after 100000 updates" "what that reader is told" "until it is told the last one" \
     "an application with the networking service" "an application with the Wi-Fi service" \
     "an application with the hotspot service"
