@@ -6,6 +6,17 @@
 
 using namespace morvek;
 
+namespace {
+
+/*! An object that speaks of others, and their directory. */
+struct Scene
+{
+    ZopObject status {testPath("status"), ZopObject::Subscribe, false};
+    ZopDirWatcher watcher {testPath("all")};
+};
+
+} // namespace
+
 /*!
  * What is told of several objects, in the order in which it was done. Everything is done before any of it is told, as
  * by a daemon while the application is busy.
@@ -32,6 +43,7 @@ private Q_SLOTS:
 private:
     void follow(ZopObject *object, const char *name);
     void follow(ZopDirWatcher *watcher);
+    void follow(Scene *scene);
 
     QStringList m_told;
 };
@@ -53,15 +65,19 @@ void OrderTest::follow(ZopDirWatcher *watcher)
     connect(watcher, &ZopDirWatcher::objectRemoved, this, [this](const QString &name) { m_told << '-' + name; });
 }
 
+void OrderTest::follow(Scene *scene)
+{
+    scene->watcher.setNameCacheEnabled(true);
+    follow(&scene->status, "status ");
+    follow(&scene->watcher);
+}
+
 void OrderTest::anObjectIsAnnouncedBeforeWhatIsSaidOfIt()
 {
     QVERIFY(publish(testPath("status"), QString()));
     QVERIFY(publish(testPath("all/first"), QString()));
-    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
-    ZopDirWatcher watcher(testPath("all"));
-    watcher.setNameCacheEnabled(true);
-    follow(&status, "status ");
-    follow(&watcher);
+    Scene scene;
+    follow(&scene);
     QVERIFY(set(testPath("status"), QStringLiteral("list=first")));
     QVERIFY(publish(testPath("all/second"), QString()));
     QVERIFY(set(testPath("status"), QStringLiteral("list=first,second")));
@@ -128,11 +144,8 @@ void OrderTest::soItIsAfterAWriteThatFailed()
 {
     QVERIFY(publish(testPath("status"), QString()));
     QVERIFY(publish(testPath("all/first"), QString()));
-    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
-    ZopDirWatcher watcher(testPath("all"));
-    watcher.setNameCacheEnabled(true);
-    follow(&status, "status ");
-    follow(&watcher);
+    Scene scene;
+    follow(&scene);
     for (int n = 1; n <= 2; ++n) {
         QVERIFY(set(testPath("status"), QStringLiteral("n=%1").arg(n)));
         QVERIFY(waitUntil([&] { return m_told.size() == n; }));
@@ -177,11 +190,8 @@ void OrderTest::goingAndComingAgainAreToldInOrder()
 {
     QVERIFY(publish(testPath("status"), QString()));
     QVERIFY(publish(testPath("all/one"), QString()));
-    ZopObject status(testPath("status"), ZopObject::Subscribe, false);
-    ZopDirWatcher watcher(testPath("all"));
-    watcher.setNameCacheEnabled(true);
-    follow(&status, "status ");
-    follow(&watcher);
+    Scene scene;
+    follow(&scene);
     QVERIFY(set(testPath("status"), QStringLiteral("n=1")));
     QVERIFY(ZopObject::remove(testPath("all/one")));
     QVERIFY(publish(testPath("all/one"), QString()));
