@@ -111,11 +111,11 @@ WifiAccessPoint connectedAccessPointFrom(const QJsonObject &connection)
     return accessPoint;
 }
 
-/*! The number that \a text is, when it is one to nine digits; else -1. */
+/*! The number that \a text is, when it is at most nine digits; else -1. */
 int shortNumber(QStringView text)
 {
     constexpr int MostDigits = 9; // of which any fit
-    if (text.isEmpty() || text.size() > MostDigits)
+    if (text.size() > MostDigits)
         return -1;
     int number = 0;
     for (const QChar digit : text) {
