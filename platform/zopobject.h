@@ -70,7 +70,10 @@ public:
      * attributeChanged() for each, then attributesChanged() once when there are any.
      */
     void setAttributeCacheEnabled(bool enabled);
-    /*! The value of \a name as this object has received it, or \a defaultValue. */
+    /*!
+     * The value of \a name as this object has received it, or \a defaultValue. An object that may be written to, and
+     * that nobody listens to, reads what has come when it is asked.
+     */
     ZopVariant attribute(const QString &name, const ZopVariant &defaultValue = ZopVariant()) const;
     /*!
      * Writes \a changes as one update. False, with errorString(), when nothing was written, which may be for another
