@@ -19,7 +19,7 @@ const QString Hotspot = QStringLiteral("hotspot");
 std::unique_ptr<Process> startHostd()
 {
     auto hostd = std::make_unique<Process>(
-        QCoreApplication::applicationDirPath() + QStringLiteral("/../host/daemons/morvek-hostd"), QStringList());
+        QCoreApplication::applicationDirPath() + QStringLiteral("/../host/hostd/morvek-hostd"), QStringList());
     hostd->readLine();
     return hostd;
 }

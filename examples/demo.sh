@@ -4,7 +4,7 @@
 set -euo pipefail
 
 build=$(cd "${1:?the folder of the build is missing}" && pwd)
-PATH=$build/tools:$build/host/daemons:$PATH
+PATH=$build/tools:$build/host/hostd:$PATH
 work=$(mktemp -d)
 daemon=
 monitors=()

@@ -2,7 +2,9 @@
 #ifndef MORVEK_HOSTD_FAULTPLAN_H
 #define MORVEK_HOSTD_FAULTPLAN_H
 
-#include "scenario.h"
+#include "fault.h"
+
+#include <QtCore/QVector>
 
 namespace morvek {
 

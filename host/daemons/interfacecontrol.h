@@ -8,7 +8,7 @@ namespace morvek {
 
 struct NetworkingRequest;
 
-/*! What carries out the networking daemon's requests, since that depends on what drives the world. */
+/*! What carries out the networking daemon's requests. */
 class InterfaceControl
 {
 public:

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tetheringdaemon.h"
 
+#include "hotspotcontrol.h"
 #include "hotspotstore.h"
-#include "simulatedhotspot.h"
 #include "tetheringrequest.h"
 #include "wirenames.h"
 #include "world.h"
 
 namespace morvek {
 
-TetheringDaemon::TetheringDaemon(SimulatedHotspot *hotspot, const HotspotStore *store, const DaemonTools &tools,
+TetheringDaemon::TetheringDaemon(HotspotControl *control, const HotspotStore *store, const DaemonTools &tools,
                                  QObject *parent)
     : Daemon(QStringLiteral("tethering"), Wire::TetheringControlObject, ControlLast, tools, parent),
-      m_hotspot(hotspot),
+      m_control(control),
       m_store(store)
 {
 }
@@ -33,7 +33,7 @@ Daemon::Task TetheringDaemon::read(const ZopChangeset &changes)
 Daemon::Answer TetheringDaemon::judge(const TetheringRequest &request) const
 {
     if (request.kind == TetheringRequest::RetrieveProfile)
-        return {{}, m_hotspot->profile()};
+        return {{}, m_control->profile()};
     // Who is told of a success can rely on it.
     QString error;
     if (request.kind == TetheringRequest::UpdateProfile && !m_store->save(request.profile, &error))
@@ -45,13 +45,13 @@ void TetheringDaemon::perform(const TetheringRequest &request)
 {
     switch (request.kind) {
     case TetheringRequest::UpdateProfile:
-        m_hotspot->setProfile(request.profile);
+        m_control->setProfile(request.profile);
         break;
     case TetheringRequest::Start:
-        m_hotspot->start(request.profile);
+        m_control->start(request.profile);
         break;
     case TetheringRequest::Stop:
-        m_hotspot->stop();
+        m_control->stop();
         break;
     case TetheringRequest::RetrieveProfile:
     case TetheringRequest::Unknown:

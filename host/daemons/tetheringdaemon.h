@@ -6,8 +6,8 @@
 
 namespace morvek {
 
+class HotspotControl;
 class HotspotStore;
-class SimulatedHotspot;
 struct TetheringRequest;
 
 /*! The tethering manager: publishes whether the hotspot is active, answers requests to it, and keeps its profile. */
@@ -16,8 +16,8 @@ class TetheringDaemon : public Daemon
     Q_OBJECT
 
 public:
-    /*! \a hotspot and \a store must outlive the daemon. */
-    TetheringDaemon(SimulatedHotspot *hotspot, const HotspotStore *store, const DaemonTools &tools,
+    /*! \a control and \a store must outlive the daemon. */
+    TetheringDaemon(HotspotControl *control, const HotspotStore *store, const DaemonTools &tools,
                     QObject *parent = nullptr);
     ~TetheringDaemon() override;
 
@@ -31,7 +31,7 @@ private:
     Answer judge(const TetheringRequest &request) const;
     void perform(const TetheringRequest &request);
 
-    SimulatedHotspot *m_hotspot;
+    HotspotControl *m_control;
     const HotspotStore *m_store;
 };
 

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wifidaemon.h"
 
-#include "simulatedradio.h"
+#include "radiocontrol.h"
+#include "wifirequest.h"
 #include "wirenames.h"
 #include "world.h"
 
 namespace morvek {
 
-WifiDaemon::WifiDaemon(SimulatedRadio *radio, const DaemonTools &tools, QObject *parent)
+WifiDaemon::WifiDaemon(RadioControl *control, const DaemonTools &tools, QObject *parent)
     : Daemon(QStringLiteral("wifi"), Wire::WifiControlObject, ControlFirst, tools, parent),
-      m_radio(radio)
+      m_control(control)
 {
 }
 
@@ -23,13 +24,13 @@ Daemon::Task WifiDaemon::read(const ZopChangeset &changes)
     task.text = request.toString();
     task.ssid = request.network.ssid;
     task.judge = [this, request] {
-        const Refusal refusal = m_radio->refuses(request);
+        const Refusal refusal = m_control->refuses(request);
         // The reply carries the identifier, so the network must be known before it.
         if (!refusal && request.kind == WifiRequest::NewNetwork)
-            return Answer {{}, m_radio->addNetwork(request.network)};
+            return Answer {{}, m_control->addNetwork(request.network)};
         return Answer {refusal, {}};
     };
-    task.perform = [this, request] { m_radio->perform(request); };
+    task.perform = [this, request] { m_control->perform(request); };
     return task;
 }
 

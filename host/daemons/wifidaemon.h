@@ -6,7 +6,7 @@
 
 namespace morvek {
 
-class SimulatedRadio;
+class RadioControl;
 
 /*! Publishes the Wi-Fi status of the world, and answers requests to the radio. */
 class WifiDaemon : public Daemon
@@ -14,8 +14,8 @@ class WifiDaemon : public Daemon
     Q_OBJECT
 
 public:
-    /*! \a radio must outlive the daemon. */
-    WifiDaemon(SimulatedRadio *radio, const DaemonTools &tools, QObject *parent = nullptr);
+    /*! \a control must outlive the daemon. */
+    WifiDaemon(RadioControl *control, const DaemonTools &tools, QObject *parent = nullptr);
     ~WifiDaemon() override;
 
 protected:
@@ -26,7 +26,7 @@ protected:
 private:
     Q_DISABLE_COPY(WifiDaemon)
 
-    SimulatedRadio *m_radio;
+    RadioControl *m_control;
 };
 
 } // namespace morvek

@@ -6,7 +6,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/lib/check.bash"
 
 libraries=("$(realpath "$build")/src" "$(realpath "$build")/host/platform")
 for needed in "${libraries[0]}/libmorvek-network.so.1" "${libraries[1]}/libmorvek-platform.so.1" \
-    "$build/host/daemons/morvek-hostd"; do
+    "$build/host/hostd/morvek-hostd"; do
     need "$needed"
 done
 commit=$(<abi/baseline)
@@ -39,7 +39,7 @@ rm -rf "$work/build" "$work/source" # so that they cannot be what runs
 
 mkdir -m 0700 "$work/root"
 export ZOP_ROOT=$work/root LC_ALL=C.UTF-8
-exec {output}< <(exec "$build/host/daemons/morvek-hostd" --speed 20)
+exec {output}< <(exec "$build/host/hostd/morvek-hostd" --speed 20)
 daemon=$!
 read -r -t 20 ready <&"$output" || mistake "the daemon does not start"
 [[ $ready == "ready: "* ]] || mistake "the daemon says '$ready'"

@@ -2,6 +2,7 @@
 #ifndef MORVEK_HOSTD_SIMULATEDHOTSPOT_H
 #define MORVEK_HOSTD_SIMULATEDHOTSPOT_H
 
+#include "hotspotcontrol.h"
 #include "scenario.h"
 
 #include <QtCore/QObject>
@@ -11,7 +12,7 @@ namespace morvek {
 class World;
 
 /*! The hotspot of a scenario, which nobody ever joins: drives the tethering status of the world. */
-class SimulatedHotspot : public QObject
+class SimulatedHotspot : public QObject, public HotspotControl
 {
     Q_OBJECT
 
@@ -20,14 +21,10 @@ public:
     SimulatedHotspot(const Scenario &scenario, World *world, Pace *pace, QObject *parent = nullptr);
     ~SimulatedHotspot() override;
 
-    /*! What it is started with when nothing else is said. */
-    QJsonObject profile() const { return m_profile; }
-    /*! Changes that; when it runs, it goes on with \a profile, and its inactivity counts anew. */
-    void setProfile(const QJsonObject &profile);
-
-    /*! Begins to start it with \a profile, unless it runs or is being started. */
-    void start(const QJsonObject &profile);
-    void stop();
+    QJsonObject profile() const override { return m_profile; }
+    void setProfile(const QJsonObject &profile) override;
+    void start(const QJsonObject &profile) override;
+    void stop() override;
 
 private:
     void begin(bool wanted, DelayRange delay);

@@ -3,6 +3,7 @@
 #define MORVEK_HOSTD_SCENARIO_H
 
 #include "attributes.h"
+#include "fault.h"
 #include "pace.h"
 #include "service.h"
 
@@ -121,25 +122,6 @@ struct TimelineEvent
     int reason = 0; //!< of Dropped
     QString told;   //!< of TellWifiEvent
     QString text;   //!< one line that describes it
-};
-
-/*! What happens to a request's reply. */
-struct Fault
-{
-    enum Kind { Refuse, NoReply, Late, Double, Die, Answer };
-
-    Kind kind = Refuse;
-    QString message;   //!< empty: any
-    QString interface; //!< empty: any
-    QString ssid;      //!< empty: any
-    int skip = 0;      //!< so many requests that fit pass first
-    int times = -1;    //!< -1: always
-    int code = 0;
-    QString text;
-    Attributes reply; //!< of Answer: what the reply carries, beside the request's "id" and "peer"
-    int delay = 0;
-    bool performs = false; //!< of NoReply: the request is carried out all the same
-    int backAfter = -1;    //!< of Die; -1: never
 };
 
 /*! A world at its start, what happens in it, and what goes wrong with its daemons. */

@@ -2,6 +2,7 @@
 #ifndef MORVEK_HOSTD_SIMULATEDRADIO_H
 #define MORVEK_HOSTD_SIMULATEDRADIO_H
 
+#include "radiocontrol.h"
 #include "simulatedair.h"
 #include "wifirequest.h"
 
@@ -19,7 +20,7 @@ class World;
  * The station knows networks by identifiers. It is connected, or tries to be, with the one that was selected last,
  * until that turns out to have the wrong passkey.
  */
-class SimulatedRadio : public QObject
+class SimulatedRadio : public QObject, public RadioControl
 {
     Q_OBJECT
 
@@ -29,12 +30,9 @@ public:
                    QObject *parent = nullptr);
     ~SimulatedRadio() override;
 
-    /*! Why \a request, which is well-formed, cannot be carried out now. */
-    Refusal refuses(const WifiRequest &request) const;
-    /*! Makes a network known; its identifier. */
-    QString addNetwork(const WifiNetwork &network);
-    /*! Begins to carry \a request out; one for a new network is done by addNetwork(). */
-    void perform(const WifiRequest &request);
+    Refusal refuses(const WifiRequest &request) const override;
+    QString addNetwork(const WifiNetwork &network) override;
+    void perform(const WifiRequest &request) override;
 
     void setPower(bool power);
     /*! An access point comes into range or goes out of it; the station roams, or loses or regains its connection. */

@@ -6,6 +6,12 @@
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 
+/*! Of a library that is linked statically, nobody else does it. */
+static void takeShippedScenarios()
+{
+    Q_INIT_RESOURCE(scenarios);
+}
+
 namespace morvek {
 
 namespace {
@@ -17,6 +23,7 @@ const auto Suffix = QLatin1String(".json");
 
 QString shippedFolder()
 {
+    takeShippedScenarios();
     return QStringLiteral(":/scenarios/");
 }
 
