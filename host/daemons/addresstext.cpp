@@ -15,10 +15,15 @@ bool isIpv6(const QString &text)
         && address.protocol() == QAbstractSocket::IPv6Protocol;
 }
 
-bool isPrefixLength(const QString &text)
+bool isPrefixLength(const QString &text, int most)
 {
     static const QRegularExpression number(QStringLiteral("\\A(?:0|[1-9][0-9]{0,2})\\z"));
-    return number.match(text).hasMatch() && text.toInt() <= 128;
+    return number.match(text).hasMatch() && text.toInt() <= most;
+}
+
+QString netmaskOf(int prefixLength)
+{
+    return QHostAddress(prefixLength == 0 ? 0 : ~0u << (32 - prefixLength)).toString();
 }
 
 } // namespace
@@ -63,12 +68,17 @@ bool AddressText::isHostAddress(const QString &text, quint32 *address)
     return true;
 }
 
-bool AddressText::isInterfaceAddress(const QString &text)
+bool AddressText::isInterfaceAddress(const QString &text, QString *published)
 {
     const int slash = text.indexOf(QLatin1Char('/'));
     const QString address = text.left(slash);
-    const QString netmask = text.mid(slash + 1);
-    return slash != -1 && ((isIpv4(address) && isNetmask(netmask)) || (isIpv6(address) && isPrefixLength(netmask)));
+    QString netmask = text.mid(slash + 1);
+    if (isIpv4(address) && isPrefixLength(netmask, 32))
+        netmask = netmaskOf(netmask.toInt());
+    if (published)
+        *published = address + QLatin1Char('/') + netmask;
+    return slash != -1
+        && ((isIpv4(address) && isNetmask(netmask)) || (isIpv6(address) && isPrefixLength(netmask, 128)));
 }
 
 bool AddressText::isGateway(const QString &text)

@@ -15,8 +15,8 @@ bool isIpv4(const QString &text, quint32 *address = nullptr);
 bool isNetmask(const QString &text, quint32 *netmask = nullptr);
 /*! An IPv4 address that a host can have: not this host's, no group's, not everybody's. */
 bool isHostAddress(const QString &text, quint32 *address = nullptr);
-/*! "192.168.0.2/255.255.255.0" or "fe80::1/64". */
-bool isInterfaceAddress(const QString &text);
+/*! "192.168.0.2/255.255.255.0", "192.168.0.2/24", which stands for the same, or "fe80::1/64". */
+bool isInterfaceAddress(const QString &text, QString *published = nullptr);
 /*! An IPv4 or IPv6 address. */
 bool isGateway(const QString &text);
 

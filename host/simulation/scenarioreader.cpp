@@ -219,11 +219,12 @@ AddressSet readAddressSet(const JsonNode &node)
     AddressSet set;
     const QVector<JsonNode> addresses = node.member(Wire::IpAddresses).items();
     for (const JsonNode &address : addresses) {
-        set.addresses += address.text();
-        if (!AddressText::isInterfaceAddress(set.addresses.last()))
+        QString published;
+        if (!AddressText::isInterfaceAddress(address.text(), &published))
             address.fail(QStringLiteral("\"%1\" is not an address with its netmask, "
-                                        "as 10.0.0.5/255.255.255.0 and fe80::1/64 are")
-                             .arg(set.addresses.last()));
+                                        "as 10.0.0.5/255.255.255.0, 10.0.0.5/24 and fe80::1/64 are")
+                             .arg(address.text()));
+        set.addresses += published;
     }
     if (addresses.isEmpty())
         node.member(Wire::IpAddresses).fail(QStringLiteral("must not be empty"));

@@ -88,6 +88,18 @@ inline bool readPlain(const QString &text, quint32 *address)
     return at == text.size();
 }
 
+/*! An IPv4 address with the length of its prefix, 1 to 32: with its netmask; anything else as it is. */
+inline QString withNetmask(const QString &text)
+{
+    const QString host = part(text, 0);
+    quint32 address = 0;
+    for (int length = 1; length <= 32; ++length) {
+        if (readPlain(host, &address) && text == QStringLiteral("%1/%2").arg(host).arg(length))
+            return host + QLatin1Char('/') + QHostAddress(quint32(0xffffffff00000000 >> length)).toString();
+    }
+    return text;
+}
+
 /*! What \a text stands for; nothing is read up to a zero. */
 inline QHostAddress read(const QString &text)
 {

@@ -21,9 +21,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                       "whether it is a netmask");
     if (!text.contains(QLatin1Char(':'))) {
         Fuzz::expectEqual(AddressText::isGateway(text), plain, "whether it is a gateway");
-        const bool pair = AddressSearch::readPlain(AddressSearch::part(text, 0), &expected)
-            && ProfileCheck::isNetmask(AddressSearch::part(text, 1), &expected) && text.count(QLatin1Char('/')) == 1;
-        Fuzz::expectEqual(AddressText::isInterfaceAddress(text), pair, "whether it is an address with its netmask");
+        const QString whole = AddressSearch::withNetmask(text);
+        const bool pair = AddressSearch::readPlain(AddressSearch::part(whole, 0), &expected)
+            && ProfileCheck::isNetmask(AddressSearch::part(whole, 1), &expected) && whole.count(QLatin1Char('/')) == 1;
+        QString published;
+        Fuzz::expectEqual(AddressText::isInterfaceAddress(text, &published), pair,
+                          "whether it is an address with its netmask");
+        if (pair)
+            Fuzz::expectEqual(published, whole, "how it is published");
     }
     return 0;
 }

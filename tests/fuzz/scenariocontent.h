@@ -2,6 +2,7 @@
 #ifndef SCENARIOCONTENT_H
 #define SCENARIOCONTENT_H
 
+#include "addresssearch.h"
 #include "fuzz.h"
 #include "scenarioreader.h"
 
@@ -32,7 +33,9 @@ inline QStringList texts(const QJsonValue &array)
 
 inline void expectSame(const QJsonValue &json, const morvek::AddressSet &set)
 {
-    Fuzz::expectEqual(set.addresses, texts(member(json.toObject(), "ip_addresses")), "addresses");
+    QStringList addresses = texts(member(json.toObject(), "ip_addresses"));
+    std::transform(addresses.begin(), addresses.end(), addresses.begin(), AddressSearch::withNetmask);
+    Fuzz::expectEqual(set.addresses, addresses, "addresses");
     Fuzz::expectEqual(set.gateways, texts(member(json.toObject(), "ip_gateway")), "gateways");
 }
 

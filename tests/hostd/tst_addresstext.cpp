@@ -97,27 +97,38 @@ void AddressTextTest::host()
 void AddressTextTest::interfaceAddress_data()
 {
     QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("valid");
+    QTest::addColumn<QString>("published"); // empty when it is none
 
-    QTest::addRow("IPv4") << "10.0.0.5/255.0.0.0" << true;
-    QTest::addRow("IPv6") << "fe80::1/64" << true;
-    QTest::addRow("IPv6, full length") << "2001:db8::1/128" << true;
-    QTest::addRow("IPv6, no length") << "::1/0" << true;
-    QTest::addRow("IPv4 with length") << "10.0.0.5/8" << false;
-    QTest::addRow("IPv6 with netmask") << "fe80::1/255.0.0.0" << false;
-    QTest::addRow("IPv6, too long") << "fe80::1/129" << false;
-    QTest::addRow("IPv6, leading zero") << "fe80::1/064" << false;
-    QTest::addRow("IPv6 with scope") << "fe80::1%eth0/64" << false;
-    QTest::addRow("no netmask") << "10.0.0.5" << false;
-    QTest::addRow("empty netmask") << "10.0.0.5/" << false;
-    QTest::addRow("two netmasks") << "10.0.0.5/255.0.0.0/8" << false;
-    QTest::addRow("empty") << "" << false;
+    const auto same = [](const char *name, const char *text) { QTest::addRow("%s", name) << text << text; };
+    same("IPv4", "10.0.0.5/255.0.0.0");
+    same("IPv6", "fe80::1/64");
+    same("IPv6, full length", "2001:db8::1/128");
+    same("IPv6, no length", "::1/0");
+    QTest::addRow("IPv4 with length") << "10.0.0.5/8"
+                                      << "10.0.0.5/255.0.0.0";
+    QTest::addRow("IPv4, odd length") << "10.0.0.5/23"
+                                      << "10.0.0.5/255.255.254.0";
+    QTest::addRow("IPv4, shortest") << "10.0.0.5/1"
+                                    << "10.0.0.5/128.0.0.0";
+    QTest::addRow("IPv4, full length") << "10.0.0.5/32"
+                                       << "10.0.0.5/255.255.255.255";
+    for (const char *text :
+         {"10.0.0.5/0", "10.0.0.5/33", "10.0.0.5/08", "10.0.0.5/-8", "10.0.0.5/+8", "10.0.0.5/8 ", "10.0.0.256/8",
+          "10.0.0/8", "8/10.0.0.5", "fe80::1/255.0.0.0", "fe80::1/129", "fe80::1/064", "fe80::1%eth0/64", "10.0.0.5",
+          "10.0.0.5/", "10.0.0.5/255.0.0.0/8", "10.0.0.5/8/8", ""})
+        QTest::addRow("no \"%s\"", text) << text << "";
 }
 
 void AddressTextTest::interfaceAddress()
 {
     QFETCH(QString, text);
-    QTEST(AddressText::isInterfaceAddress(text), "valid");
+    QFETCH(QString, published);
+    QString read;
+    const bool valid = AddressText::isInterfaceAddress(text, &read);
+    QCOMPARE(valid, !published.isEmpty());
+    QCOMPARE(AddressText::isInterfaceAddress(text), valid);
+    if (valid)
+        QCOMPARE(read, published);
 }
 
 QTEST_GUILESS_MAIN(AddressTextTest)

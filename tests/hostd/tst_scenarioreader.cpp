@@ -64,7 +64,7 @@ void ScenarioReaderTest::everyKey()
              'up': true, 'connected': true,
              'lease': {'ip_addresses': ['fe80::1/64', '10.0.0.5/255.0.0.0'], 'ip_gateway': ['10.0.0.1']}},
             {'name': 'b', 'type': 'vpn', 'parent_interface': 'a', 'present': false,
-             'manual': {'ip_addresses': ['10.8.0.6/255.255.255.0']}}],
+             'manual': {'ip_addresses': ['10.8.0.6/24']}}],
         'priority': ['b', 'a'], 'default_interface': 'b',
         'timeline': [
             {'at': 0, 'event': 'appear', 'interface': 'b'},
@@ -278,9 +278,9 @@ void ScenarioReaderTest::errors_data()
               "interfaces[1].lease: \"ip_addresses\" is missing");
     interface("lease: empty", "'name':'b','type':'usb','lease':{'ip_addresses':[]}",
               "interfaces[1].lease.ip_addresses: must not be empty");
-    interface("lease: prefix length", "'name':'b','type':'usb','lease':{'ip_addresses':['fe80::1/64','10.0.0.5/8']}",
-              "interfaces[1].lease.ip_addresses[1]: \"10.0.0.5/8\" is not an address with its netmask, as "
-              "10.0.0.5/255.255.255.0 and fe80::1/64 are");
+    interface("lease: prefix length", "'name':'b','type':'usb','lease':{'ip_addresses':['fe80::1/64','10.0.0.5/33']}",
+              "interfaces[1].lease.ip_addresses[1]: \"10.0.0.5/33\" is not an address with its netmask, as "
+              "10.0.0.5/255.255.255.0, 10.0.0.5/24 and fe80::1/64 are");
     interface("lease: gateway",
               "'name':'b','type':'usb','lease':{'ip_addresses':['fe80::1/64'],'ip_gateway':['10.0.0']}",
               "interfaces[1].lease.ip_gateway[0]: \"10.0.0\" is not an IP address");

@@ -68,15 +68,25 @@ void TestMorvekctlConfigure::cleanup()
 
 void TestMorvekctlConfigure::manual_data()
 {
-    QTest::addColumn<QString>("mask");
+    QTest::addColumn<QString>("mask"); // behind the address
     QTest::addColumn<QString>("addresses");
-    QTest::newRow("netmask") << "--netmask 255.255.0.0"
+    QTest::newRow("netmask") << " --netmask 255.255.0.0"
                              << R"(["10.20.0.77/255.255.0.0"])";
-    QTest::newRow("prefix") << "--prefix 16"
+    QTest::newRow("prefix") << " --prefix 16"
                             << R"(["10.20.0.77/255.255.0.0"])";
-    QTest::newRow("shortest prefix") << "--prefix 1"
+    QTest::newRow("shortest prefix") << " --prefix 1"
                                      << R"(["10.20.0.77/128.0.0.0"])";
-    QTest::newRow("two machines") << "--prefix=31"
+    QTest::newRow("behind the address") << "/16"
+                                        << R"(["10.20.0.77/255.255.0.0"])";
+    QTest::newRow("shortest behind the address") << "/1"
+                                                 << R"(["10.20.0.77/128.0.0.0"])";
+    QTest::newRow("two machines behind the address") << "/31"
+                                                     << R"(["10.20.0.77/255.255.255.254"])";
+    QTest::newRow("behind the address, and the same prefix") << "/16 --prefix 16"
+                                                             << R"(["10.20.0.77/255.255.0.0"])";
+    QTest::newRow("behind the address, and the same netmask") << "/16 --netmask 255.255.0.0"
+                                                              << R"(["10.20.0.77/255.255.0.0"])";
+    QTest::newRow("two machines") << " --prefix=31"
                                   << R"(["10.20.0.77/255.255.255.254"])";
 }
 
@@ -88,7 +98,7 @@ void TestMorvekctlConfigure::manual()
     QCOMPARE(published(QStringLiteral("eth0"), QStringLiteral("manual")), QStringLiteral("no"));
 
     const ToolResult result =
-        run(QStringLiteral("configure eth0 manual --address 10.20.0.77 %1 --gateway 10.20.0.76 --applied").arg(mask));
+        run(QStringLiteral("configure eth0 manual --address 10.20.0.77%1 --gateway 10.20.0.76 --applied").arg(mask));
     QCOMPARE(result.errors, QString());
     QCOMPARE(result.code, 0);
     QCOMPARE(published(QStringLiteral("eth0"), QStringLiteral("manual")), QStringLiteral("yes"));

@@ -122,7 +122,7 @@ void TestMorvekctlUsage::nonsense_data()
     row("count of nothing", "monitor --count 0", "--count \"0\" is no number of changes: give 1 or more");
 
     const char usage[] = "morvekctl configure NAME auto | "
-                         "morvekctl configure NAME manual --address A --netmask M|--prefix N --gateway G";
+                         "morvekctl configure NAME manual --address A/N --gateway G";
     row("configure what", "configure", qPrintable(QStringLiteral("NAME is missing: ") + QLatin1String(usage)));
     row("configure how", "configure eth0",
         qPrintable(QStringLiteral("auto|manual is missing: ") + QLatin1String(usage)));
@@ -141,8 +141,33 @@ void TestMorvekctlUsage::nonsense_data()
         "--address \"10.0.0.010\" is no IPv4 address: write it like 192.168.0.1");
     row("address with a dot too much", "configure eth0 manual --address 10.0.0.2. --prefix 24 --gateway 10.0.0.1",
         "--address \"10.0.0.2.\" is no IPv4 address: write it like 192.168.0.1");
-    row("address with its prefix", "configure eth0 manual --address 10.0.0.2/24 --gateway 10.0.0.1",
-        "--address \"10.0.0.2/24\" is no IPv4 address: write it like 192.168.0.1");
+    row("address with another prefix", "configure eth0 manual --address 10.0.0.2/24 --prefix 16 --gateway 10.0.0.1",
+        "--address 10.0.0.2/24 and --prefix 16 contradict each other: leave --prefix 16 out, or \"/24\"");
+    row("address with another netmask",
+        "configure eth0 manual --address 10.0.0.2/24 --netmask 255.255.0.0 --gateway 10.0.0.1",
+        "--address 10.0.0.2/24 and --netmask 255.255.0.0 contradict each other: leave --netmask 255.255.0.0 out, or "
+        "\"/24\"");
+    row("address with its prefix and no netmask",
+        "configure eth0 manual --address 10.0.0.2/24 --netmask small --gateway 10.0.0.1",
+        "--netmask \"small\" is no netmask: write it like 255.255.255.0, or use --prefix");
+    row("three netmasks",
+        "configure eth0 manual --address 10.0.0.2/24 --netmask 255.255.255.0 --prefix 24 --gateway 10.0.0.1",
+        "--netmask and --prefix say the same: give only one of them");
+    row("address with a netmask behind it", "configure eth0 manual --address 10.0.0.2/255.0.0.0 --gateway 10.0.0.1",
+        "--address \"10.0.0.2/255.0.0.0\" does not fit: the prefix length is a number from 1 to 31");
+    row("address with too long a prefix", "configure eth0 manual --address 10.0.0.2/32 --gateway 10.0.0.1",
+        "--address \"10.0.0.2/32\" does not fit: the prefix length is a number from 1 to 31");
+    row("address with too short a prefix", "configure eth0 manual --address 10.0.0.2/0 --gateway 10.0.0.1",
+        "--address \"10.0.0.2/0\" does not fit: the prefix length is a number from 1 to 31");
+    row("address with half a prefix", "configure eth0 manual --address 10.0.0.2/ --gateway 10.0.0.1",
+        "--address \"10.0.0.2/\" does not fit: the prefix length is a number from 1 to 31");
+    row("prefix of no address", "configure eth0 manual --address /24 --gateway 10.0.0.1",
+        "the address is missing: add --address with an address like 192.168.0.1");
+    row("gateway with a prefix", "configure eth0 manual --address 10.0.0.2/24 --gateway 10.0.0.1/24",
+        "--gateway \"10.0.0.1/24\" is no IPv4 address: write it like 192.168.0.1");
+    row("address of the network with its prefix", "configure eth0 manual --address 10.0.0.0/24 --gateway 10.0.0.1",
+        "--address 10.0.0.0 does not fit: the first and the last address of 10.0.0.0/24 stand for the network: "
+        "use another");
     row("IPv6 address", "configure eth0 manual --address fe80::1 --prefix 24 --gateway 10.0.0.1",
         "--address \"fe80::1\" is no IPv4 address: write it like 192.168.0.1");
     row("address of nobody", "configure eth0 manual --address 0.0.0.0 --prefix 24 --gateway 0.0.0.1",
@@ -159,7 +184,7 @@ void TestMorvekctlUsage::nonsense_data()
         "use another");
 
     row("no netmask", "configure eth0 manual --address 10.0.0.2 --gateway 10.0.0.1",
-        "the netmask is missing: add --netmask 255.255.255.0 or --prefix 24");
+        "the netmask is missing: add it to the address, like /24, or --netmask 255.255.255.0");
     row("netmask and prefix",
         "configure eth0 manual --address 10.0.0.2 --netmask 255.255.255.0 --prefix 24 --gateway 10.0.0.1",
         "--netmask and --prefix say the same: give only one of them");
@@ -281,7 +306,7 @@ void TestMorvekctlUsage::helpNamesEverything()
         "\n  show NAME ",
         "\n  preferred ",
         "\n  configure NAME auto ",
-        "\n  configure NAME manual --address A --netmask M|--prefix N --gateway G\n",
+        "\n  configure NAME manual --address A/N --gateway G\n",
         "\n  monitor ",
         "\n  wifi status ",
         "\n  wifi on ",
@@ -314,7 +339,7 @@ void TestMorvekctlUsage::helpNamesEverything()
     const QString monitor = runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("monitor")}).output;
     QVERIFY(monitor.contains(QLatin1String("\n  --count N ")));
     const QString configure = runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("configure")}).output;
-    for (const char *option : {"--address A ", "--netmask M ", "--prefix N ", "--gateway G ", "--applied "})
+    for (const char *option : {"--address A/N ", "--netmask M ", "--prefix N ", "--gateway G ", "--applied "})
         QVERIFY2(configure.contains(QLatin1String("\n  ") + QLatin1String(option)), option);
 
     const QString group = runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("wifi")}).output;

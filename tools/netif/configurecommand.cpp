@@ -99,9 +99,9 @@ std::vector<Option> addressOptions()
 {
     const QString manual = QStringLiteral("manual: ");
     return {
-        {QStringLiteral("address"), QStringLiteral("A"), manual + QStringLiteral("the interface's IPv4 address")},
-        {QStringLiteral("netmask"), QStringLiteral("M"), manual + QStringLiteral("its netmask, like 255.255.255.0")},
-        {QStringLiteral("prefix"), QStringLiteral("N"), manual + QStringLiteral("or its length, like 24")},
+        {QStringLiteral("address"), QStringLiteral("A/N"), manual + QStringLiteral("the interface's IPv4 address, like 10.20.0.5/16")},
+        {QStringLiteral("netmask"), QStringLiteral("M"), manual + QStringLiteral("its netmask, like 255.255.0.0, in place of /N")},
+        {QStringLiteral("prefix"), QStringLiteral("N"), manual + QStringLiteral("or the length of that, like 16")},
         {QStringLiteral("gateway"), QStringLiteral("G"), manual + QStringLiteral("the router, in the same network")},
     };
 }
@@ -149,12 +149,12 @@ CommandInfo configureCommand()
         0,
         withServiceOptions(options),
         {{QStringLiteral("NAME auto"), QStringLiteral("let the interface obtain its addresses by DHCP")},
-         {QStringLiteral("NAME manual --address A --netmask M|--prefix N --gateway G"),
+         {QStringLiteral("NAME manual --address A/N --gateway G"),
           QStringLiteral("give it these addresses")}},
         QStringLiteral("A connected interface is disconnected first. The command returns when the networking daemon\n"
                        "has accepted the configuration, which may be before the addresses are there: see --applied.\n"
                        "A daemon may keep silent for ever: see --timeout."),
-        {QStringLiteral("morvekctl configure eth0 manual --address 192.168.0.2 --prefix 24 --gateway 192.168.0.1"),
+        {QStringLiteral("morvekctl configure eth0 manual --address 192.168.0.2/24 --gateway 192.168.0.1"),
          QStringLiteral("morvekctl configure eth0 auto --applied --timeout 30")},
         create};
 }

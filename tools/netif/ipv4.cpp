@@ -24,23 +24,30 @@ bool readDotted(const QString &text, quint32 *value)
     return true;
 }
 
+const QString PrefixRange = QStringLiteral("the prefix length is a number from 1 to 31");
+
+bool readPrefix(const QString &text, quint32 *mask)
+{
+    bool isNumber = false;
+    const uint length = text.toUInt(&isNumber);
+    if (!isNumber || length < 1 || length > 31)
+        return false;
+    *mask = ~0u << (32 - length);
+    return true;
+}
+
 bool readMask(const ManualAddress &typed, quint32 *mask, QString *error)
 {
     if (typed.netmask.isEmpty() == typed.prefix.isEmpty())
-        return fail(error,
-                    typed.prefix.isEmpty()
-                        ? QStringLiteral("the netmask is missing: add --netmask 255.255.255.0 or --prefix 24")
-                        : QStringLiteral("--netmask and --prefix say the same: give only one of them"));
+        return fail(
+            error,
+            typed.prefix.isEmpty()
+                ? QStringLiteral("the netmask is missing: add it to the address, like /24, or --netmask 255.255.255.0")
+                : QStringLiteral("--netmask and --prefix say the same: give only one of them"));
 
-    const QString range = QStringLiteral("the prefix length is a number from 1 to 31");
-    if (typed.netmask.isEmpty()) {
-        bool isNumber = false;
-        const uint length = typed.prefix.toUInt(&isNumber);
-        if (!isNumber || length < 1 || length > 31)
-            return fail(error, QStringLiteral("--prefix \"%1\" does not fit: %2").arg(typed.prefix, range));
-        *mask = ~0u << (32 - length);
-        return true;
-    }
+    if (typed.netmask.isEmpty())
+        return readPrefix(typed.prefix, mask)
+            || fail(error, QStringLiteral("--prefix \"%1\" does not fit: %2").arg(typed.prefix, PrefixRange));
     if (!readDotted(typed.netmask, mask))
         return fail(error,
                     QStringLiteral("--netmask \"%1\" is no netmask: write it like 255.255.255.0, or use --prefix")
@@ -52,8 +59,25 @@ bool readMask(const ManualAddress &typed, quint32 *mask, QString *error)
                                    "255.255.255.0")
                         .arg(typed.netmask));
     if (*mask == 0 || hosts == 0)
-        return fail(error, QStringLiteral("--netmask \"%1\" does not fit: %2").arg(typed.netmask, range));
+        return fail(error, QStringLiteral("--netmask \"%1\" does not fit: %2").arg(typed.netmask, PrefixRange));
     return true;
+}
+
+/*! Reads the mask of an address that has it behind itself; another one must be the same. */
+bool readMaskBehind(const QString &behind, const ManualAddress &typed, quint32 *mask, QString *error)
+{
+    if (!readPrefix(behind, mask))
+        return fail(error, QStringLiteral("--address \"%1\" does not fit: %2").arg(typed.address, PrefixRange));
+    quint32 other = *mask;
+    if ((!typed.netmask.isEmpty() || !typed.prefix.isEmpty()) && !readMask(typed, &other, error))
+        return false;
+    if (other == *mask)
+        return true;
+    const QString option = typed.prefix.isEmpty() ? QStringLiteral("--netmask ") + typed.netmask
+                                                  : QStringLiteral("--prefix ") + typed.prefix;
+    return fail(error,
+                QStringLiteral("--address %1 and %2 contradict each other: leave %2 out, or \"/%3\"")
+                    .arg(typed.address, option, behind));
 }
 
 bool readHost(const QString &option, const QString &text, quint32 *value, QString *error)
@@ -113,7 +137,10 @@ bool manualConfiguration(const ManualAddress &typed, NetworkInterfaceConfig *con
     quint32 address = 0;
     quint32 mask = 0;
     quint32 gateway = 0;
-    if (!readHost(QStringLiteral("address"), typed.address, &address, error) || !readMask(typed, &mask, error)
+    const int slash = typed.address.indexOf(QLatin1Char('/'));
+    if (!readHost(QStringLiteral("address"), typed.address.left(slash), &address, error)
+        || !(slash < 0 ? readMask(typed, &mask, error)
+                       : readMaskBehind(typed.address.mid(slash + 1), typed, &mask, error))
         || !readHost(QStringLiteral("gateway"), typed.gateway, &gateway, error)
         || !checkTogether(address, mask, gateway, error))
         return false;

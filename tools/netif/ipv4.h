@@ -9,7 +9,7 @@ namespace morvek {
 /*! What was typed for a manual configuration; empty for what was not. */
 struct ManualAddress
 {
-    QString address;
+    QString address; //!< may have the length of the prefix behind a slash
     QString netmask;
     QString prefix;
     QString gateway;
