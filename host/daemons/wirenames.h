@@ -57,6 +57,7 @@ inline const QString On = QStringLiteral("on");
 inline const QString Tkip = QStringLiteral("TKIP");
 inline const QString WpaPsk = QStringLiteral("WPA-PSK");
 inline const QString Wpa2Psk = QStringLiteral("WPA2-PSK");
+inline const QString Wpa3Sae = QStringLiteral("WPA3-SAE");
 
 inline const QString TetheringControlObject = QStringLiteral("/zop/services/tethering/control");
 inline const QString TetheringStatusObject = QStringLiteral("/zop/services/tethering/status");

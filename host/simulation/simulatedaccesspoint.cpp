@@ -13,8 +13,9 @@ namespace {
 
 constexpr int StepOfDrift = 2;
 
-const auto Wpa = QLatin1String("WPA");
 const auto Wep = QLatin1String("WEP");
+/*! What the flags of a protected network begin with. */
+const QLatin1String Protocols[] = {QLatin1String("WPA"), QLatin1String("RSN"), QLatin1String("OWE")};
 
 } // namespace
 
@@ -64,30 +65,36 @@ QJsonObject SimulatedAccessPoint::scanResult() const
 
 QJsonObject SimulatedAccessPoint::status() const
 {
-    QString keyManagement = Wire::None;
+    QString protocol = Wire::None;
     QString cipher = Wire::None;
     if (!isOpen()) {
-        // The better of what it offers; and what an access point of today has, when its flags do not tell.
-        const bool onlyWpa = offers(QStringLiteral("WPA-PSK-")) && !offers(QStringLiteral("WPA2-PSK-"));
-        const QString protocol = onlyWpa ? Wire::WpaPsk : Wire::Wpa2Psk;
+        protocol = keyManagement();
         const QStringList own = m_settings.flags.filter(protocol + QLatin1Char('-'));
-        keyManagement = protocol;
         cipher = own.isEmpty() || own.join(QLatin1Char(' ')).contains(Wire::Ccmp) ? Wire::Ccmp : Wire::Tkip;
     }
     return {
         {Wire::Bssid, m_settings.bssid},
         {Wire::Ssid, m_settings.ssid},
-        {Wire::KeyMgmt, keyManagement},
+        {Wire::KeyMgmt, protocol},
         {Wire::PairwiseCipher, cipher},
     };
 }
 
+/*! The best of what it offers; and what an access point of today has, when its flags do not tell. */
+QString SimulatedAccessPoint::keyManagement() const
+{
+    if (offers(QStringLiteral("WPA2-PSK")))
+        return Wire::Wpa2Psk;
+    if (offers(QStringLiteral("WPA-PSK-")))
+        return Wire::WpaPsk;
+    return m_settings.flags.filter(QStringLiteral("SAE")).isEmpty() ? Wire::Wpa2Psk : Wire::Wpa3Sae;
+}
+
 bool SimulatedAccessPoint::isOpen() const
 {
-    if (!m_settings.passkey.isEmpty())
-        return false;
-    return std::none_of(m_settings.flags.begin(), m_settings.flags.end(),
-                        [](const QString &flag) { return flag == Wep || flag.startsWith(Wpa); });
+    const bool flagged = m_settings.flags.contains(Wep)
+        || std::any_of(std::begin(Protocols), std::end(Protocols), [this](QLatin1String p) { return offers(p); });
+    return m_settings.passkey.isEmpty() && !flagged;
 }
 
 bool SimulatedAccessPoint::asksForPasskey() const

@@ -45,6 +45,7 @@ public:
 private:
     bool isOpen() const;
     bool asksForPasskey() const;
+    QString keyManagement() const;
     bool offers(const QString &protocol) const;
 
     ScenarioAccessPoint m_settings;

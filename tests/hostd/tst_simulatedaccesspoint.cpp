@@ -85,6 +85,12 @@ void SimulatedAccessPointTest::security_data()
                                 << "" << false << false << false << "";
     QTest::addRow("SAE") << "WPA3-SAE-CCMP ESS"
                          << "" << false << false << false << "";
+    QTest::addRow("WPA3") << "WPA3-SAE-CCMP ESS" << secret << false << true << true << "WPA3-SAE CCMP";
+    QTest::addRow("WPA3 and WPA2") << "WPA2-PSK+SAE-CCMP ESS" << secret << false << true << true << "WPA2-PSK CCMP";
+    QTest::addRow("RSN") << "RSN-SAE-CCMP ESS"
+                         << "" << false << false << false << "";
+    QTest::addRow("OWE") << "OWE ESS"
+                         << "" << false << false << false << "";
     QTest::addRow("unknown WPA") << "WPA ESS"
                                  << "" << false << false << false << "";
 }

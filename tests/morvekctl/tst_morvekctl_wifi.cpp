@@ -19,7 +19,9 @@ class TestMorvekctlWifi : public WifiCase
 private Q_SLOTS:
     void status_data();
     void status();
-    void statusOfUnknownSecurity();
+    void statusOfNewerSecurity_data();
+    void statusOfNewerSecurity();
+    void connectedByWpa3();
 
     void power_data();
     void power();
@@ -32,6 +34,8 @@ private Q_SLOTS:
 
     void scan();
     void scanAsJson();
+    void scannedFlags();
+    void listedTwice();
     void scanFindsNothing();
     void scanWithoutRadio_data();
     void scanWithoutRadio();
@@ -115,24 +119,80 @@ void TestMorvekctlWifi::status()
     QCOMPARE(asJson.code, 0);
 }
 
-void TestMorvekctlWifi::statusOfUnknownSecurity()
+void TestMorvekctlWifi::statusOfNewerSecurity_data()
 {
+    QTest::addColumn<QString>("keyManagement");
+    QTest::addColumn<QString>("cipher");
+    QTest::addColumn<QString>("flags"); // of the access point in the last scan
+    QTest::addColumn<QString>("security");
+    QTest::addColumn<QString>("shownCipher");
+
+    const auto row = [](const char *keyManagement, const char *cipher, const char *flags, const char *security,
+                        const char *shownCipher) {
+        QTest::addRow("%s %s %s", keyManagement, cipher, flags)
+            << keyManagement << cipher << flags << security << shownCipher;
+    };
+    row("SAE", "GCMP", "", "WPA3", "unknown");
+    row("FT-SAE", "CCMP", "", "WPA3", "CCMP");
+    row("WPA3-EAP", "CCMP", "", "WPA3 Enterprise", "CCMP");
+    row("OWE", "CCMP", "", "OWE", "CCMP");
+    // What the connection itself tells comes first.
+    row("SAE", "CCMP", "WPA2-PSK+SAE-CCMP", "WPA3", "CCMP");
+    row("WPA2-PSK", "CCMP", "WPA2-PSK+SAE-CCMP", "WPA2", "CCMP");
+    row("NONE", "NONE", "", "open", "none");
+    row("NONE", "NONE", "WPA2-PSK-CCMP", "open", "none");
+    // What is encrypted is not open, whatever else it is.
+    row("NONE", "CCMP", "", "unknown", "CCMP");
+    row("NONE", "CCMP", "WPA2-OWE-CCMP", "OWE", "CCMP");
+    row("PURPLE", "CCMP", "WPA3-SAE", "WPA3", "CCMP");
+    row("PURPLE", "CCMP", "WPA2-CCMP", "unknown protection", "CCMP");
+    row("PURPLE", "CCMP", "ESS", "unknown", "CCMP");
+    row("", "", "RSN-SAE", "WPA3", "unknown");
+}
+
+void TestMorvekctlWifi::statusOfNewerSecurity()
+{
+    QFETCH(QString, keyManagement);
+    QFETCH(QString, cipher);
+    QFETCH(QString, flags);
+    QFETCH(QString, security);
+    QFETCH(QString, shownCipher);
     QVERIFY(m_daemon->publish(QStringLiteral("town")));
-    QVERIFY(publish(
-        QStringLiteral("wifi_status"),
-        ZopVariant(QByteArray(R"({"bssid":"02:00:00:00:70:0d","key_mgmt":"SAE","pairwise_cipher":"GCMP"})"), "json")));
+    const QString results = QStringLiteral(R"([{"bssid":"02:00:00:00:70:0a","flags":["WPA3-EAP-CCMP"]},)"
+                                           R"({"bssid":"02:00:00:00:70:0d","flags":["%1"]}])")
+                                .arg(flags);
+    if (!flags.isEmpty())
+        QVERIFY(publish(QStringLiteral("scan_results"), results));
+    const QString status =
+        QStringLiteral(R"({"bssid":"02:00:00:00:70:0d","ssid":"New","key_mgmt":"%1","pairwise_cipher":"%2"})")
+            .arg(keyManagement, cipher);
+    QVERIFY(publish(QStringLiteral("wifi_status"), ZopVariant(status.toUtf8(), "json")));
+
     QCOMPARE(run(QStringLiteral("wifi status")).output,
              QStringLiteral("Radio      on\n"
                             "Connected  yes\n"
-                            "SSID       -\n"
+                            "SSID       New\n"
                             "BSSID      02:00:00:00:70:0d\n"
-                            "Security   unknown\n"
-                            "Cipher     unknown\n"));
-    QVERIFY(publish(
-        QStringLiteral("wifi_status"),
-        ZopVariant(QByteArray(R"({"bssid":"02:00:00:00:70:0d","key_mgmt":"NONE","pairwise_cipher":"NONE"})"), "json")));
-    const QString open = run(QStringLiteral("wifi status")).output;
-    QVERIFY(open.endsWith(QLatin1String("\nSecurity   open\nCipher     none\n")));
+                            "Security   %1\n"
+                            "Cipher     %2\n")
+                 .arg(security, shownCipher));
+    const QJsonDocument json = QJsonDocument::fromJson(run(QStringLiteral("wifi status --json")).output.toUtf8());
+    QCOMPARE(json[QLatin1String("accessPoint")][QLatin1String("security")].toString(), security);
+
+    Tool monitor(m_root->path());
+    monitor.start({QStringLiteral("wifi"), QStringLiteral("monitor")});
+    QCOMPARE(monitor.nextEvent(),
+             QStringLiteral("present       radio on, connected to \"New\" by 02:00:00:00:70:0d (%1, %2)")
+                 .arg(security, shownCipher));
+    monitor.signal(SIGINT);
+    QCOMPARE(monitor.wait(), 0);
+}
+
+void TestMorvekctlWifi::connectedByWpa3()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("newer")));
+    const QString status = run(QStringLiteral("wifi status")).output;
+    QVERIFY2(status.endsWith(QLatin1String("\nSecurity   WPA3\nCipher     CCMP\n")), qPrintable(status));
 }
 
 void TestMorvekctlWifi::power_data()
@@ -262,18 +322,18 @@ void TestMorvekctlWifi::scan()
                  "Both                    02:00:00:00:70:07  -58 dBm   2411 MHz   -        WPA2 + Enterprise\n"
                  "Museum                  02:00:00:00:70:08  -59 dBm   2477 MHz   -        WEP\n"
                  "Depot                   02:00:00:00:70:09  -60 dBm   5155 MHz   -        WEP + WPS\n"
-                 "Café Łódź               02:00:00:00:70:0a  -61 dBm   2437 MHz   6        open or unknown\n"
-                 "Future                  02:00:00:00:70:0b  -62 dBm   5890 MHz   -        unknown\n"
-                 "Newer                   02:00:00:00:70:0c  -63 dBm   5183 MHz   -        unknown\n"
-                 "Nearly                  02:00:00:00:70:0d  -64 dBm   2438 MHz   -        unknown\n"
+                 "Café Łódź               02:00:00:00:70:0a  -61 dBm   2437 MHz   6        open\n"
+                 "Future                  02:00:00:00:70:0b  -62 dBm   5890 MHz   -        WPA3\n"
+                 "Newer                   02:00:00:00:70:0c  -63 dBm   5183 MHz   -        WPA3\n"
+                 "Nearly                  02:00:00:00:70:0d  -64 dBm   2438 MHz   -        WPA3\n"
                  "Button                  02:00:00:00:70:0e  -65 dBm   2447 MHz   8        unknown + WPS\n"
-                 "Both new                02:00:00:00:70:0f  -66 dBm   2452 MHz   9        unknown + WPS\n"
-                 "Unreadable              02:00:00:00:70:10  -67 dBm   2457 MHz   10       open or unknown\n"
+                 "Both new                02:00:00:00:70:0f  -66 dBm   2452 MHz   9        WPA3 + WPS\n"
+                 "Unreadable              02:00:00:00:70:10  -67 dBm   2457 MHz   10       WPA2\n"
                  "-                       02:00:00:00:70:11  -68 dBm   2462 MHz   11       WPA2\n"
-                 "Unknown cipher          02:00:00:00:70:14  -69 dBm   2467 MHz   12       unknown\n"
-                 "New corp                02:00:00:00:70:15  -70 dBm   2467 MHz   12       unknown\n"
-                 "red\\u001b[31m\\u0009tab  02:00:00:00:70:12  -100 dBm  2467 MHz   12       open or unknown\n"
-                 "No level                02:00:00:00:70:13  -         58320 MHz  -        open or unknown\n"));
+                 "Unknown cipher          02:00:00:00:70:14  -69 dBm   2467 MHz   12       WPA3\n"
+                 "New corp                02:00:00:00:70:15  -70 dBm   2467 MHz   12       WPA3 Enterprise\n"
+                 "red\\u001b[31m\\u0009tab  02:00:00:00:70:12  -100 dBm  2467 MHz   12       open\n"
+                 "No level                02:00:00:00:70:13  -         58320 MHz  -        open\n"));
     QCOMPARE(result.errors, QString());
     QCOMPARE(result.code, 0);
 }
@@ -301,14 +361,108 @@ void TestMorvekctlWifi::scanAsJson()
                             R"("security":"WPA","signal":-50,"ssid":"Annex"})"));
     QCOMPARE(line(9),
              QString::fromUtf8(R"({"bssid":"02:00:00:00:70:0a","channel":6,"cipher":"none","frequency":2437,)"
-                               R"("security":"open or unknown","signal":-61,"ssid":"Café Łódź"})"));
+                               R"("security":"open","signal":-61,"ssid":"Café Łódź"})"));
     QCOMPARE(line(16),
              QStringLiteral(R"({"bssid":"02:00:00:00:70:11","channel":11,"cipher":"unknown","frequency":2462,)"
                             R"("security":"WPA2","signal":-68,"ssid":null})"));
     QCOMPARE(list[19][QLatin1String("ssid")].toString(), QStringLiteral("red\x1b[31m\ttab"));
     QCOMPARE(line(20),
              QStringLiteral(R"({"bssid":"02:00:00:00:70:13","channel":null,"cipher":"none","frequency":58320,)"
-                            R"("security":"open or unknown","signal":null,"ssid":"No level"})"));
+                            R"("security":"open","signal":null,"ssid":"No level"})"));
+}
+
+void TestMorvekctlWifi::scannedFlags()
+{
+    const std::pair<const char *, const char *> table[] = {
+        {R"("ESS")", "open"},
+        {"", "open"},
+        {R"("ESS",7,"UTF-8","P2P")", "open"},
+        {R"("WPA2-SAE-CCMP","ESS")", "WPA3"},
+        {R"("WPA3-SAE-CCMP")", "WPA3"},
+        {R"("WPA3-SAE")", "WPA3"},
+        {R"("WPA3")", "WPA3"},
+        {R"("RSN-SAE-CCMP")", "WPA3"},
+        {R"("RSN-FT/SAE-CCMP")", "WPA3"},
+        {R"("SAE")", "WPA3"},
+        {R"("WPA2-PSK+SAE-CCMP")", "WPA2/WPA3"},
+        {R"("WPA2-PSK-CCMP","WPA3-SAE-CCMP")", "WPA2/WPA3"},
+        {R"("WPA2-SAE-CCMP","WPS")", "WPA3 + WPS"},
+        {R"("WPA2-OWE-CCMP")", "OWE"},
+        {R"("RSN-OWE-CCMP")", "OWE"},
+        {R"("OWE-CCMP")", "OWE"},
+        {R"("OWE")", "OWE"},
+        {R"("OWE-TRANS","ESS")", "OWE"},
+        {R"("OWE-TRANS-OPEN","ESS")", "OWE"},
+        {R"("WPA2-PSK")", "WPA2"},
+        {R"("[WPA2-PSK-CCMP]")", "WPA2"},
+        {R"("WPA2-PSK+PSK-SHA256-CCMP-PREAUTH")", "WPA2"},
+        {R"("RSN-PSK-CCMP")", "WPA2"},
+        {R"("WPA-PSK-CCMP+TKIP")", "WPA"},
+        {R"("WPA-PSK-TKIP","RSN-PSK-CCMP")", "WPA/WPA2"},
+        {R"("WEP")", "WEP"},
+        {R"("WEP","WPA-PSK-TKIP")", "WEP/WPA"},
+        {R"("WPA-EAP-TKIP")", "WPA Enterprise"},
+        {R"("WPA2-EAP-CCMP","WPA3-EAP-GCMP")", "WPA2/WPA3 Enterprise"},
+        {R"("WPA3-EAP")", "WPA3 Enterprise"},
+        {R"("WPA2-EAP+EAP-SHA256-CCMP")", "WPA2 Enterprise"},
+        {R"("RSN-802.1X-CCMP")", "WPA2 Enterprise"},
+        {R"("WPA2-8021X-CCMP")", "WPA2 Enterprise"},
+        {R"("WPA2-PSK-CCMP","WPA2-EAP-CCMP")", "WPA2 + Enterprise"},
+        {R"("WPA2-PSK+EAP-CCMP","WPA3-SAE-CCMP")", "WPA2/WPA3 + WPA2 Enterprise"},
+        {R"("WPA2")", "unknown protection"},
+        {R"("WPA")", "unknown protection"},
+        {R"("RSN-CCMP")", "unknown protection"},
+        {R"("WPA2-DPP-CCMP")", "unknown protection"},
+        {R"("WPA4-NEW-CCMP")", "unknown protection"},
+        {R"("PSK-CCMP")", "unknown protection"},
+        {R"("EAP")", "unknown protection"},
+        {R"("CCMP")", "unknown protection"},
+        {R"("TKIP")", "unknown protection"},
+        {R"("GCMP-256","ESS")", "unknown protection"},
+        {R"("WEP104")", "unknown protection"},
+        {R"("WAPI-PSK")", "unknown protection"},
+        {R"("OSEN-OSEN-CCMP")", "unknown protection"},
+        {R"("CCMP","WPS")", "unknown protection + WPS"},
+        {R"("WPS","ESS")", "unknown + WPS"},
+        {R"("WPS-PBC")", "unknown + WPS"},
+    };
+    QStringList results;
+    for (const auto &[flags, security] : table)
+        results += QStringLiteral(R"({"bssid":"02:00:00:00:00:%1","flags":[%2]})")
+                       .arg(results.size(), 2, 10, QLatin1Char('0'))
+                       .arg(QLatin1String(flags));
+
+    QVERIFY(m_daemon->publish(QStringLiteral("deaf"), {QStringLiteral("--verbose")}));
+    Tool tool(m_root->path());
+    tool.start({QStringLiteral("wifi"), QStringLiteral("scan"), QStringLiteral("--json")});
+    QVERIFY(waitForDaemon(QStringLiteral("request scan")));
+    QVERIFY(publish(QStringLiteral("scan_results"), QStringLiteral("[%1]").arg(results.join(QLatin1Char(',')))));
+    const QJsonArray list = QJsonDocument::fromJson(tool.nextLine().toUtf8()).array();
+    QCOMPARE(list.size(), results.size());
+    // No level is known, so they are sorted by their hardware addresses.
+    for (int i = 0; i < list.size(); ++i)
+        QVERIFY2(list[i][QLatin1String("security")].toString() == QLatin1String(table[i].second),
+                 qPrintable(results[i] + QLatin1String(" is ") + list[i][QLatin1String("security")].toString()));
+    QCOMPARE(tool.wait(), 0);
+    QCOMPARE(tool.errors(), QString());
+}
+
+/*! Neither of the two may pass for open. */
+void TestMorvekctlWifi::listedTwice()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("deaf"), {QStringLiteral("--verbose")}));
+    Tool tool(m_root->path());
+    tool.start({QStringLiteral("wifi"), QStringLiteral("scan")});
+    QVERIFY(waitForDaemon(QStringLiteral("request scan")));
+    QVERIFY(publish(QStringLiteral("scan_results"),
+                    QStringLiteral(R"([{"bssid":"a","ssid":"s","flags":["ESS"]},)"
+                                   R"({"bssid":"a","ssid":"s","flags":["WPA3-SAE-CCMP"]},)"
+                                   R"({"bssid":"b","ssid":"s","flags":["ESS"]}])")));
+    QCOMPARE(tool.nextLine(), QStringLiteral("SSID  BSSID  SIGNAL  FREQUENCY  CHANNEL  SECURITY"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("s     a      -       -          -        WPA3"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("s     a      -       -          -        WPA3"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("s     b      -       -          -        open"));
+    QCOMPARE(tool.wait(), 0);
 }
 
 void TestMorvekctlWifi::scanFindsNothing()

@@ -35,7 +35,8 @@ private Q_SLOTS:
     void failsAsJson();
     void nothingInRange();
     void manyInRange();
-    void openOrUnknown();
+    void newerSecurity_data();
+    void newerSecurity();
     void openTwinOfWhatCannotBeJoined();
     void refused_data();
     void refused();
@@ -281,11 +282,22 @@ void TestMorvekctlWifiConnect::fails_data()
         "there is no network \"garage\" in range: use one of \"Garage\", \"Home\", \"Attic\", \"Café ☕\", \"Twins\", "
         "\"Office\", \"Museum\", \"Future\", \"Mute\", \"No level\"",
         5);
-    row("enterprise", "Office", "", "\"Office\" cannot be joined: its security is WPA2 Enterprise", 1);
+    row("enterprise", "Office", "",
+        "\"Office\" cannot be joined: its security is WPA2 Enterprise; this unit's library joins WPA and WPA2 with a "
+        "passkey, and open networks",
+        1);
     row("enterprise with a passkey", "Office", "open sesame 42",
-        "\"Office\" cannot be joined: its security is WPA2 Enterprise", 1);
-    row("several securities", "Museum", "", "\"Museum\" cannot be joined: its security is WEP, WPA2 Enterprise", 1);
-    row("unknown", "Future", "", "\"Future\" cannot be joined: its security is unknown", 1);
+        "\"Office\" cannot be joined: its security is WPA2 Enterprise; this unit's library joins WPA and WPA2 with a "
+        "passkey, and open networks",
+        1);
+    row("several securities", "Museum", "",
+        "\"Museum\" cannot be joined: its security is WEP, WPA2 Enterprise; this unit's library joins WPA and WPA2 "
+        "with a passkey, and open networks",
+        1);
+    row("WPA3", "Future", "",
+        "\"Future\" cannot be joined: its security is WPA3; this unit's library joins WPA and WPA2 with a passkey, and "
+        "open networks",
+        1);
     row("open with a passkey", "Café ☕", "open sesame 42",
         "\"Café ☕\" is open: leave --passkey-file out to join it without protection", 1);
     row("no passkey", "Garage", "", "\"Garage\" needs a passkey: give --passkey-file FILE, \"-\" for standard input",
@@ -312,7 +324,8 @@ void TestMorvekctlWifiConnect::failsAsJson()
     const ToolResult result = connectWithoutPasskey(QStringLiteral("Office"), {QStringLiteral("--json")});
     QCOMPARE(result.errors,
              QStringLiteral("morvekctl: looking for \"Office\"\n"
-                            "morvekctl: \"Office\" cannot be joined: its security is WPA2 Enterprise\n"));
+                            "morvekctl: \"Office\" cannot be joined: its security is WPA2 Enterprise; this unit's "
+                            "library joins WPA and WPA2 with a passkey, and open networks\n"));
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 1);
 }
@@ -338,20 +351,56 @@ void TestMorvekctlWifiConnect::manyInRange()
     QCOMPARE(result.code, 5);
 }
 
-void TestMorvekctlWifiConnect::openOrUnknown()
+void TestMorvekctlWifiConnect::newerSecurity_data()
 {
-    QVERIFY(m_daemon->publish(QStringLiteral("air")));
-    const ToolResult joined = connectWithoutPasskey(QStringLiteral("No level"));
-    QCOMPARE(joined.output,
-             QStringLiteral("Looking for \"No level\".\n"
-                            "Joining \"No level\" (open or unknown), strongest by 02:00:00:00:70:13.\n"
-                            "Connected to \"No level\" by 02:00:00:00:70:13 (open, none).\n"));
-    QCOMPARE(joined.code, 0);
-    const ToolResult refused = connect(QStringLiteral("Unreadable"), "correct horse 7");
-    QCOMPARE(refused.errors,
-             QStringLiteral("morvekctl: \"Unreadable\" is open or unknown: leave --passkey-file out to join it without "
-                            "protection\n"));
-    QCOMPARE(refused.code, 1);
+    QTest::addColumn<QString>("ssid");
+    QTest::addColumn<QString>("output"); // after the first line
+    QTest::addColumn<QString>("errors");
+
+    const QString library =
+        QStringLiteral("; this unit's library joins WPA and WPA2 with a passkey, and open networks");
+    const QString twin = QStringLiteral("; the open one of that name is not taken for it");
+    QTest::newRow("WPA3")
+        << "New" << QString()
+        << QStringLiteral("morvekctl: \"New\" cannot be joined: its security is WPA3%1\n").arg(library);
+    QTest::newRow("WPA3 with an open twin")
+        << "Twins" << QString()
+        << QStringLiteral("morvekctl: \"Twins\" cannot be joined: its security is WPA3%1%2\n").arg(library, twin);
+    QTest::newRow("OWE")
+        << "Encrypted" << QString()
+        << QStringLiteral("morvekctl: \"Encrypted\" cannot be joined: its security is OWE%1\n").arg(library);
+    QTest::newRow("OWE with an open twin")
+        << "Lounge" << QString()
+        << QStringLiteral("morvekctl: \"Lounge\" cannot be joined: its security is OWE%1%2\n").arg(library, twin);
+    QTest::newRow("unknown protection with an open twin")
+        << "Strange" << QString()
+        << QStringLiteral("morvekctl: \"Strange\" cannot be joined: its security is unknown protection%1%2\n")
+               .arg(library, twin);
+    // An access point for the old and the new takes the old way.
+    QTest::newRow("WPA2 and WPA3") << "Both"
+                                   << "Joining \"Both\" (WPA2/WPA3), strongest by 02:00:00:00:70:09 with -60 dBm.\n"
+                                      "Connected to \"Both\" by 02:00:00:00:70:09 (WPA2, CCMP).\n"
+                                   << QString();
+    QTest::newRow("WPA2 in other words") << "Plain"
+                                         << "Joining \"Plain\" (WPA2), strongest by 02:00:00:00:70:0a with -61 dBm.\n"
+                                            "Connected to \"Plain\" by 02:00:00:00:70:0a (WPA2, CCMP).\n"
+                                         << QString();
+}
+
+void TestMorvekctlWifiConnect::newerSecurity()
+{
+    QFETCH(QString, ssid);
+    QFETCH(QString, output);
+    QFETCH(QString, errors);
+    QVERIFY(m_daemon->publish(QStringLiteral("newer")));
+    for (const bool withPasskey : {true, false}) {
+        if (!withPasskey && errors.isEmpty())
+            continue;
+        const ToolResult result = withPasskey ? connect(ssid, "correct horse 7") : connectWithoutPasskey(ssid);
+        QCOMPARE(result.errors, errors);
+        QCOMPARE(result.output, QStringLiteral("Looking for \"%1\".\n").arg(ssid) + output);
+        QCOMPARE(result.code, errors.isEmpty() ? 0 : 1);
+    }
 }
 
 void TestMorvekctlWifiConnect::openTwinOfWhatCannotBeJoined()
@@ -359,7 +408,9 @@ void TestMorvekctlWifiConnect::openTwinOfWhatCannotBeJoined()
     QVERIFY(m_daemon->publish(QStringLiteral("office-twin")));
     const ToolResult result = connectWithoutPasskey(QStringLiteral("Office"));
     QCOMPARE(result.errors,
-             QStringLiteral("morvekctl: \"Office\" cannot be joined: its security is open, WPA2 Enterprise\n"));
+             QStringLiteral(
+                 "morvekctl: \"Office\" cannot be joined: its security is WPA2 Enterprise; this unit's library joins "
+                 "WPA and WPA2 with a passkey, and open networks; the open one of that name is not taken for it\n"));
     QCOMPARE(result.code, 1);
 }
 

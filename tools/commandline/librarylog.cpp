@@ -43,11 +43,6 @@ LibraryLog::~LibraryLog()
     KrelLogger::setVerbosity(m_verbosity);
 }
 
-bool LibraryLog::hasHeard(const QString &beginning) const
-{
-    return std::any_of(m_lines.begin(), m_lines.end(), [&](const QString &line) { return line.startsWith(beginning); });
-}
-
 void LibraryLog::listen()
 {
     KrelLogger::setSink(
@@ -61,10 +56,8 @@ void LibraryLog::hear(KrelLogger::Level level, unsigned short code, const QStrin
         write(level, code, text);
         listen();
     }
-    if (level > m_level)
-        return;
-    m_lines += text;
-    m_listener(text);
+    if (level <= m_level)
+        m_listener(text);
 }
 
 } // namespace morvek

@@ -21,9 +21,6 @@ public:
     explicit LibraryLog(const Listener &listener, KrelLogger::Level level = KrelLogger::Error);
     ~LibraryLog();
 
-    /*! Whether a line began with \a beginning. */
-    bool hasHeard(const QString &beginning) const;
-
 private:
     Q_DISABLE_COPY(LibraryLog)
     void listen();
@@ -32,7 +29,6 @@ private:
     const Listener m_listener;
     const KrelLogger::Level m_level;
     const int m_verbosity;
-    QStringList m_lines;
 };
 
 } // namespace morvek

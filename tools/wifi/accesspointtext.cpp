@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "accesspointtext.h"
 
+#include "publishedsecurity.h"
 #include "texts.h"
 
 namespace morvek {
@@ -9,52 +10,7 @@ namespace {
 
 const QString unknown = QStringLiteral("unknown");
 
-QString protocolNames(QFlags<WifiSecurityProtocol> protocols)
-{
-    QStringList names;
-    if (protocols.testFlag(WifiSecurityProtocolWep))
-        names += QStringLiteral("WEP");
-    if (protocols.testFlag(WifiSecurityProtocolWpa))
-        names += QStringLiteral("WPA");
-    if (protocols.testFlag(WifiSecurityProtocolWpa2))
-        names += QStringLiteral("WPA2");
-    return names.join(QLatin1Char('/'));
-}
-
-// The library says "none" beside whatever else it has read, and alone beside what it could not read.
-QString nameWithoutWps(const WifiAccessPoint &accessPoint, bool sureOfOpen)
-{
-    if (isOpen(accessPoint))
-        return sureOfOpen ? QStringLiteral("open") : QStringLiteral("open or unknown");
-    QString names = protocolNames(accessPoint.securityProtocols());
-    const bool enterprise = accessPoint.keyManagementTypes().testFlag(WifiKeyManagementEap);
-    if (takesPasskey(accessPoint))
-        return enterprise ? names + QStringLiteral(" + Enterprise") : names;
-    if (accessPoint.securityProtocols().testFlag(WifiSecurityProtocolWep))
-        return names;
-    return enterprise && !names.isEmpty() ? names + QStringLiteral(" Enterprise") : unknown;
-}
-
 } // namespace
-
-bool isOpen(const WifiAccessPoint &accessPoint)
-{
-    return accessPoint.securityProtocols() == WifiSecurityProtocolNone
-        && accessPoint.keyManagementTypes() == WifiKeyManagementNone && accessPoint.ciphers() == WifiCipherNone;
-}
-
-bool takesPasskey(const WifiAccessPoint &accessPoint)
-{
-    return (accessPoint.securityProtocols() & (WifiSecurityProtocolWpa | WifiSecurityProtocolWpa2))
-        && accessPoint.keyManagementTypes().testFlag(WifiKeyManagementPsk);
-}
-
-QString securityName(const WifiAccessPoint &accessPoint, bool sureOfOpen)
-{
-    const QString name = nameWithoutWps(accessPoint, sureOfOpen);
-    const bool wps = accessPoint.securityProtocols().testFlag(WifiSecurityProtocolWps);
-    return wps ? name + QStringLiteral(" + WPS") : name;
-}
 
 QString cipherName(const WifiAccessPoint &accessPoint)
 {
@@ -93,10 +49,11 @@ QString quoted(const QString &ssid)
 QString connectionText(const WifiAccessPoint &accessPoint)
 {
     return quoted(accessPoint.ssid()) + QLatin1String(" by ") + accessPoint.bssid() + QLatin1String(" (")
-        + securityName(accessPoint) + QLatin1String(", ") + cipherName(accessPoint) + QLatin1Char(')');
+        + PublishedSecurity().ofConnected(accessPoint).name() + QLatin1String(", ") + cipherName(accessPoint)
+        + QLatin1Char(')');
 }
 
-QJsonObject toJson(const WifiAccessPoint &accessPoint, bool sureOfOpen)
+QJsonObject toJson(const WifiAccessPoint &accessPoint, const NetworkSecurity &security)
 {
     return {
         {QStringLiteral("ssid"), textOrNull(accessPoint.ssid())},
@@ -104,7 +61,7 @@ QJsonObject toJson(const WifiAccessPoint &accessPoint, bool sureOfOpen)
         {QStringLiteral("signal"), numberOrNull(accessPoint.rssi())},
         {QStringLiteral("frequency"), numberOrNull(accessPoint.frequency())},
         {QStringLiteral("channel"), numberOrNull(channelOf(accessPoint))},
-        {QStringLiteral("security"), securityName(accessPoint, sureOfOpen)},
+        {QStringLiteral("security"), security.name()},
         {QStringLiteral("cipher"), cipherName(accessPoint)},
     };
 }
@@ -115,7 +72,8 @@ QJsonObject stateJson(bool powered, const WifiAccessPoint &accessPoint)
     return {
         {QStringLiteral("powered"), powered},
         {QStringLiteral("connected"), connected},
-        {QStringLiteral("accessPoint"), connected ? QJsonValue(toJson(accessPoint)) : QJsonValue()},
+        {QStringLiteral("accessPoint"),
+         connected ? QJsonValue(toJson(accessPoint, PublishedSecurity().ofConnected(accessPoint))) : QJsonValue()},
     };
 }
 

@@ -8,13 +8,8 @@
 
 namespace morvek {
 
-/*! Nothing but what stands for an open network is known of it; also what the library cannot read at all looks so. */
-bool isOpen(const WifiAccessPoint &accessPoint);
-/*! It takes a pre-shared key, for WPA or WPA2. */
-bool takesPasskey(const WifiAccessPoint &accessPoint);
+class NetworkSecurity;
 
-/*! "open", "WPA/WPA2", "WPA2 Enterprise + WPS", "unknown" and so on; unless \a sureOfOpen "open or unknown", too. */
-QString securityName(const WifiAccessPoint &accessPoint, bool sureOfOpen = true);
 /*! "TKIP+CCMP", "none", or "unknown". */
 QString cipherName(const WifiAccessPoint &accessPoint);
 /*! The number of the channel, for the frequencies in MHz that surely have one; else 0. */
@@ -28,7 +23,7 @@ QString quoted(const QString &ssid);
 QString connectionText(const WifiAccessPoint &accessPoint);
 
 /*! Everything known of \a accessPoint; what is not known is null. */
-QJsonObject toJson(const WifiAccessPoint &accessPoint, bool sureOfOpen = true);
+QJsonObject toJson(const WifiAccessPoint &accessPoint, const NetworkSecurity &security);
 /*! The station's state; \a accessPoint is empty when it is not connected. */
 QJsonObject stateJson(bool powered, const WifiAccessPoint &accessPoint);
 

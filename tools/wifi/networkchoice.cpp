@@ -10,12 +10,14 @@ namespace morvek {
 
 namespace {
 
-template<typename Text>
-QString distinct(const QList<WifiAccessPoint> &accessPoints, Text text)
+const QLatin1String LibraryJoins("; this unit's library joins WPA and WPA2 with a passkey, and open networks");
+
+template<typename Network, typename Text>
+QString distinct(const QList<Network> &networks, Text text)
 {
     QStringList texts;
-    for (const WifiAccessPoint &accessPoint : accessPoints)
-        texts += text(accessPoint);
+    for (const Network &network : networks)
+        texts += text(network);
     texts.removeAll(QString());
     texts.removeDuplicates();
     return shortList(texts);
@@ -42,33 +44,46 @@ NetworkChoice refuseUnknown(const QList<WifiAccessPoint> &accessPoints, const QS
 
 } // namespace
 
-NetworkChoice chooseNetwork(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen, const QString &ssid,
-                            bool withPasskey)
+QString openTwinLeftOut()
 {
-    QList<WifiAccessPoint> named;
-    std::copy_if(accessPoints.begin(), accessPoints.end(), std::back_inserter(named),
-                 [&](const WifiAccessPoint &accessPoint) { return accessPoint.ssid() == ssid; });
+    return QStringLiteral("; the open one of that name is not taken for it");
+}
+
+NetworkChoice chooseNetwork(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &published,
+                            const QString &ssid, bool withPasskey)
+{
+    QList<NetworkChoice> named;
+    int openOnes = 0;
+    for (const WifiAccessPoint &accessPoint : accessPoints) {
+        if (accessPoint.ssid() != ssid)
+            continue;
+        NetworkChoice choice;
+        choice.accessPoint = accessPoint;
+        choice.security = published.ofScanned(accessPoint);
+        openOnes += choice.security.isOpen();
+        named += choice;
+    }
     if (named.isEmpty())
         return refuseUnknown(accessPoints, ssid);
 
-    const int openOnes = int(std::count_if(named.begin(), named.end(), isOpen));
     const bool allOpen = openOnes == named.size();
-    const auto protectedOne = std::find_if(named.begin(), named.end(), takesPasskey);
-    if (protectedOne != named.end() || (allOpen && !withPasskey)) {
-        NetworkChoice choice;
-        choice.accessPoint = allOpen ? named.first() : *protectedOne;
-        choice.hasOpenTwin = !allOpen && openOnes > 0;
-        return choice;
-    }
-    const auto security = [sureOfOpen](const WifiAccessPoint &accessPoint) {
-        return securityName(accessPoint, sureOfOpen);
-    };
-    if (allOpen)
+    const auto best = std::find_if(named.begin(), named.end(), [allOpen](const NetworkChoice &choice) {
+        return allOpen || choice.security.takesPasskey();
+    });
+    if (best == named.end()) {
+        const QString security = distinct(named, [](const NetworkChoice &choice) {
+            return choice.security.isOpen() ? QString() : choice.security.name();
+        });
         return refuse(Failed,
-                      QStringLiteral("%1 is %2: leave --passkey-file out to join it without protection")
-                          .arg(quoted(ssid), security(named.first())));
-    return refuse(
-        Failed, QStringLiteral("%1 cannot be joined: its security is ").arg(quoted(ssid)) + distinct(named, security));
+                      QStringLiteral("%1 cannot be joined: its security is %2").arg(quoted(ssid), security)
+                          + LibraryJoins + (openOnes > 0 ? openTwinLeftOut() : QString()));
+    }
+    if (allOpen && withPasskey)
+        return refuse(
+            Failed,
+            QStringLiteral("%1 is open: leave --passkey-file out to join it without protection").arg(quoted(ssid)));
+    best->hasOpenTwin = !allOpen && openOnes > 0;
+    return *best;
 }
 
 } // namespace morvek

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scanningcommand.h"
 
+#include "publishedsecurity.h"
+
 #include <asyncwifiscanoperation.h>
 
 #include <algorithm>
@@ -10,9 +12,6 @@
 namespace morvek {
 
 namespace {
-
-// What the library tells of an access point that it lists without that flag.
-const QString UnreadableFlag = QStringLiteral("Unable to parse access point WPA flag ");
 
 QList<WifiAccessPoint> sortedBySignal(QList<WifiAccessPoint> accessPoints)
 {
@@ -53,9 +52,8 @@ void ScanningCommand::run()
 
 void ScanningCommand::onSuccess()
 {
-    const bool sureOfOpen = !hasHeard(UnreadableFlag);
     hearNoMore();
-    onScanned(sortedBySignal(m_operation->results()), sureOfOpen);
+    onScanned(sortedBySignal(m_operation->results()), PublishedSecurity());
 }
 
 } // namespace morvek

@@ -9,6 +9,7 @@
 namespace morvek {
 
 class AsyncWifiScanOperation;
+class PublishedSecurity;
 
 /*! A command that begins with a scan. */
 class ScanningCommand : public WifiCommand
@@ -21,11 +22,8 @@ public:
 
 protected:
     virtual void onScanStarted() = 0;
-    /*!
-     * Called once; the strongest of \a accessPoints comes first. Those that look open surely are only when
-     * \a sureOfOpen.
-     */
-    virtual void onScanned(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen) = 0;
+    /*! Called once; the strongest of \a accessPoints comes first. */
+    virtual void onScanned(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &security) = 0;
 
 private:
     void run() override;

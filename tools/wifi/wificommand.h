@@ -32,7 +32,6 @@ protected:
      * tells refusals in its log only.
      */
     void hearRefusals(const QString &failure);
-    bool hasHeard(const QString &error) const { return m_log && m_log->hasHeard(error); }
     void hearNoMore() { m_log.reset(); }
     /*! Ends the command well: with the station's state in JSON, or with \a sentence. */
     void tellState(const QString &sentence);

@@ -21,15 +21,14 @@ const QLatin1String FailedToConnect("Failed to connect to Access Point");
 
 const QString PasskeyKind = QStringLiteral("passkey");
 
-WifiConnectionConfig configurationFor(const WifiAccessPoint &accessPoint, const QString &passkey)
+WifiConnectionConfig configurationFor(const NetworkChoice &choice, const QString &passkey)
 {
     WifiConnectionConfig config;
-    config.setSsid(accessPoint.ssid());
-    if (!takesPasskey(accessPoint))
+    config.setSsid(choice.accessPoint.ssid());
+    if (!choice.security.takesPasskey())
         return config;
-    const bool wpa2 = accessPoint.securityProtocols().testFlag(WifiSecurityProtocolWpa2);
     config.setKeyManagementType(WifiKeyManagementPsk);
-    config.setSecurityProtocol(wpa2 ? WifiSecurityProtocolWpa2 : WifiSecurityProtocolWpa);
+    config.setSecurityProtocol(choice.security.hasWpa2() ? WifiSecurityProtocolWpa2 : WifiSecurityProtocolWpa);
     config.setPasskey(passkey);
     return config;
 }
@@ -51,24 +50,19 @@ public:
 protected:
     void onScanStarted() override { tellStep(QStringLiteral("looking for %1").arg(quoted(m_ssid))); }
 
-    void onScanned(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen) override
+    void onScanned(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &security) override
     {
-        const NetworkChoice choice = chooseNetwork(accessPoints, sureOfOpen, m_ssid, m_withPasskey);
-        if (!choice.complaint.isEmpty()) {
-            fail(choice.complaint, choice.code);
-            return;
-        }
-        m_accessPoint = choice.accessPoint;
-        m_security = securityName(m_accessPoint, sureOfOpen);
-        if (!takesPasskey(m_accessPoint) || !m_passkey.isEmpty())
+        m_choice = chooseNetwork(accessPoints, security, m_ssid, m_withPasskey);
+        if (!m_choice.complaint.isEmpty())
+            fail(m_choice.complaint, m_choice.code);
+        else if (!m_choice.security.takesPasskey() || !m_passkey.isEmpty())
             join();
         else if (PasskeyPrompt::isPossible())
             askForPasskey();
         else
             fail(QStringLiteral("%1 needs a passkey: give --passkey-file FILE, \"-\" for standard input")
                          .arg(quoted(m_ssid))
-                     + (choice.hasOpenTwin ? QStringLiteral("; the open one of that name is not taken for it")
-                                           : QString()),
+                     + (m_choice.hasOpenTwin ? openTwinLeftOut() : QString()),
                  WrongUsage);
     }
 
@@ -109,16 +103,16 @@ private:
 
     void join()
     {
-        const QString signal = signalText(m_accessPoint);
-        tellStep(
-            QStringLiteral("joining %1 (%2), strongest by %3").arg(quoted(m_ssid), m_security, m_accessPoint.bssid())
-            + (signal.isEmpty() ? QString() : QStringLiteral(" with ") + signal));
+        const QString signal = signalText(m_choice.accessPoint);
+        tellStep(QStringLiteral("joining %1 (%2), strongest by %3")
+                     .arg(quoted(m_ssid), m_choice.security.name(), m_choice.accessPoint.bssid())
+                 + (signal.isEmpty() ? QString() : QStringLiteral(" with ") + signal));
         setDeadline(JoinTime);
         m_joining = true;
         m_former = service()->connectedAccessPoint();
         m_left = !service()->connected();
         connect(service(), &WifiService::connectedChanged, this, &ConnectCommand::onConnectedChanged);
-        m_join.reset(service()->connectAccessPoint(configurationFor(m_accessPoint, m_passkey)));
+        m_join.reset(service()->connectAccessPoint(configurationFor(m_choice, m_passkey)));
         connect(m_join.get(), &AsyncWifiConnectOperation::success, this, &ConnectCommand::onConnection);
         connect(m_join.get(), &AsyncWifiConnectOperation::failure, this, &ConnectCommand::onRefused);
     }
@@ -155,8 +149,8 @@ private:
         const AsyncOperationError error = m_join->error();
         QString reason;
         if (error.message() == FailedToConnect)
-            reason = takesPasskey(m_accessPoint) ? QStringLiteral(" (the passkey is wrong, as a rule)")
-                                                 : QStringLiteral(" (it may not be open after all)");
+            reason = m_choice.security.takesPasskey() ? QStringLiteral(" (the passkey is wrong, as a rule)")
+                                                      : QStringLiteral(" (it may not be open after all)");
         notJoined(QStringLiteral(", code %1: ").arg(error.code()) + error.message() + reason);
     }
 
@@ -183,8 +177,7 @@ private:
     const QString m_ssid;
     const bool m_withPasskey;
     QString m_passkey;
-    WifiAccessPoint m_accessPoint;
-    QString m_security;
+    NetworkChoice m_choice; //!< once there are scan results
     std::unique_ptr<PasskeyPrompt> m_prompt;
     std::unique_ptr<AsyncWifiConnectOperation> m_join;
     WifiAccessPoint m_former; //!< what the station was connected to before

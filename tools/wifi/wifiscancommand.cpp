@@ -4,6 +4,7 @@
 #include "accesspointtext.h"
 #include "output.h"
 #include "progress.h"
+#include "publishedsecurity.h"
 #include "scanningcommand.h"
 #include "terminationsignals.h"
 #include "texts.h"
@@ -12,15 +13,15 @@ namespace morvek {
 
 namespace {
 
-void writeJson(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen)
+void writeJson(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &security)
 {
     QJsonArray array;
     for (const WifiAccessPoint &accessPoint : accessPoints)
-        array.append(toJson(accessPoint, sureOfOpen));
+        array.append(toJson(accessPoint, security.ofScanned(accessPoint)));
     writeLine(jsonLine(array));
 }
 
-void writeList(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen)
+void writeList(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &security)
 {
     QVector<QStringList> rows {{QStringLiteral("SSID"), QStringLiteral("BSSID"), QStringLiteral("SIGNAL"),
                                 QStringLiteral("FREQUENCY"), QStringLiteral("CHANNEL"), QStringLiteral("SECURITY")}};
@@ -29,7 +30,7 @@ void writeList(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen)
             accessPoint.frequency() == 0 ? QString() : QStringLiteral("%1 MHz").arg(accessPoint.frequency());
         const QString channel = channelOf(accessPoint) == 0 ? QString() : QString::number(channelOf(accessPoint));
         rows.append({accessPoint.ssid(), accessPoint.bssid(), signalText(accessPoint), frequency, channel,
-                     securityName(accessPoint, sureOfOpen)});
+                     security.ofScanned(accessPoint).name()});
     }
     writeTable(rows);
 }
@@ -51,13 +52,13 @@ protected:
             m_progress = std::make_unique<Progress>(QStringLiteral("Scanning"));
     }
 
-    void onScanned(const QList<WifiAccessPoint> &accessPoints, bool sureOfOpen) override
+    void onScanned(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &security) override
     {
         m_progress.reset();
         if (json())
-            writeJson(accessPoints, sureOfOpen);
+            writeJson(accessPoints, security);
         else
-            writeList(accessPoints, sureOfOpen);
+            writeList(accessPoints, security);
         finish(Done);
     }
 
@@ -72,21 +73,21 @@ private:
 
 CommandInfo wifiScanCommand()
 {
-    return {QStringLiteral("wifi scan"),
-            {},
-            0,
-            serviceOptions(),
-            {{QString(), QStringLiteral("look for access points, and list them, the strongest first")}},
-            QStringLiteral(
-                "A hidden name is \"-\", in JSON null, as is what is not known. The security \"unknown\" is one\n"
-                "that this unit's library does not know. When the library cannot read the security of some\n"
-                "access point, each one that looks open is \"open or unknown\". The results may be those of\n"
-                "another application's scan. When there are none within %1, or the time of\n"
-                "--timeout, the command ends with code 4; by Ctrl-C or a refusal of the daemon with code 1.")
-                .arg(inSeconds(ScanTime)),
-            {QStringLiteral("morvekctl wifi scan"),
-             QStringLiteral("morvekctl wifi scan --json | jq -r '.[] | select(.security == \"open\").ssid'")},
-            createFrom<ScanCommand>};
+    return {
+        QStringLiteral("wifi scan"),
+        {},
+        0,
+        serviceOptions(),
+        {{QString(), QStringLiteral("look for access points, and list them, the strongest first")}},
+        QStringLiteral("A hidden name is \"-\", in JSON null, as is what is not known. The security is what the\n"
+                       "daemon tells, WPA3 and OWE (encrypted without a passkey) included, which this unit's library\n"
+                       "does not know. The results may be those of another application's scan. When there are none\n"
+                       "within %1, or the time of --timeout, the command ends with code 4; by Ctrl-C or a\n"
+                       "refusal of the daemon with code 1.")
+            .arg(inSeconds(ScanTime)),
+        {QStringLiteral("morvekctl wifi scan"),
+         QStringLiteral("morvekctl wifi scan --json | jq -r '.[] | select(.security == \"open\").ssid'")},
+        createFrom<ScanCommand>};
 }
 
 } // namespace morvek

@@ -3,6 +3,7 @@
 
 #include "accesspointtext.h"
 #include "output.h"
+#include "publishedsecurity.h"
 #include "texts.h"
 #include "wificommand.h"
 
@@ -32,7 +33,7 @@ protected:
             {QStringLiteral("Connected"), word(connected)},
             {QStringLiteral("SSID"), accessPoint.ssid()},
             {QStringLiteral("BSSID"), accessPoint.bssid()},
-            {QStringLiteral("Security"), connected ? securityName(accessPoint) : QString()},
+            {QStringLiteral("Security"), connected ? PublishedSecurity().ofConnected(accessPoint).name() : QString()},
             {QStringLiteral("Cipher"), connected ? cipherName(accessPoint) : QString()},
         });
         finish(Done);
