@@ -12,7 +12,7 @@ namespace morvek {
  * Reading or writing the hotspot's profile.
  *
  * On success results() holds one profile.
- * It holds none when the tethering manager has answered this request as one that switches the hotspot.
+ * It holds none when the tethering daemon has answered this request as one that switches the hotspot.
  */
 class MORVEK_NETWORK_EXPORT AsyncHotspotConfigOperation : public AsyncOperation<WifiHotspot>
 {

@@ -11,7 +11,7 @@ namespace morvek {
  * Switching the hotspot on or off.
  *
  * On success results() holds one value: true after switching on, false after switching off.
- * It holds none when the tethering manager has answered this request as one about the profile.
+ * It holds none when the tethering daemon has answered this request as one about the profile.
  */
 class MORVEK_NETWORK_EXPORT AsyncHotspotEnableOperation : public AsyncOperation<bool>
 {

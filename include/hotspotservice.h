@@ -61,7 +61,7 @@ class AsyncHotspotEnableOperation;
  * The service is usable on the thread that created it, which must be the same for all hotspot services of a process.
  * Slots may delete it.
  *
- * A new service is not ready: it becomes so, from the event loop, when the tethering manager serves its control object,
+ * A new service is not ready: it becomes so, from the event loop, when the tethering daemon serves its control object,
  * and tells it with readyChanged(). It tries once: when the control object is there and one of the manager's objects
  * cannot be opened, such as while the manager restarts, the service does not become ready any more, and no signal tells
  * that. An application that is still waiting after a second or two makes a new service, and waits longer each time: see
@@ -73,7 +73,7 @@ class AsyncHotspotEnableOperation;
  * when the manager dies, as if it were refused. A request that the manager answers as another one ends as that one
  * would: with its messages, and with a result only when that is of the same type.
  *
- * Deleting the service does not delete what talks to the tethering manager behind it: that stays for the life of the
+ * Deleting the service does not delete what talks to the tethering daemon behind it: that stays for the life of the
  * process, with up to two open objects, and operations that are pending still end. So an application keeps the first
  * service that becomes ready, and does not try for ever.
  */
@@ -87,11 +87,11 @@ public:
 
     /*! Always true. */
     bool available() const override;
-    /*! Whether the tethering manager's objects have been opened. */
+    /*! Whether the tethering daemon's objects have been opened. */
     bool ready() const override;
 
     /*!
-     * Asks the tethering manager to start the hotspot, or to stop it. The operation succeeds when the manager has
+     * Asks the tethering daemon to start the hotspot, or to stop it. The operation succeeds when the manager has
      * accepted that; enabledChanged() tells when the hotspot is on or off. It fails with one of these messages:
      *
      * - "The service is not ready."
@@ -104,11 +104,11 @@ public:
      * is read.
      */
     AsyncHotspotEnableOperation *setEnabled(bool enable);
-    /*! Whether the hotspot is on, as the tethering manager has told last; false while the service is not ready. */
+    /*! Whether the hotspot is on, as the tethering daemon has told last; false while the service is not ready. */
     bool enabled() const;
 
     /*!
-     * Writes \a profile. The operation succeeds when the tethering manager has taken it; its result, and that of
+     * Writes \a profile. The operation succeeds when the tethering daemon has taken it; its result, and that of
      * configurationChanged(), is the profile that this service has read last (an empty one when it has read none), not
      * \a profile: read it again. It fails with one of these messages:
      *
@@ -122,7 +122,7 @@ public:
      */
     AsyncHotspotConfigOperation *setConfiguration(const WifiHotspot &profile);
     /*!
-     * Reads the profile from the tethering manager. The operation succeeds with it; configurationChanged() has told it
+     * Reads the profile from the tethering daemon. The operation succeeds with it; configurationChanged() has told it
      * then. It fails with one of these messages:
      *
      * - "The service is not ready."

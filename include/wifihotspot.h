@@ -49,7 +49,7 @@ public:
     void setPassphrase(const QString &passphrase);
 
     /*!
-     * WPA2 at first; WPA and WPA2 together mean that clients may use either. The tethering manager knows none, WPA,
+     * WPA2 at first; WPA and WPA2 together mean that clients may use either. The tethering daemon knows none, WPA,
      * WPA2 and these two together: anything else is written as an empty text, and what it tells in other words is read
      * as no flag at all. A value that was once written as an empty text is what that text is read as from then on.
      */
@@ -57,14 +57,14 @@ public:
     void setSecurityType(const QFlags<WifiSecurityProtocol> &securityType);
 
     /*!
-     * The radio band that the hotspot works in; 2.4 GHz at first, and when the tethering manager tells it in words that
+     * The radio band that the hotspot works in; 2.4 GHz at first, and when the tethering daemon tells it in words that
      * are not known. A value that is none of the two is kept, and written as an empty text, which is read as that value
      * from then on.
      */
     WifiBand band() const;
     void setBand(WifiBand band);
 
-    /*! How long the hotspot stays on unused, in the tethering manager's unit; -1, not set, at first. */
+    /*! How long the hotspot stays on unused, in the tethering daemon's unit; -1, not set, at first. */
     int inactivityTime() const;
     void setInactivityTime(int inactivityTime);
 
@@ -72,7 +72,7 @@ public:
     int maxClients() const;
     void setMaxClients(int maxClients);
 
-    /*! The privacy switch of the tethering manager's profile, passed on as it is; false at first. */
+    /*! The privacy switch of the tethering daemon's profile, passed on as it is; false at first. */
     bool privacy() const;
     void setPrivacy(bool privacy);
 

@@ -6,7 +6,7 @@
 
 namespace morvek {
 
-/*! What carries out the tethering manager's requests. */
+/*! What carries out the tethering daemon's requests. */
 class HotspotControl
 {
 public:

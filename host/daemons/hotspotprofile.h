@@ -9,7 +9,7 @@
 namespace morvek {
 
 /*!
- * Judges and makes the tethering manager's profile documents. No text of a refusal ever repeats what is wrong: it may
+ * Judges and makes the tethering daemon's profile documents. No text of a refusal ever repeats what is wrong: it may
  * be a passphrase in the wrong place.
  */
 namespace HotspotProfile {

@@ -10,7 +10,7 @@ class HotspotControl;
 class HotspotStore;
 struct TetheringRequest;
 
-/*! The tethering manager: publishes whether the hotspot is active, answers requests to it, and keeps its profile. */
+/*! The tethering daemon: publishes whether the hotspot is active, answers requests to it, and keeps its profile. */
 class TetheringDaemon : public Daemon
 {
     Q_OBJECT

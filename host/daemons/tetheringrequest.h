@@ -8,7 +8,7 @@
 
 namespace morvek {
 
-/*! A request on the tethering manager's control object, as far as it can be judged without knowing the hotspot. */
+/*! A request on the tethering daemon's control object, as far as it can be judged without knowing the hotspot. */
 struct TetheringRequest : ControlRequest
 {
     using ControlRequest::ControlRequest;

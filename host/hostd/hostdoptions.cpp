@@ -17,7 +17,7 @@ constexpr double MostSpeed = 10000;
 const QString Description = QStringLiteral(
     "Plays the daemons of a head unit on a Linux machine: the networking daemon publishes network interfaces and\n"
     "answers requests to configure them; the Wi-Fi daemon publishes the state of the radio, scans, and joins and\n"
-    "leaves networks; the tethering manager starts and stops a hotspot, and keeps its profile. When everything is\n"
+    "leaves networks; the tethering daemon starts and stops a hotspot, and keeps its profile. When everything is\n"
     "published it prints \"ready: ROOT\"; SIGTERM ends it.\n"
     "\n"
     "Exit codes: 0 ended as asked, 1 cannot publish, 2 bad arguments, 3 bad scenario, 4 unusable root,\n"
