@@ -39,17 +39,18 @@ void fillStandardStreams()
 
 int ended(ExitCode code)
 {
-    if (outputError() == 0)
-        return code;
-    if (outputError() != EPIPE) // a reader that has seen enough is no mistake of anybody
+    if (outputError() != 0 && outputError() != EPIPE) // a reader that has seen enough is no mistake of anybody
         complain(QStringLiteral("the output could not be written: %1").arg(qt_error_string(outputError())));
-    return code == Done ? Failed : code;
+    if (outputError() != 0 && code == Done)
+        code = Failed;
+    endMessages(code);
+    return code;
 }
 
 int refuse(const QString &error)
 {
     complain(error);
-    return WrongUsage;
+    return ended(WrongUsage);
 }
 
 int runCommand(const CommandLine &line)
@@ -83,6 +84,14 @@ int main(int argc, char *argv[])
     if (arguments.value(0) == QLatin1String("complete"))
         return complete(arguments.mid(arguments.value(1) == QLatin1String("--") ? 2 : 1));
 
+    if (arguments.isEmpty()) {
+        writeText(shortHelp());
+        return ended(WrongUsage);
+    }
+
+    // Also what is wrong with the command line is told so.
+    if (arguments.mid(0, arguments.indexOf(QStringLiteral("--"))).contains(QLatin1String("--json")))
+        useJsonMessages();
     CommandLine line;
     QString error;
     if (!parseCommandLine(arguments, &line, &error))

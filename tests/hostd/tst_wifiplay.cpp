@@ -177,6 +177,8 @@ void WifiPlayTest::security_data()
     row("WEP with a passkey", "Old Router", "whatever it is", nobody);
     row("enterprise", "Office", "whatever it is", nobody);
     row("SAE", "Future", "whatever it is", nobody);
+    row("WPA2 and WPA3", "Bridge", "old and new", "connected WPA2-PSK CCMP");
+    row("OWE", "Lounge", nullptr, nobody);
     row("far away", "Far away", "beyond the hill", nobody);
     row("nowhere", "No such name", nullptr, nobody);
 }
@@ -198,12 +200,12 @@ void WifiPlayTest::scansNamesThatAreHardToWrite()
     const QJsonArray results = m_status->object.attribute(QStringLiteral("scan_results")).toJson().array();
     for (const QJsonValue &point : results)
         names += point.toObject().value(QStringLiteral("ssid")).toString();
-    QCOMPARE(names.size(), 14);
-    QCOMPARE(names.at(10), QStringLiteral("say \"hello\" \\ 'goodbye'"));
-    QCOMPARE(names.at(11), QStringLiteral("two\nlines\tand\007bells"));
-    QCOMPARE(names.at(12),
+    QCOMPARE(names.size(), 16);
+    QCOMPARE(names.at(12), QStringLiteral("say \"hello\" \\ 'goodbye'"));
+    QCOMPARE(names.at(13), QStringLiteral("two\nlines\tand\007bells"));
+    QCOMPARE(names.at(14),
              QString::fromUtf8("\xc5\xbb\xc3\xb3\xc5\x82ta \xc5\x82\xc3\xb3\x64\xc5\xba \xf0\x9f\x9b\xb6"));
-    QCOMPARE(names.at(13), QString());
+    QCOMPARE(names.at(15), QString());
 }
 
 void WifiPlayTest::roaming()

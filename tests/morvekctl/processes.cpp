@@ -62,6 +62,14 @@ ToolResult runWithClosedInput(const QString &root, const QString &arguments)
     return resultOf(&process);
 }
 
+QString complaintLine(const QString &arguments, const QString &sentence, int exitCode, const QString &code)
+{
+    if (!arguments.contains(QLatin1String("--json")))
+        return QStringLiteral("morvekctl: %1\n").arg(sentence);
+    const QString text = QString(sentence).replace(QLatin1Char('"'), QLatin1String("\\\""));
+    return QStringLiteral("{\"code\":%1,\"exitCode\":%2,\"message\":\"%3\"}\n").arg(code).arg(exitCode).arg(text);
+}
+
 LineProcess::LineProcess(const QString &program, const QString &root)
 {
     m_process.setProgram(program);

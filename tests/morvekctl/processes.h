@@ -27,6 +27,13 @@ ToolResult runTool(const QString &root, const QStringList &arguments, const QStr
 /*! Runs morvekctl with \a arguments, words with blanks between them, on \a root without a standard input. */
 ToolResult runWithClosedInput(const QString &root, const QString &arguments);
 
+/*!
+ * The line by which morvekctl, called with \a arguments, tells why it ends with \a exitCode: a JSON object with --json,
+ * in which \a code is that of the operation.
+ */
+QString complaintLine(const QString &arguments, const QString &sentence, int exitCode,
+                      const QString &code = QStringLiteral("null"));
+
 /*! A process whose standard output is read line by line. */
 class LineProcess
 {

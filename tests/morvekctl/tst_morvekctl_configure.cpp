@@ -28,6 +28,8 @@ private Q_SLOTS:
     void appliedAsJson();
 
     void unknownInterface();
+    void autoAlready();
+    void autoWithoutAddress();
     void sameConfiguration();
     void refusedByDaemon();
     void refusedAtDisconnection();
@@ -189,13 +191,45 @@ void TestMorvekctlConfigure::unknownInterface()
     QCOMPARE(result.code, 5);
 }
 
-void TestMorvekctlConfigure::sameConfiguration()
+void TestMorvekctlConfigure::autoAlready()
 {
     QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
-    const ToolResult result = run(QStringLiteral("configure eth0 auto --json"));
+    const ToolResult result = run(QStringLiteral("configure eth0 auto"));
+    QCOMPARE(result.output, QStringLiteral("eth0 is auto already.\n"));
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 0);
+    const ToolResult applied = run(QStringLiteral("configure eth0 auto --applied"));
+    QVERIFY(applied.output.contains(QLatin1String("\nMode              auto\nAddress           10.20.0.40/16\n")));
+    QCOMPARE(applied.code, 0);
+    const ToolResult asJson = run(QStringLiteral("configure eth0 auto --json"));
+    QCOMPARE(QJsonDocument::fromJson(asJson.output.toUtf8())[QLatin1String("name")].toString(), QStringLiteral("eth0"));
+    QCOMPARE(asJson.errors, QString());
+    QCOMPARE(asJson.code, 0);
+}
+
+/*! Without an address it has not what was asked for. */
+void TestMorvekctlConfigure::autoWithoutAddress()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("wifi-security")));
+    const ToolResult result = run(QStringLiteral("configure wlan0 auto"));
+    QVERIFY2(result.errors.startsWith(QLatin1String(
+                 "morvekctl: wlan0 was not configured, code -1: The new configuration settings are the same "
+                 "as the current configuration settings.")),
+             qPrintable(result.errors));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 1);
+}
+
+void TestMorvekctlConfigure::sameConfiguration()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit"), {QStringLiteral("--speed"), QStringLiteral("100")}));
+    const QString arguments = QStringLiteral("configure eth0 manual --address 10.20.0.77/16 --gateway 10.20.0.1 ");
+    QCOMPARE(run(arguments + QLatin1String("--applied")).code, 0);
+    const ToolResult result = run(arguments + QLatin1String("--json"));
     QCOMPARE(result.errors,
-             QStringLiteral("morvekctl: eth0 was not configured, code -1: The new configuration settings "
-                            "are the same as the current configuration settings.\n"));
+             QStringLiteral(R"({"code":-1,"exitCode":1,"message":"eth0 was not configured, code -1: The new )"
+                            R"(configuration settings are the same as the current configuration settings."})"
+                            "\n"));
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 1);
 }

@@ -54,7 +54,7 @@ private Q_SLOTS:
 private:
     const QString profileRows = QStringLiteral("Name               Morvek Car\n"
                                                "Passphrase         (hidden)\n"
-                                               "Security           wpa2\n"
+                                               "Security           WPA2\n"
                                                "Band               5 GHz\n"
                                                "Max. clients       10\n"
                                                "Inactivity time    600\n"
@@ -126,7 +126,7 @@ void TestMorvekctlHotspot::otherProfiles_data()
     QTest::newRow("nothing") << QByteArray("{}")
                              << "Name               -\n"
                                 "Passphrase         -\n"
-                                "Security           wpa2\n"
+                                "Security           WPA2\n"
                                 "Band               2.4 GHz\n"
                                 "Max. clients       -\n"
                                 "Inactivity time    -\n"
@@ -164,7 +164,7 @@ void TestMorvekctlHotspot::otherProfiles_data()
     QTest::newRow("WPA") << QByteArray(R"({"ssid":"A","passphrase":"B","security_type":"wpa","block_conn":true})")
                          << "Name               A\n"
                             "Passphrase         B\n"
-                            "Security           wpa\n"
+                            "Security           WPA\n"
                             "Band               2.4 GHz\n"
                             "Max. clients       0\n"
                             "Inactivity time    0\n"
@@ -175,7 +175,7 @@ void TestMorvekctlHotspot::otherProfiles_data()
     QTest::newRow("mixed") << QByteArray(R"({"ssid":"A","passphrase":"B","security_type":"wpa_mixed"})")
                            << "Name               A\n"
                               "Passphrase         B\n"
-                              "Security           wpa-wpa2\n"
+                              "Security           WPA/WPA2\n"
                               "Band               2.4 GHz\n"
                               "Max. clients       0\n"
                               "Inactivity time    0\n"
@@ -376,7 +376,7 @@ void TestMorvekctlHotspot::refused()
     QVERIFY(start(faults));
     QVERIFY(publish(QStringLiteral("state"), state));
     const ToolResult result = run(QStringLiteral("hotspot %1 --timeout 60").arg(command));
-    QCOMPARE(result.errors, QStringLiteral("morvekctl: %1\n").arg(sentence));
+    QCOMPARE(result.errors, complaintLine(command, sentence, 1, QStringLiteral("-1")));
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 1);
     QCOMPARE(this->state(), state);
@@ -507,9 +507,11 @@ void TestMorvekctlHotspot::daemonNeverThere()
     QFETCH(QString, arguments);
     const ToolResult result = run(arguments);
     QCOMPARE(result.errors,
-             QStringLiteral("morvekctl: the tethering daemon is not there: start morvek-hostd, or set ZOP_ROOT to its "
-                            "root (it is \"%1\"), or add --wait\n")
-                 .arg(m_root->path()));
+             complaintLine(arguments,
+                           QStringLiteral("the tethering daemon is not there: start morvek-hostd, or set ZOP_ROOT to "
+                                          "its root (it is \"%1\"), or add --wait")
+                               .arg(m_root->path()),
+                           3));
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 3);
 }

@@ -22,6 +22,7 @@ private Q_SLOTS:
     void changes();
     void changesAsJson();
     void withoutProfile();
+    void withoutProfileAsJson();
     void profileThatIsLate();
     void otherChangesAreNotTold();
     void outlivesDaemon();
@@ -45,7 +46,7 @@ private:
     }
 
     const QString off = QStringLiteral("present  hotspot off");
-    const QString profile = QStringLiteral("profile  hotspot off, \"Morvek Car\" (wpa2, 5 GHz)");
+    const QString profile = QStringLiteral("profile  hotspot off, \"Morvek Car\" (WPA2, 5 GHz)");
     std::unique_ptr<Tool> m_tool;
 };
 
@@ -108,6 +109,20 @@ void TestMorvekctlHotspotMonitor::withoutProfile()
     QCOMPARE(m_tool->wait(), 0);
 }
 
+/*! It goes on after that, so it is a note, whose code is not that of the end. */
+void TestMorvekctlHotspotMonitor::withoutProfileAsJson()
+{
+    QVERIFY(start(R"({ "message": "retrieve_profile", "fault": "refuse", "err": 13, "errmsg": "permission denied",
+                       "times": 1 })"));
+    follow(QStringLiteral("--json --count 1 --timeout 2"));
+    QCOMPARE(m_tool->wait(), 4);
+    QCOMPARE(m_tool->errors(),
+             QStringLiteral(R"({"note":"the profile was not read, code -1: Failed to retrieve WifiHotspot config."})"
+                            "\n"
+                            R"({"code":null,"exitCode":4,"message":"the time is up: fewer changes than --count came"})"
+                            "\n"));
+}
+
 void TestMorvekctlHotspotMonitor::profileThatIsLate()
 {
     QVERIFY(start(R"({ "message": "retrieve_profile", "fault": "late", "delay": 2000, "times": 1 })",
@@ -117,7 +132,7 @@ void TestMorvekctlHotspotMonitor::profileThatIsLate()
     QVERIFY(waitForDaemon(QStringLiteral("request retrieve_profile")));
     QVERIFY(publish(QStringLiteral("state"), QStringLiteral("ACTIVE")));
     QCOMPARE(nextLine(), QStringLiteral("on       hotspot on"));
-    QCOMPARE(nextLine(), QStringLiteral("profile  hotspot on, \"Morvek Car\" (wpa2, 5 GHz)"));
+    QCOMPARE(nextLine(), QStringLiteral("profile  hotspot on, \"Morvek Car\" (WPA2, 5 GHz)"));
 }
 
 void TestMorvekctlHotspotMonitor::otherChangesAreNotTold()

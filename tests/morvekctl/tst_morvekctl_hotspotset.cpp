@@ -95,6 +95,12 @@ void TestMorvekctlHotspotSet::changes_data()
     QTest::newRow("both") << "--security wpa-wpa2"
                           << R"("security":"wpa2")"
                           << R"("security":"wpa-wpa2")";
+    QTest::newRow("WPA as people write it") << "--security WPA"
+                                            << R"("security":"wpa2")"
+                                            << R"("security":"wpa")";
+    QTest::newRow("both as people write it") << "--security WPA/WPA2"
+                                             << R"("security":"wpa2")"
+                                             << R"("security":"wpa-wpa2")";
     QTest::newRow("one client") << "--max-clients 1"
                                 << R"("maxClients":10)"
                                 << R"("maxClients":1)";
@@ -143,7 +149,7 @@ void TestMorvekctlHotspotSet::tellsAsTable()
     QCOMPARE(result.output,
              QStringLiteral("Name               Morvek Car\n"
                             "Passphrase         (hidden)\n"
-                            "Security           wpa2\n"
+                            "Security           WPA2\n"
                             "Band               5 GHz\n"
                             "Max. clients       3\n"
                             "Inactivity time    600\n"
@@ -271,9 +277,11 @@ void TestMorvekctlHotspotSet::keepsSomethingElse()
                             R"("maxClients":9,"name":"Bus","privacy":true,"security":"wpa"})"
                             "\n"));
     QCOMPARE(result.errors,
-             QStringLiteral("morvekctl: the tethering daemon keeps something else than what was written: name, "
-                            "passphrase, security, band, maximum of clients, inactivity time, privacy, blocked "
-                            "connections\n"));
+             complaintLine(QStringLiteral("--json"),
+                           QStringLiteral("the tethering daemon keeps something else than what was written: name, "
+                                          "passphrase, security, band, maximum of clients, inactivity time, privacy, "
+                                          "blocked connections"),
+                           1));
     QCOMPARE(result.code, 1);
 }
 

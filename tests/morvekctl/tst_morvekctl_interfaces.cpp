@@ -243,9 +243,11 @@ void TestMorvekctlInterfaces::daemonNeverThere()
     QFETCH(QString, arguments);
     const ToolResult result = run(arguments);
     QCOMPARE(result.errors,
-             QStringLiteral("morvekctl: the networking daemon is not there: start morvek-hostd, or set ZOP_ROOT to its "
-                            "root (it is \"%1\"), or add --wait\n")
-                 .arg(m_root->path()));
+             complaintLine(arguments,
+                           QStringLiteral("the networking daemon is not there: start morvek-hostd, or set ZOP_ROOT to "
+                                          "its root (it is \"%1\"), or add --wait")
+                               .arg(m_root->path()),
+                           3));
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 3);
 }
@@ -343,11 +345,15 @@ void TestMorvekctlInterfaces::foreignTextCannotSteerTheTerminalAsJson()
 void TestMorvekctlInterfaces::outputThatCannotBeWritten()
 {
     QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
-    Tool tool(m_root->path());
-    tool.writeTo(QStringLiteral("/dev/full"));
-    tool.start({QStringLiteral("interfaces")});
-    QCOMPARE(tool.wait(), 1);
-    QCOMPARE(tool.errors(), QStringLiteral("morvekctl: the output could not be written: No space left on device\n"));
+    for (const char *arguments : {"interfaces", "interfaces --json"}) {
+        Tool tool(m_root->path());
+        tool.writeTo(QStringLiteral("/dev/full"));
+        tool.start(QString::fromLatin1(arguments).split(QLatin1Char(' ')));
+        QCOMPARE(tool.wait(), 1);
+        QCOMPARE(tool.errors(),
+                 complaintLine(QLatin1String(arguments),
+                               QStringLiteral("the output could not be written: No space left on device"), 1));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestMorvekctlInterfaces)

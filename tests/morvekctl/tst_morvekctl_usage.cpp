@@ -14,6 +14,9 @@ class TestMorvekctlUsage : public QObject
 private Q_SLOTS:
     void nonsense_data();
     void nonsense();
+    void bare();
+    void asJson_data();
+    void asJson();
     void emptyWords_data();
     void emptyWords();
     void version();
@@ -33,12 +36,49 @@ void TestMorvekctlUsage::nonsense_data()
     const auto row = [](const char *name, const char *arguments, const char *sentence) {
         QTest::newRow(name) << QString::fromUtf8(arguments) << QString::fromUtf8(sentence);
     };
-    row("nothing", "", "a command is missing: see 'morvekctl --help'");
-    row("only an option", "--json", "a command is missing: see 'morvekctl --help'");
-    row("unknown command", "interface", "there is no command \"interface\": see 'morvekctl --help'");
-    row("unknown option", "interfaces --jsn", "there is no option \"--jsn\": see 'morvekctl --help'");
+    row("only an option", "--wait", "a command is missing: see 'morvekctl --help'");
+    row("unknown command", "network", "there is no command \"network\": see 'morvekctl --help'");
+    row("letter missing", "interface",
+        "there is no command \"interface\": did you mean 'interfaces'? See 'morvekctl --help'");
+    row("two letters missing", "interfac",
+        "there is no command \"interfac\": did you mean 'interfaces'? See 'morvekctl --help'");
+    row("three letters missing at the end", "interfa",
+        "there is no command \"interfa\": did you mean 'interfaces'? See 'morvekctl --help'");
+    row("four letters missing at the end", "interf", "there is no command \"interf\": see 'morvekctl --help'");
+    row("three letters missing", "itefaes", "there is no command \"itefaes\": see 'morvekctl --help'");
+    row("five letters, two slips", "shaww",
+        "there is no command \"shaww\": did you mean 'show'? See 'morvekctl --help'");
+    row("the beginning of another word", "wifi of",
+        "there is no command \"wifi of\": did you mean 'wifi off'? See 'morvekctl help wifi'");
+    row("two letters missing of a short word", "wifi sc",
+        "there is no command \"wifi sc\": did you mean 'wifi scan'? See 'morvekctl help wifi'");
+    row("three letters missing of a short word", "wifi s", "there is no command \"wifi s\": see 'morvekctl help wifi'");
+    row("letter too much", "shoow eth0", "there is no command \"shoow\": did you mean 'show'? See 'morvekctl --help'");
+    row("two letters wrong", "monotar",
+        "there is no command \"monotar\": did you mean 'monitor'? See 'morvekctl --help'");
+    row("letters in each other's place", "ocnfigure",
+        "there is no command \"ocnfigure\": did you mean 'configure'? See 'morvekctl --help'");
+    row("two pairs in each other's place", "ocnifgure",
+        "there is no command \"ocnifgure\": did you mean 'configure'? See 'morvekctl --help'");
+    row("three pairs in each other's place", "ocnifgrue", "there is no command \"ocnifgrue\": see 'morvekctl --help'");
+    row("a slip in a short word", "wfi", "there is no command \"wfi\": did you mean 'wifi'? See 'morvekctl --help'");
+    row("the closer one", "wifi offf",
+        "there is no command \"wifi offf\": did you mean 'wifi off'? See 'morvekctl help wifi'");
+    row("two slips in a short word", "sloe", "there is no command \"sloe\": see 'morvekctl --help'");
+    row("large letters", "INTERFACES",
+        "there is no command \"INTERFACES\": did you mean 'interfaces'? See 'morvekctl --help'");
+    row("unknown option", "interfaces --verbos", "there is no option \"--verbos\": see 'morvekctl --help'");
+    row("slip in an option", "interfaces --jsn",
+        "there is no option \"--jsn\": did you mean --json? See 'morvekctl --help'");
+    row("slip in an option with its value", "interfaces --timeuot=3",
+        "there is no option \"--timeuot=3\": did you mean --timeout? See 'morvekctl --help'");
+    row("slip before the command", "--passkey-fil k wifi connect G",
+        "there is no option \"--passkey-fil\": did you mean --passkey-file? See 'morvekctl --help'");
+    row("slip in what another command has", "interfaces --cuont 3",
+        "there is no option \"--cuont\": see 'morvekctl --help'");
+    row("one dash", "interfaces -json", "there is no option \"-json\": did you mean --json? See 'morvekctl --help'");
     row("short option", "interfaces -j", "there is no option \"-j\": see 'morvekctl --help'");
-    row("option twice", "interfaces --json --json", "--json is given twice: give it once");
+    row("option twice", "interfaces --wait --wait", "--wait is given twice: give it once");
     row("flag with value", "interfaces --json=yes", "--json takes no value: leave \"=\" and what follows out");
     row("option without value", "interfaces --timeout", "--timeout needs a value: --timeout SECONDS");
     row("option of another command", "interfaces --count 3",
@@ -50,11 +90,16 @@ void TestMorvekctlUsage::nonsense_data()
     row("show two", "show eth0 eth1", "\"eth1\" is too much: morvekctl show NAME");
     row("help of what", "help me", "there is no command \"me\": see 'morvekctl --help'");
     row("group alone", "wifi", "a command is missing: see 'morvekctl help wifi'");
-    row("group and an option", "wifi --json", "a command is missing: see 'morvekctl help wifi'");
-    row("unknown command of a group", "wifi scna", "there is no command \"wifi scna\": see 'morvekctl help wifi'");
-    row("command of a group alone", "connect Garage", "there is no command \"connect\": see 'morvekctl --help'");
+    row("group and an option", "wifi --wait", "a command is missing: see 'morvekctl help wifi'");
+    row("unknown command of a group", "wifi scna",
+        "there is no command \"wifi scna\": did you mean 'wifi scan'? See 'morvekctl help wifi'");
+    row("command of a group alone", "connect Garage",
+        "there is no command \"connect\": did you mean 'wifi connect'? See 'morvekctl --help'");
+    row("command of two groups alone", "on",
+        "there is no command \"on\": did you mean 'wifi on' or 'hotspot on'? See 'morvekctl --help'");
+    row("group in a group", "wifi wifi", "there is no command \"wifi wifi\": see 'morvekctl help wifi'");
     row("help of an unknown command of a group", "help wifi scna",
-        "there is no command \"wifi scna\": see 'morvekctl help wifi'");
+        "there is no command \"wifi scna\": did you mean 'wifi scan'? See 'morvekctl help wifi'");
     row("help of more than a command", "help show eth0", "there is no command \"show eth0\": see 'morvekctl --help'");
     row("help of too much", "help wifi scan now", "\"now\" is too much: morvekctl help [COMMAND]");
     row("word too much for a command of a group", "wifi scan all", "\"all\" is too much: morvekctl wifi scan");
@@ -71,7 +116,6 @@ void TestMorvekctlUsage::nonsense_data()
     row("group of the hotspot alone", "hotspot", "a command is missing: see 'morvekctl help hotspot'");
     row("word too much for the hotspot", "hotspot on now", "\"now\" is too much: morvekctl hotspot on");
     row("change nothing", "hotspot set", "what shall be changed? See 'morvekctl help hotspot set'");
-    row("change nothing as JSON", "hotspot set --json", "what shall be changed? See 'morvekctl help hotspot set'");
     row("empty name", "hotspot set --name=", "--name \"\" is no name of a network: give 1 to 32 bytes of UTF-8");
     row("name too long", "hotspot set --name 123456789012345678901234567890123",
         "--name \"123456789012345678901234567890123\" is no name of a network: give 1 to 32 bytes of UTF-8");
@@ -81,9 +125,9 @@ void TestMorvekctlUsage::nonsense_data()
         "--name \"caf\ufffd\" is no name of a network: give 1 to 32 bytes of UTF-8");
     row("unknown band", "hotspot set --band 5.0", "--band \"5.0\" is no band: use 2.4 or 5");
     row("unknown security", "hotspot set --security wpa3",
-        "--security \"wpa3\" is no security: use open, wpa, wpa2 or wpa-wpa2");
+        "--security \"wpa3\" is no security: use open, WPA, WPA2 or WPA/WPA2");
     row("security that is shown only", "hotspot set --security unknown",
-        "--security \"unknown\" is no security: use open, wpa, wpa2 or wpa-wpa2");
+        "--security \"unknown\" is no security: use open, WPA, WPA2 or WPA/WPA2");
     row("no clients", "hotspot set --max-clients 0", "--max-clients \"0\" is no number of clients: give 1 or more");
     row("clients of words", "hotspot set --max-clients many",
         "--max-clients \"many\" is no number of clients: give 1 or more");
@@ -233,6 +277,66 @@ void TestMorvekctlUsage::nonsense()
     QCOMPARE(result.code, 2);
 }
 
+void TestMorvekctlUsage::bare()
+{
+    const ToolResult result = runTool(m_root.path(), {});
+    QCOMPARE(result.output,
+             QStringLiteral(
+                 "Usage: morvekctl COMMAND [ARGUMENT]... [OPTION]...\n"
+                 "\n"
+                 "Commands:\n"
+                 "  interfaces            list the network interfaces\n"
+                 "  show                  tell everything that is known of one interface\n"
+                 "  preferred             tell which interface the unit prefers now\n"
+                 "  configure             let the interface obtain its addresses by DHCP, or give it these addresses\n"
+                 "  monitor               tell each change as it comes, after the present state\n"
+                 "  wifi ...              status, on, off, scan, connect, disconnect, monitor\n"
+                 "  hotspot ...           status, on, off, profile, set, monitor\n"
+                 "  help                  tell how morvekctl, or one command, is used\n"
+                 "\n"
+                 "'morvekctl --help' tells all, 'morvekctl help COMMAND' how one is used.\n"));
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.code, 2);
+}
+
+void TestMorvekctlUsage::asJson_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("errors");
+    QTest::addColumn<int>("code");
+
+    const auto row = [](const char *name, const char *arguments, const char *errors, int code) {
+        QTest::newRow(name) << QString::fromUtf8(arguments).split(QLatin1Char(' ')) << QString::fromUtf8(errors)
+                            << code;
+    };
+    row("nothing else", "--json",
+        R"({"code":null,"exitCode":2,"message":"a command is missing: see 'morvekctl --help'"})", 2);
+    row("unknown command", "--json network",
+        R"({"code":null,"exitCode":2,"message":"there is no command \"network\": see 'morvekctl --help'"})", 2);
+    row("before the slip", "hotspot set --json",
+        R"({"code":null,"exitCode":2,"message":"what shall be changed? See 'morvekctl help hotspot set'"})", 2);
+    row("after the slip", "wifi scan --jsno --json",
+        R"({"code":null,"exitCode":2,"message":"there is no option \"--jsno\": did you mean --json? See )"
+        R"('morvekctl --help'"})",
+        2);
+    row("what could steer the terminal", "--json a\u202eb\x1b",
+        R"({"code":null,"exitCode":2,"message":"there is no command \"a\u202eb\u001b\": see 'morvekctl --help'"})", 2);
+    row("as a word", "show -- --json eth0", "morvekctl: \"eth0\" is too much: morvekctl show NAME", 2);
+    row("before words", "show --json -- a b",
+        R"({"code":null,"exitCode":2,"message":"\"b\" is too much: morvekctl show NAME"})", 2);
+}
+
+void TestMorvekctlUsage::asJson()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, errors);
+    QFETCH(int, code);
+    const ToolResult result = runTool(m_root.path(), arguments);
+    QCOMPARE(result.errors, errors + QLatin1Char('\n'));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, code);
+}
+
 void TestMorvekctlUsage::emptyWords_data()
 {
     QTest::addColumn<QStringList>("arguments");
@@ -269,6 +373,8 @@ void TestMorvekctlUsage::help_data()
     const QString program = QStringLiteral("Usage: morvekctl COMMAND [ARGUMENT]... [OPTION]...\n\n");
     const QString show = QStringLiteral("Usage:\n  morvekctl show NAME\n");
     QTest::newRow("--help") << QStringList {QStringLiteral("--help")} << program;
+    QTest::newRow("-h") << QStringList {QStringLiteral("-h")} << program;
+    QTest::newRow("show -h") << QStringList {QStringLiteral("show"), QStringLiteral("-h")} << show;
     QTest::newRow("help") << QStringList {QStringLiteral("help")} << program;
     QTest::newRow("help show") << QStringList {QStringLiteral("help"), QStringLiteral("show")} << show;
     QTest::newRow("show --help") << QStringList {QStringLiteral("show"), QStringLiteral("--help")} << show;

@@ -486,7 +486,8 @@ void TestMorvekctlWifi::scanWithoutRadio()
     QFETCH(QString, arguments);
     QVERIFY(m_daemon->publish(QStringLiteral("radio-off")));
     const ToolResult result = run(arguments);
-    QCOMPARE(result.errors, QStringLiteral("morvekctl: the radio is off: switch it on with 'morvekctl wifi on'\n"));
+    QCOMPARE(result.errors,
+             complaintLine(arguments, QStringLiteral("the radio is off: switch it on with 'morvekctl wifi on'"), 1));
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 1);
 }
@@ -567,25 +568,32 @@ void TestMorvekctlWifi::refused_data()
     QTest::addColumn<QString>("scenario");
     QTest::addColumn<QString>("arguments");
     QTest::addColumn<QString>("sentence");
+    QTest::addColumn<QString>("code");
     QTest::newRow("off") << "all-refused"
                          << "wifi off"
-                         << "the radio is still on, code 13: permission denied";
+                         << "the radio is still on, code 13: permission denied"
+                         << "13";
     QTest::newRow("on") << "off-and-refused"
                         << "wifi on --json"
-                        << "the radio is still off, code 13: permission denied";
+                        << "the radio is still off, code 13: permission denied"
+                        << "13";
     QTest::newRow("scan") << "all-refused"
                           << "wifi scan"
-                          << "nothing was scanned, code 16: device or resource busy";
+                          << "nothing was scanned, code 16: device or resource busy"
+                          << "16";
     QTest::newRow("scan of connect") << "all-refused"
                                      << "wifi connect Home --json"
-                                     << "nothing was scanned, code 16: device or resource busy";
+                                     << "nothing was scanned, code 16: device or resource busy"
+                                     << "16";
     QTest::newRow("disconnect") << "all-refused"
                                 << "wifi disconnect"
-                                << "the station was not disconnected: the Wi-Fi daemon has refused, or is gone";
+                                << "the station was not disconnected: the Wi-Fi daemon has refused, or is gone"
+                                << "null";
     QTest::newRow("disconnect without a connection")
         << "off-and-refused"
         << "wifi disconnect"
-        << "the station was not disconnected: the Wi-Fi daemon has refused, or is gone";
+        << "the station was not disconnected: the Wi-Fi daemon has refused, or is gone"
+        << "null";
 }
 
 void TestMorvekctlWifi::refused()
@@ -593,10 +601,11 @@ void TestMorvekctlWifi::refused()
     QFETCH(QString, scenario);
     QFETCH(QString, arguments);
     QFETCH(QString, sentence);
+    QFETCH(QString, code);
     QVERIFY(m_daemon->publish(scenario));
     const ToolResult result = run(arguments + QStringLiteral(" --timeout 60"));
-    QCOMPARE(result.errors.section(QLatin1String("morvekctl: looking for \"Home\"\n"), -1),
-             QStringLiteral("morvekctl: %1\n").arg(sentence));
+    QCOMPARE(result.errors.section(QLatin1String("{\"note\":\"looking for \\\"Home\\\"\"}\n"), -1),
+             complaintLine(arguments, sentence, 1, code));
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 1);
 }
@@ -731,9 +740,11 @@ void TestMorvekctlWifi::daemonNeverThere()
     QFETCH(QString, arguments);
     const ToolResult result = run(arguments);
     QCOMPARE(result.errors,
-             QStringLiteral("morvekctl: the Wi-Fi daemon is not there: start morvek-hostd, or set ZOP_ROOT to its root "
-                            "(it is \"%1\"), or add --wait\n")
-                 .arg(m_root->path()));
+             complaintLine(arguments,
+                           QStringLiteral("the Wi-Fi daemon is not there: start morvek-hostd, or set ZOP_ROOT to its "
+                                          "root (it is \"%1\"), or add --wait")
+                               .arg(m_root->path()),
+                           3));
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 3);
 }

@@ -160,9 +160,11 @@ void TestMorvekctlWifiConnect::joinsAsJson()
                             R"("connected":true,"powered":true})"
                             "\n"));
     QCOMPARE(result.errors,
-             QStringLiteral("morvekctl: looking for \"Garage\"\n"
-                            "morvekctl: joining \"Garage\" (WPA/WPA2 + WPS), strongest by 02:00:00:00:70:03 with "
-                            "-57 dBm\n"));
+             QStringLiteral(R"({"note":"looking for \"Garage\""})"
+                            "\n"
+                            R"({"note":"joining \"Garage\" (WPA/WPA2 + WPS), strongest by 02:00:00:00:70:03 with )"
+                            R"(-57 dBm"})"
+                            "\n"));
     QCOMPARE(result.code, 0);
 }
 
@@ -171,6 +173,7 @@ void TestMorvekctlWifiConnect::passkeyFile_data()
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<int>("code");
     QTest::newRow("line") << QByteArray("open sesame 42\n") << 0;
+    QTest::newRow("carriage return and line feed") << QByteArray("open sesame 42\r\n") << 0;
     QTest::newRow("without a line feed") << QByteArray("open sesame 42") << 0;
     // Blanks belong to the passkey, which thus is another one.
     QTest::newRow("blank at its end") << QByteArray("open sesame 42 \n") << 1;
@@ -198,7 +201,11 @@ void TestMorvekctlWifiConnect::unusablePasskeyFile_data()
     QTest::newRow("line feed") << QByteArray("\n");
     QTest::newRow("second line feed") << QByteArray("open sesame 42\n\n");
     QTest::newRow("two lines") << QByteArray("open sesame 42\nGarage\n");
-    QTest::newRow("carriage return") << QByteArray("open sesame 42\r\n");
+    QTest::newRow("carriage return alone") << QByteArray("open sesame 42\r");
+    QTest::newRow("two carriage returns") << QByteArray("open sesame 42\r\r\n");
+    QTest::newRow("line feed first") << QByteArray("open sesame 42\n\r");
+    QTest::newRow("nothing but the end of a line") << QByteArray("\r\n");
+    QTest::newRow("two lines with both") << QByteArray("open sesame 42\r\nGarage\r\n");
     QTest::newRow("zero byte") << QByteArray("open sesame 42\0", 15);
     QTest::newRow("no UTF-8") << QByteArray("open ses\xffme 42\n");
     QTest::newRow("too long") << QByteArray(1024, 'x');
@@ -323,11 +330,21 @@ void TestMorvekctlWifiConnect::failsAsJson()
     QVERIFY(m_daemon->publish(QStringLiteral("town")));
     const ToolResult result = connectWithoutPasskey(QStringLiteral("Office"), {QStringLiteral("--json")});
     QCOMPARE(result.errors,
-             QStringLiteral("morvekctl: looking for \"Office\"\n"
-                            "morvekctl: \"Office\" cannot be joined: its security is WPA2 Enterprise; this unit's "
-                            "library joins WPA and WPA2 with a passkey, and open networks\n"));
+             QStringLiteral(R"({"note":"looking for \"Office\""})"
+                            "\n"
+                            R"({"code":null,"exitCode":1,"message":"\"Office\" cannot be joined: its security is WPA2 )"
+                            R"(Enterprise; this unit's library joins WPA and WPA2 with a passkey, and open networks"})"
+                            "\n"));
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 1);
+    // The operation's own code is told, too.
+    const ToolResult wrong = connect(QStringLiteral("Garage"), "open sesame 43", {QStringLiteral("--json")});
+    QCOMPARE(wrong.errors.section(QLatin1Char('\n'), 2),
+             complaintLine(QStringLiteral("--json"),
+                           QStringLiteral("\"Garage\" was not joined, code -1: Failed to connect to Access Point (the "
+                                          "passkey is wrong, as a rule)"),
+                           1, QStringLiteral("-1")));
+    QCOMPARE(wrong.code, 1);
 }
 
 void TestMorvekctlWifiConnect::nothingInRange()

@@ -23,7 +23,7 @@ bool takeOption(const QString &argument, QStringList *rest, CommandLine *line, Q
     const QString name = argument.mid(2).section(QLatin1Char('='), 0, 0);
     const Option *option = argument.startsWith(QLatin1String("--")) ? findOption(name) : nullptr;
     if (!option)
-        return fail(error, QStringLiteral("there is no option \"%1\": see 'morvekctl --help'").arg(argument));
+        return fail(error, noSuchOption(argument, line->command));
     if (line->options.contains(name))
         return fail(error, QStringLiteral("--%1 is given twice: give it once").arg(name));
 
@@ -87,7 +87,9 @@ bool parseCommandLine(const QStringList &arguments, CommandLine *line, QString *
     QStringList rest = arguments;
     bool onlyWords = false;
     while (!rest.isEmpty()) {
-        const QString argument = rest.takeFirst();
+        QString argument = rest.takeFirst();
+        if (!onlyWords && argument == QLatin1String("-h"))
+            argument = QStringLiteral("--") + helpOption().name;
         if (!onlyWords && argument == QLatin1String("--")) {
             onlyWords = true;
         } else if (!onlyWords && argument.startsWith(QLatin1Char('-')) && argument.size() > 1) {

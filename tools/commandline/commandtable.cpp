@@ -8,6 +8,7 @@
 #include "hotspotstatecommands.h"
 #include "listcommands.h"
 #include "monitorcommand.h"
+#include "suggestion.h"
 #include "wificonnectcommand.h"
 #include "wifimonitorcommand.h"
 #include "wifiscancommand.h"
@@ -24,6 +25,26 @@ auto findByName(const Table &table, const QString &name) -> decltype(table.data(
 {
     const auto it = std::find_if(table.begin(), table.end(), [&](const auto &entry) { return entry.name == name; });
     return it == table.end() ? nullptr : &*it;
+}
+
+QString didYouMean(const QStringList &names)
+{
+    return names.isEmpty() ? QStringLiteral("see ")
+                           : QStringLiteral("did you mean %1? See ").arg(names.join(QLatin1String(" or ")));
+}
+
+/*! The commands that \a word, which is no member of \a group, may stand for. */
+QStringList meantCommands(const QString &group, const QString &word)
+{
+    const QString close = suggestion(word, nextWords(group));
+    if (!close.isEmpty())
+        return {QStringLiteral("'%1'").arg(longerName(group, close))};
+    QStringList members;
+    for (const CommandInfo &command : commands()) {
+        if (group.isEmpty() && command.name.endsWith(QLatin1Char(' ') + word))
+            members += QStringLiteral("'%1'").arg(command.name);
+    }
+    return members;
 }
 
 } // namespace
@@ -65,8 +86,24 @@ QStringList nextWords(const QString &name)
 QString noSuchCommand(const QString &name)
 {
     const QString group = name.section(QLatin1Char(' '), 0, -2);
-    return QStringLiteral("there is no command \"%1\": see %2")
-        .arg(name, helpFor(nextWords(group).isEmpty() ? QString() : group));
+    return QStringLiteral("there is no command \"%1\": ").arg(name)
+        + didYouMean(meantCommands(group, name.section(QLatin1Char(' '), -1)))
+        + helpFor(nextWords(group).isEmpty() ? QString() : group);
+}
+
+QString noSuchOption(const QString &typed, const CommandInfo *command)
+{
+    QStringList names {helpOption().name, versionOption().name};
+    for (const CommandInfo &candidate : commands()) {
+        if (command && command->name != candidate.name)
+            continue;
+        for (const Option &option : candidate.options)
+            names += option.name;
+    }
+    const QString bare = typed.mid(typed.startsWith(QLatin1String("--")) ? 2 : 1).section(QLatin1Char('='), 0, 0);
+    const QString close = suggestion(bare, names);
+    const QStringList meant = close.isEmpty() ? QStringList() : QStringList(QStringLiteral("--") + close);
+    return QStringLiteral("there is no option \"%1\": ").arg(typed) + didYouMean(meant) + helpFor(QString());
 }
 
 QString helpFor(const QString &name)
@@ -89,7 +126,8 @@ const Option *findOption(const QString &name)
 
 const Option &helpOption()
 {
-    static const Option option {QStringLiteral("help"), {}, QStringLiteral("tell how a command is used, and stop")};
+    static const Option option {
+        QStringLiteral("help"), {}, QStringLiteral("tell how a command is used, and stop; -h is the same")};
     return option;
 }
 

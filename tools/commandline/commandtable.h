@@ -16,6 +16,8 @@ QString longerName(const QString &name, const QString &word);
 QStringList nextWords(const QString &name);
 /*! What is said when \a name is neither a command's nor a group's. */
 QString noSuchCommand(const QString &name);
+/*! What is said when \a typed is no option of \a command, or of any when that is null. */
+QString noSuchOption(const QString &typed, const CommandInfo *command);
 /*! How to ask for the help of \a name, a command's or a group's; of the program when it is empty. */
 QString helpFor(const QString &name);
 /*! The option of that name of any command; it means the same wherever it is taken. Null when there is none. */

@@ -181,6 +181,29 @@ CommandInfo helpCommand()
             create};
 }
 
+QString shortHelp()
+{
+    Entries entries;
+    const QStringList words = nextWords(QString());
+    for (const QString &word : words) {
+        QStringList deeds;
+        if (const CommandInfo *command = findCommand(word)) {
+            for (const Usage &usage : command->usages)
+                deeds += usage.help;
+            entries.emplace_back(word, deeds.join(QLatin1String(", or ")));
+        } else {
+            entries.emplace_back(word + QLatin1String(" ..."), nextWords(word).join(QLatin1String(", ")));
+        }
+    }
+    QString text;
+    QTextStream stream(&text);
+    stream << "Usage: morvekctl COMMAND [ARGUMENT]... [OPTION]...\n\nCommands:\n";
+    writeEntries(stream, entries);
+    stream << "\n'morvekctl --help' tells all, 'morvekctl help COMMAND' how one is used.\n";
+    stream.flush();
+    return text;
+}
+
 QString helpText(const QString &name)
 {
     if (name.isEmpty())

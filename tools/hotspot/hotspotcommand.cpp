@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hotspotcommand.h"
 
+#include "output.h"
+
 namespace morvek {
 
 namespace {
@@ -56,6 +58,7 @@ void HotspotCommand::hear(const QString &line)
 
 QString HotspotCommand::sentence(const QString &failure, const AsyncOperationError &error) const
 {
+    setFailureCode(error.code());
     const QString reason = error.message() == WriteFailed ? QStringLiteral("the tethering daemon is gone") : m_refusal;
     const QString known = failure + QStringLiteral(", code %1: ").arg(error.code()) + error.message();
     return reason.isEmpty() ? known : known + QStringLiteral(" (%1)").arg(reason);

@@ -35,7 +35,7 @@ protected:
     void fetchAtLeisure(const QString &failure, const Reader &reader, const Complaint &complaint);
     /*! From now on, and for AnswerTime, an answer is waited for; else \a overdue is said. */
     void awaitAnswer(const QString &overdue);
-    /*! \a failure with what is known of \a error. */
+    /*! \a failure with what is known of \a error, which is to be told now. */
     QString sentence(const QString &failure, const AsyncOperationError &error) const;
 
 private:

@@ -30,7 +30,7 @@ protected:
         // It belongs to the present state, but a daemon may keep it back.
         fetchAtLeisure(
             QStringLiteral("the profile was not read"), [this](const WifiHotspot &profile) { tellProfile(profile); },
-            [](const QString &complaint) { complain(complaint); });
+            [](const QString &complaint) { note(complaint); });
     }
 
 private:

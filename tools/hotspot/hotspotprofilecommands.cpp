@@ -206,7 +206,7 @@ CommandInfo hotspotSetCommand()
                        "4. The file is read before any time counts.")
             .arg(inSeconds(AnswerTime)),
         {QStringLiteral("morvekctl hotspot set --name \"Back seat\" --passphrase-file hotspot.key"),
-         QStringLiteral("morvekctl hotspot set --security wpa2 --ask-passphrase")},
+         QStringLiteral("morvekctl hotspot set --security WPA2 --ask-passphrase")},
         createSet};
 }
 

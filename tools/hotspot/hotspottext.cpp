@@ -19,11 +19,12 @@ const std::pair<WifiBand, QLatin1String> Bands[] = {
     {WifiBand5GHz, QLatin1String("5")},
 };
 
+/*! As people write them. Programs do in small letters, and with a hyphen. */
 const std::pair<QFlags<WifiSecurityProtocol>, QLatin1String> Securities[] = {
     {WifiSecurityProtocolNone, QLatin1String("open")},
-    {WifiSecurityProtocolWpa, QLatin1String("wpa")},
-    {WifiSecurityProtocolWpa2, QLatin1String("wpa2")},
-    {Mixed, QLatin1String("wpa-wpa2")},
+    {WifiSecurityProtocolWpa, QLatin1String("WPA")},
+    {WifiSecurityProtocolWpa2, QLatin1String("WPA2")},
+    {Mixed, QLatin1String("WPA/WPA2")},
 };
 
 template<typename Table, typename Value>
@@ -40,7 +41,7 @@ template<typename Table, typename Value>
 bool readWord(const Table &table, const QString &text, Value *value)
 {
     for (const auto &[known, word] : table) {
-        if (text != word)
+        if (text.compare(word, Qt::CaseInsensitive) != 0)
             continue;
         *value = known;
         return true;
@@ -80,15 +81,20 @@ bool readBand(const QString &word, WifiBand *band)
     return readWord(Bands, word, band);
 }
 
-QString securityWord(const QFlags<WifiSecurityProtocol> &security)
+QString securityText(const QFlags<WifiSecurityProtocol> &security)
 {
-    const QString word = wordOf(Securities, security);
-    return word.isEmpty() ? QStringLiteral("unknown") : word;
+    const QString text = wordOf(Securities, security);
+    return text.isEmpty() ? QStringLiteral("unknown") : text;
 }
 
-bool readSecurity(const QString &word, QFlags<WifiSecurityProtocol> *security)
+QString securityWord(const QFlags<WifiSecurityProtocol> &security)
 {
-    return readWord(Securities, word, security);
+    return securityText(security).toLower().replace(QLatin1Char('/'), QLatin1Char('-'));
+}
+
+bool readSecurity(QString text, QFlags<WifiSecurityProtocol> *security)
+{
+    return readWord(Securities, text.replace(QLatin1Char('-'), QLatin1Char('/')), security);
 }
 
 QString gapOf(const WifiHotspot &profile)
@@ -132,7 +138,7 @@ QVector<QStringList> profileRows(const WifiHotspot &profile, bool withPassphrase
     return {
         {QStringLiteral("Name"), profile.name()},
         {QStringLiteral("Passphrase"), passphraseText(profile, withPassphrase)},
-        {QStringLiteral("Security"), securityWord(profile.securityType())},
+        {QStringLiteral("Security"), securityText(profile.securityType())},
         {QStringLiteral("Band"), bandText(profile)},
         {QStringLiteral("Max. clients"), numberText(profile.maxClients())},
         {QStringLiteral("Inactivity time"), numberText(profile.inactivityTime())},
@@ -161,7 +167,7 @@ QJsonObject toJson(const WifiHotspot &profile, bool withPassphrase)
 QString shortText(const WifiHotspot &profile)
 {
     return QStringLiteral("%1 (%2, %3)")
-        .arg(quoted(profile.name()), securityWord(profile.securityType()), bandText(profile));
+        .arg(quoted(profile.name()), securityText(profile.securityType()), bandText(profile));
 }
 
 } // namespace morvek

@@ -15,10 +15,12 @@ QString bandWord(WifiBand band);
 /*! False when \a word is none. */
 bool readBand(const QString &word, WifiBand *band);
 
-/*! "open", "wpa", "wpa2" or "wpa-wpa2"; "unknown" for what the library cannot read, nor write again. */
+/*! "open", "WPA", "WPA2" or "WPA/WPA2"; "unknown" for what the library cannot read, nor write again. */
+QString securityText(const QFlags<WifiSecurityProtocol> &security);
+/*! The same for programs: "open", "wpa", "wpa2", "wpa-wpa2" or "unknown". */
 QString securityWord(const QFlags<WifiSecurityProtocol> &security);
-/*! False when \a word is none, or "unknown". */
-bool readSecurity(const QString &word, QFlags<WifiSecurityProtocol> *security);
+/*! Reads either, in letters of any size. False when \a text is none, or "unknown". */
+bool readSecurity(QString text, QFlags<WifiSecurityProtocol> *security);
 
 /*! Why the library cannot write \a profile as it is, as "no name, no passphrase" or "an unknown security"; or empty. */
 QString gapOf(const WifiHotspot &profile);

@@ -32,6 +32,10 @@ protected:
         NetworkInterface networkInterface;
         if (!find(m_name, &networkInterface))
             return;
+        if (isAlready(networkInterface)) {
+            tell(networkInterface, QStringLiteral("%1 is auto already.").arg(m_name));
+            return;
+        }
         setOverdue(QStringLiteral("the networking daemon has not answered; it may still change %1").arg(m_name));
         m_operation.reset(service()->configure(networkInterface, m_config));
         connect(m_operation.get(), &AsyncNetworkInterfaceOperation::success, this, &ConfigureCommand::onSuccess);
@@ -42,7 +46,8 @@ private:
     void onSuccess()
     {
         if (!m_waitUntilApplied) {
-            tell(m_operation->results().first());
+            tell(m_operation->results().first(),
+                 QStringLiteral("%1: the networking daemon has accepted %2.").arg(m_name, modeName(m_config)));
             return;
         }
         setOverdue(QStringLiteral("%1 was accepted, but %2 does not report it yet").arg(modeName(m_config), m_name));
@@ -56,6 +61,7 @@ private:
     void onFailure()
     {
         const AsyncOperationError error = m_operation->error();
+        setFailureCode(error.code());
         complain(QStringLiteral("%1 was not configured, code %2: %3")
                      .arg(m_name, QString::number(error.code()), error.message()));
         finish(Failed);
@@ -67,6 +73,14 @@ private:
             tell(networkInterface);
     }
 
+    /*! The library refuses what is the same; who wants addresses by DHCP and has them has what he wants. */
+    bool isAlready(const NetworkInterface &networkInterface) const
+    {
+        const NetworkInterfaceConfig config = networkInterface.configuration();
+        return m_config.type() == NetworkInterfaceConfig::Auto && config.type() == NetworkInterfaceConfig::Auto
+            && !config.ipAddresses().isEmpty() && (networkInterface.connected() || !m_waitUntilApplied);
+    }
+
     bool isApplied(const NetworkInterface &networkInterface) const
     {
         const NetworkInterfaceConfig config = networkInterface.configuration();
@@ -75,12 +89,13 @@ private:
         return m_config.type() == NetworkInterfaceConfig::Auto || config == m_config;
     }
 
-    void tell(const NetworkInterface &networkInterface)
+    /*! Ends the command well: with the interface, or with \a sentence when nobody has asked for that. */
+    void tell(const NetworkInterface &networkInterface, const QString &sentence = QString())
     {
         if (json() || m_waitUntilApplied)
             writeInterface(networkInterface, service()->preferredInterface(), json());
         else
-            writeLine(QStringLiteral("%1: the networking daemon has accepted %2.").arg(m_name, modeName(m_config)));
+            writeLine(sentence);
         finish(Done);
     }
 
@@ -99,8 +114,10 @@ std::vector<Option> addressOptions()
 {
     const QString manual = QStringLiteral("manual: ");
     return {
-        {QStringLiteral("address"), QStringLiteral("A/N"), manual + QStringLiteral("the interface's IPv4 address, like 10.20.0.5/16")},
-        {QStringLiteral("netmask"), QStringLiteral("M"), manual + QStringLiteral("its netmask, like 255.255.0.0, in place of /N")},
+        {QStringLiteral("address"), QStringLiteral("A/N"),
+         manual + QStringLiteral("the interface's IPv4 address, like 10.20.0.5/16")},
+        {QStringLiteral("netmask"), QStringLiteral("M"),
+         manual + QStringLiteral("its netmask, like 255.255.0.0, in place of /N")},
         {QStringLiteral("prefix"), QStringLiteral("N"), manual + QStringLiteral("or the length of that, like 16")},
         {QStringLiteral("gateway"), QStringLiteral("G"), manual + QStringLiteral("the router, in the same network")},
     };
@@ -143,20 +160,20 @@ CommandInfo configureCommand()
     options.push_back({QStringLiteral("applied"),
                        {},
                        QStringLiteral("return only when the interface is connected and reports the new addresses")});
-    return {
-        QStringLiteral("configure"),
-        {interfaceWord(), {QStringLiteral("auto|manual"), modes}},
-        0,
-        withServiceOptions(options),
-        {{QStringLiteral("NAME auto"), QStringLiteral("let the interface obtain its addresses by DHCP")},
-         {QStringLiteral("NAME manual --address A/N --gateway G"),
-          QStringLiteral("give it these addresses")}},
-        QStringLiteral("A connected interface is disconnected first. The command returns when the networking daemon\n"
-                       "has accepted the configuration, which may be before the addresses are there: see --applied.\n"
-                       "A daemon may keep silent for ever: see --timeout."),
-        {QStringLiteral("morvekctl configure eth0 manual --address 192.168.0.2/24 --gateway 192.168.0.1"),
-         QStringLiteral("morvekctl configure eth0 auto --applied --timeout 30")},
-        create};
+    return {QStringLiteral("configure"),
+            {interfaceWord(), {QStringLiteral("auto|manual"), modes}},
+            0,
+            withServiceOptions(options),
+            {{QStringLiteral("NAME auto"), QStringLiteral("let the interface obtain its addresses by DHCP")},
+             {QStringLiteral("NAME manual --address A/N --gateway G"), QStringLiteral("give it these addresses")}},
+            QStringLiteral(
+                "A connected interface is disconnected first. The command returns when the networking daemon\n"
+                "has accepted the configuration, which may be before the addresses are there: see --applied.\n"
+                "A daemon may keep silent for ever: see --timeout. An interface that is auto already and has an\n"
+                "address is left as it is, with code 0."),
+            {QStringLiteral("morvekctl configure eth0 manual --address 192.168.0.2/24 --gateway 192.168.0.1"),
+             QStringLiteral("morvekctl configure eth0 auto --applied --timeout 30")},
+            create};
 }
 
 } // namespace morvek

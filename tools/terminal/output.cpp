@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "output.h"
 
+#include "texts.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -11,6 +13,10 @@ namespace morvek {
 namespace {
 
 int firstError = 0;
+
+bool messagesAreJson = false;
+QString complaint; // when they are JSON: the last one
+QJsonValue failureCode;
 
 bool steersTerminal(uint character)
 {
@@ -38,6 +44,17 @@ bool writeTo(FILE *file, const QByteArray &bytes)
 {
     const bool written = std::fwrite(bytes.constData(), 1, size_t(bytes.size()), file) == size_t(bytes.size());
     return std::fflush(file) == 0 && written;
+}
+
+void writeMessage(const QString &line)
+{
+    writeTo(stderr, printable(line).toUtf8() + '\n');
+}
+
+void writeNote(const QString &sentence)
+{
+    writeMessage(messagesAreJson ? jsonLine(QJsonObject {{QStringLiteral("note"), sentence}})
+                                 : QLatin1String("morvekctl: ") + sentence);
 }
 
 } // namespace
@@ -102,7 +119,39 @@ int outputError()
 
 void complain(const QString &sentence)
 {
-    writeTo(stderr, printable(QLatin1String("morvekctl: ") + sentence).toUtf8() + '\n');
+    if (!messagesAreJson) {
+        writeNote(sentence);
+        return;
+    }
+    if (!complaint.isEmpty()) // it was not the end
+        writeNote(complaint);
+    complaint = sentence;
+}
+
+void note(const QString &sentence)
+{
+    writeNote(sentence);
+    failureCode = QJsonValue();
+}
+
+void useJsonMessages()
+{
+    messagesAreJson = true;
+}
+
+void setFailureCode(int code)
+{
+    failureCode = code;
+}
+
+void endMessages(int exitCode)
+{
+    if (complaint.isEmpty())
+        return;
+    writeMessage(jsonLine(QJsonObject {{QStringLiteral("code"), failureCode},
+                                       {QStringLiteral("exitCode"), exitCode},
+                                       {QStringLiteral("message"), complaint}}));
+    complaint.clear();
 }
 
 void ask(const QString &question)

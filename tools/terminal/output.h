@@ -25,8 +25,19 @@ void writeTable(const QVector<QStringList> &rows);
 /*! Why something could not be written to standard output, as errno has it; 0 when everything was. */
 int outputError();
 
-/*! Writes "morvekctl: " and \a sentence as one line to standard error. */
+/*! Writes "morvekctl: " and \a sentence, why the program ends, as one line to standard error. */
 void complain(const QString &sentence);
+/*! The same for a \a sentence after which it goes on. */
+void note(const QString &sentence);
+/*!
+ * From now on messages are JSON objects: note() writes {"note"}, and what was complained of last is written by
+ * endMessages(), {"code","exitCode","message"}.
+ */
+void useJsonMessages();
+/*! The operation, whose failure will be complained of, has failed with \a code. */
+void setFailureCode(int code);
+/*! Writes what is left to be written when the program ends with \a exitCode. */
+void endMessages(int exitCode);
 
 /*! Writes \a question to standard error, for an answer on the same line. */
 void ask(const QString &question);

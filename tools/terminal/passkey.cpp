@@ -34,11 +34,16 @@ public:
     }
     bool hasFailed() const { return m_failed; }
 
-    /*! What was read, without one line feed at its end; empty when that is no line of text. */
+    /*! What was read, without one end of a line, of any system; empty when that is no line of text. */
     QString line() const
     {
-        const bool ended = m_size > 0 && m_bytes[m_size - 1] == '\n';
-        const QString text = QString::fromUtf8(m_bytes.data(), int(m_size - (ended ? 1 : 0)));
+        QString text = QString::fromUtf8(m_bytes.data(), int(m_size));
+        for (const QLatin1String end : {QLatin1String("\r\n"), QLatin1String("\n")}) {
+            if (!text.endsWith(end))
+                continue;
+            text.chop(end.size());
+            break;
+        }
         const bool isText = std::none_of(text.begin(), text.end(), [](QChar character) {
             return character.category() == QChar::Other_Control || character == QChar::ReplacementCharacter;
         });

@@ -19,6 +19,8 @@ QString refusalIn(const QString &error)
     static const QRegularExpression form(
         QStringLiteral("\\AWi-Fi service control command failed\nmsg: .*\nerror code: (.*)\nerror: (.*)\\z"));
     const QRegularExpressionMatch match = form.match(error);
+    if (match.hasMatch())
+        setFailureCode(match.captured(1).toInt());
     return match.hasMatch() ? QStringLiteral(", code %1: %2").arg(match.captured(1), match.captured(2)) : QString();
 }
 

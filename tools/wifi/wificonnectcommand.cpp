@@ -147,6 +147,7 @@ private:
     {
         m_joining = false;
         const AsyncOperationError error = m_join->error();
+        setFailureCode(error.code());
         QString reason;
         if (error.message() == FailedToConnect)
             reason = m_choice.security.takesPasskey() ? QStringLiteral(" (the passkey is wrong, as a rule)")
@@ -168,7 +169,7 @@ private:
     void tellStep(const QString &step) const
     {
         if (json())
-            complain(step);
+            note(step);
         else
             writeLine(step.left(1).toUpper() + step.mid(1) + QLatin1Char('.'));
     }
