@@ -82,22 +82,23 @@ unsigned NetworkSecurity::partsOf(const QString &flag)
     if (parts != 0)
         return parts;
     // A protocol without keys, keys or a cipher without a protocol; and other families.
-    if (wpa || wpa2 || psk || eap
+    const bool isProtection = psk || eap
         || startsWithAny(words,
-                         {QLatin1String("TKIP"), QLatin1String("CCMP"), QLatin1String("GCMP"), QLatin1String("WEP"),
-                          QLatin1String("WPA"), QLatin1String("WAPI"), QLatin1String("OSEN")}))
+                         {QLatin1String("WPA"), QLatin1String("RSN"), QLatin1String("WEP"), QLatin1String("TKIP"),
+                          QLatin1String("CCMP"), QLatin1String("GCMP"), QLatin1String("WAPI"), QLatin1String("OSEN")});
+    if (isProtection)
         return UnknownKind;
     return words.contains(QLatin1String("WPS")) ? unsigned(Wps) : 0;
 }
 
 QString NetworkSecurity::kinds() const
 {
-    const QString personal = joined(m_parts,
-                                    {{Wep, QLatin1String("WEP")},
-                                     {Wpa, QLatin1String("WPA")},
-                                     {Wpa2, QLatin1String("WPA2")},
-                                     {Wpa3, QLatin1String("WPA3")},
-                                     {Owe, QLatin1String("OWE")}});
+    QString personal = joined(m_parts,
+                              {{Wep, QLatin1String("WEP")},
+                               {Wpa, QLatin1String("WPA")},
+                               {Wpa2, QLatin1String("WPA2")},
+                               {Wpa3, QLatin1String("WPA3")},
+                               {Owe, QLatin1String("OWE")}});
     const QString enterprise = joined(m_parts,
                                       {{WpaEnterprise, QLatin1String("WPA")},
                                        {Wpa2Enterprise, QLatin1String("WPA2")},
