@@ -283,6 +283,19 @@ void TestMorvekctlHotspotSet::keepsSomethingElse()
                                           "blocked connections"),
                            1));
     QCOMPARE(result.code, 1);
+
+    // What is complained of before the end becomes a note.
+    Tool tool(m_root->path());
+    tool.writeTo(QStringLiteral("/dev/full"));
+    tool.start(
+        {QStringLiteral("hotspot"), QStringLiteral("set"), QStringLiteral("--band=2.4"), QStringLiteral("--json")});
+    QCOMPARE(tool.wait(), 1);
+    QCOMPARE(tool.errors(),
+             QStringLiteral(R"({"note":"the tethering daemon keeps something else than what was written: band"})"
+                            "\n"
+                            R"({"code":null,"exitCode":1,"message":"the output could not be written: No space left on )"
+                            R"(device"})"
+                            "\n"));
 }
 
 void TestMorvekctlHotspotSet::keepsOneThingElse()

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void scanAsJson();
     void scannedFlags();
     void listedTwice();
+    void laterScan();
     void scanFindsNothing();
     void scanWithoutRadio_data();
     void scanWithoutRadio();
@@ -462,6 +463,30 @@ void TestMorvekctlWifi::listedTwice()
     QCOMPARE(tool.nextLine(), QStringLiteral("s     a      -       -          -        WPA3"));
     QCOMPARE(tool.nextLine(), QStringLiteral("s     a      -       -          -        WPA3"));
     QCOMPARE(tool.nextLine(), QStringLiteral("s     b      -       -          -        open"));
+    QCOMPARE(tool.wait(), 0);
+}
+
+/*! What is not listed any more is what the library knows it to be; what it takes for open may be anything. */
+void TestMorvekctlWifi::laterScan()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("deaf"), {QStringLiteral("--verbose")}));
+    Tool tool(m_root->path());
+    tool.start({QStringLiteral("wifi"), QStringLiteral("scan")});
+    QVERIFY(waitForDaemon(QStringLiteral("request scan")));
+    tool.signal(SIGSTOP);
+    QVERIFY(publish(QStringLiteral("scan_results"),
+                    QStringLiteral(R"([{"bssid":"a","flags":["WPA2-PSK-CCMP","WPS"]},{"bssid":"b","flags":["ESS"]},)"
+                                   R"({"bssid":"c","flags":["WPA-PSK-TKIP"]},{"bssid":"d","flags":["WPA-EAP-TKIP"]},)"
+                                   R"({"bssid":"e","flags":["WPA2-EAP-CCMP"]},{"bssid":"f","flags":["WEP"]}])")));
+    QVERIFY(publish(QStringLiteral("scan_results"), QStringLiteral("[]")));
+    tool.signal(SIGCONT);
+    QCOMPARE(tool.nextLine(), QStringLiteral("SSID  BSSID  SIGNAL  FREQUENCY  CHANNEL  SECURITY"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("-     a      -       -          -        WPA2 + WPS"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("-     b      -       -          -        unknown"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("-     c      -       -          -        WPA"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("-     d      -       -          -        WPA Enterprise"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("-     e      -       -          -        WPA2 Enterprise"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("-     f      -       -          -        WEP"));
     QCOMPARE(tool.wait(), 0);
 }
 
