@@ -29,6 +29,7 @@ private Q_SLOTS:
 
     void unknownInterface();
     void autoAlready();
+    void autoNotConnected();
     void autoWithoutAddress();
     void sameConfiguration();
     void refusedByDaemon();
@@ -205,6 +206,20 @@ void TestMorvekctlConfigure::autoAlready()
     QCOMPARE(QJsonDocument::fromJson(asJson.output.toUtf8())[QLatin1String("name")].toString(), QStringLiteral("eth0"));
     QCOMPARE(asJson.errors, QString());
     QCOMPARE(asJson.code, 0);
+}
+
+/*! Who waits until it is applied wants it connected, too. */
+void TestMorvekctlConfigure::autoNotConnected()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
+    ZopChangeset lost;
+    lost.assignments.insert(QStringLiteral("connected"), QStringLiteral("false"));
+    QVERIFY(ZopObject(QStringLiteral("/zop/services/networking/all/interfaces/eth0"), ZopObject::Publish, false)
+                .setAttributes(lost));
+    QCOMPARE(run(QStringLiteral("configure eth0 auto")).output, QStringLiteral("eth0 is auto already.\n"));
+    const ToolResult applied = run(QStringLiteral("configure eth0 auto --applied"));
+    QCOMPARE(applied.output, QString());
+    QCOMPARE(applied.code, 1);
 }
 
 /*! Without an address it has not what was asked for. */

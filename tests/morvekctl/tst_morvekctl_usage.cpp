@@ -87,6 +87,7 @@ void TestMorvekctlUsage::nonsense_data()
         "'monitor' takes no --address: see 'morvekctl help monitor'");
     row("word too much", "interfaces eth0", "\"eth0\" is too much: morvekctl interfaces");
     row("show what", "show", "NAME is missing: morvekctl show NAME");
+    row("-h as a word", "show -- -h eth1", "\"eth1\" is too much: morvekctl show NAME");
     row("show two", "show eth0 eth1", "\"eth1\" is too much: morvekctl show NAME");
     row("help of what", "help me", "there is no command \"me\": see 'morvekctl --help'");
     row("group alone", "wifi", "a command is missing: see 'morvekctl help wifi'");
