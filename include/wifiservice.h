@@ -63,6 +63,14 @@ class WifiConnectionConfig;
  *
  * What a scan finds passes through the locale's encoding. Let the application run in a UTF-8 locale: in another one, a
  * name that does not fit can cost the whole result.
+ *
+ * A security that is unknown here is logged as an error, with code 1300 and without the network's name: "Unrecognized
+ * access point flag security protocol: "WPA3"" and the like, also "Unable to parse access point WPA flag". Nothing has
+ * failed by that. The access point is in the results without what was not understood (WifiAccessPoint tells how that
+ * looks), and a unit that has a WPA3 network in range has two such lines in its log after each scan. An application
+ * that counts errors leaves them out, by these beginnings. KREL_VERBOSITY=1 in the environment silences them and all
+ * other errors; where the platform's logger has a sink, KrelLogger::setSink(), an application hands on only the lines
+ * that it wants.
  */
 class MORVEK_NETWORK_EXPORT WifiService : public ServiceBase
 {
