@@ -3,6 +3,7 @@
 
 #include "fileplace.h"
 #include "zoppath.h"
+#include "zoproot.h"
 
 #include <QtCore/QFile>
 
@@ -45,6 +46,11 @@ struct stat statusOf(const FileDescriptor &file)
 RootLock::Result RootLock::take(const QVector<Service> &services, QString *error)
 {
     m_services = services;
+    const ZopRoot present = ZopRoot::look();
+    if (present.state == ZopRoot::Unusable) {
+        *error = present.reason + QLatin1String(": ") + present.mend;
+        return Unusable;
+    }
     const ZopPath top = ZopPath::directory(QLatin1String(TopFolder));
     if (!top.isValid()) {
         *error = top.error();

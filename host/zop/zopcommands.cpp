@@ -6,6 +6,7 @@
 #include "zopdirwatcher.h"
 #include "zopobject.h"
 #include "zoppath.h"
+#include "zoproot.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
@@ -173,8 +174,10 @@ const struct
 ExitCode runZopCommand(const QStringList &words)
 {
     for (const auto &command : Commands) {
-        if (words.value(0) == command.name && words.size() >= command.fewest && words.size() <= command.most)
-            return command.run(words);
+        if (words.value(0) != command.name || words.size() < command.fewest || words.size() > command.most)
+            continue;
+        const ZopRoot root = ZopRoot::look();
+        return root.state == ZopRoot::Unusable ? fail(root.reason, root.mend) : command.run(words);
     }
     return WrongUsage;
 }

@@ -5,7 +5,7 @@
 source "$(dirname "${BASH_SOURCE[0]}")/lib/check.bash"
 
 read -ra qt < <(pkg-config --cflags Qt5Core Qt5Network)
-flags=(-std=c++11 -fPIC -Wall -Wextra -Wpedantic -Werror -fsyntax-only -Iinclude -Iplatform "${qt[@]/#-I/-isystem}")
+flags=(-std=c++11 -fPIC -Wall -Wextra -Wpedantic -Werror -fsyntax-only -Iinclude -Iplatform -Ihost/platform/installed "${qt[@]/#-I/-isystem}")
 
 # Twice, so that a missing guard is noticed.
 twice() {
@@ -26,7 +26,7 @@ shown() {
 }
 
 for compiler in g++ clang++; do
-    for header in include/*.h platform/*.h; do
+    for header in include/*.h platform/*.h host/platform/installed/*.h; do
         twice "${header##*/}" | "$compiler" "${flags[@]}" -x c++ - || mistake "$header: $compiler refuses it"
     done
     while IFS= read -r header; do

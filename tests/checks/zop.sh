@@ -20,6 +20,10 @@ expect() {
 }
 
 expect 1 'morvek-zop: /zop: no such directory' list
+chmod 0755 "$ZOP_ROOT"
+expect 1 "morvek-zop: the root \"$ZOP_ROOT\" is open to other users (wanted: mode 0700): close it with 'chmod 700 \
+\"$ZOP_ROOT\"'" list
+chmod 0700 "$ZOP_ROOT"
 expect 0 '' set /zop/a/one name=text 'list:=[1,2]' other=
 expect 0 '' set /zop/a/b/two x=1
 expect 0 $'/zop/a/one\n/zop/a/b/two' list

@@ -157,7 +157,7 @@ void HostdProgramTest::unusableRoots()
     file.close();
     fails(file.fileName(), "is not a directory");
     fails(file.fileName() + QStringLiteral("/below"), "Not a directory");
-    fails(folder.filePath(QStringLiteral("no/such/parents")), "No such file or directory");
+    fails(folder.filePath(QStringLiteral("no/such/parents")), "cannot be made: there is no folder");
 
     const QString open = folder.filePath(QStringLiteral("open"));
     QVERIFY(QDir().mkdir(open));
