@@ -2,7 +2,9 @@
 #include "commandtable.h"
 #include "completion.h"
 #include "helpcommand.h"
+#include "librarylog.h"
 #include "output.h"
+#include "servicecommand.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTimer>
@@ -80,6 +82,7 @@ int main(int argc, char *argv[])
     useUtf8();
     std::signal(SIGPIPE, SIG_IGN); // a write that fails ends the command in order
     const QCoreApplication application(argc, argv);
+    hideLibraryLog();
     const QStringList arguments = QCoreApplication::arguments().mid(1);
     if (arguments.value(0) == QLatin1String("complete"))
         return complete(arguments.mid(arguments.value(1) == QLatin1String("--") ? 2 : 1));
@@ -104,5 +107,7 @@ int main(int argc, char *argv[])
         writeText(helpText(line.name));
         return ended(Done);
     }
+    if (line.has(verboseOption().name))
+        showLibraryLog();
     return runCommand(line);
 }

@@ -32,7 +32,7 @@ offers() {
     fi
 }
 
-general=(interfaces show preferred configure monitor wifi hotspot help)
+general=(status interfaces show preferred configure monitor wifi hotspot help)
 hotspot=(status on off profile set monitor)
 wifi=(status on off scan connect disconnect monitor)
 offers "commands and options" "morvekctl " "${general[@]}" --help --version
@@ -40,8 +40,8 @@ offers "the start of a command" "morvekctl in" interfaces
 offers "a whole command" "morvekctl preferred" preferred
 offers "nothing after an unknown command" "morvekctl nonsense "
 offers "nothing for an unknown start" "morvekctl x"
-offers "options of a command" "morvekctl interfaces --" --help --json --wait --timeout
-offers "options are offered once" "morvekctl interfaces --json --" --help --wait --timeout
+offers "options of a command" "morvekctl interfaces --" --help --json --wait --timeout --verbose
+offers "options are offered once" "morvekctl interfaces --json --" --help --wait --timeout --verbose
 offers "the start of an option" "morvekctl monitor --c" --count
 offers "the value of an option is the user's" "morvekctl monitor --count "
 offers "a command after options" "morvekctl --json sh" show
@@ -54,14 +54,14 @@ offers "the start of a command of a group" "morvekctl wifi s" status scan
 offers "commands of a group after an option" "morvekctl wifi --json d" disconnect
 offers "options of a group" "morvekctl wifi --" --help
 offers "options of a command of a group" "morvekctl wifi connect Garage --" \
-    --help --passkey-file --json --wait --timeout
+    --help --passkey-file --json --wait --timeout --verbose
 offers "commands of another group" "morvekctl hotspot " "${hotspot[@]}" --help
 offers "options of a command of another group" "morvekctl hotspot profile --" \
-    --help --show-passphrase --json --wait --timeout
+    --help --show-passphrase --json --wait --timeout --verbose
 offers "the start of an option of a group" "morvekctl hotspot set --pa" --passphrase-file
 offers "options that are still left" "morvekctl hotspot set --name Bus --band 5 --security open --" \
     --help --max-clients --inactivity-time --privacy --block-connections --passphrase-file --ask-passphrase \
-    --json --wait --timeout
+    --json --wait --timeout --verbose
 offers "no passphrases" "morvekctl hotspot set --passphrase-file "
 offers "no networks, as a scan takes time" "morvekctl wifi connect "
 offers "commands of a group that have help" "morvekctl help wifi " "${wifi[@]}"

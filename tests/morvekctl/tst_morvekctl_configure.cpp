@@ -1,28 +1,33 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "processes.h"
+#include "daemoncase.h"
 
 #include <zopobject.h>
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 using namespace morvek;
 
 /*! configure: what reaches the daemon, what is told of it, and every way in which it fails. */
-class TestMorvekctlConfigure : public QObject
+class TestMorvekctlConfigure : public DaemonCase
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init();
-    void cleanup();
+public:
+    TestMorvekctlConfigure()
+        : DaemonCase(QStringLiteral("/zop/services/networking/all/interfaces/eth0"))
+    {
+    }
 
+private Q_SLOTS:
     void manual_data();
     void manual();
     void manualApplied();
     void autoApplied();
+    void appliedInParts();
+    void overruled_data();
+    void overruled();
     void accepted();
     void acceptedAsJson();
     void appliedAsJson();
@@ -34,15 +39,19 @@ private Q_SLOTS:
     void sameConfiguration();
     void refusedByDaemon();
     void refusedAtDisconnection();
+    void refusedAtConnection();
     void daemonDies();
     void noReply();
     void neverApplied();
+    void waitsInVain();
+    void strandedAndRefused();
+
+    void dryRun();
+    void dryRunAsJson();
+    void dryRunOfNothing();
+    void dryRunRefused();
 
 private:
-    ToolResult run(const QString &arguments) const
-    {
-        return runTool(m_root->path(), arguments.split(QLatin1Char(' ')));
-    }
     /*! What the daemon publishes of \a interface, read without the library. */
     static QString published(const QString &interface, const QString &attribute)
     {
@@ -51,23 +60,7 @@ private:
         object.setAttributeCacheEnabled(true);
         return object.attribute(attribute).toString();
     }
-
-    std::unique_ptr<QTemporaryDir> m_root;
-    std::unique_ptr<Daemon> m_daemon;
 };
-
-void TestMorvekctlConfigure::init()
-{
-    m_root = std::make_unique<QTemporaryDir>();
-    m_daemon = std::make_unique<Daemon>(m_root->path());
-    qputenv("ZOP_ROOT", m_root->path().toUtf8());
-}
-
-void TestMorvekctlConfigure::cleanup()
-{
-    m_daemon.reset();
-    m_root.reset();
-}
 
 void TestMorvekctlConfigure::manual_data()
 {
@@ -144,6 +137,59 @@ void TestMorvekctlConfigure::autoApplied()
     QVERIFY(result.output.contains(QLatin1String("\nMode              auto\nAddress           10.20.0.40/16\n")));
     QCOMPARE(result.code, 0);
     QCOMPARE(published(QStringLiteral("eth0"), QStringLiteral("manual")), QStringLiteral("no"));
+}
+
+/*! The daemon tells the addresses before it tells that they are automatic. */
+void TestMorvekctlConfigure::appliedInParts()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("never-leased"), {QStringLiteral("--verbose")}));
+    Tool tool(m_root->path());
+    tool.start(QStringLiteral("configure eth0 auto --applied").split(QLatin1Char(' ')));
+    QVERIFY(waitForDaemon(QStringLiteral("reply   net_connected id=2 ok")));
+    QVERIFY(publish(QStringLiteral("ip_addresses"), ZopVariant(R"(["10.20.0.40/255.255.0.0"])", "json")));
+    QVERIFY(publish(QStringLiteral("connected"), true));
+    QVERIFY(publish(QStringLiteral("manual"), QStringLiteral("no")));
+    QCOMPARE(tool.wait(), 0);
+    QCOMPARE(tool.errors(), QString());
+}
+
+void TestMorvekctlConfigure::overruled_data()
+{
+    QTest::addColumn<QString>("scenario");
+    QTest::addColumn<QString>("first");
+    QTest::addColumn<QString>("second");
+    QTest::addColumn<QString>("sentence");
+    const QString manual = QStringLiteral("manual --prefix 16 --address ");
+    QTest::newRow("another address") << "slow-release" << manual + "10.20.0.77 --gateway 10.20.0.1"
+                                     << manual + "10.20.0.78 --gateway 10.20.0.1"
+                                     << "manual was accepted, but eth0 is manual with 10.20.0.78/16 via 10.20.0.1 now";
+    QTest::newRow("another gateway") << "slow-release" << manual + "10.20.0.77 --gateway 10.20.0.1"
+                                     << manual + "10.20.0.77 --gateway 10.20.0.2"
+                                     << "manual was accepted, but eth0 is manual with 10.20.0.77/16 via 10.20.0.2 now";
+    QTest::newRow("another mode") << "never-leased"
+                                  << "auto" << manual + "10.20.0.78 --gateway 10.20.0.1"
+                                  << "auto was accepted, but eth0 is manual with 10.20.0.78/16 via 10.20.0.1 now";
+}
+
+/*! Two at once: the one whose addresses do not come ends when the other's have come, not at its deadline. */
+void TestMorvekctlConfigure::overruled()
+{
+    QFETCH(QString, scenario);
+    QFETCH(QString, first);
+    QFETCH(QString, second);
+    QFETCH(QString, sentence);
+    QVERIFY(m_daemon->publish(scenario, {QStringLiteral("--verbose")}));
+    const QString command = QStringLiteral("configure eth0 --applied ");
+    Tool tool(m_root->path());
+    tool.start((command + first).split(QLatin1Char(' ')));
+    QVERIFY(waitForDaemon(QStringLiteral("reply   net_connected id=2 ok")));
+    QCOMPARE(run(command + second).code, 0);
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(tool.wait(), 1);
+    QVERIFY2(timer.elapsed() < 4000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(tool.errors(), QStringLiteral("morvekctl: %1: somebody has configured it meanwhile\n").arg(sentence));
+    QCOMPARE(tool.nextLine(), QString());
 }
 
 void TestMorvekctlConfigure::accepted()
@@ -274,6 +320,25 @@ void TestMorvekctlConfigure::refusedAtDisconnection()
     QCOMPARE(run(arguments).code, 0);
 }
 
+void TestMorvekctlConfigure::refusedAtConnection()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("connect-refused")));
+    const ToolResult result =
+        run(QStringLiteral("configure eth0 manual --address 10.20.0.77 --prefix 16 --gateway 10.20.0.1"));
+    QCOMPARE(
+        result.errors,
+        QStringLiteral("morvekctl: eth0 was not configured, code 13: The system was unable to configure the "
+                       "interface. (permission denied) (eth0 has no address: 'morvekctl configure eth0 manual ...' "
+                       "and then 'morvekctl configure eth0 auto' bring it back)\n"));
+    QCOMPARE(result.code, 1);
+    QCOMPARE(run(QStringLiteral("configure eth0 manual --address 10.20.0.77 --prefix 16 --gateway 10.20.0.1 --applied"))
+                 .code,
+             0);
+    QCOMPARE(run(QStringLiteral("configure eth0 auto --applied")).code, 0);
+    QCOMPARE(published(QStringLiteral("eth0"), QStringLiteral("ip_addresses")),
+             QStringLiteral(R"(["10.20.0.40/255.255.0.0"])"));
+}
+
 void TestMorvekctlConfigure::daemonDies()
 {
     QVERIFY(m_daemon->publish(QStringLiteral("dies")));
@@ -293,8 +358,9 @@ void TestMorvekctlConfigure::noReply()
     const ToolResult result =
         run(QStringLiteral("configure eth0 manual --address 10.20.0.77 --prefix 16 --gateway 10.20.0.1 --timeout 0.5"));
     QCOMPARE(result.errors,
-             QStringLiteral("morvekctl: the time is up: the networking daemon has not answered; it may "
-                            "still change eth0\n"));
+             QStringLiteral("morvekctl: the time is up: eth0 has its addresses still, and manual was not asked for; "
+                            "should it lose them later, 'morvekctl configure eth0 manual ...' and then 'morvekctl "
+                            "configure eth0 auto' bring it back\n"));
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 4);
 }
@@ -304,9 +370,91 @@ void TestMorvekctlConfigure::neverApplied()
     QVERIFY(m_daemon->publish(QStringLiteral("never-leased")));
     const ToolResult result = run(QStringLiteral("configure eth0 auto --applied --timeout 4"));
     QCOMPARE(result.errors,
-             QStringLiteral("morvekctl: the time is up: auto was accepted, but eth0 does not report it yet\n"));
+             QStringLiteral("morvekctl: the time is up: auto was accepted, but eth0 does not report it yet; if no "
+                            "address comes, 'morvekctl configure eth0 ...' once more brings it back\n"));
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 4);
+}
+
+void TestMorvekctlConfigure::waitsInVain()
+{
+    const ToolResult result = run(QStringLiteral("configure eth0 auto --wait --timeout 0.3"));
+    QCOMPARE(result.errors, QStringLiteral("morvekctl: the time is up: the networking daemon is still not there\n"));
+    QCOMPARE(result.code, 4);
+}
+
+/*! What says automatic and has lost its addresses is not asked to become automatic. */
+void TestMorvekctlConfigure::strandedAndRefused()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("slow-release")));
+    QVERIFY(publish(QStringLiteral("ip_addresses"), ZopVariant("[]", "json")));
+    const ToolResult result = run(QStringLiteral("configure eth0 auto"));
+    QCOMPARE(
+        result.errors,
+        QStringLiteral("morvekctl: eth0 was not configured, code -1: The new configuration settings are the same "
+                       "as the current configuration settings. (eth0 has no address: 'morvekctl configure eth0 manual "
+                       "...' and then 'morvekctl configure eth0 auto' bring it back)\n"));
+    QCOMPARE(result.code, 1);
+}
+
+void TestMorvekctlConfigure::dryRun()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("never-leased"), {QStringLiteral("--verbose")}));
+    const ToolResult connected =
+        run(QStringLiteral("configure eth0 manual --address 10.20.0.78 --prefix 16 --gateway 10.20.0.1 --dry-run"));
+    QCOMPARE(connected.output,
+             QStringLiteral(R"(Would send net_disconnected "eth0")"
+                            "\n"
+                            R"(Would send net_connected ["eth0",{"gateway":"10.20.0.1","ip_address":"10.20.0.78",)"
+                            R"("manual":"yes","manual6":"off","netmask":"255.255.0.0"}] when the addresses are gone)"
+                            "\n"));
+    QCOMPARE(connected.errors, QString());
+    QCOMPARE(connected.code, 0);
+
+    QCOMPARE(run(QStringLiteral("configure eth0 auto")).code, 0);
+    QVERIFY(waitForDaemon(QStringLiteral("reply   net_connected id=2 ok")));
+    const int requests = m_told.count(QLatin1String(" request "));
+    QCOMPARE(requests, 2); // and none of the dry run before
+
+    const ToolResult unconnected = run(QStringLiteral("configure eth0 auto --dry-run"));
+    QCOMPARE(unconnected.output,
+             QStringLiteral(R"(Would send net_connected ["eth0",{"manual":"no","manual6":"off"}])"
+                            "\n"));
+    QCOMPARE(unconnected.code, 0);
+}
+
+void TestMorvekctlConfigure::dryRunAsJson()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("never-leased")));
+    const ToolResult result = run(QStringLiteral("configure eth0 auto --dry-run --json"));
+    QCOMPARE(result.output,
+             QStringLiteral(R"({"interface":"eth0","requests":[{"dat":"eth0","msg":"net_disconnected"},)"
+                            R"({"dat":["eth0",{"manual":"no","manual6":"off"}],"msg":"net_connected"}]})"
+                            "\n"));
+    QCOMPARE(result.code, 0);
+}
+
+void TestMorvekctlConfigure::dryRunOfNothing()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
+    const ToolResult result = run(QStringLiteral("configure eth0 auto --dry-run"));
+    QCOMPARE(result.output, QStringLiteral("Would send nothing: eth0 is auto already.\n"));
+    QCOMPARE(result.code, 0);
+    const ToolResult asJson = run(QStringLiteral("configure eth0 auto --dry-run --json"));
+    QCOMPARE(asJson.output,
+             QStringLiteral(R"({"interface":"eth0","requests":[]})"
+                            "\n"));
+    QCOMPARE(asJson.code, 0);
+}
+
+void TestMorvekctlConfigure::dryRunRefused()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("never-leased")));
+    const ToolResult result =
+        run(QStringLiteral("configure eth0 manual --address 10.20.0.77 --prefix 16 --gateway 10.20.0.1 --dry-run"));
+    QCOMPARE(result.errors, QStringLiteral("morvekctl: nothing would be sent: eth0 is manual like that already\n"));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(result.code, 1);
 }
 
 QTEST_GUILESS_MAIN(TestMorvekctlConfigure)

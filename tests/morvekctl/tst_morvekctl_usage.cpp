@@ -409,6 +409,7 @@ void TestMorvekctlUsage::helpNamesEverything()
 {
     const QString program = runTool(m_root.path(), {QStringLiteral("--help")}).output;
     const char *const parts[] = {
+        "\n  status ",
         "\n  interfaces ",
         "\n  show NAME ",
         "\n  preferred ",
@@ -432,6 +433,7 @@ void TestMorvekctlUsage::helpNamesEverything()
         "\n  --json ",
         "\n  --wait ",
         "\n  --timeout SECONDS ",
+        "\n  --verbose ",
         "\n  0                     done\n",
         "\n  1                     the operation failed",
         "\n  2                     the command line makes no sense\n",
@@ -446,7 +448,8 @@ void TestMorvekctlUsage::helpNamesEverything()
     const QString monitor = runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("monitor")}).output;
     QVERIFY(monitor.contains(QLatin1String("\n  --count N ")));
     const QString configure = runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("configure")}).output;
-    for (const char *option : {"--address A/N ", "--netmask M ", "--prefix N ", "--gateway G ", "--applied "})
+    for (const char *option :
+         {"--address A/N ", "--netmask M ", "--prefix N ", "--gateway G ", "--applied ", "--dry-run "})
         QVERIFY2(configure.contains(QLatin1String("\n  ") + QLatin1String(option)), option);
 
     const QString group = runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("wifi")}).output;

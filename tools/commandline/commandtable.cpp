@@ -8,6 +8,7 @@
 #include "hotspotstatecommands.h"
 #include "listcommands.h"
 #include "monitorcommand.h"
+#include "statuscommand.h"
 #include "suggestion.h"
 #include "wificonnectcommand.h"
 #include "wifimonitorcommand.h"
@@ -52,11 +53,11 @@ QStringList meantCommands(const QString &group, const QString &word)
 const std::vector<CommandInfo> &commands()
 {
     static const std::vector<CommandInfo> table {
-        interfacesCommand(),    showCommand(),           preferredCommand(),      configureCommand(),
-        monitorCommand(),       wifiStatusCommand(),     wifiOnCommand(),         wifiOffCommand(),
-        wifiScanCommand(),      wifiConnectCommand(),    wifiDisconnectCommand(), wifiMonitorCommand(),
-        hotspotStatusCommand(), hotspotOnCommand(),      hotspotOffCommand(),     hotspotProfileCommand(),
-        hotspotSetCommand(),    hotspotMonitorCommand(), helpCommand(),
+        statusCommand(),         interfacesCommand(),    showCommand(),           preferredCommand(),
+        configureCommand(),      monitorCommand(),       wifiStatusCommand(),     wifiOnCommand(),
+        wifiOffCommand(),        wifiScanCommand(),      wifiConnectCommand(),    wifiDisconnectCommand(),
+        wifiMonitorCommand(),    hotspotStatusCommand(), hotspotOnCommand(),      hotspotOffCommand(),
+        hotspotProfileCommand(), hotspotSetCommand(),    hotspotMonitorCommand(), helpCommand(),
     };
     return table;
 }

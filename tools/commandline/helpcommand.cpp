@@ -98,7 +98,7 @@ QString programHelp()
     writeEntries(stream,
                  {{QStringLiteral("ZOP_ROOT"), QStringLiteral("root of the daemons' objects")},
                   {QStringLiteral("KREL_VERBOSITY"),
-                   QStringLiteral("what the library logs on standard error: 0 (nothing) to 7")}});
+                   QStringLiteral("set, it shows what the library logs on standard error: 0 (nothing) to 7")}});
     stream.flush();
     return text;
 }

@@ -28,6 +28,17 @@ void write(KrelLogger::Level level, unsigned short code, const QString &text)
 
 } // namespace
 
+void hideLibraryLog()
+{
+    if (!qEnvironmentVariableIsSet("KREL_VERBOSITY"))
+        KrelLogger::setVerbosity(0);
+}
+
+void showLibraryLog()
+{
+    KrelLogger::setVerbosity(std::max(KrelLogger::getVerbosity(), int(KrelLogger::Warning)));
+}
+
 LibraryLog::LibraryLog(const Listener &listener, KrelLogger::Level level)
     : m_listener(listener),
       m_level(level),
@@ -51,7 +62,7 @@ void LibraryLog::listen()
 
 void LibraryLog::hear(KrelLogger::Level level, unsigned short code, const QString &text)
 {
-    if (qEnvironmentVariableIsSet("KREL_VERBOSITY") && level <= m_verbosity) {
+    if (level <= m_verbosity) {
         KrelLogger::setSink({});
         write(level, code, text);
         listen();

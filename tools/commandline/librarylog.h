@@ -8,10 +8,12 @@
 
 namespace morvek {
 
-/*!
- * While it lives, the library's errors are heard, or its warnings, too. What the library logs is written only when
- * KREL_VERBOSITY is set: then it is the user's wish to see it.
- */
+/*! From now on the library's lines are not written, unless KREL_VERBOSITY is set. */
+void hideLibraryLog();
+/*! From now on they are, the warnings too. */
+void showLibraryLog();
+
+/*! While it lives, the library's errors are heard, or its warnings, too. They are written as they were before. */
 class LibraryLog
 {
 public:

@@ -2,6 +2,7 @@
 #include "servicecommand.h"
 
 #include "output.h"
+#include "rootstate.h"
 
 #include <krellogger.h>
 #include <servicebase.h>
@@ -17,6 +18,9 @@ constexpr int LeastPatience = 100;
 
 QString notReadySentence(const QString &daemon)
 {
+    const QString lack = RootState::look().lack;
+    if (!lack.isEmpty())
+        return QStringLiteral("the %1 daemon is not there: %2, or add --wait").arg(daemon, lack);
     const QString root = qEnvironmentVariable("ZOP_ROOT");
     const QString place = root.isEmpty() ? QStringLiteral("set ZOP_ROOT to its root (it is not set)")
                                          : QStringLiteral("set ZOP_ROOT to its root (it is \"%1\")").arg(root);
@@ -25,6 +29,12 @@ QString notReadySentence(const QString &daemon)
 
 } // namespace
 
+const Option &verboseOption()
+{
+    static const Option option {QStringLiteral("verbose"), {}, QStringLiteral("show what the library logs, too")};
+    return option;
+}
+
 std::vector<Option> serviceOptions()
 {
     return {
@@ -32,6 +42,7 @@ std::vector<Option> serviceOptions()
         {QStringLiteral("wait"), {}, QStringLiteral("wait for the daemon when it is not there")},
         {QStringLiteral("timeout"), QStringLiteral("SECONDS"),
          QStringLiteral("stop waiting after that time, for whatever it is")},
+        verboseOption(),
     };
 }
 
@@ -52,7 +63,7 @@ ServiceCommand::ServiceCommand(const CommandLine &line, const QString &daemon, i
 {
     m_timeout.setSingleShot(true);
     m_timeout.setInterval(line.timeout);
-    connect(&m_timeout, &QTimer::timeout, this, &ServiceCommand::onTimeout);
+    connect(&m_timeout, &QTimer::timeout, this, &ServiceCommand::onTimeUp);
     setOverdue(QStringLiteral("the %1 daemon is still not there").arg(daemon));
 
     m_patience.setSingleShot(true);
@@ -62,6 +73,12 @@ ServiceCommand::ServiceCommand(const CommandLine &line, const QString &daemon, i
 
 void ServiceCommand::start()
 {
+    const QString fault = RootState::look().fault;
+    if (!fault.isEmpty()) {
+        complain(fault);
+        finish(NotReady);
+        return;
+    }
     if (m_hasTimeout)
         m_timeout.start();
     tryService();
@@ -97,7 +114,7 @@ void ServiceCommand::onNotReady()
     finish(NotReady);
 }
 
-void ServiceCommand::onTimeout()
+void ServiceCommand::onTimeUp()
 {
     withdraw();
     if (!m_overdue.isEmpty())

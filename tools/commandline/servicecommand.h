@@ -17,7 +17,9 @@ constexpr int ChangeTime = 10000;
 /*! \a milliseconds as the help tells them. */
 QString inSeconds(int milliseconds);
 
-/*! --json, --wait and --timeout, which every command of this kind takes. */
+/*! --verbose. */
+const Option &verboseOption();
+/*! --json, --wait, --timeout and --verbose, which every command of this kind takes. */
 std::vector<Option> serviceOptions();
 /*! \a own, and those. */
 std::vector<Option> withServiceOptions(std::vector<Option> own);
@@ -43,6 +45,8 @@ protected:
     virtual void run() = 0;
     /*! Called when the time is up, before that is told: stops what is under way. */
     virtual void withdraw();
+    /*! Called when the time is up: tells that, and ends the command. */
+    virtual void onTimeUp();
 
     bool json() const { return m_json; }
     /*! What is said, and what the command ends with, when the time is up from now on. Nothing is said when empty. */
@@ -60,7 +64,6 @@ private:
     void tryService();
     void onReady();
     void onNotReady();
-    void onTimeout();
 
     const QString m_daemon;
     const int m_growth;

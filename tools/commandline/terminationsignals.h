@@ -7,8 +7,9 @@
 namespace morvek {
 
 /*!
- * While it lives, SIGINT, SIGTERM, SIGHUP and SIGQUIT do not end the program but emit received() from the event loop.
- * One at a time. A SIGHUP that was ignored before stays so: somebody wants the program to outlive its terminal.
+ * While it lives, SIGINT, SIGTERM, SIGHUP and SIGQUIT do not end the program but emit received() from the event loop,
+ * once for signals that come almost together. One at a time lives. A SIGHUP that was ignored before stays so: somebody
+ * wants the program to outlive its terminal.
  */
 class TerminationSignals : public QObject
 {
@@ -23,6 +24,9 @@ Q_SIGNALS:
 
 private:
     Q_DISABLE_COPY(TerminationSignals)
+    void read();
+
+    qint64 m_last = -1; //!< when the last one came that was told, in milliseconds
 };
 
 } // namespace morvek
