@@ -67,7 +67,7 @@ void TestMorvekctlUsage::nonsense_data()
     row("two slips in a short word", "sloe", "there is no command \"sloe\": see 'morvekctl --help'");
     row("large letters", "INTERFACES",
         "there is no command \"INTERFACES\": did you mean 'interfaces'? See 'morvekctl --help'");
-    row("unknown option", "interfaces --verbos", "there is no option \"--verbos\": see 'morvekctl --help'");
+    row("unknown option", "interfaces --loud", "there is no option \"--loud\": see 'morvekctl --help'");
     row("slip in an option", "interfaces --jsn",
         "there is no option \"--jsn\": did you mean --json? See 'morvekctl --help'");
     row("slip in an option with its value", "interfaces --timeuot=3",
@@ -286,6 +286,7 @@ void TestMorvekctlUsage::bare()
                  "Usage: morvekctl COMMAND [ARGUMENT]... [OPTION]...\n"
                  "\n"
                  "Commands:\n"
+                 "  status                tell which daemons are there, and what their services tell\n"
                  "  interfaces            list the network interfaces\n"
                  "  show                  tell everything that is known of one interface\n"
                  "  preferred             tell which interface the unit prefers now\n"
