@@ -87,6 +87,9 @@ void readSubject(const JsonNode &node, const Scenario &scenario, Fault *fault)
         fault->ssid = ssid.text();
         if (fault->ssid.isEmpty() || !WifiText::isSsid(fault->ssid))
             ssid.fail(QStringLiteral("must have 1 to 32 bytes"));
+        if (std::none_of(scenario.wifi.accessPoints.begin(), scenario.wifi.accessPoints.end(),
+                         [fault](const ScenarioAccessPoint &one) { return one.ssid == fault->ssid; }))
+            ssid.fail(QStringLiteral("no access point has this name"));
         if (node.has(MessageKey) && fault->message != Wire::WnetNew)
             ssid.fail(QStringLiteral("only %1 names a network").arg(Wire::WnetNew));
     }

@@ -2,8 +2,10 @@
 #include "scenarioreader.h"
 
 #include "addresstext.h"
+#include "duplicatekey.h"
 #include "faultreader.h"
 #include "hotspotreader.h"
+#include "interfaceaddress.h"
 #include "jsonnode.h"
 #include "timelinereader.h"
 #include "wifireader.h"
@@ -102,6 +104,41 @@ void readInterfaces(const JsonNode &node, bool circlesAllowed, Scenario *scenari
     }
 }
 
+/*! Whose addresses are whose. What is link-local may be there once on each link. */
+using AddressOwners = QHash<QHostAddress, QString>;
+
+/*! Notes an address of \a interface in the member \a key of \a node that another interface has, too. */
+void checkOwners(const JsonNode &node, const QString &key, const QString &interface, AddressOwners *owners)
+{
+    if (!node.has(key))
+        return;
+    const QVector<JsonNode> addresses = node.member(key).member(Wire::IpAddresses).items();
+    for (const JsonNode &address : addresses) {
+        const QHostAddress host = InterfaceAddress(address.text()).host();
+        if (host.isLinkLocal())
+            continue;
+        if (owners->value(host, interface) != interface)
+            address.fail(QStringLiteral("\"%1\" has this address, too").arg(owners->value(host)));
+        owners->insert(host, interface);
+    }
+}
+
+/*! What the Wi-Fi station gets somewhere is its interface's. */
+void checkAllOwners(const JsonNode &top, const QString &wifi, const Scenario &scenario)
+{
+    AddressOwners owners;
+    const QVector<JsonNode> interfaces = top.member(QStringLiteral("interfaces")).items();
+    for (int i = 0; i < interfaces.size(); ++i) {
+        for (const QString &key : {QString(LeaseKey), Wire::Manual})
+            checkOwners(interfaces.at(i), key, scenario.interfaces.at(i).name, &owners);
+    }
+    if (!top.has(wifi))
+        return;
+    const QVector<JsonNode> accessPoints = top.member(wifi).member(QStringLiteral("access_points")).items();
+    for (const JsonNode &accessPoint : accessPoints)
+        checkOwners(accessPoint, LeaseKey, scenario.wifi.interface, &owners);
+}
+
 DelayRange readDelay(const JsonNode &node, const QString &key, DelayRange otherwise)
 {
     if (!node.has(key))
@@ -148,9 +185,11 @@ void readAll(const JsonNode &top, Scenario *scenario)
     const QString hotspot = QStringLiteral("hotspot");
     const QString timeline = QStringLiteral("timeline");
     const QString faults = QStringLiteral("faults");
-    top.expectObject({QStringLiteral("description"), QStringLiteral("seed"), delays, circles,
+    const QString schema = QStringLiteral("$schema");
+    top.expectObject({schema, QStringLiteral("description"), QStringLiteral("seed"), delays, circles,
                       QStringLiteral("interfaces"), Wire::Priority, Wire::DefaultInterface, wifi, hotspot, timeline,
                       faults});
+    top.textOr(schema, QString()); // it is the editor's
     scenario->description = top.textOr(QStringLiteral("description"), QString());
     scenario->seed = quint32(top.numberOr(QStringLiteral("seed"), 0, std::numeric_limits<int>::max(), 1));
     if (top.has(delays))
@@ -163,6 +202,7 @@ void readAll(const JsonNode &top, Scenario *scenario)
         scenario->defaultInterface = readInterfaceName(top.member(Wire::DefaultInterface), *scenario);
     if (top.has(wifi))
         scenario->wifi = readWifi(top.member(wifi), *scenario);
+    checkAllOwners(top, wifi, *scenario);
     if (top.has(hotspot))
         scenario->hotspot = readHotspot(top.member(hotspot));
     if (top.has(timeline))
@@ -171,16 +211,30 @@ void readAll(const JsonNode &top, Scenario *scenario)
         scenario->faults = readFaults(top.member(faults), *scenario);
 }
 
+/*! Where the byte at \a offset is, in lines and characters. */
+QString linePlace(const QByteArray &json, int offset)
+{
+    const QByteArray before = json.left(qMax(0, offset));
+    const int lineStart = before.lastIndexOf('\n') + 1;
+    return QStringLiteral("line %1, column %2: ")
+        .arg(before.count('\n') + 1)
+        .arg(QString::fromUtf8(before.mid(lineStart)).size() + 1);
+}
+
+/*! Every interface has a link-local address in IPv6, also when nobody names it. */
+bool isNeighbour(const QHostAddress &gateway, const QStringList &addresses)
+{
+    return (gateway.protocol() == QAbstractSocket::IPv6Protocol && gateway.isLinkLocal())
+        || std::any_of(addresses.begin(), addresses.end(), [&gateway](const QString &address) {
+               return InterfaceAddress(address).hasNeighbour(gateway);
+           });
+}
+
 QString syntaxError(const QByteArray &json, const QJsonParseError &error)
 {
     // The parser tells how far it has read: one character behind the wrong one, except before garbage at the end.
     const int behind = error.error == QJsonParseError::GarbageAtEnd ? 0 : 1;
-    const QByteArray before = json.left(qMax(0, error.offset - behind));
-    const int lineStart = before.lastIndexOf('\n') + 1;
-    return QStringLiteral("line %1, column %2: %3")
-        .arg(before.count('\n') + 1)
-        .arg(QString::fromUtf8(before.mid(lineStart)).size() + 1)
-        .arg(error.errorString());
+    return linePlace(json, error.offset - behind) + error.errorString();
 }
 
 } // namespace
@@ -192,6 +246,11 @@ bool readScenario(const QByteArray &json, Scenario *scenario, QString *error)
     const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
     if (parseError.error != QJsonParseError::NoError) {
         *error = syntaxError(json, parseError);
+        return false;
+    }
+    const DuplicateKey duplicate = DuplicateKey::find(json);
+    if (duplicate.offset != -1) {
+        *error = linePlace(json, duplicate.offset) + QStringLiteral("a second \"%1\"").arg(duplicate.key);
         return false;
     }
     *scenario = Scenario();
@@ -224,6 +283,11 @@ AddressSet readAddressSet(const JsonNode &node)
             address.fail(QStringLiteral("\"%1\" is not an address with its netmask, "
                                         "as 10.0.0.5/255.255.255.0, 10.0.0.5/24 and fe80::1/64 are")
                              .arg(address.text()));
+        const InterfaceAddress own(published);
+        if (own.isNetwork() || own.isBroadcast())
+            address.fail(QStringLiteral("\"%1\" is the %2 address of its network, not that of a host")
+                             .arg(address.text(),
+                                  own.isNetwork() ? QStringLiteral("first") : QStringLiteral("broadcast")));
         set.addresses += published;
     }
     if (addresses.isEmpty())
@@ -235,6 +299,9 @@ AddressSet readAddressSet(const JsonNode &node)
         set.gateways += gateway.text();
         if (!AddressText::isGateway(set.gateways.last()))
             gateway.fail(QStringLiteral("\"%1\" is not an IP address").arg(set.gateways.last()));
+        if (!isNeighbour(QHostAddress(set.gateways.last()), set.addresses))
+            gateway.fail(QStringLiteral("\"%1\" is no other host of the network of an address here")
+                             .arg(set.gateways.last()));
     }
     return set;
 }
