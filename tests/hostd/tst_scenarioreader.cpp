@@ -27,8 +27,13 @@ private Q_SLOTS:
     void values();
     void eventsAreOrderedByTime();
     void circularParentsWhenAskedFor();
+    void namesItsSchema();
     void syntaxErrors_data();
     void syntaxErrors();
+    void duplicateKeys_data();
+    void duplicateKeys();
+    void addresses_data();
+    void addresses();
     void errors_data();
     void errors();
     void shippedScenarios();
@@ -203,6 +208,157 @@ void ScenarioReaderTest::syntaxErrors()
     QVERIFY(error.size() > place.size());
 }
 
+void ScenarioReaderTest::namesItsSchema()
+{
+    Scenario scenario;
+    QString error;
+    QVERIFY2(readScenario(json("{'$schema':'any','interfaces':[]}"), &scenario, &error), qPrintable(error));
+}
+
+void ScenarioReaderTest::duplicateKeys_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QString>("expected");
+
+    const auto row = [](const char *name, const QByteArray &text, const char *expected) {
+        QTest::addRow("%s", name) << text << QString::fromUtf8(expected);
+    };
+    row("top", json("{'interfaces':[],\n 'seed':1, 'seed':1}"), "line 2, column 12: a second \"seed\"");
+    row("behind umlauts", json("{'interfaces':[],'description':'\xc3\xa4\xc3\xb6','seed':1,'seed':1}"),
+        "line 1, column 46: a second \"seed\"");
+    row("blanks before the colon", json("{'interfaces':[],'seed':1,'seed' \t\r\n:1}"),
+        "line 1, column 27: a second \"seed\"");
+    row("escaped", json("{'interfaces':[],'seed':1,'\\u0073\\u0065ed':1}"),
+        "line 1, column 27: a second \"seed\"");
+    row("escaped first", json("{'interfaces':[],'s\\u0065ed':1,'seed':1}"), "line 1, column 32: a second \"seed\"");
+    row("in an array", json("{'interfaces':[{'name':'a','type':'usb'},{'name':'b','type':'usb','name':'b'}]}"),
+        "line 1, column 67: a second \"name\"");
+    row("nested",
+        json("{'interfaces':[{'name':'a','type':'usb','lease':{'ip_gateway':[],'ip_addresses':[],'ip_gateway':[]}}]}"),
+        "line 1, column 84: a second \"ip_gateway\"");
+    row("behind what is nested", json("{'interfaces':[{'name':'a','type':'usb'}],'delays':{},'interfaces':[]}"),
+        "line 1, column 55: a second \"interfaces\"");
+    row("where keys are free",
+        json("{'interfaces':[{'name':'a','type':'usb'}],'timeline':[{'at':1,'event':'set','interface':'a',"
+             "'attributes':{'x':[{'\\'':1,'\\\\':2,'\\u005C':3}]}}]}"),
+        "line 1, column 127: a second \"\\\"");
+    row("before another mistake", json("{'colour':1,'colour':1}"), "line 1, column 13: a second \"colour\"");
+    row("deep", QByteArray(1000, '[') + json("{'a':1,'a':1}") + QByteArray(1000, ']'),
+        "line 1, column 1008: a second \"a\"");
+    // None of these is a key that stands twice.
+    row("once in each", json("{'seed':1,'interfaces':[{'name':'a','type':'usb'},{'name':'b','type':'usb'},7]}"),
+        "interfaces[2]: must be an object");
+    row("inside and outside", json("{'delays':{'manual':1},'interfaces':[],'manual':1}"),
+        "unknown key \"manual\" (known: $schema, description, seed, delays, allow_circular_parents, interfaces, "
+        "priority, default_interface, wifi, hotspot, timeline, faults)");
+    row("a value", json("{'interfaces':[],'description':'seed','seed':-1}"),
+        "seed: must be a whole number from 0 to 2147483647");
+    row("inside a text", json("{'interfaces':[],'description':'\\'seed\\': 1 }]','seed':-1}"),
+        "seed: must be a whole number from 0 to 2147483647");
+    row("another case", json("{'interfaces':[],'Seed':1,'seed':1}"),
+        "unknown key \"Seed\" (known: $schema, description, seed, delays, allow_circular_parents, interfaces, "
+        "priority, default_interface, wifi, hotspot, timeline, faults)");
+}
+
+void ScenarioReaderTest::duplicateKeys()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(QString, expected);
+    Scenario scenario;
+    QString error;
+    QVERIFY(!readScenario(text, &scenario, &error));
+    QCOMPARE(error, expected);
+}
+
+void ScenarioReaderTest::addresses_data()
+{
+    QTest::addColumn<QByteArray>("lease");
+    QTest::addColumn<QString>("expected"); // what is wrong with it, after its place
+
+    const auto row = [](const char *name, const char *addresses, const char *gateways, const char *expected) {
+        QTest::addRow("%s", name) << json("'ip_addresses':[") + json(addresses) + json("],'ip_gateway':[")
+                + json(gateways) + ']' << QString::fromUtf8(expected);
+    };
+    const auto first = [&row](const char *address) {
+        row(address, qPrintable(QStringLiteral("'%1'").arg(QLatin1String(address))), "",
+            qPrintable(QStringLiteral("ip_addresses[0]: \"%1\" is the first address of its network, not that of a host")
+                           .arg(QLatin1String(address))));
+    };
+    const auto last = [&row](const char *address) {
+        row(address, qPrintable(QStringLiteral("'%1'").arg(QLatin1String(address))), "",
+            qPrintable(
+                QStringLiteral("ip_addresses[0]: \"%1\" is the broadcast address of its network, not that of a host")
+                    .arg(QLatin1String(address))));
+    };
+    const auto right = [&row](const char *address) {
+        row(address, qPrintable(QStringLiteral("'%1'").arg(QLatin1String(address))), "", "");
+    };
+    first("10.20.0.0/255.255.0.0");
+    right("10.20.0.1/255.255.0.0");
+    right("10.20.255.254/255.255.0.0");
+    last("10.20.255.255/255.255.0.0");
+    right("10.20.1.0/255.255.0.0");
+    right("10.20.0.255/255.255.0.0");
+    first("10.0.0.8/255.255.255.252");
+    right("10.0.0.9/255.255.255.252");
+    right("10.0.0.10/255.255.255.252");
+    last("10.0.0.11/255.255.255.252");
+    right("10.0.0.8/255.255.255.254");
+    right("10.0.0.9/255.255.255.254");
+    right("10.0.0.8/255.255.255.255");
+    last("127.255.255.255/128.0.0.0");
+    last("255.255.255.255/128.0.0.0");
+    first("2001:db8::/64");
+    first("2001:db8:0:0:1::/80");
+    right("2001:db8::1:0/64");
+    right("2001:db8::ffff:ffff:ffff:ffff/64");
+    first("2001:db8::4/126");
+    right("2001:db8::7/126");
+    right("2001:db8::4/127");
+    right("2001:db8::4/128");
+    first("::/0");
+    right("::1/0");
+
+    const auto gateway = [&row](const char *name, const char *addresses, const char *text, bool isRight) {
+        row(name, addresses, qPrintable(QStringLiteral("'%1'").arg(QLatin1String(text))),
+            isRight ? ""
+                    : qPrintable(QStringLiteral("ip_gateway[0]: \"%1\" is no other host of the network of an address "
+                                                "here")
+                                     .arg(QLatin1String(text))));
+    };
+    gateway("gateway", "'10.20.0.40/255.255.0.0'", "10.20.255.254", true);
+    gateway("gateway outside", "'10.20.0.40/255.255.0.0'", "10.21.0.1", false);
+    gateway("gateway below", "'10.20.0.40/255.255.0.0'", "10.19.255.254", false);
+    gateway("own gateway", "'10.20.0.40/255.255.0.0'", "10.20.0.40", false);
+    gateway("network as gateway", "'10.20.0.40/255.255.0.0'", "10.20.0.0", false);
+    gateway("broadcast as gateway", "'10.20.0.40/255.255.0.0'", "10.20.255.255", false);
+    gateway("gateway of the second", "'10.20.0.40/255.255.0.0','10.8.0.6/255.255.255.0'", "10.8.0.1", true);
+    gateway("two in a network", "'10.0.0.8/255.255.255.254'", "10.0.0.9", true);
+    gateway("alone in its network", "'10.0.0.8/255.255.255.255'", "10.0.0.9", false);
+    gateway("gateway in IPv6", "'2001:db8::5/64'", "2001:db8::1", true);
+    gateway("gateway outside in IPv6", "'2001:db8::5/64'", "2001:db8:0:1::1", false);
+    gateway("link-local gateway", "'2001:db8::5/64'", "fe80::1", true);
+    gateway("link-local gateway in IPv4", "'10.20.0.40/255.255.0.0'", "169.254.0.1", false);
+    gateway("gateway of another kind", "'fe80::11/64'", "192.168.43.1", false);
+    row("second gateway", "'10.20.0.40/255.255.0.0'", "'10.20.0.1','10.21.0.1'",
+        "ip_gateway[1]: \"10.21.0.1\" is no other host of the network of an address here");
+}
+
+void ScenarioReaderTest::addresses()
+{
+    QFETCH(QByteArray, lease);
+    QFETCH(QString, expected);
+    for (const char *key : {"lease", "manual"}) {
+        Scenario scenario;
+        QString error;
+        readScenario(json("{'interfaces':[{'name':'a','type':'usb','") + key + json("':{") + lease + "}}]}", &scenario,
+                     &error);
+        QCOMPARE(error,
+                 expected.isEmpty() ? QString()
+                                    : QStringLiteral("interfaces[0].%1.%2").arg(QLatin1String(key), expected));
+    }
+}
+
 void ScenarioReaderTest::errors_data()
 {
     QTest::addColumn<QByteArray>("text");
@@ -229,10 +385,11 @@ void ScenarioReaderTest::errors_data()
     row("no object", "[]", "must be an object");
     row("no interfaces", "{}", "\"interfaces\" is missing");
     row("unknown key", "{'interfaces':[],'colour':1}",
-        "unknown key \"colour\" (known: description, seed, delays, allow_circular_parents, interfaces, priority, "
+        "unknown key \"colour\" (known: $schema, description, seed, delays, allow_circular_parents, interfaces, priority, "
         "default_interface, wifi, hotspot, timeline, faults)");
     row("interfaces are no array", "{'interfaces':{}}", "interfaces: must be an array");
     row("interface is no object", "{'interfaces':['a']}", "interfaces[0]: must be an object");
+    row("schema is a number", "{'interfaces':[],'$schema':1}", "$schema: must be a text");
     row("description is a number", "{'interfaces':[],'description':1}", "description: must be a text");
     row("seed is negative", "{'interfaces':[],'seed':-1}", "seed: must be a whole number from 0 to 2147483647");
     row("seed is a fraction", "{'interfaces':[],'seed':1.5}", "seed: must be a whole number from 0 to 2147483647");
@@ -284,6 +441,18 @@ void ScenarioReaderTest::errors_data()
     interface("lease: gateway",
               "'name':'b','type':'usb','lease':{'ip_addresses':['fe80::1/64'],'ip_gateway':['10.0.0']}",
               "interfaces[1].lease.ip_gateway[0]: \"10.0.0\" is not an IP address");
+    row("lease: of two",
+        "{'interfaces':[{'name':'a','type':'usb','lease':{'ip_addresses':['fe80::1/64','10.0.0.5/255.0.0.0']}},"
+        "{'name':'b','type':'usb','lease':{'ip_addresses':['fe80::1/64','10.0.0.5/255.255.0.0']}}]}",
+        "interfaces[1].lease.ip_addresses[1]: \"a\" has this address, too");
+    row("manual: lease of another",
+        "{'interfaces':[{'name':'a','type':'usb','manual':{'ip_addresses':['2001:db8::1/64']}},"
+        "{'name':'b','type':'usb','lease':{'ip_addresses':['2001:0db8:0::1/80']}}]}",
+        "interfaces[1].lease.ip_addresses[0]: \"a\" has this address, too");
+    row("lease: manual of another",
+        "{'interfaces':[{'name':'a','type':'usb','lease':{'ip_addresses':['10.0.0.5/255.0.0.0']}},"
+        "{'name':'b','type':'usb','manual':{'ip_addresses':['10.0.0.5/255.0.0.0']}}]}",
+        "interfaces[1].manual.ip_addresses[0]: \"a\" has this address, too");
     interface("parent: unknown", "'name':'b','type':'vpn','parent_interface':'c'",
               "interfaces[1].parent_interface: no interface \"c\"");
     interface(

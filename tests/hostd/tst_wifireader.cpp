@@ -47,6 +47,7 @@ class WifiReaderTest : public QObject
 private Q_SLOTS:
     void smallest();
     void everyKey();
+    void leasesOfOneInterface();
     void events();
     void faults();
     void delays();
@@ -104,6 +105,22 @@ void WifiReaderTest::everyKey()
     QCOMPARE(point.lease.gateways, QStringList {QStringLiteral("10.0.0.1")});
 }
 
+// Access points of one network give the station the same address; nobody else may have it.
+void WifiReaderTest::leasesOfOneInterface()
+{
+    const QByteArray text = json(R"({'interfaces': [
+        {'name': 'wlan0', 'type': 'wifi', 'up': false, 'lease': {'ip_addresses': ['10.0.0.5/255.0.0.0']},
+         'manual': {'ip_addresses': ['10.0.0.5/255.0.0.0']}}],
+        'wifi': {'interface': 'wlan0', 'access_points': [
+            {'bssid': '02:00:00:00:00:01', 'ssid': 'a', 'frequency': 2412, 'signal_level': -40, 'flags': [],
+             'lease': {'ip_addresses': ['10.0.0.5/255.0.0.0']}},
+            {'bssid': '02:00:00:00:00:02', 'ssid': 'a', 'frequency': 2412, 'signal_level': -40, 'flags': [],
+             'lease': {'ip_addresses': ['10.0.0.5/255.0.0.0']}}]}})");
+    Scenario scenario;
+    QString error;
+    QVERIFY2(readScenario(text, &scenario, &error), qPrintable(error));
+}
+
 void WifiReaderTest::events()
 {
     Scenario scenario;
@@ -152,15 +169,15 @@ void WifiReaderTest::faults()
     QString error;
     QVERIFY2(readScenario(scenarioWith("faults", json(R"(
         {'fault': 'double', 'message': 'wifi_power'}, {'fault': 'double', 'message': 'scan'},
-        {'fault': 'double', 'message': 'wnet_new', 'ssid': 'Garage'}, {'fault': 'double', 'message': 'wnet_select'},
-        {'fault': 'double', 'message': 'wnet_disableall'}, {'fault': 'double', 'ssid': 'Garage'})")),
+        {'fault': 'double', 'message': 'wnet_new', 'ssid': 'a'}, {'fault': 'double', 'message': 'wnet_select'},
+        {'fault': 'double', 'message': 'wnet_disableall'}, {'fault': 'double', 'ssid': 'a'})")),
                           &scenario, &error),
              qPrintable(error));
     QCOMPARE(scenario.faults.size(), 6);
     QCOMPARE(scenario.faults.at(0).message, QStringLiteral("wifi_power"));
     QCOMPARE(scenario.faults.at(0).ssid, QString());
-    QCOMPARE(scenario.faults.at(2).ssid, QStringLiteral("Garage"));
-    QCOMPARE(scenario.faults.at(5).ssid, QStringLiteral("Garage"));
+    QCOMPARE(scenario.faults.at(2).ssid, QStringLiteral("a"));
+    QCOMPARE(scenario.faults.at(5).ssid, QStringLiteral("a"));
 }
 
 void WifiReaderTest::delays()
@@ -278,6 +295,11 @@ void WifiReaderTest::errors_data()
     key("range", "'in_range':1", "wifi.access_points[1].in_range: must be true or false");
     key("answers", "'answers':1", "wifi.access_points[1].answers: must be true or false");
     key("lease", "'lease':{}", "wifi.access_points[1].lease: \"ip_addresses\" is missing");
+    key("lease of another interface", "'lease':{'ip_addresses':['10.0.0.5/255.255.0.0']}",
+        "wifi.access_points[1].lease.ip_addresses[0]: \"wlan1\" has this address, too");
+    key("lease of nobody", "'lease':{'ip_addresses':['10.0.0.0/255.0.0.0']}",
+        "wifi.access_points[1].lease.ip_addresses[0]: \"10.0.0.0/255.0.0.0\" is the first address of its network, "
+        "not that of a host");
     const char noPasskey[] =
         "wifi.access_points[1].passkey: is neither 8 to 63 ASCII characters nor 64 hexadecimal digits";
     key("passkey", "'passkey':'1234567'", noPasskey);
@@ -326,6 +348,10 @@ void WifiReaderTest::errors_data()
     fault("empty ssid", "'fault':'double','ssid':''", "faults[0].ssid: must have 1 to 32 bytes");
     fault("long ssid", "'fault':'double','ssid':'12345678901234567890123456789012+'",
           "faults[0].ssid: must have 1 to 32 bytes");
+
+    fault("unknown ssid", "'fault':'double','ssid':'A'", "faults[0].ssid: no access point has this name");
+    fault("unknown ssid of a new network", "'fault':'double','message':'wnet_new','ssid':'ab'",
+          "faults[0].ssid: no access point has this name");
 
     without("event", "'timeline':[{'at':1,'event':'radio-off'}]",
             "timeline[0].event: there is no \"wifi\" in this scenario");
