@@ -190,6 +190,17 @@ QJsonObject HotspotProfile::document(const QJsonObject &lanProfile)
     };
 }
 
+bool HotspotProfile::isSame(const QJsonObject &document, const QJsonObject &other)
+{
+    const auto read = [](QJsonObject whole) {
+        QJsonObject lanProfile = whole.value(LanProfileKey).toObject();
+        lanProfile.remove(FormerBandKey);
+        whole.insert(LanProfileKey, lanProfile);
+        return whole;
+    };
+    return read(document) == read(other);
+}
+
 QString HotspotProfile::summary(const QJsonObject &document)
 {
     const QJsonObject lanProfile = document.value(LanProfileKey).toObject();

@@ -21,6 +21,8 @@ Refusal checkLanProfile(const QJsonObject &lanProfile);
 /*! The whole document with this "lanprofile" and the usual network. */
 QJsonObject document(const QJsonObject &lanProfile);
 
+/*! Whether two documents that are right differ in nothing that anybody reads. */
+bool isSame(const QJsonObject &document, const QJsonObject &other);
 /*! The name, quoted, and the security of a document that is right. */
 QString summary(const QJsonObject &document);
 /*! After how many milliseconds a hotspot without clients stops; 0: never. */

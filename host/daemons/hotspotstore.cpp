@@ -74,6 +74,11 @@ void HotspotStore::setRoot(const QString &root)
     m_file = QFile::encodeName(root) + FileName;
 }
 
+QString HotspotStore::file() const
+{
+    return QFile::decodeName(m_file);
+}
+
 QJsonObject HotspotStore::load(QString *error) const
 {
     error->clear();
@@ -87,7 +92,7 @@ QJsonObject HotspotStore::load(QString *error) const
     }
     if (error->isEmpty())
         return profile;
-    error->prepend(QStringLiteral("the stored profile \"%1\" is not used: ").arg(QFile::decodeName(m_file)));
+    error->prepend(QStringLiteral("the stored profile \"%1\" is not used: ").arg(file()));
     return {};
 }
 
@@ -102,6 +107,14 @@ bool HotspotStore::save(const QJsonObject &profile, QString *error) const
         return true;
     unlink(fresh.constData());
     *error = systemError(problem);
+    return false;
+}
+
+bool HotspotStore::forget(QString *error) const
+{
+    if (clearPlace(m_file) && clearPlace(m_file + FreshSuffix))
+        return true;
+    *error = QStringLiteral("cannot remove the stored profile \"%1\": %2").arg(file(), systemError(errno));
     return false;
 }
 

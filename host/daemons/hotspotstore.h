@@ -11,11 +11,14 @@ class HotspotStore
 {
 public:
     void setRoot(const QString &root);
+    QString file() const;
 
     /*! The stored profile; empty when there is none, or none that can be used: then \a error says why. */
     QJsonObject load(QString *error) const;
     /*! Stores \a profile whole or, when that fails, leaves what is stored. */
     bool save(const QJsonObject &profile, QString *error) const;
+    /*! Removes what is stored, and what a run that died has left of a newer one. */
+    bool forget(QString *error) const;
 
 private:
     QByteArray m_file;

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd.h"
 
+#include "formerobjects.h"
 #include "hostdoptions.h"
+#include "hotspotprofile.h"
 #include "networkingdaemon.h"
 #include "rootlock.h"
 #include "simulatedhotspot.h"
@@ -30,7 +32,8 @@ Hostd::Hostd(const HostdOptions &options, const Scenario &scenario)
       m_log(options.verbose),
       m_pace(options.speed, options.seed == -1 ? scenario.seed : static_cast<quint32>(options.seed)),
       m_faults(scenario.faults),
-      m_without(options.without)
+      m_without(options.without),
+      m_isFresh(options.fresh)
 {
     const DaemonTools tools {&m_world, &m_faults, &m_pace, &m_log,
                              [this](QString *reason) { return mayPublish(reason); }};
@@ -77,9 +80,10 @@ HostdExitCode Hostd::start(QString *error)
     case RootLock::Held:
         return HostdExitCode::AlreadyRunning;
     }
-    if (m_system && !m_system->start(error))
+    m_store.setRoot(root());
+    if ((m_isFresh && !forgetFormerRuns(served, error)) || (m_system && !m_system->start(error)))
         return HostdExitCode::CannotPublish;
-    if (m_hotspot)
+    if (m_hotspot && served.contains(Service::Tethering))
         restoreHotspot();
     if (!startDaemons(error))
         return HostdExitCode::CannotPublish;
@@ -126,15 +130,26 @@ QString Hostd::root() const
     return m_lock->root();
 }
 
+bool Hostd::forgetFormerRuns(const QVector<Service> &services, QString *error) const
+{
+    return (!services.contains(Service::Tethering) || m_store.forget(error))
+        && std::all_of(services.begin(), services.end(),
+                       [error](Service service) { return FormerObjects::remove(service, error); });
+}
+
 void Hostd::restoreHotspot()
 {
-    m_store.setRoot(root());
     QString error;
     const QJsonObject profile = m_store.load(&error);
     if (!error.isEmpty())
         m_log.trouble(error);
-    if (!profile.isEmpty())
-        m_hotspot->setProfile(profile);
+    if (profile.isEmpty())
+        return;
+    if (!HotspotProfile::isSame(profile, m_hotspot->profile()))
+        m_log.trouble(QStringLiteral("the hotspot's profile is the one that is stored in \"%1\", not the scenario's: "
+                                     "--fresh forgets it")
+                          .arg(m_store.file()));
+    m_hotspot->setProfile(profile);
 }
 
 bool Hostd::startDaemons(QString *error)

@@ -41,6 +41,7 @@ public:
 private:
     Q_DISABLE_COPY(Hostd)
 
+    bool forgetFormerRuns(const QVector<Service> &services, QString *error) const;
     void restoreHotspot();
     bool startDaemons(QString *error);
     bool mayPublish(QString *reason);
@@ -60,6 +61,7 @@ private:
     std::map<Service, std::unique_ptr<Daemon>> m_daemons; // of what there is in this world
     std::unique_ptr<TimelinePlayer> m_player;
     QVector<Service> m_without;
+    bool m_isFresh;
     QTimer m_looks;
     bool m_isTroubled = false; // and has said so
     bool m_isEnding = false;

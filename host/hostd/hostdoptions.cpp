@@ -49,6 +49,10 @@ struct Switches
                               QStringLiteral("FACTOR"), QStringLiteral("1")};
     QCommandLineOption seed {QStringLiteral("seed"), QStringLiteral("Replaces the scenario's seed."),
                              QStringLiteral("N")};
+    QCommandLineOption fresh {
+        QStringLiteral("fresh"),
+        QStringLiteral("First forgets what former runs left below the root: the hotspot's profile "
+                       "and all objects.")};
     QCommandLineOption check {QStringLiteral("check"), QStringLiteral("Loads and checks the scenario, and ends.")};
     QCommandLineOption verbose {QStringLiteral("verbose"),
                                 QStringLiteral("Writes a line for each request, reply and event to standard error.")};
@@ -122,7 +126,7 @@ bool HostdOptions::parse(const QStringList &arguments, HostdOptions *options, QS
     QCommandLineParser parser;
     parser.setApplicationDescription(Description);
     parser.addOptions({switches.scenario, switches.list, switches.interfaces, switches.without, switches.root,
-                       switches.speed, switches.seed, switches.check, switches.verbose, switches.help,
+                       switches.speed, switches.seed, switches.fresh, switches.check, switches.verbose, switches.help,
                        switches.version});
     if (!parser.parse(arguments)) {
         *error = parser.errorText();
@@ -148,6 +152,7 @@ bool HostdOptions::parse(const QStringList &arguments, HostdOptions *options, QS
     else if (parser.isSet(switches.check))
         options->action = Check;
     options->scenario = parser.value(switches.scenario);
+    options->fresh = parser.isSet(switches.fresh);
     options->verbose = parser.isSet(switches.verbose);
     return readNumbers(parser, switches, options, error) && readWithout(parser, switches, options, error)
         && readPlace(parser, switches, options, error);

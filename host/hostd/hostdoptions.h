@@ -20,6 +20,7 @@ struct HostdOptions
     QString root; //!< an absolute path, or empty: as the environment says
     bool system = false;
     QVector<Service> without; //!< daemons that are left out
+    bool fresh = false;       //!< forgets what former runs left
     bool verbose = false;
     double speed = 1;
     qint64 seed = -1; //!< -1: the scenario's

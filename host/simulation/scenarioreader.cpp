@@ -225,9 +225,8 @@ QString linePlace(const QByteArray &json, int offset)
 bool isNeighbour(const QHostAddress &gateway, const QStringList &addresses)
 {
     return (gateway.protocol() == QAbstractSocket::IPv6Protocol && gateway.isLinkLocal())
-        || std::any_of(addresses.begin(), addresses.end(), [&gateway](const QString &address) {
-               return InterfaceAddress(address).hasNeighbour(gateway);
-           });
+        || std::any_of(addresses.begin(), addresses.end(),
+                       [&gateway](const QString &address) { return InterfaceAddress(address).hasNeighbour(gateway); });
 }
 
 QString syntaxError(const QByteArray &json, const QJsonParseError &error)
@@ -300,8 +299,8 @@ AddressSet readAddressSet(const JsonNode &node)
         if (!AddressText::isGateway(set.gateways.last()))
             gateway.fail(QStringLiteral("\"%1\" is not an IP address").arg(set.gateways.last()));
         if (!isNeighbour(QHostAddress(set.gateways.last()), set.addresses))
-            gateway.fail(QStringLiteral("\"%1\" is no other host of the network of an address here")
-                             .arg(set.gateways.last()));
+            gateway.fail(
+                QStringLiteral("\"%1\" is no other host of the network of an address here").arg(set.gateways.last()));
     }
     return set;
 }

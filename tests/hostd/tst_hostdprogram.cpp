@@ -84,7 +84,7 @@ void HostdProgramTest::informs()
     QCOMPARE(help.code, 0);
     QCOMPARE(help.errors, QByteArray());
     for (const char *option : {"--scenario", "--list-scenarios", "--interfaces", "--without", "--root", "--speed",
-                               "--seed", "--check", "--verbose", "--help", "--version"})
+                               "--seed", "--fresh", "--check", "--verbose", "--help", "--version"})
         QVERIFY2(help.output.contains(option), option);
 
     const auto version = HostdProcess::run({QStringLiteral("--version")});

@@ -49,6 +49,8 @@ private Q_SLOTS:
     void fullDisk();
     void noPlace();
     void leftoversDoNotMatter();
+    void forgets();
+    void cannotForget();
 
 private:
     QString file() const { return m_root->filePath(QStringLiteral(".morvek-hostd-hotspot.json")); }
@@ -256,6 +258,31 @@ void HotspotStoreTest::leftoversDoNotMatter()
     QCOMPARE(lstat(name().constData(), &status), 0);
     QCOMPARE(status.st_mode, mode_t(S_IFREG | 0600));
     QCOMPARE(files(), QStringList {QStringLiteral(".morvek-hostd-hotspot.json")});
+}
+
+void HotspotStoreTest::forgets()
+{
+    QVERIFY2(m_store.forget(&m_error), qPrintable(m_error)); // nothing
+    QVERIFY(m_store.save(profile("One"), &m_error));
+    QVERIFY(QFile::copy(file(), file() + QStringLiteral(".new")));
+    const QString other = m_root->filePath(QStringLiteral(".morvek-hostd.lock"));
+    QVERIFY(QFile::copy(file(), other));
+    QVERIFY2(m_store.forget(&m_error), qPrintable(m_error));
+    QCOMPARE(files(), QStringList {QStringLiteral(".morvek-hostd.lock")});
+    // Not what a link stands for.
+    QCOMPARE(symlink(QFile::encodeName(other).constData(), name().constData()), 0);
+    QVERIFY2(m_store.forget(&m_error), qPrintable(m_error));
+    QCOMPARE(files(), QStringList {QStringLiteral(".morvek-hostd.lock")});
+}
+
+void HotspotStoreTest::cannotForget()
+{
+    write("x");
+    m_store.setRoot(file());
+    QVERIFY(!m_store.forget(&m_error));
+    QCOMPARE(m_error,
+             QStringLiteral("cannot remove the stored profile \"%1/.morvek-hostd-hotspot.json\": Not a directory")
+                 .arg(file()));
 }
 
 QTEST_GUILESS_MAIN(HotspotStoreTest)

@@ -228,8 +228,7 @@ void ScenarioReaderTest::duplicateKeys_data()
         "line 1, column 46: a second \"seed\"");
     row("blanks before the colon", json("{'interfaces':[],'seed':1,'seed' \t\r\n:1}"),
         "line 1, column 27: a second \"seed\"");
-    row("escaped", json("{'interfaces':[],'seed':1,'\\u0073\\u0065ed':1}"),
-        "line 1, column 27: a second \"seed\"");
+    row("escaped", json("{'interfaces':[],'seed':1,'\\u0073\\u0065ed':1}"), "line 1, column 27: a second \"seed\"");
     row("escaped first", json("{'interfaces':[],'s\\u0065ed':1,'seed':1}"), "line 1, column 32: a second \"seed\"");
     row("in an array", json("{'interfaces':[{'name':'a','type':'usb'},{'name':'b','type':'usb','name':'b'}]}"),
         "line 1, column 67: a second \"name\"");
@@ -277,7 +276,8 @@ void ScenarioReaderTest::addresses_data()
 
     const auto row = [](const char *name, const char *addresses, const char *gateways, const char *expected) {
         QTest::addRow("%s", name) << json("'ip_addresses':[") + json(addresses) + json("],'ip_gateway':[")
-                + json(gateways) + ']' << QString::fromUtf8(expected);
+                + json(gateways)
+                + ']' << QString::fromUtf8(expected);
     };
     const auto first = [&row](const char *address) {
         row(address, qPrintable(QStringLiteral("'%1'").arg(QLatin1String(address))), "",
@@ -385,7 +385,8 @@ void ScenarioReaderTest::errors_data()
     row("no object", "[]", "must be an object");
     row("no interfaces", "{}", "\"interfaces\" is missing");
     row("unknown key", "{'interfaces':[],'colour':1}",
-        "unknown key \"colour\" (known: $schema, description, seed, delays, allow_circular_parents, interfaces, priority, "
+        "unknown key \"colour\" (known: $schema, description, seed, delays, allow_circular_parents, interfaces, "
+        "priority, "
         "default_interface, wifi, hotspot, timeline, faults)");
     row("interfaces are no array", "{'interfaces':{}}", "interfaces: must be an array");
     row("interface is no object", "{'interfaces':['a']}", "interfaces[0]: must be an object");

@@ -53,6 +53,9 @@ private Q_SLOTS:
     void refuses();
     void refusesWhatItCannotStore();
     void keepsTheProfileForAnotherRun();
+    void saysThatTheStoredProfileWins_data();
+    void saysThatTheStoredProfileWins();
+    void saysNothingOfAProfileThatNobodySees();
     void keepsTheProfilePrivate();
     void reportsAStoredProfileThatIsWrong();
     void neverShowsAPassphrase();
@@ -255,7 +258,56 @@ void TetheringDaemonTest::keepsTheProfileForAnotherRun()
     m_daemon->kill();
     QVERIFY(startHeadunit());
     QCOMPARE(Request(openControl().get(), "retrieve_profile", Scope).answer(), QLatin1String(OtherProfile));
-    QVERIFY(!m_daemon->process().errors().contains("morvek-hostd: "));
+}
+
+void TetheringDaemonTest::saysThatTheStoredProfileWins_data()
+{
+    QTest::addColumn<QByteArray>("stored");
+    QTest::addColumn<bool>("isSaid");
+
+    const QByteArray scenario(HeadunitProfile);
+    QTest::addRow("nothing") << QByteArray() << false;
+    QTest::addRow("the same") << scenario << false;
+    QTest::addRow("the same but for what nobody reads")
+        << QByteArray(scenario).replace("\"privacy\"", "\"band\":\"5\",\"privacy\"") << false;
+    QTest::addRow("the same number") << QByteArray(scenario).replace("600", "600.0") << false;
+    QTest::addRow("another") << QByteArray(OtherProfile) << true;
+    QTest::addRow("another passphrase") << QByteArray(scenario).replace("safely 8", "safely 9") << true;
+    QTest::addRow("another time") << QByteArray(scenario).replace("600", "601") << true;
+    QTest::addRow("another network") << QByteArray(scenario).replace("192.168.0.1", "192.168.7.1") << true;
+}
+
+// Not only with --verbose; and with nothing that is secret.
+void TetheringDaemonTest::saysThatTheStoredProfileWins()
+{
+    QFETCH(QByteArray, stored);
+    QFETCH(bool, isSaid);
+    QVERIFY(m_daemon->makeRoot());
+    if (!stored.isEmpty()) {
+        QFile file(storeFile());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(stored), qint64(stored.size()));
+    }
+    QVERIFY(m_daemon->process().start(m_daemon->root(), {}));
+    QCOMPARE(m_daemon->process().errors(),
+             isSaid ? "morvek-hostd: the hotspot's profile is the one that is stored in \"" + storeFile().toUtf8()
+                     + "\", not the scenario's: --fresh forgets it\n"
+                    : QByteArray());
+    if (!isSaid)
+        return;
+    m_daemon->kill();
+    QVERIFY(m_daemon->process().start(m_daemon->root(), {QStringLiteral("--fresh")}));
+    QCOMPARE(m_daemon->process().errors(), QByteArray());
+    QCOMPARE(Request(openControl().get(), "retrieve_profile", Scope).answer(), QLatin1String(HeadunitProfile));
+}
+
+void TetheringDaemonTest::saysNothingOfAProfileThatNobodySees()
+{
+    QVERIFY(startHeadunit());
+    QCOMPARE(Request(openControl().get(), "update_profile", OtherProfile).outcome(), QStringLiteral("ok"));
+    m_daemon->kill();
+    QVERIFY(m_daemon->process().start(m_daemon->root(), {QStringLiteral("--without"), QStringLiteral("tethering")}));
+    QCOMPARE(m_daemon->process().errors(), QByteArray());
 }
 
 void TetheringDaemonTest::keepsTheProfilePrivate()
