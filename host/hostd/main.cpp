@@ -2,6 +2,7 @@
 #include "hostd.h"
 #include "hostdoptions.h"
 #include "scenariofiles.h"
+#include "scenariowarnings.h"
 #include "signalwatcher.h"
 
 #include <QtCore/QAbstractEventDispatcher>
@@ -93,6 +94,9 @@ int main(int argc, char *argv[])
     Scenario scenario;
     if (!options.system && !ScenarioFiles::load(options.scenario, &scenario, &error))
         return fail(HostdExitCode::BadScenario, error);
+    const QStringList warnings = warningsOf(scenario);
+    for (const QString &warning : warnings)
+        EventLog::write(QStringLiteral("%1: warning: %2").arg(options.scenario, warning));
     if (options.action == HostdOptions::Check) {
         print(QStringLiteral("ok: %1\n").arg(options.scenario));
         return static_cast<int>(HostdExitCode::Success);

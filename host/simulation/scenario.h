@@ -110,6 +110,7 @@ struct TimelineEvent
         HotspotStops,
     };
 
+    int number = 0; //!< its place in the file, from 0
     int at = 0;
     Kind kind = Vanish;
     QString interface;                     //!< of an attribute event: empty for a status object

@@ -220,6 +220,8 @@ QVector<TimelineEvent> readTimeline(const JsonNode &node, const Scenario &scenar
     const QVector<JsonNode> items = node.items();
     for (const JsonNode &item : items)
         placed.append(Placed(readEvent(item, scenario), item));
+    for (int i = 0; i < placed.size(); ++i)
+        placed[i].first.number = i;
     std::stable_sort(placed.begin(), placed.end(),
                      [](const Placed &a, const Placed &b) { return a.first.at < b.first.at; });
 

@@ -16,6 +16,7 @@ private Q_SLOTS:
     void badArguments();
     void informs();
     void checksScenarios();
+    void warns();
     void badScenario();
     void unusableRoots();
     void createsTheRoot();
@@ -120,6 +121,28 @@ void HostdProgramTest::checksScenarios()
     QCOMPARE(ended.output, QByteArray("ok: refused\n"));
     QCOMPARE(ended.errors, QByteArray());
     QVERIFY(QDir(folder.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+}
+
+// A warning is no mistake.
+void HostdProgramTest::warns()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("odd.json")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(R"({"interfaces": [], "faults": [{"fault": "double"}, {"fault": "die"}, {"fault": "double"}]})");
+    file.close();
+    const QByteArray warning = "morvek-hostd: " + file.fileName().toUtf8() + ": warning: faults[";
+    const QByteArray warnings = warning + "1]: never happens: faults[0] takes all of its requests\n" + warning
+        + "2]: never happens: faults[0] takes all of its requests\n";
+    const QStringList arguments {QStringLiteral("--scenario"), file.fileName()};
+    const auto ended = HostdProcess::run(arguments + QStringList {QStringLiteral("--check")});
+    QCOMPARE(ended.errors, warnings);
+    QCOMPARE(ended.output, "ok: " + file.fileName().toUtf8() + '\n');
+    QCOMPARE(ended.code, 0);
+
+    HostdProcess hostd;
+    QVERIFY2(hostd.start(folder.filePath(QStringLiteral("root")), arguments), hostd.errors().constData());
+    QCOMPARE(hostd.errors(), warnings);
 }
 
 void HostdProgramTest::badScenario()

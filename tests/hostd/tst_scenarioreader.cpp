@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scenariofiles.h"
 #include "scenarioreader.h"
+#include "scenariowarnings.h"
 
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
@@ -575,6 +576,7 @@ void ScenarioReaderTest::shippedScenarios()
         QVERIFY2(ScenarioFiles::load(name, &scenario, &error), qPrintable(error));
         QVERIFY2(!scenario.description.isEmpty(), qPrintable(name));
         QVERIFY2(!scenario.interfaces.isEmpty(), qPrintable(name));
+        QCOMPARE(warningsOf(scenario), QStringList());
     }
 }
 
@@ -594,6 +596,7 @@ void ScenarioReaderTest::documentedExample()
     QCOMPARE(scenario.timeline.size(), 25);
     QCOMPARE(scenario.faults.size(), 9);
     QVERIFY(scenario.hotspot.active);
+    QCOMPARE(warningsOf(scenario), QStringList());
 }
 
 void ScenarioReaderTest::files()
