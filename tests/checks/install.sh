@@ -11,6 +11,8 @@ trap '[[ -z $daemon ]] || kill "$daemon" || true; rm -rf "$work"' EXIT
 
 prefix=$work/prefix
 cmake --install "$build" --prefix "$prefix" >/dev/null
+cmp host/simulation/scenario.schema.json "$prefix/share/morvek/scenario.schema.json" \
+    || mistake "the schema of scenarios is not installed"
 libraries=$(dirname "$(find "$prefix" -name libmorvek-network.so)")
 export LD_LIBRARY_PATH=$libraries
 
