@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 // Scenario files. A refused one has a reason. An accepted one says what its JSON says, keeps the rules of a world,
-// checked here anew, is read the same again, and is refused with one key more. Those that come with the product are
-// accepted.
+// checked here anew, is read the same again, and is refused with one key more, known or not. Those that come with the
+// product are accepted.
 #include "scenariocontent.h"
 
 #include "profilecheck.h"
 #include "scenariofiles.h"
+#include "scenariowarnings.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QHash>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QSet>
+#include <QtNetwork/QHostAddress>
 
 using namespace morvek;
 using Fuzz::expect;
@@ -19,6 +22,47 @@ namespace {
 void checkTimes(DelayRange delay)
 {
     expect(delay.from >= 0 && delay.from <= delay.to && delay.to <= LongestTime, "a delay is a range");
+}
+
+/*! By the bits. The hosts of an IPv4 network have neither all of their own bits unset nor all of them set. */
+void checkAddresses(const AddressSet &set, const QString &interface, QHash<QHostAddress, QString> *owners)
+{
+    QVector<QPair<quint32, quint32>> ipv4;
+    bool hasIpv6 = false;
+    for (const QString &text : set.addresses) {
+        const QHostAddress address(text.section(QLatin1Char('/'), 0, 0));
+        const bool shared = !address.isLinkLocal() && owners->value(address, interface) != interface;
+        expect(!shared, "an address is one interface's");
+        owners->insert(address, interface);
+        const QHostAddress netmask(text.section(QLatin1Char('/'), 1));
+        hasIpv6 = hasIpv6 || address.protocol() == QAbstractSocket::IPv6Protocol;
+        if (address.protocol() != QAbstractSocket::IPv4Protocol)
+            continue;
+        const quint32 own = ~netmask.toIPv4Address();
+        const quint32 host = address.toIPv4Address() & own;
+        expect(own <= 1 || (host != 0 && host != own), "an address is a host's");
+        ipv4.append({address.toIPv4Address(), netmask.toIPv4Address()});
+    }
+    for (const QString &text : set.gateways) {
+        const QHostAddress gateway(text);
+        const quint32 bits = gateway.toIPv4Address();
+        const bool isNear = std::any_of(ipv4.cbegin(), ipv4.cend(), [bits](const QPair<quint32, quint32> &one) {
+            return ((one.first ^ bits) & one.second) == 0 && one.first != bits;
+        });
+        expect(gateway.protocol() == QAbstractSocket::IPv4Protocol ? isNear : hasIpv6 || gateway.isLinkLocal(),
+               "a gateway is near");
+    }
+}
+
+void checkAllAddresses(const Scenario &scenario)
+{
+    QHash<QHostAddress, QString> owners;
+    for (const ScenarioInterface &interface : scenario.interfaces) {
+        checkAddresses(interface.lease, interface.name, &owners);
+        checkAddresses(interface.given, interface.name, &owners);
+    }
+    for (const ScenarioAccessPoint &point : scenario.wifi.accessPoints)
+        checkAddresses(point.lease, scenario.wifi.interface, &owners);
 }
 
 QSet<QString> checkInterfaces(const Scenario &scenario)
@@ -75,6 +119,9 @@ void checkFaults(const Scenario &scenario, const QSet<QString> &interfaces)
         expect(fault.kind != Fault::Refuse || fault.code >= 1, "a refusal has a code");
         expect(fault.skip >= 0 && (fault.times == -1 || fault.times >= 1) && fault.delay >= 0, "a fault's numbers");
         expect(fault.interface.isEmpty() || interfaces.contains(fault.interface), "a fault's interface is known");
+        const bool isKnown = std::any_of(scenario.wifi.accessPoints.cbegin(), scenario.wifi.accessPoints.cend(),
+                                         [&fault](const ScenarioAccessPoint &one) { return one.ssid == fault.ssid; });
+        expect(fault.ssid.isEmpty() || isKnown, "a fault's network is known");
     }
 }
 
@@ -92,9 +139,39 @@ void checkWorld(const Scenario &scenario)
     }
     expect(scenario.defaultInterface.isEmpty() || interfaces.contains(scenario.defaultInterface), "the default");
     checkWifi(scenario.wifi, interfaces);
+    checkAllAddresses(scenario);
     expect(scenario.hotspot.profile.isEmpty() || ProfileCheck::isProfile(scenario.hotspot.profile), "the hotspot");
     checkTimeline(scenario, interfaces);
     checkFaults(scenario, interfaces);
+    for (const QString &warning : warningsOf(scenario))
+        expect(warning.contains(QLatin1String("]")), "a warning names its place");
+}
+
+/*! Of all objects inside. */
+int membersIn(const QJsonValue &value)
+{
+    int count = value.toObject().size();
+    for (const QJsonValue &member : value.toObject())
+        count += membersIn(member);
+    for (const QJsonValue &item : value.toArray())
+        count += membersIn(item);
+    return count;
+}
+
+/*! Each member has one outside of texts. */
+int colonsIn(const QByteArray &json)
+{
+    int count = 0;
+    bool isText = false;
+    for (int i = 0; i < json.size(); ++i) {
+        if (json.at(i) == '"')
+            isText = !isText;
+        else if (json.at(i) == '\\' && isText)
+            ++i;
+        else if (json.at(i) == ':' && !isText)
+            ++count;
+    }
+    return count;
 }
 
 bool isAccepted(const QByteArray &input)
@@ -108,6 +185,7 @@ bool isAccepted(const QByteArray &input)
     const QJsonDocument document = QJsonDocument::fromJson(input);
     ScenarioContent::expectSame(document.object(), scenario);
     checkWorld(scenario);
+    Fuzz::expectEqual(membersIn(document.object()), colonsIn(input), "no member hides another one");
 
     const QByteArray again = document.toJson(QJsonDocument::Compact);
     Scenario second;
@@ -115,6 +193,8 @@ bool isAccepted(const QByteArray &input)
     ScenarioContent::expectSame(document.object(), second);
     expect(!readScenario(again.chopped(1) + R"(,"zz":1})", &second, &error), "a key that nobody knows is refused");
     expect(error.contains(QLatin1String("\"zz\"")), "and named");
+    expect(!readScenario(again.chopped(1) + R"(,"\u0069nterfaces":[]})", &second, &error), "so is a second one");
+    expect(error.endsWith(QLatin1String(": a second \"interfaces\"")), "and named");
     return true;
 }
 
