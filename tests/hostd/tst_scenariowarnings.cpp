@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "json.h"
 #include "scenarioreader.h"
 #include "scenariowarnings.h"
 
@@ -7,12 +8,6 @@
 using namespace morvek;
 
 namespace {
-
-/*! Single quotes stand for double ones. */
-QByteArray json(const char *text)
-{
-    return QByteArray(text).replace('\'', '"');
-}
 
 // The station is at 01. 02 and 03 are of its network, 03 only later; 04 has its name and another key; 05 never answers;
 // 06 cannot be joined; 07 is alone; 08 is open, of the name of 09, which is not; 0a and 0b have one key in two forms.

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "json.h"
 #include "scenarioreader.h"
 
 #include <QtTest/QtTest>
@@ -6,12 +7,6 @@
 using namespace morvek;
 
 namespace {
-
-/*! Single quotes stand for double ones. */
-QByteArray json(const char *text)
-{
-    return QByteArray(text).replace('\'', '"');
-}
 
 const char Interfaces[] = "'interfaces':[{'name':'eth0','type':'wired'},{'name':'wlan0','type':'wifi','up':false},"
                           "{'name':'wlan1','type':'wifi','lease':{'ip_addresses':['10.0.0.5/255.0.0.0']}},"
