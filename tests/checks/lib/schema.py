@@ -78,21 +78,21 @@ EDGES = [
     ("hotspot.profile.privacy", [True, False], [0, "no"]),
     ("hotspot.profile.block_conn", [True, False], [0, "no"]),
     ("hotspot.profile.band", [1, None, {}, "any"], []),
-    ("timeline.2.at", [0, 86400000], [-1, 86400001, "1", 0.5]),
-    ("timeline.4.attributes", [{"a": "", "b": [None], "c": 2147483647, "d": -2147483648, "e": True},
+    ("timeline.link-lost.at", [0, 86400000], [-1, 86400001, "1", 0.5]),
+    ("timeline.set.attributes", [{"a": "", "b": [None], "c": 2147483647, "d": -2147483648, "e": True},
                                {"a": {"text": ""}, "b": {"base64": ""}, "c": {"encoding": "", "base64": "QQ=="}}],
      [{}, [], ["mtu"], {"a": None}, {"a": 2147483648}, {"a": -2147483649}, {"a": 1.5}, {"a": {}},
       {"a": {"text": "", "base64": ""}}, {"a": {"encoding": "text"}}, {"a": {"text": 1}}, {"a": {"base64": "*"}},
       {"a": {"encoding": 1, "text": ""}}, {"a": {"hex": "", "text": ""}}]),
-    ("timeline.5.attributes", [["a", "a"]], [[], {}, {"mtu": 1}, [1], "mtu"]),
-    ("timeline.6.object", ["status_public", "wifi/status", "tethering/status"], ["control", "wifi", ""]),
-    ("timeline.7.order", [[], ["tun0"]], [["tun0", "tun0"], "tun0", [1]]),
-    ("timeline.8.interface", ["", "tun0"], ["a/b", None]),
-    ("timeline.10.back_after", [0, 86400000], [-1, 86400001]),
-    ("timeline.12.signal_level", [-100, 0], [-101, 1]),
-    ("timeline.15.reason", [1, 65535], [0, 65536]),
-    ("timeline.18.text", ["", "any"], [1]),
-    ("timeline.20.daemon", ["networking", "wifi", "tethering"], ["cellular", ""]),
+    ("timeline.remove.attributes", [["a", "a"]], [[], {}, {"mtu": 1}, [1], "mtu"]),
+    ("timeline.set.object", ["status_public", "wifi/status", "tethering/status"], ["control", "wifi", ""]),
+    ("timeline.priority.order", [[], ["tun0"]], [["tun0", "tun0"], "tun0", [1]]),
+    ("timeline.default.interface", ["", "tun0"], ["a/b", None]),
+    ("timeline.daemon-dies.back_after", [0, 86400000], [-1, 86400001]),
+    ("timeline.signal.signal_level", [-100, 0], [-101, 1]),
+    ("timeline.dropped.reason", [1, 65535], [0, 65536]),
+    ("timeline.wifi-event.text", ["", "any"], [1]),
+    ("timeline.daemon-dies.daemon", ["networking", "wifi", "tethering"], ["cellular", ""]),
     ("faults.0.message", ["net_disconnected"], ["scan", "start", "explode", ""]),  # as it names an interface
     ("faults.0.err", [1, 2147483647], [0, 2147483648, "16"]),
     ("faults.0.errmsg", [""], [1]),
@@ -124,8 +124,13 @@ def example():
     return json.loads(page.split("```json\n", 1)[1].split("```", 1)[0])
 
 
-def steps(place):
-    return [int(step) if step.isdigit() else step for step in place.split(".")]
+def steps(document, place):
+    """The path of a place; an event is named by its word, and has the key that follows."""
+    path = [int(step) if step.isdigit() else step for step in place.split(".")]
+    if path[0] == "timeline":
+        events = document["timeline"]
+        path[1] = next(i for i, one in enumerate(events) if one["event"] == path[1] and path[2] in one)
+    return path
 
 
 def put(document, path, value):
@@ -167,7 +172,7 @@ def check_edges():
     base = example()
     for place, right, wrong in EDGES:
         values = [(value, True) for value in right] + [(value, False) for value in wrong]
-        documents = [put(base, steps(place), value) for value, _ in values]
+        documents = [put(base, steps(base, place), value) for value, _ in values]
         for (value, expected), (error, valid) in zip(values, verdicts(documents)):
             if (not error) != expected:
                 mistakes.append(f"{place}: {json.dumps(value)}: the reader says '{error}'")
