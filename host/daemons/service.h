@@ -22,6 +22,15 @@ inline const ServiceWords Services[] = {
     {Service::Tethering, QLatin1String("tethering"), QLatin1String("tethering/status")},
 };
 
+inline QLatin1String nameOf(Service service)
+{
+    for (const ServiceWords &one : Services) {
+        if (one.service == service)
+            return one.name;
+    }
+    return {};
+}
+
 } // namespace morvek
 
 #endif

@@ -17,13 +17,6 @@ namespace {
 
 constexpr qint64 ForEver = std::numeric_limits<qint64>::max();
 
-QString nameOf(Service service)
-{
-    const auto *words = std::find_if(std::begin(Services), std::end(Services),
-                                     [service](const ServiceWords &one) { return one.service == service; });
-    return words->name;
-}
-
 /*! Whether every request that fits \a later fits \a earlier, too, and stays there. */
 bool takesAll(const Fault &earlier, const Fault &later)
 {
