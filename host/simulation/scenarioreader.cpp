@@ -284,9 +284,9 @@ AddressSet readAddressSet(const JsonNode &node)
                              .arg(address.text()));
         const InterfaceAddress own(published);
         if (own.isNetwork() || own.isBroadcast())
-            address.fail(QStringLiteral("\"%1\" is the %2 address of its network, not that of a host")
-                             .arg(address.text(),
-                                  own.isNetwork() ? QStringLiteral("first") : QStringLiteral("broadcast")));
+            address.fail(
+                QStringLiteral("\"%1\" is the %2 address of its network, not that of a host")
+                    .arg(address.text(), own.isNetwork() ? QStringLiteral("first") : QStringLiteral("broadcast")));
         set.addresses += published;
     }
     if (addresses.isEmpty())
