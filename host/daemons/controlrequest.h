@@ -18,6 +18,7 @@ struct ControlRequest
     /*! Refuses a payload where there is to be none. */
     void expectNothing(const ZopVariant &dat);
 
+    int number = 0; //!< in the book of requests
     QString message;
     ZopVariant id;
     ZopVariant peer;

@@ -3,6 +3,7 @@
 
 #include "eventlog.h"
 #include "faultplan.h"
+#include "requestbook.h"
 #include "wirenames.h"
 #include "world.h"
 #include "zopobject.h"
@@ -57,8 +58,14 @@ void Daemon::die(int backAfter)
         return;
     letGo();
     m_tools.log->happened("daemon", m_name + QStringLiteral(" dead"));
+    ++m_death;
     if (backAfter != -1)
-        m_tools.pace->after(backAfter, this, [this] { comeBack(RetryPause); });
+        m_tools.pace->after(backAfter, this, [this, death = m_death] { comeBack(death, RetryPause); });
+}
+
+void Daemon::comeBack()
+{
+    comeBack(++m_death, RetryPause);
 }
 
 void Daemon::look()
@@ -89,8 +96,10 @@ void Daemon::lookAtControl()
 }
 
 /*! Tries to start; \a pause is how long it waits before it tries again. */
-void Daemon::comeBack(std::chrono::milliseconds pause)
+void Daemon::comeBack(int death, std::chrono::milliseconds pause)
 {
+    if (death != m_death || !isDead())
+        return;
     QString error;
     if (start(&error)) {
         m_tools.log->happened("daemon", m_name + QStringLiteral(" back"));
@@ -99,7 +108,7 @@ void Daemon::comeBack(std::chrono::milliseconds pause)
     if (pause == RetryPause)
         m_tools.log->trouble(QStringLiteral("the %1 daemon cannot come back: %2").arg(m_name, error));
     // Ever longer ones: each attempt shows the control object for a moment, and tells what can be published.
-    QTimer::singleShot(pause, this, [this, pause] { comeBack(std::min(2 * pause, LongestPause)); });
+    QTimer::singleShot(pause, this, [this, death, pause] { comeBack(death, std::min(2 * pause, LongestPause)); });
 }
 
 void Daemon::letGo()
@@ -132,8 +141,11 @@ bool Daemon::serveControl(QString *error)
 
 void Daemon::onRequest(const ZopChangeset &changes)
 {
-    const Task task = read(changes);
+    Task task = read(changes);
     m_tools.log->happened("request", task.text);
+    if (m_tools.requests)
+        task.request.number =
+            m_tools.requests->add({0, 0, m_name, task.request.message, task.interface, task.ssid, task.text, {}});
     if (const Fault *fault = m_tools.faults->next(task.request.message, task.interface, task.ssid))
         treat(task, *fault);
     else
@@ -210,6 +222,8 @@ void Daemon::send(const ControlRequest &request, const Attributes &content, cons
     changes.assignments.insert(Wire::Id, request.id);
     changes.assignments.insert(Wire::Peer, request.peer);
     const bool sent = m_controlObject->setAttributes(changes);
+    if (m_tools.requests)
+        m_tools.requests->addAnswer(request.number, outcome);
     m_tools.log->happened("reply",
                           QStringLiteral("%1 id=%2 %3%4")
                               .arg(request.message, request.id.toString(), outcome,

@@ -17,6 +17,7 @@ namespace morvek {
 
 class EventLog;
 class FaultPlan;
+class RequestBook;
 class World;
 class ZopObject;
 struct Fault;
@@ -30,6 +31,7 @@ struct DaemonTools
     const EventLog *log;
     /*! Whether the root is this program's; if not, with the reason, or without one when the program is about to end. */
     ObjectPublisher::Permission mayPublish = nullptr;
+    RequestBook *requests = nullptr;
 };
 
 /*! Serves a control object: reads requests, lets faults happen to them, replies in time, dies and comes back. */
@@ -51,6 +53,9 @@ public:
      * milliseconds it starts again; never, when that is -1. A dead daemon does not die again.
      */
     void die(int backAfter);
+    bool isDead() const { return m_controlObject == nullptr; }
+    /*! Has a dead daemon start again now, whatever was said when it died. */
+    void comeBack();
 
     /*! Looks whether everything is still there, and mends what is not. A dead daemon does nothing. */
     void look();
@@ -103,7 +108,7 @@ private:
     bool expectUnserved(QString *error) const;
     bool serveControl(QString *error);
     void lookAtControl();
-    void comeBack(std::chrono::milliseconds pause);
+    void comeBack(int death, std::chrono::milliseconds pause);
     void letGo();
     void publishAgain();
     void onRequest(const ZopChangeset &changes);
@@ -121,6 +126,7 @@ private:
     ObjectPublisher m_publisher;
     QTimer m_publishAgain;                      // runs while something waits to be published
     std::unique_ptr<ZopObject> m_controlObject; // none while the daemon is dead
+    int m_death = 0;                            // counts them, so that nothing comes back from an earlier one
     bool m_hasLostControl = false;              // and has said so
 };
 

@@ -14,10 +14,7 @@ constexpr int LongestText = 400;
 
 QByteArray oneLine(const QString &text)
 {
-    QString line = visible(text.left(LongestText));
-    if (text.size() > LongestText)
-        line += QStringLiteral("...");
-    return line.toUtf8();
+    return visible(EventLog::cut(text)).toUtf8();
 }
 
 } // namespace
@@ -38,6 +35,11 @@ void EventLog::happened(const char *what, const QString &text) const
 void EventLog::trouble(const QString &text) const
 {
     write(text);
+}
+
+QString EventLog::cut(const QString &text)
+{
+    return text.size() > LongestText ? text.left(LongestText) + QStringLiteral("...") : text;
 }
 
 void EventLog::write(const QString &text)

@@ -19,6 +19,8 @@ public:
 
     /*! One line "morvek-hostd: TEXT" on standard error; control characters of \a text are escaped. */
     static void write(const QString &text);
+    /*! Texts of clients are cut, as they may be of any length. */
+    static QString cut(const QString &text);
 
 private:
     QElapsedTimer m_since;

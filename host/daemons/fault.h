@@ -12,6 +12,7 @@ struct Fault
     enum Kind { Refuse, NoReply, Late, Double, Die, Answer };
 
     Kind kind = Refuse;
+    QString word;      //!< by which scenarios know it
     QString message;   //!< empty: any
     QString interface; //!< empty: any
     QString ssid;      //!< empty: any

@@ -27,4 +27,24 @@ const Fault *FaultPlan::next(const QString &message, const QString &interface, c
     return nullptr;
 }
 
+bool FaultPlan::add(const Fault &fault)
+{
+    for (int i = m_faults.size() - 1; i >= 0; --i) {
+        if (m_faults.at(i).times != 0)
+            continue;
+        m_faults.removeAt(i);
+        m_added -= i < m_added ? 1 : 0;
+    }
+    if (m_added == Most)
+        return false;
+    m_faults.insert(m_added++, fault);
+    return true;
+}
+
+void FaultPlan::clear()
+{
+    m_faults.clear();
+    m_added = 0;
+}
+
 } // namespace morvek

@@ -264,4 +264,14 @@ bool ObjectPublisher::list(const QString &directory, QStringList *names, QString
     return watcher.isValid();
 }
 
+bool ObjectPublisher::read(const QString &path, Attributes *attributes)
+{
+    const ZopObject::NoWaiting noWaiting;
+    ZopObject object(path, ZopObject::Subscribe, false);
+    if (!object.isValid())
+        return false;
+    *attributes = attributesOf(&object);
+    return true;
+}
+
 } // namespace morvek

@@ -65,6 +65,8 @@ public:
 
     /*! The names of the objects of \a directory, whoever created them; false when it cannot be watched. */
     static bool list(const QString &directory, QStringList *names, QString *error);
+    /*! What the object at \a path holds at this moment, whoever created it; false when it cannot be opened. */
+    static bool read(const QString &path, Attributes *attributes);
 
 private:
     Q_DISABLE_COPY(ObjectPublisher)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd.h"
 
+#include "eventplayer.h"
 #include "formerobjects.h"
 #include "hostdoptions.h"
 #include "hotspotprofile.h"
@@ -9,6 +10,7 @@
 #include "simulatedhotspot.h"
 #include "simulatednetwork.h"
 #include "simulatedradio.h"
+#include "stage.h"
 #include "systemnetwork.h"
 #include "tetheringdaemon.h"
 #include "timelineplayer.h"
@@ -35,8 +37,10 @@ Hostd::Hostd(const HostdOptions &options, const Scenario &scenario)
       m_without(options.without),
       m_isFresh(options.fresh)
 {
-    const DaemonTools tools {&m_world, &m_faults, &m_pace, &m_log,
-                             [this](QString *reason) { return mayPublish(reason); }};
+    const DaemonTools tools {
+        &m_world, &m_faults, &m_pace, &m_log, [this](QString *reason) { return mayPublish(reason); }, &m_requests};
+    if (options.hold)
+        m_pace.hold();
     InterfaceControl *control = nullptr;
     if (options.system) {
         m_system = std::make_unique<SystemNetwork>(&m_world, &m_log);
@@ -54,13 +58,18 @@ Hostd::Hostd(const HostdOptions &options, const Scenario &scenario)
         m_hotspot = std::make_unique<SimulatedHotspot>(scenario, &m_world, &m_pace);
         m_daemons[Service::Tethering] = std::make_unique<TetheringDaemon>(m_hotspot.get(), &m_store, tools);
     }
-    Stage stage {&m_world, m_simulated.get(), m_radio.get(), m_hotspot.get(), {}};
+    QMap<Service, Daemon *> daemons;
     for (const auto &daemon : m_daemons) {
         daemon.second->setReplyDelay(scenario.delays.reply);
-        stage.daemons.insert(daemon.first, daemon.second.get());
+        daemons.insert(daemon.first, m_without.contains(daemon.first) ? nullptr : daemon.second.get());
     }
-    if (m_simulated)
-        m_player = std::make_unique<TimelinePlayer>(scenario.timeline, &m_pace, stage, &m_log);
+    if (m_simulated) {
+        m_events = std::make_unique<EventPlayer>(
+            PlayedWorld {&m_world, m_simulated.get(), m_radio.get(), m_hotspot.get(), &m_faults, daemons}, &m_log);
+        m_player = std::make_unique<TimelinePlayer>(scenario.timeline, &m_pace, m_events.get());
+    }
+    m_stage = std::make_unique<Stage>(scenario,
+                                      StageTools {m_events.get(), &m_faults, &m_pace, &m_requests, &m_log, daemons});
 }
 
 Hostd::~Hostd() = default;
@@ -89,6 +98,7 @@ HostdExitCode Hostd::start(QString *error)
         return HostdExitCode::CannotPublish;
     if (m_player)
         m_player->start();
+    keepStage();
     QObject::connect(&m_looks, &QTimer::timeout, &m_looks, [this] { look(); });
     m_looks.setTimerType(Qt::VeryCoarseTimer);
     m_looks.start(LookInterval);
@@ -123,6 +133,16 @@ void Hostd::look()
         if (may)
             daemon.second->look();
     }
+    if (may)
+        keepStage();
+}
+
+void Hostd::keepStage()
+{
+    QString reason;
+    const bool has = m_stage->keep(&reason);
+    if (!std::exchange(m_hasNoStage, !has) && !has)
+        m_log.trouble(QStringLiteral("nothing can be played or looked at here: ") + reason);
 }
 
 QString Hostd::root() const

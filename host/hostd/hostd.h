@@ -7,6 +7,7 @@
 #include "hostdexitcode.h"
 #include "hotspotstore.h"
 #include "pace.h"
+#include "requestbook.h"
 #include "service.h"
 #include "world.h"
 
@@ -18,10 +19,12 @@
 namespace morvek {
 
 class Daemon;
+class EventPlayer;
 class RootLock;
 class SimulatedHotspot;
 class SimulatedNetwork;
 class SimulatedRadio;
+class Stage;
 class SystemNetwork;
 class TimelinePlayer;
 struct HostdOptions;
@@ -46,6 +49,7 @@ private:
     bool startDaemons(QString *error);
     bool mayPublish(QString *reason);
     void look();
+    void keepStage();
 
     // In this order, so that what is used by others goes after them.
     std::unique_ptr<RootLock> m_lock;
@@ -53,17 +57,21 @@ private:
     Pace m_pace;
     World m_world;
     FaultPlan m_faults;
+    RequestBook m_requests;
     std::unique_ptr<SystemNetwork> m_system;
     std::unique_ptr<SimulatedNetwork> m_simulated;
     std::unique_ptr<SimulatedRadio> m_radio;     // none without Wi-Fi
     std::unique_ptr<SimulatedHotspot> m_hotspot; // none without a hotspot
     HotspotStore m_store;
     std::map<Service, std::unique_ptr<Daemon>> m_daemons; // of what there is in this world
-    std::unique_ptr<TimelinePlayer> m_player;
+    std::unique_ptr<EventPlayer> m_events;                // none without a scenario
+    std::unique_ptr<TimelinePlayer> m_player;             // likewise
+    std::unique_ptr<Stage> m_stage;
     QVector<Service> m_without;
     bool m_isFresh;
     QTimer m_looks;
     bool m_isTroubled = false; // and has said so
+    bool m_hasNoStage = false; // likewise
     bool m_isEnding = false;
 };
 

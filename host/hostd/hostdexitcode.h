@@ -12,6 +12,8 @@ enum class HostdExitCode {
     BadScenario = 3,
     UnusableRoot = 4,
     AlreadyRunning = 5, //!< another morvek-hostd holds the root
+    NotDone = 6,        //!< the running one has refused what was to be played or looked at
+    NotRunning = 7,     //!< there is none that answers
 };
 
 } // namespace morvek

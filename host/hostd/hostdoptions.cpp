@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostdoptions.h"
 
+#include "stagecommand.h"
+
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
@@ -13,6 +15,7 @@ namespace {
 
 constexpr double LeastSpeed = 0.01;
 constexpr double MostSpeed = 10000;
+constexpr double MostTimeout = 86400;
 
 const QString Description = QStringLiteral(
     "Plays the daemons of a head unit on a Linux machine: the networking daemon publishes network interfaces and\n"
@@ -20,8 +23,15 @@ const QString Description = QStringLiteral(
     "leaves networks; the tethering daemon starts and stops a hotspot, and keeps its profile. When everything is\n"
     "published it prints \"ready: ROOT\"; SIGTERM ends it.\n"
     "\n"
+    "To one that runs below the root already:\n"
+    "  act EVENT|FAULT [KEY=VALUE|KEY:=JSON]...   lets an event of a timeline, or a fault, happen now\n"
+    "  act JSON, act -                            the same from JSON, or from lines of it on standard input\n"
+    "  look [requests|objects|faults|daemons]     shows what was requested, what is published, and more\n"
+    "  pass MILLISECONDS                          lets time pass, after --hold\n"
+    "  wait                                       waits until everything is published\n"
+    "\n"
     "Exit codes: 0 ended as asked, 1 cannot publish, 2 bad arguments, 3 bad scenario, 4 unusable root,\n"
-    "5 another morvek-hostd publishes below the root.");
+    "5 another morvek-hostd publishes below the root, 6 the running one refuses, 7 none runs or answers.");
 
 QString serviceNames(const QString &separator)
 {
@@ -53,6 +63,11 @@ struct Switches
         QStringLiteral("fresh"),
         QStringLiteral("First forgets what former runs left below the root: the hotspot's profile "
                        "and all objects.")};
+    QCommandLineOption hold {QStringLiteral("hold"),
+                             QStringLiteral("Nothing takes time, and no time passes but by \"pass\".")};
+    QCommandLineOption timeout {QStringLiteral("timeout"),
+                                QStringLiteral("How long act, look, pass and wait wait for the running one."),
+                                QStringLiteral("SECONDS"), QStringLiteral("30")};
     QCommandLineOption check {QStringLiteral("check"), QStringLiteral("Loads and checks the scenario, and ends.")};
     QCommandLineOption verbose {QStringLiteral("verbose"),
                                 QStringLiteral("Writes a line for each request, reply and event to standard error.")};
@@ -67,6 +82,12 @@ bool readNumbers(const QCommandLineParser &parser, const Switches &switches, Hos
     if (!ok || !(options->speed >= LeastSpeed && options->speed <= MostSpeed)) {
         *error = QStringLiteral("--speed: \"%1\" is not a factor from %2 to %3")
                      .arg(parser.value(switches.speed), QString::number(LeastSpeed), QString::number(MostSpeed));
+        return false;
+    }
+    options->timeout = parser.value(switches.timeout).toDouble(&ok);
+    if (!ok || !(options->timeout >= 0 && options->timeout <= MostTimeout)) {
+        *error = QStringLiteral("--timeout: \"%1\" is not a time from 0 to %2 seconds")
+                     .arg(parser.value(switches.timeout), QString::number(MostTimeout));
         return false;
     }
     if (!parser.isSet(switches.seed))
@@ -118,6 +139,41 @@ bool readPlace(const QCommandLineParser &parser, const Switches &switches, Hostd
     return true;
 }
 
+bool readHold(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
+{
+    options->hold = parser.isSet(switches.hold);
+    if (options->hold && (options->system || parser.isSet(switches.speed)))
+        *error =
+            QStringLiteral("--hold has a scenario's time stand still: it goes with neither --interfaces system nor "
+                           "--speed");
+    return error->isEmpty();
+}
+
+/*! The words to the one that runs, if there are any. */
+bool readWords(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
+{
+    options->words = parser.positionalArguments();
+    if (options->words.isEmpty()) {
+        if (parser.isSet(switches.timeout))
+            *error = QStringLiteral("--timeout goes with %1 only").arg(StageCommand::verbs().join(QLatin1String(", ")));
+        return error->isEmpty();
+    }
+    const QString &verb = options->words.constFirst();
+    if (!StageCommand::verbs().contains(verb)) {
+        *error = QStringLiteral("unexpected argument \"%1\"").arg(verb);
+        return false;
+    }
+    options->action = HostdOptions::Call;
+    const QStringList names = parser.optionNames();
+    for (const QString &name : names) {
+        if (!switches.root.names().contains(name) && !switches.timeout.names().contains(name)) {
+            *error = QStringLiteral("--%1 does not go with %2").arg(name, verb);
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 bool HostdOptions::parse(const QStringList &arguments, HostdOptions *options, QString *error)
@@ -126,14 +182,10 @@ bool HostdOptions::parse(const QStringList &arguments, HostdOptions *options, QS
     QCommandLineParser parser;
     parser.setApplicationDescription(Description);
     parser.addOptions({switches.scenario, switches.list, switches.interfaces, switches.without, switches.root,
-                       switches.speed, switches.seed, switches.fresh, switches.check, switches.verbose, switches.help,
-                       switches.version});
+                       switches.speed, switches.seed, switches.fresh, switches.hold, switches.timeout, switches.check,
+                       switches.verbose, switches.help, switches.version});
     if (!parser.parse(arguments)) {
         *error = parser.errorText();
-        return false;
-    }
-    if (!parser.positionalArguments().isEmpty()) {
-        *error = QStringLiteral("unexpected argument \"%1\"").arg(parser.positionalArguments().constFirst());
         return false;
     }
     if (parser.isSet(switches.help)) {
@@ -154,8 +206,9 @@ bool HostdOptions::parse(const QStringList &arguments, HostdOptions *options, QS
     options->scenario = parser.value(switches.scenario);
     options->fresh = parser.isSet(switches.fresh);
     options->verbose = parser.isSet(switches.verbose);
-    return readNumbers(parser, switches, options, error) && readWithout(parser, switches, options, error)
-        && readPlace(parser, switches, options, error);
+    return readWords(parser, switches, options, error) && readNumbers(parser, switches, options, error)
+        && readWithout(parser, switches, options, error) && readPlace(parser, switches, options, error)
+        && readHold(parser, switches, options, error);
 }
 
 } // namespace morvek

@@ -9,7 +9,7 @@ namespace morvek {
 /*! What the program was asked for. */
 struct HostdOptions
 {
-    enum Action { Run, Check, ListScenarios, Tell };
+    enum Action { Run, Check, ListScenarios, Tell, Call };
 
     /*! False when the arguments make no sense; \a error says why. */
     static bool parse(const QStringList &arguments, HostdOptions *options, QString *error);
@@ -22,8 +22,11 @@ struct HostdOptions
     QVector<Service> without; //!< daemons that are left out
     bool fresh = false;       //!< forgets what former runs left
     bool verbose = false;
+    bool hold = false;
     double speed = 1;
-    qint64 seed = -1; //!< -1: the scenario's
+    qint64 seed = -1;    //!< -1: the scenario's
+    QStringList words;   //!< of Call
+    double timeout = 30; //!< of Call, in seconds
 };
 
 } // namespace morvek

@@ -4,6 +4,7 @@
 #include "scenariofiles.h"
 #include "scenariowarnings.h"
 #include "signalwatcher.h"
+#include "stagecommand.h"
 
 #include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QCoreApplication>
@@ -52,10 +53,6 @@ int listScenarios()
 
 int run(const HostdOptions &options, Scenario scenario)
 {
-    // Clients and readers of our output may go at any time.
-    std::signal(SIGPIPE, SIG_IGN);
-    if (!options.root.isEmpty())
-        qputenv("ZOP_ROOT", QFile::encodeName(options.root));
     SignalWatcher signalWatcher;
     QObject::connect(&signalWatcher, &SignalWatcher::terminationAsked, qApp, &QCoreApplication::quit);
 
@@ -90,6 +87,14 @@ int main(int argc, char *argv[])
     }
     if (options.action == HostdOptions::ListScenarios)
         return listScenarios();
+    // Clients and readers of our output may go at any time.
+    std::signal(SIGPIPE, SIG_IGN);
+    if (!options.root.isEmpty())
+        qputenv("ZOP_ROOT", QFile::encodeName(options.root));
+    if (options.action == HostdOptions::Call) {
+        const HostdExitCode code = StageCommand::run(options, &error);
+        return code == HostdExitCode::Success ? 0 : fail(code, error);
+    }
 
     Scenario scenario;
     if (!options.system && !ScenarioFiles::load(options.scenario, &scenario, &error))

@@ -147,7 +147,7 @@ ZopDirWatcher::Private::Presence ZopDirWatcher::Private::look(const QByteArray &
         return Presence::Absent;
     QString refusal;
     const QString folder = m_path.endsWith(QLatin1Char('/')) ? m_path : m_path + QLatin1Char('/');
-    if (ControlLink::connectTo(ZopPath::object(folder + QString::fromUtf8(name)), &refusal).isOpen())
+    if (ControlLink::connectTo(ZopPath::object(folder + QString::fromUtf8(name)), name, &refusal).isOpen())
         return Presence::Present;
     return ControlLink::isNobody(errno) ? Presence::Absent : Presence::Unknown;
 }

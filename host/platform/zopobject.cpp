@@ -209,8 +209,8 @@ bool ZopObject::createAnew(const QString &path, const ZopChangeset &values, QStr
 {
     return onFile(path, error, [&values](const ZopPath &target, QString *reason) {
         QString refusal;
-        const bool isServed =
-            isSocket(target) && (ControlLink::connectTo(target, &refusal).isOpen() || !ControlLink::isNobody(errno));
+        const bool isServed = isSocket(target)
+            && (ControlLink::connectTo(target, target.name(), &refusal).isOpen() || !ControlLink::isNobody(errno));
         if (isServed)
             *reason = QStringLiteral("a control object has this path");
         return !isServed && Journal::createAnew(target, values, reason);

@@ -9,6 +9,7 @@
 #include "wifitext.h"
 #include "wirenames.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace morvek {
@@ -36,9 +37,9 @@ struct FaultWord
     QStringList keys;
 };
 
-FaultWord readKind(const JsonNode &node)
+const QVector<FaultWord> &faultWords()
 {
-    const QVector<FaultWord> words {
+    static const QVector<FaultWord> words {
         {QLatin1String("refuse"), Fault::Refuse, {Wire::Err, Wire::ErrMsg}},
         {QLatin1String("no-reply"), Fault::NoReply, {PerformsKey}},
         {QLatin1String("late"), Fault::Late, {DelayKey}},
@@ -47,15 +48,20 @@ FaultWord readKind(const JsonNode &node)
         {QLatin1String("answer"), Fault::Answer, {Wire::Res, Wire::Err, Wire::ErrMsg, Wire::Dat}},
         {IgnoreWord, Fault::Answer, {}},
     };
+    return words;
+}
+
+FaultWord readKind(const JsonNode &node)
+{
     const QString word = node.text();
     QStringList known;
-    for (const FaultWord &one : words) {
+    for (const FaultWord &one : faultWords()) {
         if (word == one.word)
             return one;
         known += one.word;
     }
     node.fail(QStringLiteral("no fault \"%1\" (known: %2)").arg(word, known.join(QLatin1String(", "))));
-    return words.first();
+    return faultWords().first();
 }
 
 /*! Notes a message that nobody knows, and what its requests never name. */
@@ -95,12 +101,21 @@ void readSubject(const JsonNode &node, const Scenario &scenario, Fault *fault)
     }
 }
 
+} // namespace
+
+bool isFaultWord(const QString &word)
+{
+    const QVector<FaultWord> &words = faultWords();
+    return std::any_of(words.begin(), words.end(), [&word](const FaultWord &one) { return one.word == word; });
+}
+
 Fault readFault(const JsonNode &node, const Scenario &scenario)
 {
     const FaultWord word = readKind(node.member(FaultKey));
     node.expectObject(QStringList {FaultKey, MessageKey, InterfaceKey, Wire::Ssid, SkipKey, TimesKey} + word.keys);
     Fault fault;
     fault.kind = word.kind;
+    fault.word = word.word;
     readSubject(node, scenario, &fault);
     fault.skip = node.numberOr(SkipKey, 0, LargestNumber, 0);
     fault.times = node.numberOr(TimesKey, 1, LargestNumber, -1);
@@ -121,8 +136,6 @@ Fault readFault(const JsonNode &node, const Scenario &scenario)
     fault.backAfter = node.numberOr(BackAfterKey, 0, LongestTime, -1);
     return fault;
 }
-
-} // namespace
 
 QVector<Fault> readFaults(const JsonNode &node, const Scenario &scenario)
 {

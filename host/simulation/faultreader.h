@@ -8,7 +8,11 @@ namespace morvek {
 
 class JsonNode;
 
-/*! The faults of \a node, for \a scenario, which has its interfaces already. */
+/*! Whether a fault has this name. */
+bool isFaultWord(const QString &word);
+/*! A fault, for \a scenario, which has its interfaces already. */
+Fault readFault(const JsonNode &node, const Scenario &scenario);
+/*! The faults of \a node, likewise. */
 QVector<Fault> readFaults(const JsonNode &node, const Scenario &scenario);
 
 } // namespace morvek

@@ -23,6 +23,8 @@ public:
     QString place() const { return m_place; }
     /*! Notes \a text with this place, unless there is a note already. */
     void fail(const QString &text) const;
+    /*! Whether there is a note, of whatever place. */
+    bool hasFailed() const { return !m_error->isEmpty(); }
 
     /*! Notes a value that is no object, or the first key that is none of \a keys. */
     void expectObject(const QStringList &keys) const;

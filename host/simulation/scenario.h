@@ -8,6 +8,7 @@
 #include "service.h"
 
 #include <QtCore/QJsonObject>
+#include <QtCore/QSet>
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
@@ -98,11 +99,14 @@ struct TimelineEvent
         FollowDefault,
         SetPriority,
         DaemonDies,
+        DaemonBack,
+        FaultsEnd,
         OutOfRange,
         InRange,
         Signal,
         Roam,
         Dropped,
+        WrongKey,
         RadioOn,
         RadioOff,
         TellWifiEvent,
@@ -116,9 +120,10 @@ struct TimelineEvent
     QString interface;                     //!< of an attribute event: empty for a status object
     ZopChangeset changes;                  //!< of an attribute event
     QStringList order;                     //!< of SetPriority
-    Service service = Service::Networking; //!< whose daemon dies, or whose status object it is
+    Service service = Service::Networking; //!< whose daemon or status object it is
     int backAfter = -1;                    //!< of DaemonDies; -1: never
     QString bssid;
+    QString ssid;   //!< of WrongKey
     int level = 0;  //!< of Signal
     int reason = 0; //!< of Dropped
     QString told;   //!< of TellWifiEvent
@@ -139,6 +144,13 @@ struct Scenario
     ScenarioHotspot hotspot;
     QVector<TimelineEvent> timeline; //!< in order of time
     QVector<Fault> faults;
+};
+
+/*! What of a scenario is there at some moment. */
+struct Presence
+{
+    QSet<QString> interfaces;
+    QSet<QString> accessPoints; //!< in range
 };
 
 } // namespace morvek

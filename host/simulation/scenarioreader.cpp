@@ -238,22 +238,26 @@ QString syntaxError(const QByteArray &json, const QJsonParseError &error)
 
 } // namespace
 
-bool readScenario(const QByteArray &json, Scenario *scenario, QString *error)
+QJsonValue parseJson(const QByteArray &json, QString *error)
 {
-    error->clear();
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
-    if (parseError.error != QJsonParseError::NoError) {
+    const DuplicateKey duplicate =
+        parseError.error == QJsonParseError::NoError ? DuplicateKey::find(json) : DuplicateKey();
+    error->clear();
+    if (parseError.error != QJsonParseError::NoError)
         *error = syntaxError(json, parseError);
-        return false;
-    }
-    const DuplicateKey duplicate = DuplicateKey::find(json);
-    if (duplicate.offset != -1) {
+    else if (duplicate.offset != -1)
         *error = linePlace(json, duplicate.offset) + QStringLiteral("a second \"%1\"").arg(duplicate.key);
+    return document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object());
+}
+
+bool readScenario(const QByteArray &json, Scenario *scenario, QString *error)
+{
+    const QJsonValue top = parseJson(json, error);
+    if (!error->isEmpty())
         return false;
-    }
     *scenario = Scenario();
-    const QJsonValue top = document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object());
     readAll(JsonNode(top, error), scenario);
     return error->isEmpty();
 }

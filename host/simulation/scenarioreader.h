@@ -11,6 +11,9 @@ class JsonNode;
 /*! The longest time that a scenario may name: a day, in milliseconds. */
 constexpr int LongestTime = 24 * 60 * 60 * 1000;
 
+/*! Parses a document; notes in \a error where that ends, and clears it otherwise. */
+QJsonValue parseJson(const QByteArray &json, QString *error);
+
 /*! Reads and checks a whole scenario. False when something is wrong with it; \a error then names the place. */
 bool readScenario(const QByteArray &json, Scenario *scenario, QString *error);
 

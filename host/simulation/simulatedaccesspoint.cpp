@@ -38,6 +38,8 @@ void SimulatedAccessPoint::setLevel(int level)
 
 void SimulatedAccessPoint::drift(Pace *pace)
 {
+    if (pace->isHeld())
+        return;
     m_level = qBound(m_settings.signalLevel - m_settings.drift, m_level + pace->pick(-StepOfDrift, StepOfDrift),
                      m_settings.signalLevel + m_settings.drift);
 }

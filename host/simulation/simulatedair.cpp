@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulatedair.h"
 
+#include <utility>
+
 namespace morvek {
 
 SimulatedAir::SimulatedAir(const QVector<ScenarioAccessPoint> &accessPoints)
@@ -11,9 +13,24 @@ SimulatedAir::SimulatedAir(const QVector<ScenarioAccessPoint> &accessPoints)
 
 SimulatedAccessPoint *SimulatedAir::find(const QString &bssid)
 {
+    return const_cast<SimulatedAccessPoint *>(std::as_const(*this).find(bssid));
+}
+
+const SimulatedAccessPoint *SimulatedAir::find(const QString &bssid) const
+{
     const auto found = std::find_if(m_accessPoints.begin(), m_accessPoints.end(),
                                     [&bssid](const SimulatedAccessPoint &one) { return one.bssid() == bssid; });
     return found == m_accessPoints.end() ? nullptr : &*found;
+}
+
+QSet<QString> SimulatedAir::inRange() const
+{
+    QSet<QString> bssids;
+    for (const SimulatedAccessPoint &one : m_accessPoints) {
+        if (one.isInRange())
+            bssids.insert(one.bssid());
+    }
+    return bssids;
 }
 
 const SimulatedAccessPoint *SimulatedAir::strongest(const std::function<bool(const SimulatedAccessPoint &)> &fits) const

@@ -5,6 +5,7 @@
 #include "simulatedaccesspoint.h"
 
 #include <QtCore/QJsonArray>
+#include <QtCore/QSet>
 
 #include <functional>
 
@@ -18,6 +19,8 @@ public:
 
     /*! The access point with this bssid, or null. */
     SimulatedAccessPoint *find(const QString &bssid);
+    const SimulatedAccessPoint *find(const QString &bssid) const;
+    QSet<QString> inRange() const;
     /*! The strongest access point in range that \a fits, the first of equal ones; null when none does. */
     const SimulatedAccessPoint *strongest(const std::function<bool(const SimulatedAccessPoint &)> &fits) const;
     /*! Lets the signal levels stray a little; the access points in range, as they stand in "scan_results". */

@@ -26,6 +26,9 @@ public:
     void start(const QJsonObject &profile) override;
     void stop() override;
 
+    /*! Whether it is active when all that is under way is done. */
+    bool isWanted() const { return m_wanted; }
+
 private:
     void begin(bool wanted, DelayRange delay);
     void finish();

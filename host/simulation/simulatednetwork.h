@@ -35,6 +35,8 @@ public:
     /*! Brings an interface that is not there: up, not connected yet, and configured as it was last. */
     void appear(const QString &interface);
     void setLink(const QString &interface, bool link);
+    /*! Whether the interface has a link, as far as that does not depend on its parent. */
+    bool hasOwnLink(const QString &interface) const { return m_stations.value(interface).link; }
     /*! From now on DHCP gives the interface \a lease, or its own when there are no addresses in it. */
     void offerLease(const QString &interface, const AddressSet &lease);
     /*! From now on the default interface is this one, or none when it is empty, whatever is connected. */

@@ -148,9 +148,20 @@ void SimulatedRadio::setLevel(const QString &bssid, int level)
 
 void SimulatedRadio::roam(const QString &bssid)
 {
+    if (refusesToRoam(bssid).isEmpty())
+        associate(*m_air.find(bssid));
+}
+
+QString SimulatedRadio::refusesToRoam(const QString &bssid) const
+{
+    if (!isConnected())
+        return QStringLiteral("the station is not connected");
+    if (m_current == bssid)
+        return QStringLiteral("the station is connected to \"%1\" already").arg(bssid);
     const SimulatedAccessPoint *other = m_air.find(bssid);
-    if (!m_current.isEmpty() && m_current != bssid && other->isInRange() && admits(*other))
-        associate(*other);
+    if (!other->isInRange() || !admits(*other))
+        return QStringLiteral("the station is not welcome at \"%1\"").arg(bssid);
+    return {};
 }
 
 void SimulatedRadio::drop(int reason)
@@ -218,7 +229,7 @@ void SimulatedRadio::finishJoining()
         m_air.strongest([&network](const SimulatedAccessPoint &one) { return one.belongsTo(network); });
     if (!found) {
         tellEvent(NetworkNotFound);
-    } else if (found->answers() && !found->accepts(network)) {
+    } else if (found->answers() && isRefused(*found, network)) {
         // Whoever wants to try this network again has to select it.
         const QString event = wrongKeyEvent(m_selected, network.ssid);
         m_selected = None;
@@ -226,6 +237,11 @@ void SimulatedRadio::finishJoining()
     } else if (found->answers()) {
         associate(*found);
     }
+}
+
+bool SimulatedRadio::isRefused(const SimulatedAccessPoint &accessPoint, const WifiNetwork &network)
+{
+    return (!network.passkey.isEmpty() && m_wrongKeys.remove(network.ssid)) || !accessPoint.accepts(network);
 }
 
 void SimulatedRadio::associate(const SimulatedAccessPoint &accessPoint)

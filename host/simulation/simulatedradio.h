@@ -43,6 +43,16 @@ public:
     /*! The access point ends the connection for this \a reason; the station tries to come back. */
     void drop(int reason);
     void tellEvent(const QString &event);
+    /*! The next attempt to join the network of this name turns out as with a wrong passkey, whatever the passkey is. */
+    void awaitWrongKey(const QString &ssid) { m_wrongKeys.insert(ssid); }
+
+    bool isOn() const { return m_power; }
+    bool isConnected() const { return !m_current.isEmpty(); }
+    bool isWrongKeyAwaited(const QString &ssid) const { return m_wrongKeys.contains(ssid); }
+    /*! The access points in range. */
+    QSet<QString> inRange() const { return m_air.inRange(); }
+    /*! Why roam() would come to nothing; empty when it would not. */
+    QString refusesToRoam(const QString &bssid) const;
 
 private:
     void scan();
@@ -50,6 +60,7 @@ private:
     void select(int network);
     void join();
     void finishJoining();
+    bool isRefused(const SimulatedAccessPoint &accessPoint, const WifiNetwork &network);
     void associate(const SimulatedAccessPoint &accessPoint);
     void leave(int reason, ZopChangeset changes = {});
     void onInterfaceAdded(const QString &name);
@@ -65,9 +76,10 @@ private:
     QVector<WifiNetwork> m_networks; // their identifiers count from 0
     QString m_interface;
     bool m_power;
-    int m_selected = None; // of m_networks
-    QString m_current;     // bssid; empty while the station is not connected
-    quint32 m_attempt = 0; // counts attempts to join, so that only the latest is finished
+    int m_selected = None;     // of m_networks
+    QString m_current;         // bssid; empty while the station is not connected
+    QSet<QString> m_wrongKeys; // names of networks of which the next attempt fails
+    quint32 m_attempt = 0;     // counts attempts to join, so that only the latest is finished
     bool m_scanning = false;
     quint32 m_scan = 0; // counts scans, likewise
     ScenarioDelays m_delays;

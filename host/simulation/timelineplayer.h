@@ -10,22 +10,7 @@
 
 namespace morvek {
 
-class Daemon;
-class EventLog;
-class SimulatedHotspot;
-class SimulatedNetwork;
-class SimulatedRadio;
-class World;
-
-/*! What events happen to. Neither the radio nor the hotspot nor their daemons are in every scenario. */
-struct Stage
-{
-    World *world;
-    SimulatedNetwork *network;
-    SimulatedRadio *radio;
-    SimulatedHotspot *hotspot;
-    QMap<Service, Daemon *> daemons;
-};
+class EventPlayer;
 
 /*! Plays a scenario's events, one after the other, each at its time or as soon after it as the machine can. */
 class TimelinePlayer : public QObject
@@ -34,7 +19,7 @@ class TimelinePlayer : public QObject
 
 public:
     /*! Everything that is passed must outlive the player. */
-    TimelinePlayer(const QVector<TimelineEvent> &timeline, const Pace *pace, const Stage &stage, const EventLog *log,
+    TimelinePlayer(const QVector<TimelineEvent> &timeline, Pace *pace, const EventPlayer *player,
                    QObject *parent = nullptr);
     ~TimelinePlayer() override;
 
@@ -45,16 +30,13 @@ private:
     Q_DISABLE_COPY(TimelinePlayer)
 
     void playDue();
-    void play(const TimelineEvent &event);
-    void changeAttributes(const TimelineEvent &event);
 
     QVector<TimelineEvent> m_timeline;
     int m_next = 0;
     QTimer m_timer;
     QElapsedTimer m_since;
-    const Pace *m_pace;
-    Stage m_stage;
-    const EventLog *m_log;
+    Pace *m_pace;
+    const EventPlayer *m_player;
 };
 
 } // namespace morvek

@@ -6,9 +6,8 @@
 #include "jsonnode.h"
 #include "scenarioreader.h"
 #include "wifireader.h"
+#include "wifitext.h"
 #include "wirenames.h"
-
-#include <QtCore/QSet>
 
 #include <algorithm>
 
@@ -51,11 +50,14 @@ EventWord readWord(const JsonNode &node)
         {QLatin1String("default-follows"), TimelineEvent::FollowDefault, {}},
         {QLatin1String("priority"), TimelineEvent::SetPriority, {OrderKey}},
         {QLatin1String("daemon-dies"), TimelineEvent::DaemonDies, {DaemonKey, BackAfterKey}},
+        {QLatin1String("daemon-back"), TimelineEvent::DaemonBack, {DaemonKey}},
+        {QLatin1String("faults-end"), TimelineEvent::FaultsEnd, {}},
         {QLatin1String("out-of-range"), TimelineEvent::OutOfRange, {Wire::Bssid}, EventWord::Wifi},
         {QLatin1String("in-range"), TimelineEvent::InRange, {Wire::Bssid}, EventWord::Wifi},
         {QLatin1String("signal"), TimelineEvent::Signal, {Wire::Bssid, Wire::SignalLevel}, EventWord::Wifi},
         {QLatin1String("roam"), TimelineEvent::Roam, {Wire::Bssid}, EventWord::Wifi},
         {QLatin1String("dropped"), TimelineEvent::Dropped, {ReasonKey}, EventWord::Wifi},
+        {QLatin1String("wrong-key"), TimelineEvent::WrongKey, {Wire::Ssid}, EventWord::Wifi},
         {QLatin1String("radio-on"), TimelineEvent::RadioOn, {}, EventWord::Wifi},
         {QLatin1String("radio-off"), TimelineEvent::RadioOff, {}, EventWord::Wifi},
         {QLatin1String("wifi-event"), TimelineEvent::TellWifiEvent, {TextKey}, EventWord::Wifi},
@@ -120,20 +122,22 @@ void readWifiEvent(const JsonNode &node, const Scenario &scenario, bool bssid, T
     }
     if (event->kind == TimelineEvent::Signal)
         event->level = readSignalLevel(node.member(Wire::SignalLevel));
+    if (event->kind == TimelineEvent::WrongKey) {
+        event->ssid = readSecuredName(node.member(Wire::Ssid), scenario);
+        event->text += QLatin1Char(' ') + WifiText::quoted(event->ssid);
+    }
     if (event->kind == TimelineEvent::TellWifiEvent)
         event->told = node.member(TextKey).text();
     event->reason = node.numberOr(ReasonKey, 1, LargestReason, UsualReason);
 }
 
-TimelineEvent readEvent(const JsonNode &node, const Scenario &scenario)
+TimelineEvent readEvent(const JsonNode &node, const Scenario &scenario, const QStringList &ownKeys = {})
 {
-    const QString at = QStringLiteral("at");
     TimelineEvent event;
-    event.at = node.member(at).number(0, LongestTime);
     const EventWord word = readWord(node.member(EventKey));
     event.kind = word.kind;
     event.text = word.word;
-    node.expectObject(QStringList {at, EventKey} + word.keys);
+    node.expectObject(ownKeys + QStringList(EventKey) + word.keys);
     if (word.needs == EventWord::Hotspot)
         expectHotspot(node.member(EventKey), scenario);
     if (word.needs == EventWord::Wifi) {
@@ -158,26 +162,19 @@ TimelineEvent readEvent(const JsonNode &node, const Scenario &scenario)
     return event;
 }
 
-/*! What is there at some time of the timeline. */
-struct Presence
+Presence presenceAtStart(const Scenario &scenario)
 {
-    explicit Presence(const Scenario &scenario)
-        : wifiInterface(scenario.wifi.interface)
-    {
-        for (const ScenarioInterface &interface : scenario.interfaces) {
-            if (interface.present)
-                interfaces.insert(interface.name);
-        }
-        for (const ScenarioAccessPoint &accessPoint : scenario.wifi.accessPoints) {
-            if (accessPoint.inRange)
-                accessPoints.insert(accessPoint.bssid);
-        }
+    Presence presence;
+    for (const ScenarioInterface &interface : scenario.interfaces) {
+        if (interface.present)
+            presence.interfaces.insert(interface.name);
     }
-
-    QSet<QString> interfaces;
-    QSet<QString> accessPoints; // in range
-    QString wifiInterface;
-};
+    for (const ScenarioAccessPoint &accessPoint : scenario.wifi.accessPoints) {
+        if (accessPoint.inRange)
+            presence.accessPoints.insert(accessPoint.bssid);
+    }
+    return presence;
+}
 
 /*! Notes what happens to something that is not there at that time, or comes though it is there. */
 void checkPresence(const JsonNode &node, const QString &name, bool comes, const QSet<QString> &present,
@@ -188,10 +185,10 @@ void checkPresence(const JsonNode &node, const QString &name, bool comes, const 
             QStringLiteral("\"%1\" is %2%3 at that time").arg(name, comes ? QString() : QStringLiteral("not "), there));
 }
 
-void follow(const JsonNode &node, const TimelineEvent &event, Presence *presence)
+void follow(const JsonNode &node, const TimelineEvent &event, const Scenario &scenario, Presence *presence)
 {
     const bool link = event.kind == TimelineEvent::LinkLost || event.kind == TimelineEvent::LinkRegained;
-    if (link && event.interface == presence->wifiInterface)
+    if (link && event.interface == scenario.wifi.interface)
         node.member(InterfaceKey)
             .fail(
                 QStringLiteral("the Wi-Fi station gives \"%1\" its link (\"dropped\" takes it)").arg(event.interface));
@@ -218,20 +215,29 @@ QVector<TimelineEvent> readTimeline(const JsonNode &node, const Scenario &scenar
     using Placed = QPair<TimelineEvent, JsonNode>;
     QVector<Placed> placed;
     const QVector<JsonNode> items = node.items();
-    for (const JsonNode &item : items)
-        placed.append(Placed(readEvent(item, scenario), item));
-    for (int i = 0; i < placed.size(); ++i)
-        placed[i].first.number = i;
+    const QString at = QStringLiteral("at");
+    for (const JsonNode &item : items) {
+        placed.append(Placed(readEvent(item, scenario, {at}), item));
+        placed.last().first.at = item.member(at).number(0, LongestTime);
+        placed.last().first.number = placed.size() - 1;
+    }
     std::stable_sort(placed.begin(), placed.end(),
                      [](const Placed &a, const Placed &b) { return a.first.at < b.first.at; });
 
-    Presence presence(scenario);
+    Presence presence = presenceAtStart(scenario);
     QVector<TimelineEvent> events;
     for (const Placed &one : qAsConst(placed)) {
-        follow(one.second, one.first, &presence);
+        follow(one.second, one.first, scenario, &presence);
         events += one.first;
     }
     return events;
+}
+
+TimelineEvent readEventOfNow(const JsonNode &node, const Scenario &scenario, Presence presence)
+{
+    TimelineEvent event = readEvent(node, scenario);
+    follow(node, event, scenario, &presence);
+    return event;
 }
 
 } // namespace morvek

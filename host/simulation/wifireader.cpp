@@ -111,6 +111,16 @@ QString readBssid(const JsonNode &node, const Scenario &scenario)
     return bssid;
 }
 
+QString readSecuredName(const JsonNode &node, const Scenario &scenario)
+{
+    QString ssid = node.text();
+    const QVector<ScenarioAccessPoint> &points = scenario.wifi.accessPoints;
+    if (std::none_of(points.begin(), points.end(),
+                     [&ssid](const ScenarioAccessPoint &one) { return one.ssid == ssid && !one.passkey.isEmpty(); }))
+        node.fail(QStringLiteral("no access point \"%1\" has a passkey").arg(ssid));
+    return ssid;
+}
+
 void expectWifi(const JsonNode &node, const Scenario &scenario)
 {
     if (scenario.wifi.interface.isEmpty())

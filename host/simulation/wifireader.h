@@ -16,6 +16,8 @@ QString readBssid(const JsonNode &node, const Scenario &scenario);
 
 int readSignalLevel(const JsonNode &node);
 
+/*! The name of access points of \a scenario that have a passkey. */
+QString readSecuredName(const JsonNode &node, const Scenario &scenario);
 /*! Notes that there is no Wi-Fi in \a scenario, when there is none. */
 void expectWifi(const JsonNode &node, const Scenario &scenario);
 

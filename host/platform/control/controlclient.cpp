@@ -46,7 +46,7 @@ ControlClient::~ControlClient()
 
 bool ControlClient::start(QString *error)
 {
-    FileDescriptor socket = ControlLink::connectTo(m_path, error);
+    FileDescriptor socket = ControlLink::connectTo(m_path, m_path.name(), error);
     if (!socket.isOpen())
         return false;
     auto *link = new ControlLink(std::move(socket), m_path, this);

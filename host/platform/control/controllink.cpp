@@ -73,11 +73,11 @@ ControlLink::ControlLink(FileDescriptor socket, const ZopPath &path, QObject *pa
     connect(&m_readable, &QSocketNotifier::activated, this, &ControlLink::read);
 }
 
-FileDescriptor ControlLink::connectTo(const ZopPath &path, QString *error)
+FileDescriptor ControlLink::connectTo(const ZopPath &path, const QByteArray &name, QString *error)
 {
     const FileDescriptor folder = openFolder(path);
     sockaddr_un address;
-    if (!makeAddress(folder, path.name(), &address, error))
+    if (!makeAddress(folder, name, &address, error))
         return FileDescriptor();
     FileDescriptor socket = makeSocket();
     int reason = 0;

@@ -28,10 +28,10 @@ public:
     ControlLink(FileDescriptor socket, const ZopPath &path, QObject *parent);
 
     /*!
-     * A socket that is connected to the daemon. Not open, with errno, when there is none: isNobody() tells that from
-     * what only hinders this process at present.
+     * A socket that is connected to who listens at the file \a name of the folder of \a path. Not open, with errno,
+     * when there is none: isNobody() tells that from what only hinders this process at present.
      */
-    static FileDescriptor connectTo(const ZopPath &path, QString *error);
+    static FileDescriptor connectTo(const ZopPath &path, const QByteArray &name, QString *error);
     /*! A socket that listens at the file \a name of the folder of \a path. */
     static FileDescriptor listenAt(const ZopPath &path, const QByteArray &name, QString *error);
     /*! Whether the other side of \a socket is this user's; then \a process is the one that has opened it. */

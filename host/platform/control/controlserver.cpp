@@ -5,22 +5,13 @@
 #include "controllink.h"
 #include "folderlock.h"
 
-#include <QtCore/QSocketNotifier>
-#include <QtCore/QTimer>
+#include <utility>
 
-#include <cerrno>
-#include <chrono>
-
-#include <sys/socket.h>
 #include <sys/stat.h>
 
 namespace morvek {
 
 namespace {
-
-using namespace std::chrono_literals;
-
-constexpr std::chrono::milliseconds AcceptPause = 100ms;
 
 QString peerName()
 {
@@ -32,79 +23,29 @@ QString peerName()
 ControlServer::ControlServer(const ZopPath &path, Tell tell)
     : ZopBackend(std::move(tell)),
       m_path(path),
-      m_crowd(ClientCrowd::instance())
+      m_crowd(ClientCrowd::instance()),
+      m_listening(path, path.name(), [this](FileDescriptor socket, pid_t client) { admit(std::move(socket), client); })
 {
 }
 
-ControlServer::~ControlServer()
-{
-    // Not what another daemon has put there, whatever has become of the root meanwhile.
-    m_path.lookAgain();
-    QString error;
-    if (isInPlace() && FolderLock(m_path, &error).isHeld() && isInPlace())
-        m_path.place().remove();
-}
+ControlServer::~ControlServer() = default;
 
 bool ControlServer::start(QString *error)
 {
     const FolderLock lock(m_path, error);
-    if (!lock.isHeld() || !isFree(error))
+    if (!lock.isHeld() || !m_listening.isFree(error))
         return false;
     struct stat status;
     if (m_path.place().status(&status) && !S_ISSOCK(status.st_mode)) {
         *error = QStringLiteral("a state object has this path");
         return false;
     }
-    return listen(error);
+    return m_listening.listen(error);
 }
 
 bool ControlServer::check(QString *error)
 {
-    if (isInPlace())
-        return true;
-    const FolderLock lock(m_path, error);
-    return lock.isHeld() && isFree(error) && listen(error);
-}
-
-/*! Whether nobody serves the path; false, too, when that cannot be told. */
-bool ControlServer::isFree(QString *error) const
-{
-    struct stat status;
-    if (!m_path.place().status(&status) || !S_ISSOCK(status.st_mode))
-        return true;
-    if (ControlLink::connectTo(m_path, error).isOpen()) {
-        *error = QStringLiteral("another daemon serves it");
-        return false;
-    }
-    return ControlLink::isNobody(errno);
-}
-
-/*! Takes the path, under the folder's lock. Whoever is connected stays so. */
-bool ControlServer::listen(QString *error)
-{
-    // It gets its name when it listens: whoever sees the name can connect. What was there goes first, so that its going
-    // is seen too.
-    const FilePlace fresh = m_path.hidden(".new");
-    fresh.clear();
-    FileDescriptor listener = ControlLink::listenAt(m_path, '.' + m_path.name() + ".new", error);
-    if (!listener.isOpen())
-        return false;
-    if (!fresh.status(&m_socket) || !m_path.place().clear() || !fresh.rename(m_path.place())) {
-        *error = systemError(errno);
-        return false;
-    }
-    delete m_notifier;
-    m_listener = std::move(listener);
-    m_notifier = new QSocketNotifier(m_listener.get(), QSocketNotifier::Read, this);
-    connect(m_notifier, &QSocketNotifier::activated, this, &ControlServer::accept);
-    error->clear();
-    return true;
-}
-
-bool ControlServer::isInPlace() const
-{
-    struct stat present;
-    return m_listener.isOpen() && m_path.place().status(&present) && isSameFile(present, m_socket);
+    return m_listening.keep(error);
 }
 
 bool ControlServer::write(const ZopChangeset &changes, QString *error)
@@ -133,17 +74,8 @@ bool ControlServer::refuse(ControlLink *link, const ZopChangeset &reply, QString
     return false;
 }
 
-void ControlServer::accept()
+void ControlServer::admit(FileDescriptor socket, pid_t client)
 {
-    FileDescriptor socket(accept4(m_listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-    if (!socket.isOpen() && (errno == EMFILE || errno == ENFILE || errno == ENOMEM || errno == ENOBUFS)) {
-        // The client goes on waiting; asking at once again would only burn time.
-        m_notifier->setEnabled(false);
-        QTimer::singleShot(AcceptPause, m_notifier, [this] { m_notifier->setEnabled(true); });
-    }
-    pid_t client = 0;
-    if (!socket.isOpen() || !ControlLink::isOwnPeer(socket.get(), &client))
-        return;
     auto *link = new ControlLink(std::move(socket), m_path, this);
     if (!m_crowd->admit(link, client)) {
         delete link;

@@ -2,18 +2,13 @@
 #ifndef MORVEK_CONTROLSERVER_H
 #define MORVEK_CONTROLSERVER_H
 
-#include "filedescriptor.h"
+#include "listeningsocket.h"
 #include "zopbackend.h"
-#include "zoppath.h"
 
 #include <QtCore/QHash>
 #include <QtCore/QObject>
 
 #include <memory>
-
-#include <sys/stat.h>
-
-class QSocketNotifier;
 
 namespace morvek {
 
@@ -36,17 +31,12 @@ public:
     bool check(QString *error) override;
 
 private:
-    bool isFree(QString *error) const;
-    bool listen(QString *error);
-    bool isInPlace() const;
-    void accept();
+    void admit(FileDescriptor socket, pid_t client);
     bool refuse(ControlLink *link, const ZopChangeset &reply, QString *error);
 
     ZopPath m_path;
-    FileDescriptor m_listener;
-    struct stat m_socket = {}; // the file that stands for the listener
-    QSocketNotifier *m_notifier = nullptr;
     std::shared_ptr<ClientCrowd> m_crowd;
+    ListeningSocket m_listening;
     QHash<int, ControlLink *> m_links; // by the number that stands in "peer"
     int m_lastPeer = 0;
 };

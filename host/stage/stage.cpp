@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "stage.h"
+
+#include "eventlog.h"
+#include "eventplayer.h"
+#include "faultplan.h"
+#include "faultreader.h"
+#include "jsonnode.h"
+#include "scenarioreader.h"
+#include "stageview.h"
+#include "stagewords.h"
+#include "timelinereader.h"
+
+#include <limits>
+
+namespace morvek {
+
+namespace {
+
+QByteArray lineOf(const QJsonObject &answer)
+{
+    return QJsonDocument(answer).toJson(QJsonDocument::Compact);
+}
+
+QByteArray refusal(const QString &reason)
+{
+    return lineOf({{StageWords::Done, false}, {StageWords::Reason, reason}});
+}
+
+/*! What the readers need to know of \a scenario: no passphrase that is replaced later, and no long story. */
+Scenario withoutSecrets(Scenario scenario)
+{
+    scenario.hotspot.profile.remove(QStringLiteral("lanprofile"));
+    scenario.timeline.clear();
+    scenario.faults.clear();
+    return scenario;
+}
+
+} // namespace
+
+Stage::Stage(const Scenario &scenario, const StageTools &tools)
+    : m_scenario(withoutSecrets(scenario)),
+      m_tools(tools),
+      m_server([this](const QByteArray &line) { return answer(line); }, refusal)
+{
+}
+
+QByteArray Stage::answer(const QByteArray &line)
+{
+    QString reason;
+    const QJsonValue value = parseJson(line, &reason);
+    if (!reason.isEmpty())
+        return refusal(reason);
+    QJsonObject answer = treat(JsonNode(value, &reason));
+    if (!reason.isEmpty())
+        return refusal(reason);
+    answer.insert(StageWords::Done, true);
+    return lineOf(answer);
+}
+
+QJsonObject Stage::treat(const JsonNode &request)
+{
+    if (!request.value().isObject())
+        request.expectObject({});
+    else if (request.has(StageWords::Look))
+        return look(request);
+    else if (!m_tools.player)
+        request.fail(QStringLiteral("this machine's own interfaces are shown: nothing can be played"));
+    else if (request.has(StageWords::Pass))
+        pass(request);
+    else if (request.has(StageWords::Fault) || request.has(StageWords::Event))
+        act(request);
+    else
+        request.fail(QStringLiteral("needs \"event\", \"fault\", \"look\" or \"pass\""));
+    return {};
+}
+
+void Stage::act(const JsonNode &request)
+{
+    if (request.has(StageWords::Fault)) {
+        const Fault fault = readFault(request, m_scenario);
+        if (request.hasFailed())
+            return;
+        if (!m_tools.faults->add(fault))
+            return request.fail(QStringLiteral("too many faults wait for their requests"));
+        m_tools.log->happened("stage", fault.word + QLatin1Char(' ') + fault.message);
+    } else {
+        const TimelineEvent event = readEventOfNow(request, m_scenario, m_tools.player->presence());
+        if (request.hasFailed())
+            return;
+        const QString obstacle = m_tools.player->obstacle(event);
+        if (!obstacle.isEmpty())
+            return request.fail(obstacle);
+        m_tools.player->play(event);
+    }
+    // Who has everything under control finds everything that follows done.
+    if (m_tools.pace->isHeld())
+        m_tools.pace->pass(0);
+}
+
+void Stage::pass(const JsonNode &request)
+{
+    request.expectObject({StageWords::Pass});
+    const int time = request.member(StageWords::Pass).number(0, LongestTime);
+    if (!m_tools.pace->isHeld())
+        request.fail(QStringLiteral("time passes by itself (--hold lets it stand still)"));
+    if (!request.hasFailed())
+        m_tools.pace->pass(time);
+}
+
+QJsonObject Stage::look(const JsonNode &request) const
+{
+    request.expectObject({StageWords::Look, StageWords::Since});
+    const QString what = request.member(StageWords::Look).text();
+    const int since = request.numberOr(StageWords::Since, 0, std::numeric_limits<int>::max(), 0);
+    const QString requests = QStringLiteral("requests");
+    const QString objects = QStringLiteral("objects");
+    const QString faults = QStringLiteral("faults");
+    const QString daemons = QStringLiteral("daemons");
+    const QString all = StageWords::All;
+    QJsonObject seen;
+    if (what == requests || what == all)
+        seen.insert(requests, StageView::requests(*m_tools.requests, since));
+    if (what == objects || what == all)
+        seen.insert(objects, StageView::objects());
+    if (what == faults || what == all)
+        seen.insert(faults, StageView::faults(*m_tools.faults));
+    if (what == daemons || what == all)
+        seen.insert(daemons, StageView::daemons(m_tools.daemons));
+    if (seen.isEmpty())
+        request.member(StageWords::Look)
+            .fail(QStringLiteral("\"%1\" is none of %2")
+                      .arg(what, QStringList {requests, objects, faults, daemons, all}.join(QLatin1String(", "))));
+    return seen;
+}
+
+} // namespace morvek

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "stagewords.h"
+
+#include "faultreader.h"
+#include "scenarioreader.h"
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
+namespace morvek {
+
+namespace {
+
+/*! What stands behind "=": text, but for what is never one. */
+QJsonValue plainValue(const QString &key, const QString &text)
+{
+    // The others are texts, though they may look like numbers: names of networks for one.
+    static const QStringList numbers {
+        QStringLiteral("back_after"), QStringLiteral("delay"),  QStringLiteral("err"),
+        QStringLiteral("pass"),       QStringLiteral("reason"), QStringLiteral("signal_level"),
+        QStringLiteral("since"),      QStringLiteral("skip"),   QStringLiteral("times")};
+    bool isNumber = false;
+    const int number = text.toInt(&isNumber);
+    if (isNumber && numbers.contains(key))
+        return number;
+    if (key == QLatin1String("performs") && (text == QLatin1String("true") || text == QLatin1String("false")))
+        return text == QLatin1String("true");
+    return text;
+}
+
+/*! KEY=VALUE, or KEY:=JSON */
+bool insertPair(QJsonObject *object, const QString &word, QString *error)
+{
+    const int equals = word.indexOf(QLatin1Char('='));
+    const bool isJson = equals > 1 && word.at(equals - 1) == QLatin1Char(':');
+    const QString key = word.left(isJson ? equals - 1 : equals);
+    const QString text = word.mid(equals + 1);
+    if (equals < 1)
+        *error = QStringLiteral("\"%1\" is neither KEY=VALUE nor KEY:=JSON").arg(word);
+    else if (object->contains(key))
+        *error = QStringLiteral("a second \"%1\"").arg(key);
+    else if (!isJson)
+        object->insert(key, plainValue(key, text));
+    else
+        // In an array, as a document is one or an object.
+        object->insert(key, parseJson('[' + text.toUtf8() + ']', error).toArray().at(0));
+    return error->isEmpty();
+}
+
+} // namespace
+
+QByteArray StageWords::request(const QStringList &words, QString *error)
+{
+    error->clear();
+    const QString verb = words.first();
+    const QString first = words.value(1);
+    if (first.startsWith(QLatin1Char('{')) && words.size() == 2 && verb == QLatin1String("act"))
+        return first.toUtf8().replace('\n', ' ').replace('\r', ' ');
+    QJsonObject object;
+    if (verb == Look)
+        object.insert(Look, first.isEmpty() ? All : first);
+    else if (first.isEmpty())
+        *error = QStringLiteral("%1 what?").arg(verb);
+    else if (verb == Pass)
+        object.insert(Pass, plainValue(Pass, first));
+    else
+        object.insert(isFaultWord(first) ? Fault : Event, first);
+    const QStringList pairs = words.mid(2);
+    for (const QString &pair : pairs) {
+        if (!insertPair(&object, pair, error))
+            return {};
+    }
+    return error->isEmpty() ? QJsonDocument(object).toJson(QJsonDocument::Compact) : QByteArray();
+}
+
+} // namespace morvek

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_STAGEWORDS_H
+#define MORVEK_HOSTD_STAGEWORDS_H
+
+#include <QtCore/QStringList>
+
+namespace morvek {
+
+/*! The words of the stage's lines, and of the command line that stands for them. */
+namespace StageWords {
+
+inline const QString All = QStringLiteral("all");
+inline const QString Done = QStringLiteral("done");
+inline const QString Event = QStringLiteral("event");
+inline const QString Fault = QStringLiteral("fault");
+inline const QString Look = QStringLiteral("look");
+inline const QString Pass = QStringLiteral("pass");
+inline const QString Reason = QStringLiteral("reason");
+inline const QString Since = QStringLiteral("since");
+
+/*!
+ * The request that stands for the words of a command line, as "act link-lost interface=eth0", "act JSON", "look faults"
+ * and "pass 1000" are: one line, without its end. Empty when they make no sense; \a error then says why.
+ */
+QByteArray request(const QStringList &words, QString *error);
+
+} // namespace StageWords
+
+} // namespace morvek
+
+#endif
