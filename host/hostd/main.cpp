@@ -21,7 +21,8 @@ namespace {
 
 int fail(HostdExitCode code, const QString &error)
 {
-    EventLog::write(error);
+    const bool isMisuse = code == HostdExitCode::BadArguments;
+    EventLog::write(isMisuse ? error + QStringLiteral(" (--help lists the options)") : error);
     return static_cast<int>(code);
 }
 
@@ -80,7 +81,7 @@ int main(int argc, char *argv[])
     HostdOptions options;
     QString error;
     if (!HostdOptions::parse(QCoreApplication::arguments(), &options, &error))
-        return fail(HostdExitCode::BadArguments, error + QStringLiteral(" (--help lists the options)"));
+        return fail(HostdExitCode::BadArguments, error);
     if (options.action == HostdOptions::Tell) {
         print(options.text);
         return static_cast<int>(HostdExitCode::Success);

@@ -97,8 +97,12 @@ QStringList StageCommand::verbs()
 HostdExitCode StageCommand::run(const HostdOptions &options, QString *error)
 {
     const QStringList &words = options.words;
-    if (words == QStringList(Wait))
+    if (words.first() == Wait && words.size() == 1)
         return wait(options, error);
+    if (words.first() == Wait) {
+        *error = QStringLiteral("unexpected argument \"%1\"").arg(words.at(1));
+        return HostdExitCode::BadArguments;
+    }
     const bool pipes = words == QStringList {Act, QStringLiteral("-")};
     const QByteArray request = pipes ? QByteArray() : StageWords::request(words, error);
     if (!error->isEmpty())

@@ -2,8 +2,8 @@
 #include "stagewords.h"
 
 #include "faultreader.h"
-#include "scenarioreader.h"
 
+#include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
@@ -35,15 +35,16 @@ bool insertPair(QJsonObject *object, const QString &word, QString *error)
     const bool isJson = equals > 1 && word.at(equals - 1) == QLatin1Char(':');
     const QString key = word.left(isJson ? equals - 1 : equals);
     const QString text = word.mid(equals + 1);
+    // In an array, as a document is one or an object.
+    const QJsonArray json = QJsonDocument::fromJson('[' + text.toUtf8() + ']').array();
     if (equals < 1)
         *error = QStringLiteral("\"%1\" is neither KEY=VALUE nor KEY:=JSON").arg(word);
     else if (object->contains(key))
         *error = QStringLiteral("a second \"%1\"").arg(key);
-    else if (!isJson)
-        object->insert(key, plainValue(key, text));
+    else if (isJson && json.size() != 1)
+        *error = QStringLiteral("%1: \"%2\" is no JSON").arg(key, text);
     else
-        // In an array, as a document is one or an object.
-        object->insert(key, parseJson('[' + text.toUtf8() + ']', error).toArray().at(0));
+        object->insert(key, isJson ? json.at(0) : plainValue(key, text));
     return error->isEmpty();
 }
 
@@ -52,7 +53,7 @@ bool insertPair(QJsonObject *object, const QString &word, QString *error)
 QByteArray StageWords::request(const QStringList &words, QString *error)
 {
     error->clear();
-    const QString verb = words.first();
+    const QString &verb = words.first();
     const QString first = words.value(1);
     if (first.startsWith(QLatin1Char('{')) && words.size() == 2 && verb == QLatin1String("act"))
         return first.toUtf8().replace('\n', ' ').replace('\r', ' ');

@@ -471,8 +471,8 @@ void ScenarioReaderTest::errors_data()
           "timeline[1].at: must be a whole number from 0 to 86400000");
     event("event: unknown word", "'at':1,'event':'explode'",
           "timeline[1].event: no event \"explode\" (known: vanish, appear, link-lost, link-regained, set, remove, "
-          "default, default-follows, priority, daemon-dies, out-of-range, in-range, signal, roam, dropped, radio-on, "
-          "radio-off, wifi-event, hotspot-starts, hotspot-stops)");
+          "default, default-follows, priority, daemon-dies, daemon-back, faults-end, out-of-range, in-range, signal, "
+          "roam, dropped, wrong-key, radio-on, radio-off, wifi-event, hotspot-starts, hotspot-stops)");
     event("event: unknown key", "'at':1,'event':'vanish','interface':'a','back_after':1",
           "timeline[1]: unknown key \"back_after\" (known: at, event, interface)");
     event("event: no interface", "'at':1,'event':'vanish'", "timeline[1]: \"interface\" is missing");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "contracttest.h"
 #include "hostfiles.h"
+#include "otheruser.h"
 #include "zopcontrolcommand.h"
 #include "zoppath.h"
 
@@ -10,57 +11,16 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <grp.h>
 #include <sys/inotify.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 using namespace morvek;
 
 namespace {
-
-constexpr uid_t Other = 65534;
-
-/*! A process of another user, which runs \a action and ends with what it returns. */
-class OtherUser
-{
-public:
-    explicit OtherUser(const std::function<int()> &action)
-        : m_process(fork())
-    {
-        if (m_process != 0)
-            return;
-        const bool changed = setgroups(0, nullptr) == 0 && setgid(Other) == 0 && setuid(Other) == 0
-            && prctl(PR_SET_PDEATHSIG, SIGKILL) == 0;
-        _exit(changed ? action() : 126);
-    }
-    ~OtherUser()
-    {
-        if (m_process <= 0)
-            return;
-        kill(m_process, SIGKILL);
-        waitpid(m_process, nullptr, 0);
-    }
-
-    /*! Turns the event loop until it has ended; -1 when that takes too long. */
-    int result()
-    {
-        int status = -1;
-        if (!waitUntil([this, &status] { return waitpid(m_process, &status, WNOHANG) == m_process; }))
-            return -1;
-        m_process = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-private:
-    Q_DISABLE_COPY(OtherUser)
-    pid_t m_process;
-};
 
 QByteArray nameOf(const QString &path)
 {
@@ -349,13 +309,14 @@ void UserTest::aFolderWhereAGroupMayWriteIsRefused_data()
     QTest::addColumn<QByteArray>("list"); // an access list as the system keeps it
     QTest::addColumn<QString>("reason");
     QTest::newRow("another's group")
-        << 0770 << int(Other) << QByteArray()
+        << 0770 << int(OtherUser::Id) << QByteArray()
         << "where the group \"nogroup\" may write, which is not the primary one of \"root\"";
     QTest::newRow("a group that nobody knows")
         << 0720 << 47114711 << QByteArray()
         << "where the group 47114711 may write, which cannot be looked up: there is no such group";
-    QTest::newRow("another's group, which may read") << 0750 << int(Other) << QByteArray() << "";
-    QTest::newRow("another's group, where names are their owners'") << 01770 << int(Other) << QByteArray() << "";
+    QTest::newRow("another's group, which may read") << 0750 << int(OtherUser::Id) << QByteArray() << "";
+    QTest::newRow("another's group, where names are their owners'")
+        << 01770 << int(OtherUser::Id) << QByteArray() << "";
     QTest::newRow("the user's own group") << 0770 << 0 << QByteArray() << "";
     // Everything for the owner and for the user 65534, nothing for the group and others.
     const QByteArray entries("\2\0\0\0"
