@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "stage.h"
 
+#include "daemon.h"
 #include "eventlog.h"
 #include "eventplayer.h"
 #include "faultplan.h"
@@ -92,6 +93,10 @@ void Stage::act(const JsonNode &request)
         if (!obstacle.isEmpty())
             return request.fail(obstacle);
         m_tools.player->play(event);
+        const Daemon *daemon = m_tools.daemons.value(event.service);
+        if (event.kind == TimelineEvent::DaemonBack && daemon->isDead())
+            request.fail(
+                QStringLiteral("the %1 daemon cannot come back yet: its log says why").arg(nameOf(event.service)));
     }
     // Who has everything under control finds everything that follows done.
     if (m_tools.pace->isHeld())

@@ -57,6 +57,7 @@ private Q_SLOTS:
     void playsTheHotspot();
     void aDaemonDiesAndComesBack();
     void aDaemonThatIsBackDoesNotComeBackAgain();
+    void aDaemonCannotComeBackToAPlaceThatIsTaken();
 
     void refusesTheNextRequests();
     void playsEachFault();
@@ -298,6 +299,19 @@ void StageTest::aDaemonThatIsBackDoesNotComeBackAgain()
     QCOMPARE(act("{'event':'daemon-dies','daemon':'wifi','back_after':1000}"), Done);
     QCOMPARE(act("{'pass':1000}"), Done);
     QCOMPARE(act("{'event':'daemon-back','daemon':'wifi'}"), QStringLiteral("the wifi daemon is not dead"));
+}
+
+void StageTest::aDaemonCannotComeBackToAPlaceThatIsTaken()
+{
+    QCOMPARE(act("{'event':'daemon-dies','daemon':'wifi'}"), Done);
+    auto other = std::make_unique<ZopObject>(QLatin1String(WifiControl), ZopObject::Publish, true);
+    QVERIFY(other->isValid());
+    // The other one has to be asked whether it is there.
+    m_client->send("{'event':'daemon-back','daemon':'wifi'}\n");
+    QTRY_VERIFY(m_client->socket.canReadLine());
+    QVERIFY(m_client->answer().contains("the wifi daemon cannot come back yet: its log says why"));
+    other.reset();
+    QCOMPARE(act("{'event':'daemon-back','daemon':'wifi'}"), Done);
 }
 
 void StageTest::refusesTheNextRequests()
