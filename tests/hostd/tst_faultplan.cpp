@@ -37,6 +37,9 @@ private Q_SLOTS:
     void countsTimes();
     void skipsFirst();
     void firstThatFits();
+    void addedOnesComeFirst();
+    void spentOnesMakeRoom();
+    void clears();
 };
 
 void FaultPlanTest::withoutFaults()
@@ -91,6 +94,48 @@ void FaultPlanTest::firstThatFits()
     QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("wlan0"), QString())), 1);
     QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"), QString())), 2);
     QCOMPARE(codeOf(plan.next(QStringLiteral("net_connected"), QStringLiteral("eth0"), QString())), 3);
+}
+
+void FaultPlanTest::addedOnesComeFirst()
+{
+    FaultPlan plan({makeFault(1, "", "", 0, 1), makeFault(2, "", "", 0, -1)});
+    QVERIFY(plan.add(makeFault(3, "", "", 0, 2)));
+    QVERIFY(plan.add(makeFault(4, "", "", 0, 1)));
+    const auto next = [&plan] { return codeOf(plan.next(QStringLiteral("scan"), QString(), QString())); };
+    QCOMPARE(next(), 3);
+    QCOMPARE(next(), 3);
+    QVERIFY(plan.add(makeFault(5, "", "", 0, 1)));
+    QCOMPARE(next(), 4);
+    QCOMPARE(next(), 5);
+    QCOMPARE(next(), 1);
+    QVERIFY(plan.add(makeFault(6, "", "", 0, 1)));
+    QCOMPARE(next(), 6);
+    QCOMPARE(next(), 2);
+    QCOMPARE(next(), 2);
+}
+
+void FaultPlanTest::spentOnesMakeRoom()
+{
+    FaultPlan plan({makeFault(1, "", "", 0, -1)});
+    QVERIFY(plan.add(makeFault(2, "", "", 0, 1)));
+    for (int i = 1; i < 1000; ++i)
+        QVERIFY(plan.add(makeFault(3, "", "", 0, -1)));
+    QVERIFY(!plan.add(makeFault(4, "", "", 0, 1)));
+    QCOMPARE(plan.faults().size(), 1001);
+    QCOMPARE(codeOf(plan.next(QStringLiteral("scan"), QString(), QString())), 2);
+    QVERIFY(plan.add(makeFault(4, "", "", 0, 1)));
+    QVERIFY(!plan.add(makeFault(5, "", "", 0, 1)));
+    QCOMPARE(plan.faults().size(), 1001);
+}
+
+void FaultPlanTest::clears()
+{
+    FaultPlan plan({makeFault(1, "", "", 0, -1)});
+    QVERIFY(plan.add(makeFault(2, "", "", 0, -1)));
+    plan.clear();
+    QVERIFY(!plan.next(QStringLiteral("scan"), QString(), QString()));
+    QVERIFY(plan.add(makeFault(3, "", "", 0, 1)));
+    QCOMPARE(codeOf(plan.next(QStringLiteral("scan"), QString(), QString())), 3);
 }
 
 QTEST_GUILESS_MAIN(FaultPlanTest)

@@ -85,7 +85,8 @@ void HostdProgramTest::informs()
     QCOMPARE(help.code, 0);
     QCOMPARE(help.errors, QByteArray());
     for (const char *option : {"--scenario", "--list-scenarios", "--interfaces", "--without", "--root", "--speed",
-                               "--seed", "--fresh", "--check", "--verbose", "--help", "--version"})
+                               "--seed", "--fresh", "--hold", "--timeout", "--check", "--verbose", "--help",
+                               "--version", "  act ", "  look ", "  pass ", "  wait "})
         QVERIFY2(help.output.contains(option), option);
 
     const auto version = HostdProcess::run({QStringLiteral("--version")});

@@ -16,6 +16,9 @@ private Q_SLOTS:
     void seedRepeatsEveryChoice();
     void calls();
     void doesNotCallWhatIsGone();
+    void heldTimeStandsStill();
+    void heldTimePassesInOrder();
+    void heldDoesNotCallWhatIsGone();
 };
 
 void PaceTest::factor()
@@ -80,6 +83,63 @@ void PaceTest::doesNotCallWhatIsGone()
     auto context = std::make_unique<QObject>();
     pace.after(1000, context.get(), [&gone] { gone = true; });
     pace.after(20000, this, [&later] { later = true; });
+    context.reset();
+    QTRY_VERIFY(later);
+    QVERIFY(!gone);
+}
+
+void PaceTest::heldTimeStandsStill()
+{
+    Pace pace(10000, 0);
+    QVERIFY(!pace.isHeld());
+    pace.hold();
+    QVERIFY(pace.isHeld());
+    bool waits = true;
+    int called = 0;
+    pace.after(1, this, [&waits] { waits = false; });
+    pace.after(DelayRange {5000, 6000}, this, [&called] { ++called; });
+    pace.after(0, this, [&called] { ++called; });
+    QCOMPARE(called, 0); // never inside the call
+    QTRY_COMPARE(called, 2);
+    QVERIFY(waits);
+    pace.pass(0);
+    QVERIFY(waits);
+    pace.pass(1);
+    QVERIFY(!waits);
+}
+
+void PaceTest::heldTimePassesInOrder()
+{
+    Pace pace(1, 0);
+    pace.hold();
+    QStringList called;
+    const auto note = [&called](const char *word) { return [&called, word] { called += QLatin1String(word); }; };
+    pace.after(30, this, note("30"));
+    pace.after(20, this, [&] {
+        called += QStringLiteral("20");
+        pace.after(DelayRange {7, 7}, this, note("at once"));
+        pace.after(10, this, note("30, begun later"));
+        pace.after(11, this, note("31"));
+    });
+    pace.after(20, this, note("20, the second"));
+    pace.pass(30);
+    QCOMPARE(called,
+             QStringList({QStringLiteral("20"), QStringLiteral("20, the second"), QStringLiteral("at once"),
+                          QStringLiteral("30"), QStringLiteral("30, begun later")}));
+    pace.after(5, this, note("35"));
+    pace.pass(5);
+    QCOMPARE(called.mid(5), QStringList({QStringLiteral("31"), QStringLiteral("35")}));
+}
+
+void PaceTest::heldDoesNotCallWhatIsGone()
+{
+    Pace pace(1, 0);
+    pace.hold();
+    bool gone = false;
+    bool later = false;
+    auto context = std::make_unique<QObject>();
+    pace.after(0, context.get(), [&gone] { gone = true; });
+    pace.after(0, this, [&later] { later = true; });
     context.reset();
     QTRY_VERIFY(later);
     QVERIFY(!gone);

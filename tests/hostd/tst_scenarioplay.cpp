@@ -22,6 +22,9 @@ private Q_SLOTS:
     void faultDouble();
     void diesAtARequest();
     void diesAtItsTime();
+    void comesBackAtItsTime();
+    void faultsEndAtTheirTime();
+    void theNextKeyIsWrong();
     void stateOutlivesTheDaemon();
     void publishesAnewWhenItIsBack();
     void interfacesComeAndGo();
@@ -140,6 +143,45 @@ void ScenarioPlayTest::diesAtItsTime()
     QCOMPARE(eth0.text("up"), QStringLiteral("false"));
     ZopObject control(QLatin1String(Control), ZopObject::ReadWrite, true);
     QCOMPARE(Request(&control, "net_disconnected", "'wlan0'").outcome(), QStringLiteral("ok"));
+}
+
+void ScenarioPlayTest::comesBackAtItsTime()
+{
+    QVERIFY(m_daemon->startWith("{'interfaces': [{'name': 'a', 'type': 'wired'}], 'timeline': ["
+                                "{'at': 0, 'event': 'daemon-back'}, {'at': 1, 'event': 'daemon-dies'}, "
+                                "{'at': 50, 'event': 'daemon-back'}]}"));
+    QTRY_VERIFY(m_daemon->process().errors().contains("event   daemon-back\n      "));
+    QTRY_VERIFY(m_daemon->process().errors().contains("daemon  networking back\n"));
+    ZopObject control(QLatin1String(Control), ZopObject::ReadWrite, false);
+    QCOMPARE(Request(&control, "net_disconnected", "'a'").outcome(), QStringLiteral("ok"));
+    QCOMPARE(m_daemon->process().errors().count("networking back"), 1);
+}
+
+void ScenarioPlayTest::faultsEndAtTheirTime()
+{
+    QVERIFY(m_daemon->startWith("{'interfaces': [{'name': 'a', 'type': 'wired'}], "
+                                "'faults': [{'fault': 'refuse', 'err': 16}], "
+                                "'timeline': [{'at': 500, 'event': 'faults-end'}]}"));
+    ZopObject control(QLatin1String(Control), ZopObject::ReadWrite, false);
+    QTRY_COMPARE(Request(&control, "net_disconnected", "'a'").outcome(), QStringLiteral("ok"));
+    QVERIFY(m_daemon->process().errors().contains("event   faults-end\n"));
+}
+
+void ScenarioPlayTest::theNextKeyIsWrong()
+{
+    QVERIFY(m_daemon->startWith(
+        "{'delays': {'associate': 0}, 'interfaces': [{'name': 'w', 'type': 'wifi', 'up': false}], "
+        "'wifi': {'interface': 'w', 'access_points': [{'bssid': '02:00:00:00:00:01', 'ssid': 'Home', "
+        "'frequency': 2412, 'signal_level': -40, 'flags': ['WPA2-PSK-CCMP'], 'passkey': 'correct horse 7'}]}, "
+        "'timeline': [{'at': 0, 'event': 'wrong-key', 'ssid': 'Home'}]}"));
+    ZopObject control(QLatin1String(WifiControl), ZopObject::ReadWrite, false);
+    const Seen status {QLatin1String(WifiStatus)};
+    const char network[] = "{'ssid':'Home','key_mgmt':'WPA-PSK','psk':'correct horse 7'}";
+    QCOMPARE(Request(&control, "wnet_new", network).answer(), QStringLiteral("0"));
+    QCOMPARE(Request(&control, "wnet_select", "0").outcome(), QStringLiteral("ok"));
+    QTRY_VERIFY(status.text("last_event").endsWith(QLatin1String("reason=WRONG_KEY")));
+    QCOMPARE(Request(&control, "wnet_select", "0").outcome(), QStringLiteral("ok"));
+    QTRY_VERIFY(status.text("last_event").startsWith(QLatin1String("CTRL-EVENT-CONNECTED")));
 }
 
 void ScenarioPlayTest::stateOutlivesTheDaemon()

@@ -574,7 +574,7 @@ void ScenarioReaderTest::documentedExample()
     QVERIFY2(readScenario(page.mid(begin, end - begin), &scenario, &error), qPrintable(error));
     QCOMPARE(scenario.interfaces.size(), 4);
     QCOMPARE(scenario.wifi.accessPoints.size(), 3);
-    QCOMPARE(scenario.timeline.size(), 25);
+    QCOMPARE(scenario.timeline.size(), 28);
     QCOMPARE(scenario.faults.size(), 9);
     QVERIFY(scenario.hotspot.active);
     QCOMPARE(warningsOf(scenario), QStringList());

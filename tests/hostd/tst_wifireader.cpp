@@ -44,6 +44,7 @@ private Q_SLOTS:
     void everyKey();
     void leasesOfOneInterface();
     void events();
+    void wrongKeys();
     void faults();
     void delays();
     void errors_data();
@@ -156,6 +157,32 @@ void WifiReaderTest::events()
     QCOMPARE(timeline.at(12).backAfter, 5);
     QCOMPARE(timeline.at(13).service, Service::Networking);
     QCOMPARE(timeline.at(14).service, Service::Networking);
+}
+
+void WifiReaderTest::wrongKeys()
+{
+    const auto read = [](const char *event, Scenario *scenario) {
+        QString error;
+        readScenario(json(R"({'interfaces': [{'name': 'wlan0', 'type': 'wifi', 'up': false}],
+                              'wifi': {'interface': 'wlan0', 'access_points': [
+            {'bssid': '02:00:00:00:00:01', 'ssid': 'Mixed "1"', 'frequency': 2412, 'signal_level': -40, 'flags': []},
+            {'bssid': '02:00:00:00:00:02', 'ssid': 'Mixed "1"', 'frequency': 2412, 'signal_level': -40, 'flags': [],
+             'passkey': '12345678'},
+            {'bssid': '02:00:00:00:00:03', 'ssid': 'Open', 'frequency': 2412, 'signal_level': -40, 'flags': []}]},
+            'timeline': [)")
+                             .replace(R"("1")", R"(\"1\")")
+                         + json(event) + "]}",
+                     scenario, &error);
+        return error;
+    };
+    Scenario scenario;
+    QCOMPARE(read(R"({'at':7,'event':'wrong-key','ssid':'Mixed \'1\''})", &scenario), QString());
+    QCOMPARE(scenario.timeline.first().ssid, QStringLiteral("Mixed \"1\""));
+    QCOMPARE(scenario.timeline.first().text, QStringLiteral("wrong-key \"Mixed \\\"1\\\"\""));
+    QCOMPARE(scenario.timeline.first().at, 7);
+    QCOMPARE(read("{'at':7,'event':'wrong-key','ssid':'Open'}", &scenario),
+             QStringLiteral("timeline[0].ssid: no access point \"Open\" has a passkey"));
+    QCOMPARE(read("{'at':7,'event':'wrong-key'}", &scenario), QStringLiteral("timeline[0]: \"ssid\" is missing"));
 }
 
 void WifiReaderTest::faults()
