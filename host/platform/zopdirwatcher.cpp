@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "zopdirwatcher.h"
 
-#include "controllink.h"
 #include "filewatcher.h"
+#include "localsocket.h"
 #include "zoppath.h"
 
 #include <QtCore/QMap>
@@ -147,9 +147,9 @@ ZopDirWatcher::Private::Presence ZopDirWatcher::Private::look(const QByteArray &
         return Presence::Absent;
     QString refusal;
     const QString folder = m_path.endsWith(QLatin1Char('/')) ? m_path : m_path + QLatin1Char('/');
-    if (ControlLink::connectTo(ZopPath::object(folder + QString::fromUtf8(name)), name, &refusal).isOpen())
+    if (LocalSocket::connectTo(ZopPath::object(folder + QString::fromUtf8(name)), name, &refusal).isOpen())
         return Presence::Present;
-    return ControlLink::isNobody(errno) ? Presence::Absent : Presence::Unknown;
+    return LocalSocket::isNobody(errno) ? Presence::Absent : Presence::Unknown;
 }
 
 /*! What is there, or may be; false when that cannot be told. */

@@ -2,8 +2,8 @@
 #include "zopobject.h"
 
 #include "controlclient.h"
-#include "controllink.h"
 #include "controlserver.h"
+#include "localsocket.h"
 #include "lockwait.h"
 #include "stateobject.h"
 #include "zopobject_p.h"
@@ -210,7 +210,7 @@ bool ZopObject::createAnew(const QString &path, const ZopChangeset &values, QStr
     return onFile(path, error, [&values](const ZopPath &target, QString *reason) {
         QString refusal;
         const bool isServed = isSocket(target)
-            && (ControlLink::connectTo(target, target.name(), &refusal).isOpen() || !ControlLink::isNobody(errno));
+            && (LocalSocket::connectTo(target, target.name(), &refusal).isOpen() || !LocalSocket::isNobody(errno));
         if (isServed)
             *reason = QStringLiteral("a control object has this path");
         return !isServed && Journal::createAnew(target, values, reason);

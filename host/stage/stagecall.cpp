@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "stagecall.h"
 
-#include "controllink.h"
+#include "localsocket.h"
 #include "stageserver.h"
 
 #include <cerrno>
@@ -17,10 +17,10 @@ bool StageCall::connect(QString *error)
     *error = root.error();
     if (!root.isValid())
         return false;
-    m_socket = ControlLink::connectTo(root, StagePlace::FileName, error);
+    m_socket = LocalSocket::connectTo(root, StagePlace::FileName, error);
     if (m_socket.isOpen())
         return true;
-    if (ControlLink::isNobody(errno) && errno != EPERM)
+    if (LocalSocket::isNobody(errno) && errno != EPERM)
         *error = QStringLiteral("no morvek-hostd runs below \"%1\"").arg(QString::fromLocal8Bit(root.folder()));
     return false;
 }

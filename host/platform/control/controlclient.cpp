@@ -2,6 +2,7 @@
 #include "controlclient.h"
 
 #include "controllink.h"
+#include "localsocket.h"
 
 #include <QtCore/QPointer>
 
@@ -46,7 +47,7 @@ ControlClient::~ControlClient()
 
 bool ControlClient::start(QString *error)
 {
-    FileDescriptor socket = ControlLink::connectTo(m_path, m_path.name(), error);
+    FileDescriptor socket = LocalSocket::connectTo(m_path, m_path.name(), error);
     if (!socket.isOpen())
         return false;
     auto *link = new ControlLink(std::move(socket), m_path, this);

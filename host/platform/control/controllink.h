@@ -27,17 +27,6 @@ public:
     /*! Takes over the connected socket, whose control object has the path \a path. */
     ControlLink(FileDescriptor socket, const ZopPath &path, QObject *parent);
 
-    /*!
-     * A socket that is connected to who listens at the file \a name of the folder of \a path. Not open, with errno,
-     * when there is none: isNobody() tells that from what only hinders this process at present.
-     */
-    static FileDescriptor connectTo(const ZopPath &path, const QByteArray &name, QString *error);
-    /*! A socket that listens at the file \a name of the folder of \a path. */
-    static FileDescriptor listenAt(const ZopPath &path, const QByteArray &name, QString *error);
-    /*! Whether the other side of \a socket is this user's; then \a process is the one that has opened it. */
-    static bool isOwnPeer(int socket, pid_t *process = nullptr);
-    /*! Whether \a error of connectTo() means that nobody serves the object for this user. */
-    static bool isNobody(int error);
     /*! What stands for a reply to the request \a message with the identifier \a id that cannot be had. */
     static ZopChangeset refusal(const ZopVariant &message, const ZopVariant &id, const QString &reason);
 

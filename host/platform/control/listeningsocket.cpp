@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "listeningsocket.h"
 
-#include "controllink.h"
 #include "folderlock.h"
+#include "localsocket.h"
 
 #include <QtCore/QSocketNotifier>
 #include <QtCore/QTimer>
@@ -23,9 +23,8 @@ constexpr std::chrono::milliseconds AcceptPause = 100ms;
 
 } // namespace
 
-ListeningSocket::ListeningSocket(const ZopPath &path, const QByteArray &name, Admit admit, QObject *parent)
-    : QObject(parent),
-      m_path(path),
+ListeningSocket::ListeningSocket(const ZopPath &path, const QByteArray &name, Admit admit)
+    : m_path(path),
       m_name(name),
       m_place(path.isValid() ? path.placeOf(name) : FilePlace()),
       m_admit(std::move(admit))
@@ -48,11 +47,11 @@ bool ListeningSocket::isFree(QString *error) const
     struct stat status;
     if (!m_place.status(&status) || !S_ISSOCK(status.st_mode))
         return true;
-    if (ControlLink::connectTo(m_path, m_name, error).isOpen()) {
+    if (LocalSocket::connectTo(m_path, m_name, error).isOpen()) {
         *error = QStringLiteral("another daemon serves it");
         return false;
     }
-    return ControlLink::isNobody(errno);
+    return LocalSocket::isNobody(errno);
 }
 
 bool ListeningSocket::listen(QString *error)
@@ -62,17 +61,17 @@ bool ListeningSocket::listen(QString *error)
     const QByteArray name = (m_name.startsWith('.') ? m_name : '.' + m_name) + ".new";
     const FilePlace fresh = m_path.placeOf(name);
     fresh.clear();
-    FileDescriptor listener = ControlLink::listenAt(m_path, name, error);
+    FileDescriptor listener = LocalSocket::listenAt(m_path, name, error);
     if (!listener.isOpen())
         return false;
     if (!fresh.status(&m_socket) || !m_place.clear() || !fresh.rename(m_place)) {
         *error = systemError(errno);
         return false;
     }
-    delete m_notifier;
+    m_notifier.reset();
     m_listener = std::move(listener);
-    m_notifier = new QSocketNotifier(m_listener.get(), QSocketNotifier::Read, this);
-    connect(m_notifier, &QSocketNotifier::activated, this, &ListeningSocket::accept);
+    m_notifier = std::make_unique<QSocketNotifier>(m_listener.get(), QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] { accept(); });
     error->clear();
     return true;
 }
@@ -97,10 +96,10 @@ void ListeningSocket::accept()
     if (!socket.isOpen() && (errno == EMFILE || errno == ENFILE || errno == ENOMEM || errno == ENOBUFS)) {
         // The client goes on waiting; asking at once again would only burn time.
         m_notifier->setEnabled(false);
-        QTimer::singleShot(AcceptPause, m_notifier, [this] { m_notifier->setEnabled(true); });
+        QTimer::singleShot(AcceptPause, m_notifier.get(), [this] { m_notifier->setEnabled(true); });
     }
     pid_t client = 0;
-    if (socket.isOpen() && ControlLink::isOwnPeer(socket.get(), &client))
+    if (socket.isOpen() && LocalSocket::isOwnPeer(socket.get(), &client))
         m_admit(std::move(socket), client);
 }
 

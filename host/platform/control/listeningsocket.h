@@ -5,9 +5,8 @@
 #include "filedescriptor.h"
 #include "zoppath.h"
 
-#include <QtCore/QObject>
-
 #include <functional>
+#include <memory>
 
 #include <sys/stat.h>
 
@@ -19,16 +18,14 @@ namespace morvek {
  * A socket that clients of this user find at a file. What a killed process has left at that file makes way, what is
  * served does not. The file goes with the socket, unless it is another one by then.
  */
-class ListeningSocket : public QObject
+class ListeningSocket
 {
-    Q_OBJECT
-
 public:
     using Admit = std::function<void(FileDescriptor socket, pid_t client)>;
 
     /*! At the file \a name in the folder of \a path; \a admit gets who comes. */
-    ListeningSocket(const ZopPath &path, const QByteArray &name, Admit admit, QObject *parent = nullptr);
-    ~ListeningSocket() override;
+    ListeningSocket(const ZopPath &path, const QByteArray &name, Admit admit);
+    ~ListeningSocket();
 
     /*! Whether nobody serves the file; false, too, when that cannot be told. Both need the folder's lock. */
     bool isFree(QString *error) const;
@@ -40,6 +37,7 @@ public:
     bool keep(QString *error);
 
 private:
+    Q_DISABLE_COPY(ListeningSocket)
     void accept();
 
     ZopPath m_path;
@@ -48,7 +46,7 @@ private:
     Admit m_admit;
     FileDescriptor m_listener;
     struct stat m_socket = {}; // the file that stands for the listener
-    QSocketNotifier *m_notifier = nullptr;
+    std::unique_ptr<QSocketNotifier> m_notifier;
 };
 
 } // namespace morvek
