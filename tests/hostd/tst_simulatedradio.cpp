@@ -87,6 +87,7 @@ private Q_SLOTS:
     void joinsTheSameAgain();
     void wrongPasskey();
     void wrongPasskeyIsForgotten();
+    void anAwaitedWrongPasskeyIsThatOfTheNextAttempt();
     void escapesNames();
     void notInRange();
     void securityThatDoesNotMatch_data();
@@ -299,6 +300,34 @@ void SimulatedRadioTest::wrongPasskeyIsForgotten()
     fixture.radio->setInRange(bssid(5), true);
     QCOMPARE(fixture.settle(),
              QStringList({QStringLiteral("wifi: wifi_power=off"), QStringLiteral("wifi: wifi_power=on")}));
+}
+
+void SimulatedRadioTest::anAwaitedWrongPasskeyIsThatOfTheNextAttempt()
+{
+    WorldFixture fixture(HomeScenario);
+    const QString home = QStringLiteral("Home");
+    const QString cafe = QStringLiteral("Cafe");
+    const QString mute = QStringLiteral("Mute");
+    for (const QString &name : {home, cafe, mute})
+        fixture.radio->awaitWrongKey(name);
+    // Neither whoever has been joined already, nor without a passkey, nor while nobody answers.
+    fixture.radio->roam(bssid(2));
+    QCOMPARE(fixture.take(), QStringList {::home(2)});
+    fixture.radio->addNetwork({cafe, QString()});
+    QCOMPARE(fixture.wifiRequest("wnet_select", "1"), 0);
+    QVERIFY(fixture.settle().contains(joined(4, 1, "Cafe", "NONE", "NONE")));
+    fixture.radio->addNetwork({mute, QStringLiteral("silence is golden")});
+    QCOMPARE(fixture.wifiRequest("wnet_select", "2"), 0);
+    fixture.settle();
+    for (const QString &name : {home, cafe, mute})
+        QVERIFY(fixture.radio->isWrongKeyAwaited(name));
+    QCOMPARE(fixture.wifiRequest("wnet_select", "0"), 0);
+    QCOMPARE(fixture.settle(),
+             QStringList {QStringLiteral("wifi: last_event=CTRL-EVENT-SSID-TEMP-DISABLED id=0 ssid=\"Home\" "
+                                         "auth_failures=1 duration=10 reason=WRONG_KEY")});
+    QVERIFY(!fixture.radio->isWrongKeyAwaited(home));
+    QCOMPARE(fixture.wifiRequest("wnet_select", "0"), 0);
+    QVERIFY(fixture.settle().contains(::home(1)));
 }
 
 void SimulatedRadioTest::escapesNames()
