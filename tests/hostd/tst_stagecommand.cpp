@@ -24,6 +24,7 @@ private Q_SLOTS:
     void waits();
     void nobodyIsThere();
     void doesNotAnswer();
+    void documentedExample();
     void badWords_data();
     void badWords();
     void badHold_data();
@@ -183,6 +184,26 @@ void StageCommandTest::doesNotAnswer()
     m_daemon->process().signal(SIGCONT);
     QCOMPARE(ended.errors, QByteArray("morvek-hostd: morvek-hostd does not answer\n"));
     QCOMPARE(ended.code, 7);
+}
+
+void StageCommandTest::documentedExample()
+{
+    QFile file(QStringLiteral(MORVEK_DOCS "/stage.md"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray page = file.readAll();
+    const int begin = page.indexOf("```sh\n");
+    const QByteArrayList lines = page.mid(begin, page.indexOf("\n```\n", begin) - begin).split('\n');
+    QVERIFY(start());
+    QByteArrayList done;
+    for (const QByteArray &line : lines) {
+        const QByteArray words = line.split('#').first().simplified();
+        if (!words.startsWith("morvek-hostd ") || words.endsWith('&'))
+            continue;
+        const auto ended = run(words.mid(int(strlen("morvek-hostd "))).constData());
+        QVERIFY2(ended.code == 0, ended.errors.constData());
+        done += words.split(' ').at(1);
+    }
+    QCOMPARE(done, QByteArrayList({"wait", "act", "act", "act", "look"}));
 }
 
 void StageCommandTest::badWords_data()
