@@ -3,6 +3,7 @@
 
 #include "localsocket.h"
 #include "stageserver.h"
+#include "zoproot.h"
 
 #include <cerrno>
 #include <cstring>
@@ -13,16 +14,16 @@ namespace morvek {
 
 bool StageCall::connect(QString *error)
 {
-    const ZopPath root = StagePlace::beside();
-    *error = root.error();
-    if (!root.isValid())
+    const ZopRoot root = ZopRoot::look();
+    if (root.state == ZopRoot::Unusable) {
+        *error = root.reason + QLatin1String(": ") + root.mend;
         return false;
-    m_socket = LocalSocket::connectTo(root, StagePlace::FileName, error);
-    if (m_socket.isOpen())
-        return true;
-    if (LocalSocket::isNobody(errno) && errno != EPERM)
-        *error = QStringLiteral("no morvek-hostd runs below \"%1\"").arg(QString::fromLocal8Bit(root.folder()));
-    return false;
+    }
+    const ZopPath beside = StagePlace::beside();
+    m_socket = LocalSocket::connectTo(beside, StagePlace::FileName, error);
+    if (!m_socket.isOpen() && LocalSocket::isNobody(errno) && errno != EPERM)
+        *error = QStringLiteral("no morvek-hostd runs below \"%1\"").arg(root.path);
+    return m_socket.isOpen();
 }
 
 bool StageCall::ask(const QByteArray &line, QDeadlineTimer deadline, QByteArray *answer, QString *error)

@@ -173,7 +173,10 @@ void StageCommandTest::nobodyIsThere()
     m_daemon->process().kill(); // and leaves its socket behind
     QCOMPARE(run("act radio-off").errors, nobody);
     QVERIFY(QFile::setPermissions(m_daemon->root(), QFile::Permissions(0x7755)));
-    QVERIFY(run("act radio-off").errors.contains("open to other users"));
+    const auto refused = run("act radio-off");
+    QVERIFY2(refused.errors.contains("open to other users"), refused.errors.constData());
+    QVERIFY2(refused.errors.contains("chmod 700"), refused.errors.constData());
+    QCOMPARE(refused.code, 7);
 }
 
 void StageCommandTest::doesNotAnswer()
