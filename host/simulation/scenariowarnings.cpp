@@ -59,11 +59,14 @@ bool isToldByOne(const TimelineEvent &event, const QString &wifiInterface, Servi
         *service = Service::Tethering;
         return true;
     case TimelineEvent::DaemonDies:
+    case TimelineEvent::DaemonBack:
+    case TimelineEvent::FaultsEnd:
     case TimelineEvent::OutOfRange:
     case TimelineEvent::InRange:
     case TimelineEvent::Signal:
     case TimelineEvent::Roam:
     case TimelineEvent::Dropped:
+    case TimelineEvent::WrongKey:
     case TimelineEvent::RadioOn:
     case TimelineEvent::RadioOff:
         break;
@@ -144,6 +147,8 @@ void Past::add(const TimelineEvent &event)
         m_links.remove(event.interface);
     else if (event.kind == TimelineEvent::InRange)
         m_heard.insert(event.bssid);
+    else if (event.kind == TimelineEvent::DaemonBack)
+        m_back.remove(event.service);
     else if (event.kind == TimelineEvent::DaemonDies && event.at >= m_back.value(event.service))
         m_back[event.service] = event.backAfter == -1 ? ForEver : qint64(event.at) + event.backAfter;
     if ((comes || event.kind == TimelineEvent::Vanish) && event.interface == m_scenario.wifi.interface)
