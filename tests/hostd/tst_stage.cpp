@@ -403,6 +403,7 @@ void StageTest::refusals_data()
     };
     row("no JSON", "link-lost", "line 1, column 1: illegal value");
     row("nothing", "", "line 1, column 1: illegal value");
+    row("a key twice", "{'event':'radio-off','event':'radio-on'}", "line 1, column 22: a second \"event\"");
     row("an array", "[]", "must be an object");
     row("no request", "{}", "needs \"event\", \"fault\", \"look\" or \"pass\"");
     row("two requests", "{'fault':'double','event':'radio-off'}",
