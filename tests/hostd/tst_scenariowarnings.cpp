@@ -101,6 +101,8 @@ void ScenarioWarningsTest::timelines_data()
         "{'at':1,'event':'daemon-dies','back_after':5},{'at':5,'event':'daemon-dies','back_after':9},"
         "{'at':6,'event':'daemon-dies'}",
         "timeline[1]: has no effect: the networking daemon is dead then");
+    row("dies again when it was brought back",
+        "{'at':1,'event':'daemon-dies'},{'at':2,'event':'daemon-back'},{'at':3,'event':'daemon-dies'}", "");
     row("another daemon dies", "{'at':1,'event':'daemon-dies'},{'at':2,'event':'daemon-dies','daemon':'wifi'}", "");
     row("dead for good",
         "{'at':1,'event':'daemon-dies','daemon':'wifi'},{'at':9,'event':'daemon-dies','daemon':'wifi'}",
