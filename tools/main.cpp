@@ -68,9 +68,9 @@ int runCommand(const CommandLine &line)
 
 int complete(const QStringList &words)
 {
-    const QStringList found = completions(words);
-    for (const QString &word : found)
-        writeLine(word);
+    const QStringList lines = completionLines(completions(words), words);
+    for (const QString &line : lines)
+        writeLine(line);
     return ended(Done);
 }
 

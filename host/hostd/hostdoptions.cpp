@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostdoptions.h"
 
+#include "helpentries.h"
+#include "hostdexitcode.h"
+#include "scenariofiles.h"
 #include "stagecommand.h"
 
 #include <QtCore/QCommandLineParser>
@@ -21,17 +24,7 @@ const QString Description = QStringLiteral(
     "Plays the daemons of a head unit on a Linux machine: the networking daemon publishes network interfaces and\n"
     "answers requests to configure them; the Wi-Fi daemon publishes the state of the radio, scans, and joins and\n"
     "leaves networks; the tethering daemon starts and stops a hotspot, and keeps its profile. When everything is\n"
-    "published it prints \"ready: ROOT\"; SIGTERM ends it.\n"
-    "\n"
-    "To one that runs below the root already:\n"
-    "  act EVENT|FAULT [KEY=VALUE|KEY:=JSON]...   lets an event of a timeline, or a fault, happen now\n"
-    "  act JSON, act -                            the same from JSON, or from lines of it on standard input\n"
-    "  look [requests|objects|faults|daemons]     shows what was requested, what is published, and more\n"
-    "  pass MILLISECONDS                          lets time pass, after --hold\n"
-    "  wait                                       waits until everything is published\n"
-    "\n"
-    "Exit codes: 0 ended as asked, 1 cannot publish, 2 bad arguments, 3 bad scenario, 4 unusable root,\n"
-    "5 another morvek-hostd publishes below the root, 6 the running one refuses, 7 none runs or answers.");
+    "published it prints \"ready: ROOT\"; SIGTERM ends it.");
 
 QString serviceNames(const QString &separator)
 {
@@ -71,9 +64,93 @@ struct Switches
     QCommandLineOption check {QStringLiteral("check"), QStringLiteral("Loads and checks the scenario, and ends.")};
     QCommandLineOption verbose {QStringLiteral("verbose"),
                                 QStringLiteral("Writes a line for each request, reply and event to standard error.")};
-    QCommandLineOption help {QStringLiteral("help"), QStringLiteral("Shows this text.")};
+    QCommandLineOption help {{QStringLiteral("help"), QStringLiteral("h")}, QStringLiteral("Shows this text.")};
     QCommandLineOption version {QStringLiteral("version"), QStringLiteral("Shows the version.")};
+
+    /*! In the order of the help. */
+    QList<QCommandLineOption> all() const
+    {
+        return {scenario, list, interfaces, without, root,    speed, seed,
+                fresh,    hold, timeout,    check,   verbose, help,  version};
+    }
 };
+
+QString nameOf(const QCommandLineOption &option)
+{
+    return QLatin1String("--") + option.names().constFirst();
+}
+
+HelpEntries optionEntries(const Switches &switches)
+{
+    HelpEntries entries;
+    const QList<QCommandLineOption> options = switches.all();
+    for (const QCommandLineOption &option : options) {
+        const QString shortName = option.names().value(1);
+        entries.emplace_back((shortName.isEmpty() ? QString() : QStringLiteral("-%1, ").arg(shortName))
+                                 + QStringLiteral("%1 %2").arg(nameOf(option), option.valueName()).trimmed(),
+                             option.description());
+    }
+    return entries;
+}
+
+/*! Of the words to one that runs below the root already. */
+HelpEntries wordEntries()
+{
+    return {
+        {QStringLiteral("act EVENT|FAULT [KEY=VALUE|KEY:=JSON]..."),
+         QStringLiteral("Lets an event of a timeline, or a fault, happen now.")},
+        {QStringLiteral("act JSON, act -"),
+         QStringLiteral("The same from JSON, or from lines of it on standard input.")},
+        {QStringLiteral("look [requests|objects|faults|daemons]"),
+         QStringLiteral("Shows what was requested, what is published, and more.")},
+        {QStringLiteral("pass MILLISECONDS"), QStringLiteral("Lets time pass, after --hold.")},
+        {QStringLiteral("wait"), QStringLiteral("Waits until everything is published.")},
+    };
+}
+
+HelpEntries exitCodeEntries()
+{
+    const auto entry = [](HostdExitCode code, const QString &meaning) {
+        return std::make_pair(QString::number(int(code)), meaning);
+    };
+    return {
+        entry(HostdExitCode::Success, QStringLiteral("ended as asked")),
+        entry(HostdExitCode::CannotPublish, QStringLiteral("cannot publish")),
+        entry(HostdExitCode::BadArguments, QStringLiteral("bad arguments")),
+        entry(HostdExitCode::BadScenario, QStringLiteral("bad scenario")),
+        entry(HostdExitCode::UnusableRoot, QStringLiteral("unusable root")),
+        entry(HostdExitCode::AlreadyRunning, QStringLiteral("another morvek-hostd publishes below the root")),
+        entry(HostdExitCode::NotDone, QStringLiteral("the running one refuses")),
+        entry(HostdExitCode::NotRunning, QStringLiteral("none runs or answers")),
+    };
+}
+
+QString helpText(const Switches &switches)
+{
+    return QStringLiteral("Usage: morvek-hostd [OPTION]... [WORD]...\n\n%1\n\nOptions:\n%2\n"
+                          "Words to one that runs below the root already:\n%3\nExit codes:\n%4")
+        .arg(Description, helpLines(optionEntries(switches)), helpLines(wordEntries()), helpLines(exitCodeEntries()));
+}
+
+/*! Which option, or which daemon to leave out, is given twice; empty when none is. */
+QString repetition(const QCommandLineParser &parser, const Switches &switches)
+{
+    const auto firstTwice = [](QStringList given) {
+        while (!given.isEmpty()) {
+            QString one = given.takeFirst();
+            if (given.contains(one))
+                return one;
+        }
+        return QString();
+    };
+    const QString daemon = firstTwice(parser.values(switches.without));
+    if (!daemon.isEmpty())
+        return QStringLiteral("--without %1").arg(daemon);
+    QStringList names = parser.optionNames();
+    names.removeAll(switches.without.names().constFirst());
+    const QString name = firstTwice(names);
+    return name.isEmpty() ? QString() : QString(name.size() == 1 ? 1 : 2, QLatin1Char('-')) + name;
+}
 
 bool readNumbers(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
 {
@@ -180,17 +257,19 @@ bool HostdOptions::parse(const QStringList &arguments, HostdOptions *options, QS
 {
     const Switches switches;
     QCommandLineParser parser;
-    parser.setApplicationDescription(Description);
-    parser.addOptions({switches.scenario, switches.list, switches.interfaces, switches.without, switches.root,
-                       switches.speed, switches.seed, switches.fresh, switches.hold, switches.timeout, switches.check,
-                       switches.verbose, switches.help, switches.version});
+    parser.addOptions(switches.all());
     if (!parser.parse(arguments)) {
         *error = parser.errorText();
         return false;
     }
+    const QString twice = repetition(parser, switches);
+    if (!twice.isEmpty()) {
+        *error = QStringLiteral("%1 is given twice: give it once").arg(twice);
+        return false;
+    }
     if (parser.isSet(switches.help)) {
         options->action = Tell;
-        options->text = parser.helpText();
+        options->text = helpText(switches);
         return true;
     }
     if (parser.isSet(switches.version)) {
@@ -209,6 +288,35 @@ bool HostdOptions::parse(const QStringList &arguments, HostdOptions *options, QS
     return readWords(parser, switches, options, error) && readNumbers(parser, switches, options, error)
         && readWithout(parser, switches, options, error) && readPlace(parser, switches, options, error)
         && readHold(parser, switches, options, error);
+}
+
+Candidates HostdOptions::candidates(const QStringList &words)
+{
+    const Switches switches;
+    const QString typed = words.value(words.size() - 1);
+    const QString before = words.value(words.size() - 2);
+    const QList<QCommandLineOption> options = switches.all();
+    const auto valuesOf = [](const QCommandLineOption &option) {
+        Candidates values = candidatesOfValue(option.valueName());
+        if (option.names().constFirst() == QLatin1String("scenario"))
+            values.words += ScenarioFiles::shipped();
+        return values;
+    };
+    const bool asks = StageCommand::verbs().contains(words.value(0));
+    Candidates names;
+    names.words = StageCommand::candidates(words);
+    for (const QCommandLineOption &option : options) {
+        const QString name = nameOf(option);
+        if (before == name && !option.valueName().isEmpty())
+            return valuesOf(option);
+        if (typed.startsWith(name + QLatin1Char('=')))
+            return attachedTo(typed, valuesOf(option));
+        if (asks && name != nameOf(switches.root) && name != nameOf(switches.timeout))
+            continue;
+        if (name == nameOf(switches.without) || !words.mid(0, words.size() - 1).contains(name))
+            names.words += name;
+    }
+    return names;
 }
 
 } // namespace morvek

@@ -2,6 +2,7 @@
 #ifndef MORVEK_HOSTD_HOSTDOPTIONS_H
 #define MORVEK_HOSTD_HOSTDOPTIONS_H
 
+#include "candidates.h"
 #include "scenario.h"
 
 namespace morvek {
@@ -13,6 +14,9 @@ struct HostdOptions
 
     /*! False when the arguments make no sense; \a error says why. */
     static bool parse(const QStringList &arguments, HostdOptions *options, QString *error);
+
+    /*! What the last one of \a words, the arguments typed so far, may become. */
+    static Candidates candidates(const QStringList &words);
 
     Action action = Run;
     QString text; //!< of Tell: what to write to standard output

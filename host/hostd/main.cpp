@@ -10,6 +10,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -35,13 +36,24 @@ void print(const QString &text)
 int listScenarios()
 {
     const QStringList names = ScenarioFiles::shipped();
+    int width = 0;
+    for (const QString &name : names)
+        width = std::max(width, name.size());
     for (const QString &name : names) {
         Scenario scenario;
         QString error;
         if (!ScenarioFiles::load(name, &scenario, &error))
             return fail(HostdExitCode::BadScenario, error);
-        print(QStringLiteral("%1  %2\n").arg(name, -20).arg(scenario.description));
+        print(QStringLiteral("%1  %2\n").arg(name, -width).arg(scenario.description));
     }
+    return static_cast<int>(HostdExitCode::Success);
+}
+
+int complete(const QStringList &words)
+{
+    const QStringList lines = completionLines(HostdOptions::candidates(words), words);
+    for (const QString &line : lines)
+        print(line + QLatin1Char('\n'));
     return static_cast<int>(HostdExitCode::Success);
 }
 
@@ -78,9 +90,13 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(QStringLiteral("morvek-hostd"));
     QCoreApplication::setApplicationVersion(QStringLiteral(MORVEK_VERSION));
 
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == QLatin1String("complete"))
+        return complete(arguments.mid(arguments.value(2) == QLatin1String("--") ? 3 : 2));
+
     HostdOptions options;
     QString error;
-    if (!HostdOptions::parse(QCoreApplication::arguments(), &options, &error))
+    if (!HostdOptions::parse(arguments, &options, &error))
         return fail(HostdExitCode::BadArguments, error);
     if (options.action == HostdOptions::Tell) {
         print(options.text);

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "stagecommand.h"
 
+#include "faultreader.h"
 #include "hostdoptions.h"
 #include "stagecall.h"
 #include "stagewords.h"
+#include "timelinereader.h"
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -92,6 +94,17 @@ HostdExitCode ask(const HostdOptions &options, StageCall *call, const QByteArray
 QStringList StageCommand::verbs()
 {
     return {Act, StageWords::Look, StageWords::Pass, Wait};
+}
+
+QStringList StageCommand::candidates(const QStringList &words)
+{
+    if (words.size() < 2)
+        return verbs();
+    if (words.size() > 2)
+        return {};
+    if (words.first() == Act)
+        return eventWords() + faultWords();
+    return words.first() == StageWords::Look ? StageWords::Views : QStringList();
 }
 
 HostdExitCode StageCommand::run(const HostdOptions &options, QString *error)

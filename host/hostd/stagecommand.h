@@ -14,6 +14,8 @@ struct HostdOptions;
 namespace StageCommand {
 
 QStringList verbs();
+/*! What the last one of \a words may become. */
+QStringList candidates(const QStringList &words);
 /*! Does what the words of \a options say, and prints what comes of it; \a error says why there is no success. */
 HostdExitCode run(const HostdOptions &options, QString *error);
 

@@ -37,7 +37,7 @@ struct FaultWord
     QStringList keys;
 };
 
-const QVector<FaultWord> &faultWords()
+const QVector<FaultWord> &knownFaults()
 {
     static const QVector<FaultWord> words {
         {QLatin1String("refuse"), Fault::Refuse, {Wire::Err, Wire::ErrMsg}},
@@ -55,13 +55,13 @@ FaultWord readKind(const JsonNode &node)
 {
     const QString word = node.text();
     QStringList known;
-    for (const FaultWord &one : faultWords()) {
+    for (const FaultWord &one : knownFaults()) {
         if (word == one.word)
             return one;
         known += one.word;
     }
     node.fail(QStringLiteral("no fault \"%1\" (known: %2)").arg(word, known.join(QLatin1String(", "))));
-    return faultWords().first();
+    return knownFaults().first();
 }
 
 /*! Notes a message that nobody knows, and what its requests never name. */
@@ -103,10 +103,12 @@ void readSubject(const JsonNode &node, const Scenario &scenario, Fault *fault)
 
 } // namespace
 
-bool isFaultWord(const QString &word)
+QStringList faultWords()
 {
-    const QVector<FaultWord> &words = faultWords();
-    return std::any_of(words.begin(), words.end(), [&word](const FaultWord &one) { return one.word == word; });
+    QStringList words;
+    for (const FaultWord &one : knownFaults())
+        words += one.word;
+    return words;
 }
 
 Fault readFault(const JsonNode &node, const Scenario &scenario)

@@ -8,8 +8,8 @@ namespace morvek {
 
 class JsonNode;
 
-/*! Whether a fault has this name. */
-bool isFaultWord(const QString &word);
+/*! What faults are called. */
+QStringList faultWords();
 /*! A fault, for \a scenario, which has its interfaces already. */
 Fault readFault(const JsonNode &node, const Scenario &scenario);
 /*! The faults of \a node, likewise. */

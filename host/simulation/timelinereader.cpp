@@ -37,7 +37,7 @@ struct EventWord
     enum Needs { Nothing, Wifi, Hotspot } needs = Nothing;
 };
 
-EventWord readWord(const JsonNode &node)
+const QVector<EventWord> &knownEvents()
 {
     static const QVector<EventWord> words {
         {QLatin1String("vanish"), TimelineEvent::Vanish, {InterfaceKey}},
@@ -64,15 +64,18 @@ EventWord readWord(const JsonNode &node)
         {QLatin1String("hotspot-starts"), TimelineEvent::HotspotStarts, {}, EventWord::Hotspot},
         {QLatin1String("hotspot-stops"), TimelineEvent::HotspotStops, {}, EventWord::Hotspot},
     };
+    return words;
+}
+
+EventWord readWord(const JsonNode &node)
+{
     const QString text = node.text();
-    QStringList known;
-    for (const EventWord &one : words) {
+    for (const EventWord &one : knownEvents()) {
         if (text == one.word)
             return one;
-        known += one.word;
     }
-    node.fail(QStringLiteral("no event \"%1\" (known: %2)").arg(text, known.join(QLatin1String(", "))));
-    return words.first();
+    node.fail(QStringLiteral("no event \"%1\" (known: %2)").arg(text, eventWords().join(QLatin1String(", "))));
+    return knownEvents().first();
 }
 
 /*! Which service \a node names, by this one of its words. */
@@ -209,6 +212,14 @@ void follow(const JsonNode &node, const TimelineEvent &event, const Scenario &sc
 }
 
 } // namespace
+
+QStringList eventWords()
+{
+    QStringList words;
+    for (const EventWord &one : knownEvents())
+        words += one.word;
+    return words;
+}
 
 QVector<TimelineEvent> readTimeline(const JsonNode &node, const Scenario &scenario)
 {

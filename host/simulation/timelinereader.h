@@ -8,6 +8,8 @@ namespace morvek {
 
 class JsonNode;
 
+/*! What events are called. */
+QStringList eventWords();
 /*! The events of \a node in order of time, for \a scenario, which has its interfaces already. */
 QVector<TimelineEvent> readTimeline(const JsonNode &node, const Scenario &scenario);
 

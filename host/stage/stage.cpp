@@ -118,24 +118,18 @@ QJsonObject Stage::look(const JsonNode &request) const
     request.expectObject({StageWords::Look, StageWords::Since});
     const QString what = request.member(StageWords::Look).text();
     const int since = request.numberOr(StageWords::Since, 0, std::numeric_limits<int>::max(), 0);
-    const QString requests = QStringLiteral("requests");
-    const QString objects = QStringLiteral("objects");
-    const QString faults = QStringLiteral("faults");
-    const QString daemons = QStringLiteral("daemons");
-    const QString all = StageWords::All;
     QJsonObject seen;
-    if (what == requests || what == all)
-        seen.insert(requests, StageView::requests(*m_tools.requests, since));
-    if (what == objects || what == all)
-        seen.insert(objects, StageView::objects());
-    if (what == faults || what == all)
-        seen.insert(faults, StageView::faults(*m_tools.faults));
-    if (what == daemons || what == all)
-        seen.insert(daemons, StageView::daemons(m_tools.daemons));
+    if (what == StageWords::Requests || what == StageWords::All)
+        seen.insert(StageWords::Requests, StageView::requests(*m_tools.requests, since));
+    if (what == StageWords::Objects || what == StageWords::All)
+        seen.insert(StageWords::Objects, StageView::objects());
+    if (what == StageWords::Faults || what == StageWords::All)
+        seen.insert(StageWords::Faults, StageView::faults(*m_tools.faults));
+    if (what == StageWords::Daemons || what == StageWords::All)
+        seen.insert(StageWords::Daemons, StageView::daemons(m_tools.daemons));
     if (seen.isEmpty())
         request.member(StageWords::Look)
-            .fail(QStringLiteral("\"%1\" is none of %2")
-                      .arg(what, QStringList {requests, objects, faults, daemons, all}.join(QLatin1String(", "))));
+            .fail(QStringLiteral("\"%1\" is none of %2").arg(what, StageWords::Views.join(QLatin1String(", "))));
     return seen;
 }
 

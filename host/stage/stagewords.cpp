@@ -65,7 +65,7 @@ QByteArray StageWords::request(const QStringList &words, QString *error)
     else if (verb == Pass)
         object.insert(Pass, plainValue(Pass, first));
     else
-        object.insert(isFaultWord(first) ? Fault : Event, first);
+        object.insert(faultWords().contains(first) ? Fault : Event, first);
     const QStringList pairs = words.mid(2);
     for (const QString &pair : pairs) {
         if (!insertPair(&object, pair, error))

@@ -10,13 +10,20 @@ namespace morvek {
 namespace StageWords {
 
 inline const QString All = QStringLiteral("all");
+inline const QString Daemons = QStringLiteral("daemons");
 inline const QString Done = QStringLiteral("done");
 inline const QString Event = QStringLiteral("event");
 inline const QString Fault = QStringLiteral("fault");
+inline const QString Faults = QStringLiteral("faults");
 inline const QString Look = QStringLiteral("look");
+inline const QString Objects = QStringLiteral("objects");
 inline const QString Pass = QStringLiteral("pass");
 inline const QString Reason = QStringLiteral("reason");
+inline const QString Requests = QStringLiteral("requests");
 inline const QString Since = QStringLiteral("since");
+
+/*! What there is to look at. */
+inline const QStringList Views {Requests, Objects, Faults, Daemons, All};
 
 /*!
  * The request that stands for the words of a command line, as "act link-lost interface=eth0", "act JSON", "look faults"

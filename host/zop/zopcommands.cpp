@@ -14,23 +14,38 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QTextStream>
 
+#include <algorithm>
 #include <sys/stat.h>
 
 using namespace morvek;
 
 namespace {
 
+void complain(const QString &sentence)
+{
+    QTextStream(stderr) << "morvek-zop: " << visible(sentence) << '\n';
+}
+
 ExitCode fail(const QString &subject, const QString &reason)
 {
-    QTextStream(stderr) << "morvek-zop: " << visible(subject) << ": " << visible(reason) << '\n';
+    complain(subject + QLatin1String(": ") + reason);
     return Failed;
+}
+
+ExitCode refuse(const QString &sentence)
+{
+    complain(sentence);
+    return WrongUsage;
 }
 
 void print(const ZopChangeset &changes)
 {
+    int width = 0;
+    for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)
+        width = qMax(width, visible(it.key()).size());
     QTextStream out(stdout);
     for (auto it = changes.assignments.begin(); it != changes.assignments.end(); ++it)
-        out << visible(it.key()) << " = " << visible(it->toString()) << "  ("
+        out << visible(it.key()).leftJustified(width) << " = " << visible(it->toString()) << "  ("
             << visible(QString::fromUtf8(it->encoding())) << ")\n";
     QStringList removals(changes.removals.begin(), changes.removals.end());
     removals.sort();
@@ -48,6 +63,17 @@ QStringList objectsIn(const QString &directory)
     return names;
 }
 
+/*! \a top, and the directories below it, which the stand-in keeps as folders below that of \a top. */
+QStringList directoriesBelow(const QString &top, const QString &folder)
+{
+    QStringList directories {top};
+    QDirIterator folders(folder, QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (folders.hasNext())
+        directories.append(top + folders.next().mid(folder.size()));
+    directories.sort();
+    return directories;
+}
+
 ExitCode list(const QStringList &words)
 {
     QString top = words.value(1, QStringLiteral("/zop"));
@@ -56,17 +82,12 @@ ExitCode list(const QStringList &words)
     const ZopPath path = ZopPath::directory(top);
     if (!path.isValid())
         return fail(top, path.error());
-    // The stand-in keeps a directory of objects as a folder below the root.
     const QString folder = QFile::decodeName(path.folder());
     if (!QFileInfo(folder).isDir())
         return fail(top, QStringLiteral("no such directory"));
-    QStringList directories {top};
-    QDirIterator folders(folder, QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-    while (folders.hasNext())
-        directories.append(top + folders.next().mid(folder.size()));
-    directories.sort();
+    const QStringList directories = directoriesBelow(top, folder);
     QTextStream out(stdout);
-    for (const QString &directory : qAsConst(directories)) {
+    for (const QString &directory : directories) {
         for (const QString &name : objectsIn(directory))
             out << visible(directory) << '/' << visible(name) << '\n';
     }
@@ -110,28 +131,36 @@ ExitCode watch(const QStringList &words)
     return ExitCode(QCoreApplication::exec());
 }
 
-/*! NAME=TEXT, NAME:=JSON, or -NAME for a removal. */
-bool parse(const QString &word, ZopChangeset *changes)
+/*! Adds NAME=TEXT, NAME:=JSON, or -NAME for a removal. False, with the reason in \a error, when \a word is none. */
+bool addChange(const QString &word, ZopChangeset *changes, QString *error)
 {
-    if (word.startsWith(QLatin1Char('-'))) {
-        changes->removals.insert(word.mid(1));
-        return word.size() > 1;
-    }
+    const bool removes = word.startsWith(QLatin1Char('-'));
     const int equals = word.indexOf(QLatin1Char('='));
     const bool json = equals > 1 && word.at(equals - 1) == QLatin1Char(':');
     const ZopVariant value(word.mid(equals + 1).toUtf8(), json ? QByteArrayLiteral("json") : QByteArrayLiteral("text"));
-    changes->assignments.insert(word.left(json ? equals - 1 : equals), value);
-    return equals > 0 && (!json || !value.toJson().isNull());
+    const QString name = removes ? word.mid(1) : word.left(json ? equals - 1 : equals);
+    if (name.isEmpty() || (!removes && (equals < 0 || (json && value.toJson().isNull())))) {
+        *error = QStringLiteral("not a change: write NAME=TEXT, NAME:=JSON or -NAME");
+        return false;
+    }
+    if (changes->assignments.contains(name) || changes->removals.contains(name)) {
+        *error = QStringLiteral("\"%1\" is changed already: give one change for each attribute").arg(name);
+        return false;
+    }
+    if (removes)
+        changes->removals.insert(name);
+    else
+        changes->assignments.insert(name, value);
+    return true;
 }
 
 ExitCode set(const QStringList &words)
 {
     ZopChangeset changes;
+    QString error;
     for (const QString &word : words.mid(2)) {
-        if (!parse(word, &changes)) {
-            fail(word, QStringLiteral("not a change: write NAME=TEXT, NAME:=JSON or -NAME"));
-            return WrongUsage;
-        }
+        if (!addChange(word, &changes, &error))
+            return refuse(word + QLatin1String(": ") + error);
     }
     ZopObject object(words.value(1), ZopObject::Publish, false);
     return object.setAttributes(changes) ? Done : fail(words.value(1), object.errorString());
@@ -157,27 +186,134 @@ ExitCode check(const QStringList &words)
     return result.troubles.isEmpty() ? Done : Failed;
 }
 
-const struct
+const QStringList Options {QStringLiteral("--help"), QStringLiteral("--version"), QStringLiteral("-h")};
+const QString Directories = QStringLiteral("[DIRECTORY]");
+
+struct ZopCommand
 {
-    QLatin1String name;
-    int fewest; // words, the name included
-    int most;
+    QString name;
+    QStringList words; //!< as the help calls them; those in brackets may be left out, "..." stands for any number
+    QString help;
     ExitCode (*run)(const QStringList &words);
-} Commands[] = {
-    {QLatin1String("list"), 1, 2, list},     {QLatin1String("show"), 2, 2, show},
-    {QLatin1String("watch"), 2, 2, watch},   {QLatin1String("set"), 3, 1000, set},
-    {QLatin1String("remove"), 2, 2, remove}, {QLatin1String("check"), 2, 2, check},
 };
+
+const std::vector<ZopCommand> &commands()
+{
+    const QString path = QStringLiteral("PATH");
+    static const std::vector<ZopCommand> table {
+        {QStringLiteral("list"),
+         {Directories},
+         QStringLiteral("the paths of all objects below DIRECTORY, or below /zop"),
+         list},
+        {QStringLiteral("show"),
+         {path},
+         QStringLiteral("the attributes of a state object, each with its encoding"),
+         show},
+        {QStringLiteral("watch"),
+         {path},
+         QStringLiteral("the same, and then each update as it comes, until interrupted"),
+         watch},
+        {QStringLiteral("set"),
+         {path, QStringLiteral("CHANGE...")},
+         QStringLiteral("writes one update; an object that is not there is created"),
+         set},
+        {QStringLiteral("remove"), {path}, QStringLiteral("removes a state object"), remove},
+        {QStringLiteral("check"),
+         {path},
+         QStringLiteral("what is wrong with a state object's file, and what is in it"),
+         check},
+    };
+    return table;
+}
+
+const ZopCommand *findCommand(const QString &name)
+{
+    const auto it = std::find_if(commands().begin(), commands().end(),
+                                 [&name](const ZopCommand &command) { return command.name == name; });
+    return it == commands().end() ? nullptr : &*it;
+}
+
+QString usageOf(const ZopCommand &command)
+{
+    return command.name + QLatin1Char(' ') + command.words.join(QLatin1Char(' '));
+}
+
+/*! What is wrong with \a words, those that follow the name of \a command; empty when nothing is. */
+QString mistakeIn(const QStringList &words, const ZopCommand &command)
+{
+    const QString usage = QLatin1String("morvek-zop ") + usageOf(command);
+    const QString missing = command.words.value(words.size());
+    if (!missing.isEmpty() && !missing.startsWith(QLatin1Char('[')))
+        return QStringLiteral("%1 is missing: %2").arg(missing, usage);
+    if (words.size() > command.words.size() && !command.words.constLast().endsWith(QLatin1String("...")))
+        return QStringLiteral("\"%1\" is too much: %2").arg(words.at(command.words.size()), usage);
+    const QString path = words.value(0);
+    if (!words.isEmpty() && !path.startsWith(QLatin1Char('/')))
+        return QStringLiteral("\"%1\" lacks the \"/\" that a path begins with: write /%1").arg(path);
+    return QString();
+}
+
+/*! The directories below the root, or the state objects in them. */
+QStringList pathsThatFit(const QString &word)
+{
+    const QString top = QStringLiteral("/zop");
+    const ZopPath path = ZopPath::directory(top);
+    const QString folder = path.isValid() ? QFile::decodeName(path.folder()) : QString();
+    if (!QFileInfo(folder).isDir())
+        return {};
+    QStringList directories = directoriesBelow(top, folder);
+    if (word == Directories)
+        return directories;
+    QStringList objects;
+    for (const QString &directory : qAsConst(directories)) {
+        for (const QString &name : objectsIn(directory)) {
+            const QString object = directory + QLatin1Char('/') + name;
+            if (blindness(ZopPath::object(object)).isEmpty())
+                objects += object;
+        }
+    }
+    return objects;
+}
 
 } // namespace
 
+HelpEntries zopCommandEntries()
+{
+    HelpEntries entries;
+    for (const ZopCommand &command : commands())
+        entries.emplace_back(usageOf(command), command.help);
+    return entries;
+}
+
+Candidates zopCandidates(const QStringList &words)
+{
+    Candidates candidates;
+    if (words.size() < 2) {
+        for (const ZopCommand &command : commands())
+            candidates.words += command.name;
+        candidates.words += Options;
+    } else if (const ZopCommand *command = words.size() == 2 ? findCommand(words.constFirst()) : nullptr) {
+        candidates.words = pathsThatFit(command->words.constFirst());
+    }
+    return candidates;
+}
+
 ExitCode runZopCommand(const QStringList &words)
 {
-    for (const auto &command : Commands) {
-        if (words.value(0) != command.name || words.size() < command.fewest || words.size() > command.most)
-            continue;
-        const ZopRoot root = ZopRoot::look();
-        return root.state == ZopRoot::Unusable ? fail(root.reason, root.mend) : command.run(words);
-    }
-    return WrongUsage;
+    const QString seeHelp = QStringLiteral("see 'morvek-zop --help'");
+    if (words.isEmpty())
+        return refuse(QStringLiteral("a command is missing: ") + seeHelp);
+    const QString &name = words.constFirst();
+    if (Options.contains(name))
+        return refuse(QStringLiteral("\"%1\" is too much: morvek-zop %2").arg(words.at(1), name));
+    const ZopCommand *command = findCommand(name);
+    if (!command)
+        return refuse(QStringLiteral("there is no %1 \"%2\": %3")
+                          .arg(name.startsWith(QLatin1Char('-')) ? QStringLiteral("option") : QStringLiteral("command"),
+                               name, seeHelp));
+    const QString mistake = mistakeIn(words.mid(1), *command);
+    if (!mistake.isEmpty())
+        return refuse(mistake);
+    const ZopRoot root = ZopRoot::look();
+    return root.state == ZopRoot::Unusable ? fail(root.reason, root.mend) : command->run(words);
 }

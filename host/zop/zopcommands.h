@@ -2,12 +2,18 @@
 #ifndef MORVEK_ZOPCOMMANDS_H
 #define MORVEK_ZOPCOMMANDS_H
 
-#include <QtCore/QStringList>
+#include "candidates.h"
+#include "helpentries.h"
 
 /*! The program's exit codes. */
 enum ExitCode { Done = 0, Failed = 1, WrongUsage = 2 };
 
-/*! Runs the command that \a words begin with; WrongUsage when there is no such command or it misses something. */
+morvek::HelpEntries zopCommandEntries();
+
+/*! What the last one of \a words, the arguments typed so far, may become. */
+morvek::Candidates zopCandidates(const QStringList &words);
+
+/*! Runs the command that \a words begin with; WrongUsage, and said why, when they make no sense. */
 ExitCode runZopCommand(const QStringList &words);
 
 #endif

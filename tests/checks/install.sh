@@ -54,4 +54,13 @@ for application in "$work/cmake/interfaces-example" "$work/with-pkg-config"; do
     [[ $line == "$name is "* ]] || mistake "$(basename "$application") says '$line'"
     kill "$pid" || mistake "$(basename "$application") has ended by itself"
 done
+
+# Shells and the manual find what is theirs.
+share=$prefix/share
+for program in morvekctl morvek-hostd morvek-zop; do
+    cmp usage/completion/morvek.bash "$share/bash-completion/completions/$program" || mistake "$program: not for bash"
+    cmp usage/completion/morvek.fish "$share/fish/vendor_completions.d/$program.fish" || mistake "$program: not for fish"
+    [[ -s $share/man/man1/$program.1 ]] || mistake "$program: not in the manual"
+done
+cmp usage/completion/_morvek "$share/zsh/site-functions/_morvek" || mistake "nothing for zsh"
 finish

@@ -10,11 +10,10 @@ ZOP_ROOT=$(mktemp -d)
 export ZOP_ROOT
 trap 'rm -rf "$ZOP_ROOT"' EXIT
 
-# expect CODE OUTPUT ARGUMENT...: what morvek-zop ends with and writes, errors included; of the usage the first line
+# expect CODE OUTPUT ARGUMENT...: what morvek-zop ends with and writes, errors included
 expect() {
     local code=0 output
     output=$("$zop" "${@:3}" 2>&1) || code=$?
-    output=$(sed '/^Usage:/q' <<<"$output")
     ((code == $1)) || mistake "morvek-zop ${*:3}: code $code in place of $1"
     [[ $output == "$2" ]] || mistake "morvek-zop ${*:3}: '$output' in place of '$2'"
 }
@@ -30,18 +29,35 @@ expect 0 $'/zop/a/one\n/zop/a/b/two' list
 expect 0 /zop/a/b/two list /zop/a/b/
 expect 1 'morvek-zop: /../..: "/../.." is not a path of names' list /../..
 expect 1 'morvek-zop: /zop/nope: no such directory' list /zop/nope
-expect 0 $'list = [1,2]  (json)\nname = text  (text)\nother =   (text)' show /zop/a/one
+expect 0 $'list  = [1,2]  (json)\nname  = text  (text)\nother =   (text)' show /zop/a/one
 expect 0 '' set /zop/a/one -other $'name=\e[1m'
 expect 0 $'list = [1,2]  (json)\nname = \\u001b[1m  (text)' show /zop/a/one
 expect 1 'morvek-zop: /zop/a/none: no such object' show /zop/a/none
-expect 2 $'morvek-zop: x:={bad: not a change: write NAME=TEXT, NAME:=JSON or -NAME\nUsage: morvek-zop COMMAND' \
-    set /zop/a/none 'x:={bad'
+for word in 'x:={bad' x = - ''; do
+    expect 2 "morvek-zop: $word: not a change: write NAME=TEXT, NAME:=JSON or -NAME" set /zop/a/none "$word"
+done
+for word in x=2 'x:=[]' -x; do
+    expect 2 "morvek-zop: $word: \"x\" is changed already: give one change for each attribute" \
+        set /zop/a/none x=1 y=1 "$word"
+done
+expect 2 'morvek-zop: x=1: "x" is changed already: give one change for each attribute' set /zop/a/none -x x=1
 expect 1 'morvek-zop: /zop/a/none: no such object' show /zop/a/none
 expect 0 '' remove /zop/a/one
 expect 1 'morvek-zop: /zop/a/one: no such object' remove /zop/a/one
-expect 2 'Usage: morvek-zop COMMAND' show
-expect 2 'Usage: morvek-zop COMMAND' dance
-expect 0 'Usage: morvek-zop COMMAND' --help
+expect 2 "morvek-zop: a command is missing: see 'morvek-zop --help'"
+expect 2 "morvek-zop: there is no command \"dance\": see 'morvek-zop --help'" dance /zop/a/one
+expect 2 "morvek-zop: there is no option \"-x\": see 'morvek-zop --help'" -x
+expect 2 'morvek-zop: "--help" is too much: morvek-zop --help' --help --help
+expect 2 'morvek-zop: PATH is missing: morvek-zop show PATH' show
+expect 2 'morvek-zop: "/b" is too much: morvek-zop show PATH' show /a /b
+expect 2 'morvek-zop: "/b" is too much: morvek-zop list [DIRECTORY]' list /a /b
+expect 2 'morvek-zop: CHANGE... is missing: morvek-zop set PATH CHANGE...' set /zop/a/none
+expect 2 'morvek-zop: "zop/a/b/two" lacks the "/" that a path begins with: write /zop/a/b/two' show zop/a/b/two
+expect 2 'morvek-zop: "zop" lacks the "/" that a path begins with: write /zop' list zop
+for help in --help -h 'show --help' 'set -h'; do
+    read -ra words <<<"$help"
+    [[ $("$zop" "${words[@]}") == "Usage: morvek-zop COMMAND"* ]] || mistake "morvek-zop $help: no help"
+done
 
 # check tells what is wrong with a file: here are a state of three bytes, and an update that is damaged.
 file=$ZOP_ROOT/zop/c/three

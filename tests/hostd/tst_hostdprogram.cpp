@@ -17,9 +17,11 @@ private Q_SLOTS:
     void informs();
     void checksScenarios();
     void warns();
+    void alignsTheList();
     void badScenario();
     void unusableRoots();
     void createsTheRoot();
+    void resolvesARelativeRoot();
     void takesTheRootFromTheEnvironment();
     void terminatesCleanly();
     void secondDaemonOnTheSameRoot();
@@ -64,6 +66,16 @@ void HostdProgramTest::badArguments_data()
         "lists the options)\n");
     row("daemon that there is none", {QStringLiteral("--without"), QStringLiteral("cellular")},
         "morvek-hostd: --without: \"cellular\" is none of networking, wifi, tethering (--help lists the options)\n");
+    row("a value twice", {QStringLiteral("--speed"), QStringLiteral("2"), QStringLiteral("--speed=2")},
+        "morvek-hostd: --speed is given twice: give it once (--help lists the options)\n");
+    row("a switch twice", {QStringLiteral("--verbose"), QStringLiteral("--check"), QStringLiteral("--verbose")},
+        "morvek-hostd: --verbose is given twice: give it once (--help lists the options)\n");
+    row("help twice", {QStringLiteral("-h"), QStringLiteral("-h")},
+        "morvek-hostd: -h is given twice: give it once (--help lists the options)\n");
+    row("a daemon twice",
+        {QStringLiteral("--without"), QStringLiteral("wifi"), QStringLiteral("--without"), QStringLiteral("tethering"),
+         QStringLiteral("--without"), QStringLiteral("wifi")},
+        "morvek-hostd: --without wifi is given twice: give it once (--help lists the options)\n");
     row("empty root", {QStringLiteral("--root"), QString()},
         "morvek-hostd: --root: needs a directory (--help lists the options)\n");
 }
@@ -89,6 +101,10 @@ void HostdProgramTest::informs()
                                "--version", "  act ", "  look ", "  pass ", "  wait "})
         QVERIFY2(help.output.contains(option), option);
 
+    QVERIFY(help.output.startsWith("Usage: morvek-hostd [OPTION]... [WORD]...\n\nPlays the daemons "));
+    QVERIFY(help.output.contains("\n  4                     unusable root\n"));
+    QCOMPARE(HostdProcess::run({QStringLiteral("-h")}).output, help.output);
+
     const auto version = HostdProcess::run({QStringLiteral("--version")});
     QCOMPARE(version.code, 0);
     QVERIFY2(QRegularExpression(QStringLiteral("\\Amorvek-hostd [0-9]+\\.[0-9]+\\.[0-9]+\n\\z"))
@@ -111,6 +127,13 @@ void HostdProgramTest::informs()
                           QStringLiteral("wifi-garbage"), QStringLiteral("wifi-no-reply"),
                           QStringLiteral("wifi-out-of-range"), QStringLiteral("wifi-refused"),
                           QStringLiteral("wifi-roaming"), QStringLiteral("wifi-security"), QString()}));
+}
+
+void HostdProgramTest::alignsTheList()
+{
+    const QByteArray list = HostdProcess::run({QStringLiteral("--list-scenarios")}).output;
+    QVERIFY(list.startsWith("come-and-go             Wi-Fi loses "));
+    QVERIFY(list.contains("\nhotspot-daemon-restart  The tethering "));
 }
 
 void HostdProgramTest::checksScenarios()
@@ -198,6 +221,21 @@ void HostdProgramTest::createsTheRoot()
     QVERIFY2(hostd.start(root, {}), hostd.errors().constData());
     QCOMPARE(hostd.output(), "ready: " + root.toUtf8() + '\n');
     QCOMPARE(QFile::permissions(root) & 0x0077, QFile::Permissions());
+}
+
+void HostdProgramTest::resolvesARelativeRoot()
+{
+    const QTemporaryDir folder;
+    const QString former = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(folder.path()));
+    HostdProcess hostd;
+    const bool started = hostd.start(QStringLiteral("a/../root"), {});
+    const auto second = HostdProcess::run({QStringLiteral("--root"), QStringLiteral("./root/")});
+    QVERIFY(QDir::setCurrent(former));
+    QVERIFY2(started, hostd.errors().constData());
+    const QByteArray root = folder.path().toUtf8() + "/root";
+    QCOMPARE(hostd.output(), "ready: " + root + '\n');
+    QCOMPARE(second.errors, "morvek-hostd: another morvek-hostd publishes below \"" + root + "\"\n");
 }
 
 void HostdProgramTest::takesTheRootFromTheEnvironment()

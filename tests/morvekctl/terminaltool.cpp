@@ -33,9 +33,14 @@ TerminalTool::~TerminalTool()
 
 bool TerminalTool::start(const QString &root, const QStringList &arguments, Hangup hangup)
 {
-    QVector<QByteArray> words {MORVEKCTL};
-    for (const QString &argument : arguments)
-        words.append(argument.toUtf8());
+    return startProgram(root, QStringList {QStringLiteral(MORVEKCTL)} + arguments, hangup);
+}
+
+bool TerminalTool::startProgram(const QString &root, const QStringList &command, Hangup hangup)
+{
+    QVector<QByteArray> words;
+    for (const QString &word : command)
+        words.append(word.toUtf8());
     QVector<char *> pointers;
     for (QByteArray &word : words)
         pointers.append(word.data());

@@ -11,7 +11,7 @@
 
 namespace morvek {
 
-/*! morvekctl on a terminal of its own: standard input, output and error are that terminal. */
+/*! morvekctl, or a shell, on a terminal of its own: standard input, output and error are that terminal. */
 class TerminalTool
 {
 public:
@@ -22,6 +22,8 @@ public:
     enum Hangup { HeedHangup, IgnoreHangup };
 
     bool start(const QString &root, const QStringList &arguments, Hangup hangup = HeedHangup);
+    /*! Another program: the file of that name, and its arguments. */
+    bool startProgram(const QString &root, const QStringList &command, Hangup hangup = HeedHangup);
     pid_t processId() const { return m_process; }
     /*! Waits until \a text has been shown; false when it was not within a minute. */
     bool waitFor(const QString &text) { return waitFor(QRegularExpression(QRegularExpression::escape(text))); }

@@ -23,6 +23,7 @@ private Q_SLOTS:
     void help_data();
     void help();
     void helpNamesEverything();
+    void helpTellsAllInOneText();
 
 private:
     QTemporaryDir m_root;
@@ -102,6 +103,8 @@ void TestMorvekctlUsage::nonsense_data()
     row("help of an unknown command of a group", "help wifi scna",
         "there is no command \"wifi scna\": did you mean 'wifi scan'? See 'morvekctl help wifi'");
     row("help of more than a command", "help show eth0", "there is no command \"show eth0\": see 'morvekctl --help'");
+    row("help of all and of one", "help --all show", "--all tells every command: leave \"show\" out");
+    row("help of all twice", "help --all --all", "--all is given twice: give it once");
     row("help of too much", "help wifi scan now", "\"now\" is too much: morvekctl help [COMMAND]");
     row("word too much for a command of a group", "wifi scan all", "\"all\" is too much: morvekctl wifi scan");
     row("option of another command of the group", "wifi scan --passkey-file f",
@@ -428,7 +431,7 @@ void TestMorvekctlUsage::helpNamesEverything()
         "\n  hotspot on ",
         "\n  hotspot off ",
         "\n  hotspot profile ",
-        "\n  hotspot set OPTION... ",
+        "\n  hotspot set OPTION...\n                        change ",
         "\n  hotspot monitor ",
         "\n  help [COMMAND] ",
         "\n  --json ",
@@ -467,13 +470,27 @@ void TestMorvekctlUsage::helpNamesEverything()
     QVERIFY(!hotspot.contains(QLatin1String("wifi")));
     const QString set =
         runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("hotspot"), QStringLiteral("set")}).output;
-    for (const char *option : {"--name NAME ", "--band 2.4|5 ", "--security WORD ", "--max-clients N ",
-                               "--inactivity-time N ", "--privacy on|off ", "--block-connections on|off\n",
-                               "--passphrase-file FILE\n", "--ask-passphrase ", "--json ", "--wait "})
+    for (const char *option :
+         {"--name NAME ", "--band 2.4|5 ", "--security open|WPA|WPA2|WPA/WPA2\n", "--max-clients N ",
+          "--inactivity-time N ", "--privacy on|off ", "--block-connections on|off\n", "--passphrase-file FILE\n",
+          "--ask-passphrase ", "--json ", "--wait "})
         QVERIFY2(set.contains(QLatin1String("\n  ") + QLatin1String(option)), option);
     const QString shown =
         runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("hotspot"), QStringLiteral("profile")}).output;
     QVERIFY(shown.contains(QLatin1String("\n  --show-passphrase ")));
+}
+
+void TestMorvekctlUsage::helpTellsAllInOneText()
+{
+    const QString all = runTool(m_root.path(), {QStringLiteral("help"), QStringLiteral("--all")}).output;
+    const QString program = runTool(m_root.path(), {QStringLiteral("help")}).output;
+    QVERIFY(all.startsWith(program));
+    for (const char *name : {"interfaces", "configure", "wifi connect", "hotspot set", "help"}) {
+        const QStringList words =
+            QStringList {QStringLiteral("help")} + QString::fromLatin1(name).split(QLatin1Char(' '));
+        const QString command = runTool(m_root.path(), words).output;
+        QVERIFY2(all.contains(QStringLiteral("\nmorvekctl %1:\n\n%2").arg(QLatin1String(name), command)), name);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestMorvekctlUsage)

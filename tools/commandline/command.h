@@ -39,7 +39,7 @@ struct Word
 struct Option
 {
     QString name;
-    QString value; //!< what the help calls its value; empty when it takes none
+    QString value; //!< what the help calls its value, see candidatesOfValue(); empty when it takes none
     QString help;
 };
 

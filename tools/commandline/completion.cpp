@@ -21,17 +21,17 @@ QStringList optionNames(const CommandLine &line, const QStringList &given)
     return names;
 }
 
-QStringList candidates(const CommandLine &line, const QStringList &given)
+Candidates candidates(const CommandLine &line, const QStringList &given)
 {
     const size_t position = size_t(line.words.size());
     if (line.command && position < line.command->words.size())
-        return line.command->words[position].candidates(line.words);
-    return (line.command ? QStringList() : nextWords(line.name)) + optionNames(line, given);
+        return {line.command->words[position].candidates(line.words)};
+    return {(line.command ? QStringList() : nextWords(line.name)) + optionNames(line, given)};
 }
 
 } // namespace
 
-QStringList completions(const QStringList &words)
+Candidates completions(const QStringList &words)
 {
     if (words.isEmpty())
         return completions({QString()});
@@ -43,7 +43,7 @@ QStringList completions(const QStringList &words)
             given += word;
             const Option *option = findOption(word.mid(2));
             if (option && !option->value.isEmpty() && ++i + 1 == words.size())
-                return {}; // the value of an option
+                return candidatesOfValue(option->value);
         } else if (line.command) {
             line.words += word;
         } else {
@@ -54,14 +54,11 @@ QStringList completions(const QStringList &words)
         }
     }
     const QString &typed = words.last();
-    const bool isOption = typed.startsWith(QLatin1Char('-'));
-    const QStringList all = isOption ? optionNames(line, given) : candidates(line, given);
-    QStringList fitting;
-    for (const QString &candidate : all) {
-        if (candidate.startsWith(typed))
-            fitting += candidate;
-    }
-    return fitting;
+    if (!typed.startsWith(QLatin1Char('-')))
+        return candidates(line, given);
+    const int nameEnd = typed.indexOf(QLatin1Char('='));
+    const Option *option = nameEnd < 0 ? nullptr : findOption(typed.mid(2, nameEnd - 2));
+    return option ? attachedTo(typed, candidatesOfValue(option->value)) : Candidates {optionNames(line, given)};
 }
 
 } // namespace morvek

@@ -2,12 +2,12 @@
 #ifndef MORVEK_COMPLETION_H
 #define MORVEK_COMPLETION_H
 
-#include <QtCore/QStringList>
+#include "candidates.h"
 
 namespace morvek {
 
 /*! What the last one of \a words, the arguments typed so far, may become; it may be empty. */
-QStringList completions(const QStringList &words);
+Candidates completions(const QStringList &words);
 
 } // namespace morvek
 

@@ -2,6 +2,7 @@
 #include "helpcommand.h"
 
 #include "commandtable.h"
+#include "helpentries.h"
 #include "output.h"
 #include "servicecommand.h"
 
@@ -13,23 +14,11 @@ namespace morvek {
 
 namespace {
 
-using Entries = std::vector<std::pair<QString, QString>>;
+const QString AllOption = QStringLiteral("all");
 
-// An entry that is too long for its column has its text on the next line.
-void writeEntries(QTextStream &stream, const Entries &entries)
+HelpEntries optionEntries(const std::vector<Option> &options)
 {
-    const int column = 24;
-    for (const auto &[left, right] : entries) {
-        stream << "  " << padded(left, column - 3);
-        if (left.size() > column - 3)
-            stream << "\n  " << padded(QString(), column - 3);
-        stream << ' ' << right << '\n';
-    }
-}
-
-Entries optionEntries(const std::vector<Option> &options)
-{
-    Entries entries;
+    HelpEntries entries;
     for (const Option &option : options)
         entries.emplace_back(QStringLiteral("--%1 %2").arg(option.name, option.value).trimmed(), option.help);
     return entries;
@@ -46,9 +35,9 @@ std::vector<const CommandInfo *> commandsOf(const QString &beginning)
     return found;
 }
 
-Entries usageEntries(const QString &beginning)
+HelpEntries usageEntries(const QString &beginning)
 {
-    Entries entries;
+    HelpEntries entries;
     for (const CommandInfo *command : commandsOf(beginning)) {
         for (const Usage &usage : command->usages)
             entries.emplace_back(QStringLiteral("%1 %2").arg(command->name, usage.arguments).trimmed(), usage.help);
@@ -56,7 +45,7 @@ Entries usageEntries(const QString &beginning)
     return entries;
 }
 
-Entries exitCodeEntries()
+HelpEntries exitCodeEntries()
 {
     const auto entry = [](ExitCode code, const QString &meaning) {
         return std::make_pair(QString::number(code), meaning);
@@ -87,18 +76,17 @@ QString programHelp()
     stream << "Usage: morvekctl COMMAND [ARGUMENT]... [OPTION]...\n\n"
               "Shows and changes the network interfaces, the Wi-Fi station and the Wi-Fi hotspot of this "
               "unit.\n\nCommands:\n";
-    writeEntries(stream, usageEntries(QString()));
+    stream << helpLines(usageEntries(QString()));
     stream << "\nOptions of most commands ('morvekctl help COMMAND' tells all):\n";
-    writeEntries(stream, optionEntries(serviceOptions()));
-    writeEntries(stream, optionEntries({helpOption(), versionOption()}));
+    stream << helpLines(optionEntries(serviceOptions()));
+    stream << helpLines(optionEntries({helpOption(), versionOption()}));
     stream << "\nExit codes:\n";
-    writeEntries(stream, exitCodeEntries());
+    stream << helpLines(exitCodeEntries());
     writeExamples(stream, QString());
     stream << "\nEnvironment:\n";
-    writeEntries(stream,
-                 {{QStringLiteral("ZOP_ROOT"), QStringLiteral("root of the daemons' objects")},
-                  {QStringLiteral("KREL_VERBOSITY"),
-                   QStringLiteral("set, it shows what the library logs on standard error: 0 (nothing) to 7")}});
+    stream << helpLines({{QStringLiteral("ZOP_ROOT"), QStringLiteral("root of the daemons' objects")},
+                         {QStringLiteral("KREL_VERBOSITY"),
+                          QStringLiteral("set, it shows what the library logs on standard error: 0 (nothing) to 7")}});
     stream.flush();
     return text;
 }
@@ -108,7 +96,7 @@ QString groupHelp(const QString &name)
     QString text;
     QTextStream stream(&text);
     stream << "Usage: morvekctl " << name << " COMMAND [ARGUMENT]... [OPTION]...\n\nCommands:\n";
-    writeEntries(stream, usageEntries(longerName(name, QString())));
+    stream << helpLines(usageEntries(longerName(name, QString())));
     stream << "\nOptions: 'morvekctl help " << name << " COMMAND' tells them.\n";
     writeExamples(stream, longerName(name, QString()));
     stream.flush();
@@ -126,8 +114,8 @@ QString commandHelp(const CommandInfo &command)
     if (!command.details.isEmpty())
         stream << '\n' << command.details << '\n';
     stream << "\nOptions:\n";
-    writeEntries(stream, optionEntries(command.options));
-    writeEntries(stream, optionEntries({helpOption()}));
+    stream << helpLines(optionEntries(command.options));
+    stream << helpLines(optionEntries({helpOption()}));
     stream << "\nExamples:\n";
     for (const QString &example : command.examples)
         stream << "  " << example << '\n';
@@ -135,22 +123,30 @@ QString commandHelp(const CommandInfo &command)
     return text;
 }
 
+QString allHelp()
+{
+    QString text = programHelp();
+    for (const CommandInfo &command : commands())
+        text += QStringLiteral("\nmorvekctl %1:\n\n").arg(command.name) + commandHelp(command);
+    return text;
+}
+
 class HelpCommand : public Command
 {
 public:
-    explicit HelpCommand(const QString &name)
-        : m_name(name)
+    explicit HelpCommand(const QString &text)
+        : m_text(text)
     {
     }
 
     void start() override
     {
-        writeText(helpText(m_name));
+        writeText(m_text);
         Q_EMIT finished(Done);
     }
 
 private:
-    const QString m_name;
+    const QString m_text;
 };
 
 QStringList nextWordsAfter(const QStringList &before)
@@ -161,9 +157,13 @@ QStringList nextWordsAfter(const QStringList &before)
 std::unique_ptr<Command> create(const CommandLine &line, QString *error)
 {
     const QString name = line.words.join(QLatin1Char(' '));
-    if (findCommand(name) || !nextWords(name).isEmpty())
-        return std::make_unique<HelpCommand>(name);
-    *error = noSuchCommand(name);
+    const bool all = line.has(AllOption);
+    if (all && !name.isEmpty())
+        *error = QStringLiteral("--%1 tells every command: leave \"%2\" out").arg(AllOption, name);
+    else if (findCommand(name) || !nextWords(name).isEmpty())
+        return std::make_unique<HelpCommand>(all ? allHelp() : helpText(name));
+    else
+        *error = noSuchCommand(name);
     return nullptr;
 }
 
@@ -174,7 +174,7 @@ CommandInfo helpCommand()
     return {QStringLiteral("help"),
             {{QStringLiteral("COMMAND"), nextWordsAfter}, {QStringLiteral("COMMAND"), nextWordsAfter}},
             2,
-            {},
+            {{AllOption, {}, QStringLiteral("tell how every command is used, as the manual's page does")}},
             {{QStringLiteral("[COMMAND]"), QStringLiteral("tell how morvekctl, or one command, is used")}},
             {},
             {QStringLiteral("morvekctl help configure"), QStringLiteral("morvekctl help wifi connect")},
@@ -183,7 +183,7 @@ CommandInfo helpCommand()
 
 QString shortHelp()
 {
-    Entries entries;
+    HelpEntries entries;
     const QStringList words = nextWords(QString());
     for (const QString &word : words) {
         QStringList deeds;
@@ -198,7 +198,7 @@ QString shortHelp()
     QString text;
     QTextStream stream(&text);
     stream << "Usage: morvekctl COMMAND [ARGUMENT]... [OPTION]...\n\nCommands:\n";
-    writeEntries(stream, entries);
+    stream << helpLines(entries);
     stream << "\n'morvekctl --help' tells all, 'morvekctl help COMMAND' how one is used.\n";
     stream.flush();
     return text;

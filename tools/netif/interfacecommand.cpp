@@ -2,6 +2,7 @@
 #include "interfacecommand.h"
 
 #include "output.h"
+#include "publishednames.h"
 #include "texts.h"
 
 namespace morvek {
@@ -21,7 +22,7 @@ QStringList interfaceNames(const NetworkInterfaceService &service)
 
 Word interfaceWord()
 {
-    return {QStringLiteral("NAME"), [](const QStringList &) { return interfaceNames(NetworkInterfaceService()); }};
+    return {QStringLiteral("NAME"), [](const QStringList &) { return PublishedNames::interfaces(); }};
 }
 
 // This service is ready at once, or never.

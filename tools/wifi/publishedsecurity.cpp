@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "publishedsecurity.h"
 
-#include <wifiaccesspoint.h>
-#include <zopobject.h>
+#include "publishedstatus.h"
 
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
+#include <wifiaccesspoint.h>
 
 namespace morvek {
 
@@ -25,19 +22,16 @@ QStringList texts(const QJsonValue &array)
 
 PublishedSecurity::PublishedSecurity()
 {
-    ZopObject status(QStringLiteral("/zop/services/wifi/status"), ZopObject::Subscribe, false);
-    status.setAttributeCacheEnabled(true);
-    // Read as the library reads it, so that the same text gives the same networks.
-    readScan(status.attribute(QStringLiteral("scan_results")).toString().toLocal8Bit());
-    const QJsonObject connection = status.attribute(QStringLiteral("wifi_status")).toJson(nullptr).object();
+    const PublishedStatus status;
+    readScan(status.scanResults());
+    const QJsonObject connection = status.connection();
     m_connectedBssid = connection.value(QLatin1String("bssid")).toString();
     m_connection = NetworkSecurity(QStringList(connection.value(QLatin1String("key_mgmt")).toString()));
 }
 
-void PublishedSecurity::readScan(const QByteArray &results)
+void PublishedSecurity::readScan(const QJsonArray &results)
 {
-    const QJsonArray array = QJsonDocument::fromJson(results).array();
-    for (const QJsonValue &result : array)
+    for (const QJsonValue &result : results)
         // One that is listed twice has the protections of both: neither may pass for an open one.
         m_flags[result[QLatin1String("bssid")].toString()] += texts(result[QLatin1String("flags")]);
 }

@@ -5,6 +5,7 @@
 #include "networksecurity.h"
 
 #include <QtCore/QHash>
+#include <QtCore/QJsonArray>
 
 namespace morvek {
 
@@ -24,7 +25,7 @@ public:
     NetworkSecurity ofConnected(const WifiAccessPoint &accessPoint) const;
 
 private:
-    void readScan(const QByteArray &results);
+    void readScan(const QJsonArray &results);
 
     QHash<QString, QStringList> m_flags; //!< those of the last scan, by hardware address
     QString m_connectedBssid;

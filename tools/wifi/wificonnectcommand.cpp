@@ -6,6 +6,7 @@
 #include "output.h"
 #include "passkey.h"
 #include "passkeyprompt.h"
+#include "publishednames.h"
 #include "scanningcommand.h"
 #include "terminationsignals.h"
 #include "texts.h"
@@ -204,7 +205,7 @@ std::unique_ptr<Command> create(const CommandLine &line, QString *error)
 CommandInfo wifiConnectCommand()
 {
     return {QStringLiteral("wifi connect"),
-            {{QStringLiteral("SSID"), [](const QStringList &) { return QStringList(); }}},
+            {{QStringLiteral("SSID"), [](const QStringList &) { return PublishedNames::networks(); }}},
             0,
             withServiceOptions({passkeyFileOption(PasskeyKind)}),
             {{QStringLiteral("SSID"), QStringLiteral("leave the present network, and join the one of that name")}},

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "publishedstatus.h"
+
+#include <QtCore/QJsonDocument>
+
+#include <zopvariant.h>
+
+namespace morvek {
+
+PublishedStatus::PublishedStatus()
+    : m_object(QStringLiteral("/zop/services/wifi/status"), ZopObject::Subscribe, false)
+{
+    m_object.setAttributeCacheEnabled(true);
+}
+
+QJsonArray PublishedStatus::scanResults() const
+{
+    // Read as the library reads it, so that the same text gives the same networks.
+    const QByteArray results = m_object.attribute(QStringLiteral("scan_results")).toString().toLocal8Bit();
+    return QJsonDocument::fromJson(results).array();
+}
+
+QJsonObject PublishedStatus::connection() const
+{
+    return m_object.attribute(QStringLiteral("wifi_status")).toJson(nullptr).object();
+}
+
+} // namespace morvek
