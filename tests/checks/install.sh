@@ -27,9 +27,10 @@ chmod +x "$work/programs/cmake"
 # An application that is put beside the programs moves with them.
 application=$work/first/place/bin/with-pkg-config
 libraries=$(dirname "$(find "$work/first/place" -name libmorvek-network.so)")
+from_programs=\$ORIGIN/$(realpath --relative-to "$work/first/place/bin" "$libraries")
 read -ra flags < <(PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --cflags --libs morvek-network)
 g++ -fPIC -o "$application" examples/interfaces/main.cpp "${flags[@]}" \
-    "-Wl,-rpath,\$ORIGIN/$(realpath --relative-to "$(dirname "$application")" "$libraries")" \
+    "-Wl,-rpath,$from_programs" \
     || mistake "examples/interfaces does not build with pkg-config"
 
 prefix=$work/moved
@@ -37,11 +38,19 @@ mv "$work/first/place" "$prefix"
 while IFS= read -r file; do
     mistake "the installed $file names a folder of the build, or where it was installed"
 done < <(grep -rIlF -e "$PWD" -e "$work/first" "$prefix" || true)
-while IFS= read -r file; do
-    # shellcheck disable=SC2016 # as the loader reads it
-    readelf --dynamic "$file" | sed -n 's/.*R\(UN\)\?PATH.*\[\(.*\)\]/\2/p' | grep -v '^\$ORIGIN\(/\.\./[a-z0-9_/-]*\)\?$' \
-        && mistake "that is where the installed $file looks for its libraries"
-done < <(find "$prefix/bin" "$prefix/lib" -type f -perm -u+x)
+
+# searches FILE PLACE: whether it looks for libraries there, and nowhere else
+searches() {
+    local places
+    places=$(readelf --dynamic "$1" | sed -n 's/.*R\(UN\)\?PATH.*\[\(.*\)\]/\2/p')
+    [[ $places == "$2" ]] || mistake "the installed $1 looks for its libraries in '$places'"
+}
+for program in "$prefix"/bin/morvek*; do
+    searches "$program" "$from_programs"
+done
+for library in "$prefix"/lib*/libmorvek-*.so.1; do
+    searches "$library" "\$ORIGIN"
+done
 
 for example in interfaces statusbar; do
     if ! cmake -S "examples/$example" -B "$work/$example" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null \
@@ -61,6 +70,9 @@ fi
 # shellcheck disable=SC2016 # as the loader reads it
 grep -qF 'NEW_RPATH "\$ORIGIN/../../lib/unit"' "$work/unit/tools/cmake_install.cmake" \
     || mistake "programs in other folders would not find the libraries"
+
+cmake -DCMAKE_INSTALL_PREFIX="$work/image" -P "$work/unit/src/cmake_install.cmake" >/dev/null
+searches "$work/image/lib/unit/libmorvek-network.so.1" "\$ORIGIN"
 
 # What is installed finds itself: the applications read what the daemon publishes, and so do the tools.
 mkdir -m 0700 "$work/root"
