@@ -11,9 +11,8 @@ trap '[[ -z $daemon ]] || kill "$daemon" || true; rm -rf "$work"' EXIT
 unset LD_LIBRARY_PATH
 
 # ./dev installs what is built; here it must not build, as others look at the build meanwhile.
-mkdir -p "$work"/{programs,project/tests/checks}
-cp dev "$work/project"
-cp -r tests/checks/lib "$work/project/tests/checks"
+copy_dev "$work/project"
+mkdir "$work/programs"
 ln -s "$(realpath "$build")" "$work/project/build"
 cat >"$work/programs/cmake" <<END
 #!/bin/sh

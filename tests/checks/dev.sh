@@ -1,16 +1,14 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# each verb of ./dev installs what it needs, and no more
+# each verb of ./dev installs what it needs and no more, and quick tells what it leaves out
 # shellcheck source-path=SCRIPTDIR
 source "$(dirname "${BASH_SOURCE[0]}")/lib/check.bash"
 
 # A copy of ./dev, on a machine where nothing is installed, nothing can be, and all that is asked for is written down.
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-mkdir -p "$work"/{programs,project/tests/checks}
-cp dev "$work/project"
-cp -r tests/checks/lib "$work/project/tests/checks"
-mkdir "$work/project/tests/wifi"
+copy_dev "$work/project"
+mkdir -p "$work/programs" "$work/project/tests/wifi"
 cp tests/wifi/CMakeLists.txt "$work/project/tests/wifi"
 for program in dpkg-query apt-get sudo cmake; do
     printf '#!/bin/sh\nexit 1\n' >"$work/programs/$program"
@@ -49,8 +47,11 @@ building=(cmake g++ ninja-build qtbase5-dev zlib1g-dev)
 asks demo "${building[@]}"
 asks "install $work/prefix" "${building[@]}"
 asks storm "${building[@]}"
-asks build cmake dbus g++ ninja-build qtbase5-dev strace valgrind zlib1g-dev
-asks "run morvekctl" cmake dbus g++ ninja-build qtbase5-dev strace valgrind zlib1g-dev
+asks build cmake g++ ninja-build qtbase5-dev valgrind zlib1g-dev
+asks "run morvekctl" cmake g++ ninja-build qtbase5-dev valgrind zlib1g-dev
+asks abi abigail-tools cmake g++ ninja-build qtbase5-dev valgrind zlib1g-dev
+asks counts cmake dbus g++ ninja-build qtbase5-dev strace valgrind zlib1g-dev
+asks bench cmake crossbuild-essential-armhf dbus g++ ninja-build pkg-config qtbase5-dev strace valgrind zlib1g-dev
 asks fuzz clang cmake g++ libclang-rt-dev llvm ninja-build qtbase5-dev zlib1g-dev
 asks "storm --sanitized" clang cmake g++ libclang-rt-dev llvm ninja-build qtbase5-dev zlib1g-dev
 asks arm abigail-tools cmake crossbuild-essential-armhf g++ jq ninja-build pkg-config qemu-user qtbase5-dev zlib1g-dev
@@ -89,4 +90,31 @@ packages=$(asked run morvekctl interfaces)
 packages=$(asked quick nowhere)
 [[ -z $packages ]] || mistake "./dev quick asks for '$packages' to say that there is no such folder"
 grep -qxF './dev: tests/nowhere has no tests; these have: wifi' "$work/told" || mistake "./dev quick nowhere says '$(<"$work/told")'"
+
+# What is built and run by quick, on a machine where everything is installed and one test fails.
+for program in cmake ctest; do
+    # shellcheck disable=SC2016 # for the shell in there
+    printf '#!/bin/sh\necho "$(basename "$0") $*" >>"$ASKED"\n[ "$(basename "$0")" = cmake ] || exit 8\n' \
+        >"$work/programs/$program"
+    chmod +x "$work/programs/$program"
+done
+cat >"$work/programs/dpkg-query" <<'END'
+#!/bin/sh
+printf '%s installed\n' g++ cmake ninja-build qtbase5-dev zlib1g-dev "$@"
+END
+
+# quick_runs TARGET FOLDER WORDS [FOLDER-OF-TESTS]
+quick_runs() {
+    local code=0
+    rm -f "$ASKED"
+    "$work/project/dev" quick "${@:4}" >"$work/told" 2>&1 || code=$?
+    ((code == 8)) || mistake "./dev quick ${*:4} ends with code $code when a test has failed"
+    grep -q -- "^cmake --build build .*--target $1 " "$ASKED" || mistake "./dev quick ${*:4} does not build $1"
+    grep -q -- "^ctest --test-dir $2 " "$ASKED" || mistake "./dev quick ${*:4} does not run the tests in $2"
+    [[ $(grep '^Left out' "$work/told") == "$3" ]] || mistake "./dev quick ${*:4} says '$(<"$work/told")'"
+}
+others="Left out: the checks, sanitizers, the fuzzing engine and 32-bit ARM, which ./dev test adds."
+quick_runs tests/all build "$others"
+quick_runs tests/wifi/all build/tests/wifi "Left out: the tests of the other folders."$'\n'"$others" wifi
+quick_runs tests/wifi/all build/tests/wifi "Left out: the tests of the other folders."$'\n'"$others" tests/wifi/
 finish
