@@ -46,9 +46,9 @@ asks() {
 building=(cmake g++ ninja-build qtbase5-dev zlib1g-dev)
 asks demo "${building[@]}"
 asks "install $work/prefix" "${building[@]}"
+asks "run morvekctl" "${building[@]}"
 asks storm "${building[@]}"
 asks build cmake g++ ninja-build qtbase5-dev valgrind zlib1g-dev
-asks "run morvekctl" cmake g++ ninja-build qtbase5-dev valgrind zlib1g-dev
 asks abi abigail-tools cmake g++ ninja-build qtbase5-dev valgrind zlib1g-dev
 asks counts cmake dbus g++ ninja-build qtbase5-dev strace valgrind zlib1g-dev
 asks bench cmake crossbuild-essential-armhf dbus g++ ninja-build pkg-config qtbase5-dev strace valgrind zlib1g-dev
@@ -90,6 +90,10 @@ packages=$(asked run morvekctl interfaces)
 packages=$(asked quick nowhere)
 [[ -z $packages ]] || mistake "./dev quick asks for '$packages' to say that there is no such folder"
 grep -qxF './dev: tests/nowhere has no tests; these have: wifi' "$work/told" || mistake "./dev quick nowhere says '$(<"$work/told")'"
+
+packages=$(asked install)
+[[ -z $packages ]] || mistake "./dev install asks for '$packages' to say that it is told no folder"
+grep -qxF './dev: install where? ./dev install PREFIX' "$work/told" || mistake "./dev install says '$(<"$work/told")'"
 
 # What is built and run by quick, on a machine where everything is installed and one test fails.
 for program in cmake ctest; do
