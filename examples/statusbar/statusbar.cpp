@@ -51,10 +51,9 @@ void StatusBar::show()
 // Another application may have given the hotspot another name since it was on last.
 void StatusBar::readHotspotName()
 {
-    if (!m_hotspot->enabled()) {
-        setHotspotName(QString());
+    setHotspotName(QString());
+    if (!m_hotspot->enabled())
         return;
-    }
     AsyncHotspotConfigOperation *operation = m_hotspot->configuration();
     connect(operation, &AsyncHotspotConfigOperation::success, this, [this, operation] {
         setHotspotName(operation->results().value(0).name());
@@ -103,5 +102,7 @@ QString StatusBar::hotspot() const
         return QStringLiteral("no hotspot yet");
     if (!m_hotspot->enabled())
         return QStringLiteral("hotspot off");
+    if (m_hotspotName.isEmpty())
+        return QStringLiteral("hotspot on");
     return QLatin1String("hotspot on ") + m_hotspotName;
 }
