@@ -156,7 +156,7 @@ begin_chapter
 tell "The tool, too, tells every change as it happens."
 follow monitor 192.168.43.17/24 morvekctl monitor
 tell "The Wi-Fi gets an address by hand. It is disconnected first, so the unit prefers the wire meanwhile."
-try morvekctl configure wlan0 manual --address 192.168.43.99 --prefix 24 --gateway 192.168.43.1 --applied
+try morvekctl configure wlan0 manual --address 192.168.43.99/24 --gateway 192.168.43.1 --applied
 told statusbar 'wlan0 192.168.43.99'
 told monitor 192.168.43.99/24
 tell "And back to DHCP: the command returns when the daemon has accepted it, the address comes later."
@@ -166,7 +166,7 @@ told monitor 192.168.43.17/24
 leave monitor
 tell "What makes no sense is refused at once: by the tool, or by the library with a code and a message."
 try morvekctl configure wlan0 manual --address 192.168.43.99
-try morvekctl configure eth0 auto
+try morvekctl configure eth0.5 manual --address 172.16.5.2/24 --gateway 172.16.5.1
 try morvekctl show eth7
 
 begin_chapter
@@ -212,7 +212,7 @@ begin_chapter
 tell "The daemons can play faults. These may not configure the Wi-Fi, and say so."
 use_root workshop
 start_daemons --scenario refused
-try morvekctl configure wlan0 manual --address 192.168.43.99 --prefix 24 --gateway 192.168.43.1
+try morvekctl configure wlan0 manual --address 192.168.43.99/24 --gateway 192.168.43.1
 stop_daemons TERM
 tell "These do not answer the first time. The tool waits for no longer than it is told to; the second time it gets its answer."
 start_daemons --scenario hotspot-no-reply

@@ -63,7 +63,7 @@ void StatusBar::readHotspotName()
         setHotspotName(QLatin1Char('(') + operation->error().message() + QLatin1Char(')'));
         operation->deleteLater();
     });
-    // A manager that does not answer leaves an operation open for ever.
+    // A daemon that does not answer leaves an operation open for ever.
     QTimer::singleShot(3000, operation, [this, operation] {
         setHotspotName(QStringLiteral("(no answer)"));
         operation->deleteLater();

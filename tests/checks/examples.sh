@@ -26,7 +26,7 @@ shows() {
 
 shows "The networking daemon is not there."
 
-# A hotspot that is on, and a manager that first refuses to tell its name, then keeps silent, then tells it.
+# A hotspot that is on, and a daemon that first refuses to tell its name, then keeps silent, then tells it.
 jq '.hotspot.active = true | .faults = [
     { "message": "retrieve_profile", "fault": "refuse", "err": 5, "errmsg": "input/output error", "times": 1 },
     { "message": "retrieve_profile", "fault": "no-reply", "times": 1 }]' \
