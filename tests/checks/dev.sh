@@ -40,7 +40,7 @@ asks() {
     local verb words
     read -ra verb <<<"$1"
     words=$(asked "${verb[@]}")
-    [[ $words == "${*:2} " ]] || mistake "./dev $1 asks for '$words'"
+    [[ $words == "$(printf '%s\n' "${@:2}" | sort -u | tr '\n' ' ')" ]] || mistake "./dev $1 asks for '$words'"
 }
 
 building=(cmake g++ ninja-build qtbase5-dev zlib1g-dev)
@@ -48,13 +48,13 @@ asks demo "${building[@]}"
 asks "install $work/prefix" "${building[@]}"
 asks "run morvekctl" "${building[@]}"
 asks storm "${building[@]}"
-asks build cmake g++ ninja-build qtbase5-dev valgrind zlib1g-dev
-asks abi abigail-tools cmake g++ ninja-build qtbase5-dev valgrind zlib1g-dev
-asks counts cmake dbus g++ ninja-build qtbase5-dev strace valgrind zlib1g-dev
-asks bench cmake crossbuild-essential-armhf dbus g++ ninja-build pkg-config qtbase5-dev strace valgrind zlib1g-dev
-asks fuzz clang cmake g++ libclang-rt-dev llvm ninja-build qtbase5-dev zlib1g-dev
-asks "storm --sanitized" clang cmake g++ libclang-rt-dev llvm ninja-build qtbase5-dev zlib1g-dev
-asks arm abigail-tools cmake crossbuild-essential-armhf g++ jq ninja-build pkg-config qemu-user qtbase5-dev zlib1g-dev
+asks build "${building[@]}" valgrind
+asks counts "${building[@]}" valgrind dbus strace
+asks bench "${building[@]}" valgrind dbus strace crossbuild-essential-armhf pkg-config
+asks abi "${building[@]}" valgrind abigail-tools
+asks fuzz "${building[@]}" clang libclang-rt-dev llvm
+asks "storm --sanitized" "${building[@]}" clang libclang-rt-dev llvm
+asks arm "${building[@]}" crossbuild-essential-armhf pkg-config jq qemu-user abigail-tools
 
 # Whoever adds a test adds what it starts: these lists grow.
 for verb in quick "quick wifi" sanitize "test --coverage" test; do
