@@ -32,7 +32,7 @@ asked() {
     rm -f "$ASKED"
     touch "$ASKED"
     "$work/project/dev" "$@" >"$work/told" 2>&1 || true
-    sort -u "$ASKED" | tr '\n' ' '
+    sort "$ASKED" | tr '\n' ' '
 }
 
 # asks VERB PACKAGE...
@@ -91,6 +91,8 @@ packages=$(asked quick nowhere)
 [[ -z $packages ]] || mistake "./dev quick asks for '$packages' to say that there is no such folder"
 grep -qxF './dev: tests/nowhere has no tests; these have: wifi' "$work/told" || mistake "./dev quick nowhere says '$(<"$work/told")'"
 
+asked quick wifi netif >/dev/null
+grep -qxF './dev: quick takes one folder: ./dev quick [FOLDER]' "$work/told" || mistake "./dev quick overlooks a folder"
 packages=$(asked install)
 [[ -z $packages ]] || mistake "./dev install asks for '$packages' to say that it is told no folder"
 grep -qxF './dev: install where? ./dev install PREFIX' "$work/told" || mistake "./dev install says '$(<"$work/told")'"
