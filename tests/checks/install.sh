@@ -34,6 +34,8 @@ g++ -fPIC -o "$application" examples/interfaces/main.cpp "${flags[@]}" \
 
 prefix=$work/moved
 mv "$work/first/place" "$prefix"
+cmp host/simulation/scenario.schema.json "$prefix/share/morvek/scenario.schema.json" \
+    || mistake "the schema of scenarios is not installed"
 while IFS= read -r file; do
     mistake "the installed $file names a folder of the build, or where it was installed"
 done < <(grep -rIlF -e "$PWD" -e "$work/first" "$prefix" || true)
