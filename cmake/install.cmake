@@ -3,8 +3,12 @@
 # the folder HEADERS, and a pkg-config file named like the header folder.
 include(CMakePackageConfigHelpers)
 
+# Programs and libraries find the libraries by where they stand themselves, so that an installed tree may be moved.
+file(RELATIVE_PATH LIBRARIES_OF_PROGRAMS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+set(CMAKE_INSTALL_RPATH \$ORIGIN/${LIBRARIES_OF_PROGRAMS})
+
 function(morvek_install_library TARGET PACKAGE NAME HEADERS HEADER_FILES)
-    set_target_properties(${TARGET} PROPERTIES EXPORT_NAME ${NAME})
+    set_target_properties(${TARGET} PROPERTIES EXPORT_NAME ${NAME} INSTALL_RPATH \$ORIGIN)
     install(TARGETS ${TARGET} EXPORT ${PACKAGE}Targets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${HEADERS})

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# an application builds against the installed tree and runs
+# what is installed runs where it has been moved to, and applications build against it
 # shellcheck source-path=SCRIPTDIR
 source "$(dirname "${BASH_SOURCE[0]}")/lib/check.bash"
 
@@ -8,33 +8,74 @@ need "$build/CMakeCache.txt"
 work=$(mktemp -d)
 daemon=
 trap '[[ -z $daemon ]] || kill "$daemon" || true; rm -rf "$work"' EXIT
+unset LD_LIBRARY_PATH
 
-prefix=$work/prefix
-cmake --install "$build" --prefix "$prefix" >/dev/null
-cmp host/simulation/scenario.schema.json "$prefix/share/morvek/scenario.schema.json" \
-    || mistake "the schema of scenarios is not installed"
-libraries=$(dirname "$(find "$prefix" -name libmorvek-network.so)")
-export LD_LIBRARY_PATH=$libraries
+# ./dev installs what is built; here it must not build, as others look at the build meanwhile.
+copy_dev "$work/project"
+mkdir "$work/programs"
+ln -s "$(realpath "$build")" "$work/project/build"
+cat >"$work/programs/cmake" <<END
+#!/bin/sh
+[ "\$1" != --install ] || exec "$(command -v cmake)" "\$@"
+END
+chmod +x "$work/programs/cmake"
+(cd "$work" && PATH=$work/programs:$PATH project/dev install first/place) >"$work/told"
+[[ $(<"$work/told") == "Installed into $work/first/place; docs/installing.md tells how to use it." ]] \
+    || mistake "./dev install says '$(<"$work/told")'"
 
-if ! cmake -S examples/interfaces -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null \
-    || ! cmake --build "$work/cmake" >/dev/null; then
-    mistake "examples/interfaces does not build with CMake"
-fi
-
-export PKG_CONFIG_PATH=$libraries/pkgconfig
-read -ra flags < <(pkg-config --cflags --libs morvek-network)
-g++ -fPIC -o "$work/with-pkg-config" examples/interfaces/main.cpp "${flags[@]}" \
+# An application that is put beside the programs moves with them.
+application=$work/first/place/bin/with-pkg-config
+libraries=$(dirname "$(find "$work/first/place" -name libmorvek-network.so)")
+from_programs=\$ORIGIN/$(realpath --relative-to "$work/first/place/bin" "$libraries")
+read -ra flags < <(PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --cflags --libs morvek-network)
+g++ -fPIC -o "$application" examples/interfaces/main.cpp "${flags[@]}" \
+    "-Wl,-rpath,$from_programs" \
     || mistake "examples/interfaces does not build with pkg-config"
 
+prefix=$work/moved
+mv "$work/first/place" "$prefix"
+cmp host/simulation/scenario.schema.json "$prefix/share/morvek/scenario.schema.json" \
+    || mistake "the schema of scenarios is not installed"
+while IFS= read -r file; do
+    mistake "the installed $file names a folder of the build, or where it was installed"
+done < <(grep -rIlF -e "$PWD" -e "$work/first" "$prefix" || true)
+
+# searches FILE PLACE: whether it looks for libraries there, and nowhere else
+searches() {
+    local places
+    places=$(readelf --dynamic "$1" | sed -n 's/.*R\(UN\)\?PATH.*\[\(.*\)\]/\2/p')
+    [[ $places == "$2" ]] || mistake "the installed $1 looks for its libraries in '$places'"
+}
+for program in "$prefix"/bin/morvek*; do
+    searches "$program" "$from_programs"
+done
+for library in "$prefix"/lib*/libmorvek-*.so.1; do
+    searches "$library" "\$ORIGIN"
+done
+
+for example in interfaces statusbar; do
+    if ! cmake -S "examples/$example" -B "$work/$example" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null \
+        || ! cmake --build "$work/$example" >/dev/null; then
+        mistake "examples/$example does not build with CMake"
+    fi
+done
+
 # A unit's own platform libraries take the stand-in's place; here they are the installed ones. The contract can be tried
-# on them.
-if ! cmake -S . -B "$work/unit" -G Ninja -DMORVEK_PLATFORM="$prefix" >/dev/null \
+# on them. Its folders are its own, too.
+if ! cmake -S . -B "$work/unit" -G Ninja -DMORVEK_PLATFORM="$prefix" -DCMAKE_INSTALL_LIBDIR=lib/unit \
+    -DCMAKE_INSTALL_BINDIR=unit/bin >/dev/null \
     || ! cmake --build "$work/unit" --target morvek-network contract-update contract-statepeers >/dev/null \
     || ! ctest --test-dir "$work/unit" -R '^contract\.(update|statepeers)$' --no-tests=error >/dev/null; then
     mistake "the library and the contract's tests do not build and run against an installed platform"
 fi
+# shellcheck disable=SC2016 # as the loader reads it
+grep -qF 'NEW_RPATH "\$ORIGIN/../../lib/unit"' "$work/unit/tools/cmake_install.cmake" \
+    || mistake "programs in other folders would not find the libraries"
 
-# What is installed finds itself: the application reads what the daemon publishes, and so does the tool.
+cmake -DCMAKE_INSTALL_PREFIX="$work/image" -P "$work/unit/src/cmake_install.cmake" >/dev/null
+searches "$work/image/lib/unit/libmorvek-network.so.1" "\$ORIGIN"
+
+# What is installed finds itself: the applications read what the daemon publishes, and so do the tools.
 mkdir -m 0700 "$work/root"
 export ZOP_ROOT=$work/root
 exec {output}< <(exec "$prefix/bin/morvek-hostd" --root "$ZOP_ROOT")
@@ -45,15 +86,28 @@ name=$("$prefix/bin/morvekctl" interfaces --json | jq -r '.[0].name')
 [[ -n $name && $name != null ]] || mistake "the installed morvekctl lists nothing"
 connected=$("$prefix/bin/morvekctl" wifi status --json | jq .connected)
 [[ $connected == true ]] || mistake "the installed morvekctl does not see the Wi-Fi station connected"
+"$prefix/bin/morvek-zop" show /zop/services/wifi/status | grep wifi_power >/dev/null \
+    || mistake "the installed morvek-zop does not show the Wi-Fi status"
 
-for application in "$work/cmake/interfaces-example" "$work/with-pkg-config"; do
-    [[ -x $application ]] || continue
+# its_libraries PID: the folders that it has them from
+its_libraries() {
+    sed -n 's,.* \(/.*\)/libmorvek-[a-z]*\.so\..*,\1,p' "/proc/$1/maps" | sort -u
+}
+
+libraries=$(its_libraries "$daemon")
+[[ $libraries == "$prefix"/lib* ]] || mistake "the installed daemon has its libraries from '$libraries'"
+while read -r application words; do
     exec {output}< <(exec "$application")
     pid=$!
     read -r -t 20 line <&"$output" || line=
-    [[ $line == "$name is "* ]] || mistake "$(basename "$application") says '$line'"
+    [[ $line == "$words"* ]] || mistake "$(basename "$application") says '$line'"
+    [[ $(its_libraries "$pid") == "$libraries" ]] || mistake "$(basename "$application") does not run with what is installed"
     kill "$pid" || mistake "$(basename "$application") has ended by itself"
-done
+done <<END
+$prefix/bin/with-pkg-config $name is
+$work/interfaces/interfaces-example $name is
+$work/statusbar/statusbar-example wlan0 192.168.43.17 |
+END
 
 # Shells and the manual find what is theirs.
 share=$prefix/share

@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# the status bar of the examples tells what is, and what it cannot learn
+# shellcheck source-path=SCRIPTDIR
+source "$(dirname "${BASH_SOURCE[0]}")/lib/check.bash"
+
+statusbar=$build/examples/statusbar/statusbar-example
+need "$statusbar"
+work=$(mktemp -d)
+daemon=
+trap '[[ -z $daemon ]] || kill "$daemon" || true; rm -rf "$work"' EXIT
+mkdir -m 0700 "$work/root"
+export ZOP_ROOT=$work/root
+
+# shows LINE...: what it shows from its start on; the last line is waited for
+shows() {
+    local output pid line='' lines=()
+    exec {output}< <(exec "$statusbar")
+    pid=$!
+    while [[ $line != "${*: -1}" ]] && IFS= read -r -t 20 line <&"$output"; do
+        lines+=("$line")
+    done
+    kill "$pid" 2>/dev/null || true
+    [[ "${lines[*]}" == "$*" ]] || mistake "the status bar shows '$(IFS=$'\n' && echo "${lines[*]}")'"
+}
+
+shows "The networking daemon is not there."
+
+# A hotspot that is on, and a daemon that first refuses to tell its name, then keeps silent, then tells it.
+jq '.hotspot.active = true | .faults = [
+    { "message": "retrieve_profile", "fault": "refuse", "err": 5, "errmsg": "input/output error", "times": 1 },
+    { "message": "retrieve_profile", "fault": "no-reply", "times": 1 }]' \
+    host/simulation/scenarios/headunit.json >"$work/scenario.json"
+exec {ready}< <(exec "$build/host/hostd/morvek-hostd" --scenario "$work/scenario.json")
+daemon=$!
+read -r -t 20 <&"$ready" || mistake "the daemon does not start"
+
+beginning=("wlan0 192.168.43.17 | no Wi-Fi yet | no hotspot yet" "wlan0 192.168.43.17 | Wi-Fi Home | no hotspot yet"
+    "wlan0 192.168.43.17 | Wi-Fi Home | hotspot on")
+shows "${beginning[@]}" "wlan0 192.168.43.17 | Wi-Fi Home | hotspot on (Failed to retrieve WifiHotspot config.)"
+shows "${beginning[@]}" "wlan0 192.168.43.17 | Wi-Fi Home | hotspot on (no answer)"
+shows "${beginning[@]}" "wlan0 192.168.43.17 | Wi-Fi Home | hotspot on Morvek Car"
+finish
