@@ -28,7 +28,7 @@ profile  hotspot off, "Backseat" (wpa2, 5 GHz)
 on       hotspot on
 off      hotspot off
 the networking daemon is not there
-{"accessPoint":null,"connected":false,"powered":false}
+{"accessPoint":null,"address":null,"connected":false,"powered":false}
 That was it; nothing is left running.
 END
 ! grep -E 'are we there yet|open sesame|drive safely' "$work/told" || mistake "the demo tells a secret"
