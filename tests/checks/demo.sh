@@ -27,7 +27,7 @@ code -1: The new configuration settings are the same as the current configuratio
 statusbar | wlan0 192.168.77.21 | Wi-Fi Garage | hotspot off
 statusbar | wlan0 192.168.77.21 | Wi-Fi Garage | hotspot on Backseat
 statusbar | wlan0 192.168.43.17 | Wi-Fi Home | hotspot on Backseat
-{"accessPoint":null,"connected":false,"powered":false}
+{"accessPoint":null,"address":null,"connected":false,"powered":false}
 statusbar | eth0 10.20.0.40 | Wi-Fi off | hotspot off
 wlan0 was not configured, code 13: The system was unable to configure the interface. (permission denied)
 That was it; nothing is left running.

@@ -31,6 +31,12 @@ TerminalTool::~TerminalTool()
         ::close(m_terminal);
 }
 
+void TerminalTool::setKind(const QByteArray &kind, int columns)
+{
+    m_kind = kind;
+    m_columns = columns;
+}
+
 bool TerminalTool::start(const QString &root, const QStringList &arguments, Hangup hangup)
 {
     return startProgram(root, QStringList {QStringLiteral(MORVEKCTL)} + arguments, hangup);
@@ -47,10 +53,16 @@ bool TerminalTool::startProgram(const QString &root, const QStringList &command,
     pointers.append(nullptr);
     const QByteArray folder = root.toUtf8();
 
-    m_process = ::forkpty(&m_terminal, nullptr, nullptr, nullptr);
+    winsize size = {};
+    size.ws_col = static_cast<unsigned short>(m_columns);
+    m_process = ::forkpty(&m_terminal, nullptr, nullptr, &size);
     if (m_process == 0) {
         ::setenv("ZOP_ROOT", folder.constData(), 1);
+        ::setenv("TERM", m_kind.constData(), 1);
         ::unsetenv("KREL_VERBOSITY");
+        ::unsetenv("NO_COLOR");
+        if (!m_variable.isEmpty())
+            ::putenv(m_variable.data());
         restoreSignals();
         if (hangup == IgnoreHangup)
             ::signal(SIGHUP, SIG_IGN);

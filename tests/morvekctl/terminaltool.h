@@ -21,6 +21,10 @@ public:
     /*! IgnoreHangup: as nohup starts it. */
     enum Hangup { HeedHangup, IgnoreHangup };
 
+    /*! Before start(): what TERM says the terminal is, and how many columns it has; 0 when it does not tell. */
+    void setKind(const QByteArray &kind, int columns = 0);
+    /*! Before start(): a further variable of the environment, as "NAME=value". */
+    void setVariable(const QByteArray &variable) { m_variable = variable; }
     bool start(const QString &root, const QStringList &arguments, Hangup hangup = HeedHangup);
     /*! Another program: the file of that name, and its arguments. */
     bool startProgram(const QString &root, const QStringList &command, Hangup hangup = HeedHangup);
@@ -40,6 +44,9 @@ private:
     Q_DISABLE_COPY(TerminalTool)
     bool read(int milliseconds);
 
+    QByteArray m_kind = "dumb";
+    int m_columns = 0;
+    QByteArray m_variable;
     pid_t m_process = -1;
     int m_terminal = -1;
     QByteArray m_shown;

@@ -489,7 +489,9 @@ void TestMorvekctlHotspot::daemonDies()
 {
     QVERIFY(start(R"({ "message": "start", "fault": "die" })"));
     const ToolResult result = run(QStringLiteral("hotspot on --timeout 60"));
-    QCOMPARE(result.errors, QStringLiteral("morvekctl: the hotspot is still off, code -1: Failed to enable config.\n"));
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: the hotspot is still off, code -1: Failed to enable config. (the tethering "
+                            "daemon has died)\n"));
     QCOMPARE(result.output, QString());
     QCOMPARE(result.code, 1);
 }

@@ -26,6 +26,7 @@ private Q_SLOTS:
     void profileThatIsLate();
     void otherChangesAreNotTold();
     void outlivesDaemon();
+    void anotherProfileAfterReturn();
     void waitsForDaemon();
     void waitsWithFewServices();
     void endsBySignal_data();
@@ -150,18 +151,38 @@ void TestMorvekctlHotspotMonitor::otherChangesAreNotTold()
 void TestMorvekctlHotspotMonitor::outlivesDaemon()
 {
     QVERIFY(start());
-    follow();
+    follow(QStringLiteral("--count 3"));
     QCOMPARE(nextLine(), off);
     QCOMPARE(nextLine(), profile);
     QCOMPARE(run(QStringLiteral("hotspot on")).code, 0);
     QCOMPARE(nextLine(), QStringLiteral("on       hotspot on"));
     m_daemon->signal(SIGKILL);
     QCOMPARE(m_daemon->wait(), -1);
+    QCOMPARE(nextLine(), QStringLiteral("gone     the tethering daemon has died"));
     m_daemon = std::make_unique<Daemon>(m_root->path());
     QVERIFY(start());
+    // The daemon serves requests when it has told its state.
     QCOMPARE(nextLine(), QStringLiteral("off      hotspot off"));
+    QCOMPARE(nextLine(), QStringLiteral("back     the tethering daemon is there again"));
     QCOMPARE(run(QStringLiteral("hotspot on")).code, 0);
     QCOMPARE(nextLine(), QStringLiteral("on       hotspot on"));
+    QCOMPARE(m_tool->wait(), 0);
+}
+
+void TestMorvekctlHotspotMonitor::anotherProfileAfterReturn()
+{
+    QVERIFY(start());
+    follow(QStringLiteral("--json"));
+    QCOMPARE(nextJson(), QStringLiteral(R"({"enabled":false,"event":"present"})"));
+    QVERIFY(nextJson().contains(QLatin1String(R"("band":"5")")));
+    QCOMPARE(run(QStringLiteral("hotspot set --band 2.4")).code, 0);
+    m_daemon->signal(SIGKILL);
+    m_daemon->wait();
+    m_daemon = std::make_unique<Daemon>(m_root->path());
+    QVERIFY(start());
+    QCOMPARE(nextJson(), QStringLiteral(R"({"event":"gone"})"));
+    QCOMPARE(nextJson(), QStringLiteral(R"({"event":"back"})"));
+    QVERIFY(nextJson().startsWith(QLatin1String(R"({"enabled":false,"event":"profile","profile":{"band":"2.4",)")));
 }
 
 void TestMorvekctlHotspotMonitor::waitsForDaemon()

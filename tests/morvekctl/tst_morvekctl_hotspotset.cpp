@@ -241,7 +241,7 @@ void TestMorvekctlHotspotSet::refused_data()
     QTest::newRow("without a word") << QByteArray(R"({ "message": "update_profile", "fault": "refuse", "err": 16 })")
                                     << notChanged;
     QTest::newRow("by its death") << QByteArray(R"({ "message": "update_profile", "fault": "die" })")
-                                  << notChanged + " (the daemon is gone)";
+                                  << notChanged + " (the daemon is gone) (the tethering daemon has died)";
     QTest::newRow("to be read") << QByteArray(R"({ "fault": "refuse", "err": 13, "errmsg": "permission denied" })")
                                 << "the profile was not changed: it was not read, code -1: Failed to retrieve "
                                    "WifiHotspot config.";
@@ -524,7 +524,7 @@ void TestMorvekctlHotspotSet::daemonDiesWhileTyping()
     QCOMPARE(tool.shown(),
              prompt
                  + QLatin1String("\r\nmorvekctl: the profile was not changed: it was not read, code -1: Unable to "
-                                 "write to vantor zop (the tethering daemon is gone)\r\n"));
+                                 "write to vantor zop (the tethering daemon has died)\r\n"));
 }
 
 void TestMorvekctlHotspotSet::passphraseStaysSecret()

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "processes.h"
 
+#include <zopobject.h>
+
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QRegularExpression>
@@ -29,7 +31,10 @@ private Q_SLOTS:
     void changes();
     void changesAsJson();
     void nothingPreferred();
+    void sameStateAgain();
     void outlivesDaemon();
+    void outlivesDaemonAsJson();
+    void anotherStateAfterReturn();
     void waitsForDaemon();
 
     void endsBySignal_data();
@@ -60,11 +65,22 @@ private:
             + (interface.isNull() ? QStringLiteral("-") : interface[QLatin1String("name")].toString());
     }
 
-    QStringList nextSix(QString (TestMorvekctlMonitor::*next)());
+    QStringList nextFour(QString (TestMorvekctlMonitor::*next)());
 
     // The daemon publishes the preferred interface in another object: only the order within each is promised.
     const QRegularExpression preferred {QStringLiteral("\\Apreferred ")};
     const QRegularExpression notPreferred {QStringLiteral("\\A(?!preferred )")};
+
+    /*! Writes one attribute of an interface, as the daemon would. */
+    static bool publish(const QString &name, const QString &attribute, const ZopVariant &value)
+    {
+        ZopChangeset changes;
+        changes.assignments.insert(attribute, value);
+        return ZopObject(interfaces + name, ZopObject::Publish, false).setAttributes(changes);
+    }
+    bool replaceDaemon(const QString &scenario);
+
+    static inline const QString interfaces = QStringLiteral("/zop/services/networking/all/interfaces/");
 
     std::unique_ptr<QTemporaryDir> m_root;
     std::unique_ptr<Daemon> m_daemon;
@@ -74,6 +90,7 @@ private:
 void TestMorvekctlMonitor::init()
 {
     m_root = std::make_unique<QTemporaryDir>();
+    qputenv("ZOP_ROOT", m_root->path().toUtf8());
     m_daemon = std::make_unique<Daemon>(m_root->path());
     m_tool = std::make_unique<Tool>(m_root->path());
 }
@@ -90,10 +107,10 @@ void TestMorvekctlMonitor::follow(const QString &options)
     m_tool->start(QStringLiteral("monitor %1").arg(options).split(QLatin1Char(' '), Qt::SkipEmptyParts));
 }
 
-QStringList TestMorvekctlMonitor::nextSix(QString (TestMorvekctlMonitor::*next)())
+QStringList TestMorvekctlMonitor::nextFour(QString (TestMorvekctlMonitor::*next)())
 {
     QStringList lines;
-    while (lines.size() < 6)
+    while (lines.size() < 4)
         lines += (this->*next)();
     return lines;
 }
@@ -139,14 +156,11 @@ void TestMorvekctlMonitor::changes()
         QVERIFY(!nextLine().isNull());
 
     QVERIFY(giveWlan0AnAddress());
-    const QStringList lines = nextSix(&TestMorvekctlMonitor::nextLine);
-    // Each attribute is told as it is read: the first line still shows the old addresses, the third the old mode.
+    const QStringList lines = nextFour(&TestMorvekctlMonitor::nextLine);
     QCOMPARE(lines.filter(notPreferred),
              QStringList({
-                 QStringLiteral("disconnected   wlan0   wifi, not connected, auto, 192.168.43.17/24, via 192.168.43.1"),
-                 QStringLiteral("configuration  wlan0   wifi, not connected, auto"),
-                 QStringLiteral("connected      wlan0   wifi, connected, auto"),
-                 QStringLiteral("configuration  wlan0   wifi, connected, manual, 192.168.43.99/24, via 192.168.43.1"),
+                 QStringLiteral("disconnected   wlan0   wifi, not connected, auto"),
+                 QStringLiteral("connected      wlan0   wifi, connected, manual, 192.168.43.99/24, via 192.168.43.1"),
              }));
     QCOMPARE(lines.filter(preferred),
              QStringList({
@@ -163,10 +177,9 @@ void TestMorvekctlMonitor::changesAsJson()
         QVERIFY(!nextJson().isNull());
 
     QVERIFY(giveWlan0AnAddress());
-    const QStringList lines = nextSix(&TestMorvekctlMonitor::nextJson);
+    const QStringList lines = nextFour(&TestMorvekctlMonitor::nextJson);
     QCOMPARE(lines.filter(notPreferred),
-             QStringList({QStringLiteral("disconnected wlan0"), QStringLiteral("configuration wlan0"),
-                          QStringLiteral("connected wlan0"), QStringLiteral("configuration wlan0")}));
+             QStringList({QStringLiteral("disconnected wlan0"), QStringLiteral("connected wlan0")}));
     QCOMPARE(lines.filter(preferred),
              QStringList({QStringLiteral("preferred eth0"), QStringLiteral("preferred wlan0")}));
 }
@@ -186,24 +199,86 @@ void TestMorvekctlMonitor::nothingPreferred()
     QCOMPARE(nextJson(), QStringLiteral("preferred -"));
 }
 
+/*! Only what the line shows makes a line: the MTU does in JSON. */
+void TestMorvekctlMonitor::sameStateAgain()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("nothing-preferred")));
+    Tool json(m_root->path());
+    json.start({QStringLiteral("monitor"), QStringLiteral("--json")});
+    follow();
+    for (Tool *tool : {m_tool.get(), &json}) {
+        QVERIFY(!tool->nextLine().isNull());
+        QVERIFY(!tool->nextLine().isNull());
+    }
+    const QString bare = QStringLiteral("bare0");
+    QVERIFY(publish(bare, QStringLiteral("connected"), QStringLiteral("no")));
+    QVERIFY(publish(bare, QStringLiteral("type"), QStringLiteral("qv")));
+    QVERIFY(publish(bare, QStringLiteral("mtu"), 1234));
+    QVERIFY(publish(bare, QStringLiteral("connected"), QStringLiteral("yes")));
+    QCOMPARE(nextLine(), QStringLiteral("connected      bare0  orvanbridge, connected, auto"));
+
+    const QJsonObject line = json.nextEventObject();
+    QCOMPARE(line[QLatin1String("event")].toString(), QStringLiteral("configuration"));
+    QCOMPARE(line.value(QLatin1String("interface")).toObject().value(QLatin1String("mtu")).toInt(), 1234);
+    QCOMPARE(json.nextEventObject()[QLatin1String("event")].toString(), QStringLiteral("connected"));
+}
+
+bool TestMorvekctlMonitor::replaceDaemon(const QString &scenario)
+{
+    m_daemon->signal(SIGKILL);
+    m_daemon->wait();
+    m_daemon = std::make_unique<Daemon>(m_root->path());
+    return m_daemon->publish(scenario);
+}
+
 void TestMorvekctlMonitor::outlivesDaemon()
 {
     QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
-    follow(QStringLiteral("--json"));
+    follow(QStringLiteral("--count 1"));
     for (int i = 0; i < 5; ++i)
-        QVERIFY(!nextJson().isNull());
+        QVERIFY(!nextLine().isNull());
     m_daemon->signal(SIGKILL);
     QCOMPARE(m_daemon->wait(), -1);
+    QCOMPARE(nextLine(), QStringLiteral("gone           the networking daemon has died"));
 
     m_daemon = std::make_unique<Daemon>(m_root->path());
     QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
+    QCOMPARE(nextLine(), QStringLiteral("back           the networking daemon is there again"));
+    // The new daemon tells all that it publishes, which is as it was.
     QVERIFY(change(QStringLiteral("configure eth0 manual --address 10.20.0.77 --prefix 16 --gateway 10.20.0.1")));
-    // The new daemon tells all that it publishes; the change comes after it.
-    QString line;
-    do {
-        line = nextJson();
-        QVERIFY(!line.isNull());
-    } while (line != QLatin1String("disconnected eth0"));
+    QCOMPARE(nextLine(), QStringLiteral("disconnected   eth0    wired, not connected, auto"));
+    QCOMPARE(m_tool->wait(), 0);
+}
+
+void TestMorvekctlMonitor::outlivesDaemonAsJson()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("nothing-preferred")));
+    follow(QStringLiteral("--json"));
+    QCOMPARE(nextJson(), QStringLiteral("present bare0"));
+    QCOMPARE(nextJson(), QStringLiteral("preferred -"));
+    QVERIFY(replaceDaemon(QStringLiteral("nothing-preferred")));
+    QCOMPARE(m_tool->nextEventObject(), QJsonObject({{QStringLiteral("event"), QStringLiteral("gone")}}));
+    QCOMPARE(m_tool->nextEventObject(), QJsonObject({{QStringLiteral("event"), QStringLiteral("back")}}));
+}
+
+void TestMorvekctlMonitor::anotherStateAfterReturn()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
+    follow();
+    for (int i = 0; i < 5; ++i)
+        QVERIFY(!nextLine().isNull());
+    QVERIFY(replaceDaemon(QStringLiteral("nothing-preferred")));
+    QCOMPARE(nextLine(), QStringLiteral("gone           the networking daemon has died"));
+    QCOMPARE(nextLine(), QStringLiteral("back           the networking daemon is there again"));
+    QStringList lines;
+    while (lines.size() < 6)
+        lines += nextLine();
+    lines.sort();
+    QCOMPARE(lines,
+             QStringList({QStringLiteral("added          bare0   orvanbridge, not connected, auto"),
+                          QStringLiteral("preferred      -"), QStringLiteral("removed        cell0"),
+                          QStringLiteral("removed        eth0"), QStringLiteral("removed        eth0.5"),
+                          QStringLiteral("removed        wlan0")}));
 }
 
 void TestMorvekctlMonitor::waitsForDaemon()

@@ -9,6 +9,8 @@
 
 #include <QtCore/QDateTime>
 
+#include <utility>
+
 namespace morvek {
 
 /*! --count, and what every command with a service takes. */
@@ -21,9 +23,10 @@ template<typename Base>
 class Monitor : public Base
 {
 public:
-    /*! Ends after \a count changes; never when that is 0. */
-    Monitor(const CommandLine &line, int count)
+    /*! Ends after \a count changes; never when that is 0. The names of events take \a eventWidth columns. */
+    Monitor(const CommandLine &line, int count, int eventWidth)
         : Base(line),
+          m_eventWidth(eventWidth),
           m_count(count)
     {
         QObject::connect(&m_signals, &TerminationSignals::received, this, [this] { this->finish(Done); });
@@ -32,6 +35,24 @@ public:
 protected:
     /*! Tells the present state, and connects to the changes. */
     virtual void follow() = 0;
+    /*! Tells what differs from what was told last. Called also when the daemon is there again. */
+    virtual void compare() = 0;
+
+    /*! \a name of an event as the lines begin with it. */
+    QString eventColumn(const QString &name) const { return padded(name, m_eventWidth) + QLatin1String("  "); }
+
+    /*! What a line shows of \a state, which is \a text for people. */
+    QString shown(const QJsonObject &state, const QString &text) const { return this->json() ? jsonLine(state) : text; }
+
+    /*! Calls compare() when everything of this turn of the event loop has been told. */
+    void compareLater()
+    {
+        if (!std::exchange(m_comparesLater, true))
+            QTimer::singleShot(0, this, [this] {
+                m_comparesLater = false;
+                compare();
+            });
+    }
 
     /*! Writes a line with the time: \a object with --json, else \a text. */
     void tell(QJsonObject object, const QString &text)
@@ -52,7 +73,22 @@ protected:
             this->finish(Done);
     }
 
+    void onDaemonDied() override { tellOfDaemon(QStringLiteral("gone"), this->deathSentence()); }
+
+    void onDaemonReturned() override
+    {
+        tellOfDaemon(QStringLiteral("back"), this->returnSentence());
+        compare();
+    }
+
 private:
+    // No change that --count counts: the state is as it was, as far as anybody knows.
+    void tellOfDaemon(const QString &event, const QString &sentence)
+    {
+        if (!this->isFinished())
+            tell({{QStringLiteral("event"), event}}, eventColumn(event) + sentence);
+    }
+
     void run() override
     {
         if (m_count > 0)
@@ -63,7 +99,9 @@ private:
     }
 
     TerminationSignals m_signals;
+    const int m_eventWidth;
     int m_count;
+    bool m_comparesLater = false;
 };
 
 template<typename Made>

@@ -15,6 +15,7 @@ namespace morvek {
 namespace {
 
 constexpr int LeastPatience = 100;
+constexpr int DeathTime = 50;
 
 QString notReadySentence(const QString &daemon)
 {
@@ -25,6 +26,12 @@ QString notReadySentence(const QString &daemon)
     const QString place = root.isEmpty() ? QStringLiteral("set ZOP_ROOT to its root (it is not set)")
                                          : QStringLiteral("set ZOP_ROOT to its root (it is \"%1\")").arg(root);
     return QStringLiteral("the %1 daemon is not there: start morvek-hostd, or %2, or add --wait").arg(daemon, place);
+}
+
+// Of a daemon as people call it.
+QString controlObjectOf(const QString &daemon)
+{
+    return QStringLiteral("/zop/services/%1/control").arg(daemon.toLower().remove(QLatin1Char('-')));
 }
 
 } // namespace
@@ -99,6 +106,9 @@ void ServiceCommand::onReady()
         return;
     m_patience.stop();
     KrelLogger::setVerbosity(m_verbosity);
+    m_watch.emplace(controlObjectOf(m_daemon));
+    connect(&*m_watch, &DaemonWatch::died, this, &ServiceCommand::onDaemonDied);
+    connect(&*m_watch, &DaemonWatch::returned, this, &ServiceCommand::onDaemonReturned);
     run();
 }
 
@@ -124,6 +134,20 @@ void ServiceCommand::onTimeUp()
 
 void ServiceCommand::withdraw() { }
 
+void ServiceCommand::onDaemonDied()
+{
+    // What has not been answered yet is refused at the same time, which tells more.
+    QTimer::singleShot(DeathTime, this, [this] {
+        if (isFinished())
+            return;
+        withdraw();
+        complain(deathSentence() + QLatin1String(", and with it what was asked of it"));
+        finish(Failed);
+    });
+}
+
+void ServiceCommand::onDaemonReturned() { }
+
 void ServiceCommand::setOverdue(const QString &sentence, ExitCode code)
 {
     m_overdue = sentence;
@@ -132,7 +156,7 @@ void ServiceCommand::setOverdue(const QString &sentence, ExitCode code)
 
 void ServiceCommand::setDeadline(int milliseconds)
 {
-    if (m_hasTimeout)
+    if (m_hasTimeout || m_finished)
         return;
     if (milliseconds < 0)
         m_timeout.stop();
@@ -142,14 +166,8 @@ void ServiceCommand::setDeadline(int milliseconds)
 
 void ServiceCommand::finish(ExitCode code)
 {
-    if (std::exchange(m_finished, true))
-        return;
-    m_timeout.stop();
-    m_patience.stop();
-    // The service may have more to tell before the event loop ends.
-    if (m_service)
-        m_service->disconnect(this);
-    Q_EMIT finished(code);
+    if (close())
+        Q_EMIT finished(code);
 }
 
 void ServiceCommand::fail(const QString &sentence, ExitCode code)
@@ -157,8 +175,40 @@ void ServiceCommand::fail(const QString &sentence, ExitCode code)
     if (isFinished())
         return;
     withdraw();
-    complain(sentence);
-    finish(code);
+    close();
+    const auto end = [this, sentence, code] {
+        const bool hasDied = m_watch && m_watch->hasDied();
+        complain(hasDied ? sentence + QStringLiteral(" (%1)").arg(deathSentence()) : sentence);
+        Q_EMIT finished(code);
+    };
+    // A dying daemon lets its requests go a moment before its control object.
+    if (m_watch)
+        QTimer::singleShot(DeathTime, this, end);
+    else
+        end();
+}
+
+/*! From now on nothing is waited for; false when that is so already. */
+bool ServiceCommand::close()
+{
+    if (std::exchange(m_finished, true))
+        return false;
+    m_timeout.stop();
+    m_patience.stop();
+    // The service may have more to tell before the event loop ends.
+    if (m_service)
+        m_service->disconnect(this);
+    return true;
+}
+
+QString ServiceCommand::deathSentence() const
+{
+    return QStringLiteral("the %1 daemon has died").arg(m_daemon);
+}
+
+QString ServiceCommand::returnSentence() const
+{
+    return QStringLiteral("the %1 daemon is there again").arg(m_daemon);
 }
 
 QString inSeconds(int milliseconds)

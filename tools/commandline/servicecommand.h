@@ -3,8 +3,11 @@
 #define MORVEK_SERVICECOMMAND_H
 
 #include "command.h"
+#include "daemonwatch.h"
 
 #include <QtCore/QTimer>
+
+#include <optional>
 
 namespace morvek {
 
@@ -47,6 +50,10 @@ protected:
     virtual void withdraw();
     /*! Called when the time is up: tells that, and ends the command. */
     virtual void onTimeUp();
+    /*! Called when the daemon dies while the command runs. Ends the command with a complaint. */
+    virtual void onDaemonDied();
+    /*! Called when it is there again. Does nothing. */
+    virtual void onDaemonReturned();
 
     bool json() const { return m_json; }
     /*! What is said, and what the command ends with, when the time is up from now on. Nothing is said when empty. */
@@ -56,11 +63,19 @@ protected:
     void setDeadline(int milliseconds);
     /*! Ends the command; later calls do nothing. */
     void finish(ExitCode code);
-    /*! Stops what is under way, and ends the command with a complaint; both do nothing when it has ended. */
+    /*!
+     * Stops what is under way, and ends the command with a complaint, which tells that the daemon is dead when it is.
+     * Does nothing when the command has ended.
+     */
     void fail(const QString &sentence, ExitCode code = Failed);
     bool isFinished() const { return m_finished; }
+    /*! "the networking daemon has died" and so on. */
+    QString deathSentence() const;
+    /*! "the networking daemon is there again" and so on. */
+    QString returnSentence() const;
 
 private:
+    bool close();
     void tryService();
     void onReady();
     void onNotReady();
@@ -68,6 +83,7 @@ private:
     const QString m_daemon;
     const int m_growth;
     ServiceBase *m_service = nullptr;
+    std::optional<DaemonWatch> m_watch;
     QTimer m_timeout;
     QTimer m_patience;
     QString m_overdue;

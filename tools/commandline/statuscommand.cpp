@@ -5,6 +5,7 @@
 #include "output.h"
 #include "rootstate.h"
 #include "servicecommand.h"
+#include "table.h"
 #include "texts.h"
 
 #include <hotspotservice.h>

@@ -9,7 +9,6 @@ namespace {
 
 // The one failure of which the library logs the daemon's words, after this.
 const QLatin1String UpdateFailed("Failed to update WifiHotspot config.");
-const QLatin1String WriteFailed("Unable to write to vantor zop");
 
 } // namespace
 
@@ -59,9 +58,8 @@ void HotspotCommand::hear(const QString &line)
 QString HotspotCommand::sentence(const QString &failure, const AsyncOperationError &error) const
 {
     setFailureCode(error.code());
-    const QString reason = error.message() == WriteFailed ? QStringLiteral("the tethering daemon is gone") : m_refusal;
     const QString known = failure + QStringLiteral(", code %1: ").arg(error.code()) + error.message();
-    return reason.isEmpty() ? known : known + QStringLiteral(" (%1)").arg(reason);
+    return m_refusal.isEmpty() ? known : known + QStringLiteral(" (%1)").arg(m_refusal);
 }
 
 } // namespace morvek

@@ -4,6 +4,8 @@
 #include "hotspotcommand.h"
 #include "hotspottext.h"
 #include "output.h"
+#include "progress.h"
+#include "terminationsignals.h"
 #include "texts.h"
 
 #include <asynchotspotenableoperation.h>
@@ -31,7 +33,8 @@ private:
             writeLine(jsonLine(
                 QJsonObject {{QStringLiteral("enabled"), enabled}, {QStringLiteral("profile"), toJson(profile)}}));
         else
-            writeTable(QVector<QStringList> {{QStringLiteral("Hotspot"), onOrOff(enabled)}} + profileRows(profile));
+            writeTable(Table {{QStringLiteral("Hotspot"), {onOrOff(enabled), enabled ? Tone::Good : Tone::Plain}}}
+                       + profileRows(profile));
         finish(Done);
     }
 };
@@ -43,6 +46,8 @@ public:
         : HotspotCommand(line),
           m_on(on)
     {
+        connect(&m_signals, &TerminationSignals::received, this,
+                [this] { fail(QStringLiteral("interrupted: ") + outlook()); });
     }
 
 protected:
@@ -53,6 +58,8 @@ protected:
             tell(QStringLiteral("The hotspot is on already."));
             return;
         }
+        if (!json())
+            m_progress = std::make_unique<Progress>(QStringLiteral("Switching the hotspot ") + onOrOff(m_on));
         // To stop it is asked for in any case: somebody may have had it started, which the status does not tell yet.
         m_still = isSo ? QStringLiteral("the hotspot is off, but may be starting")
                        : QStringLiteral("the hotspot is still %1").arg(onOrOff(!m_on));
@@ -67,7 +74,18 @@ protected:
             request();
     }
 
+    void withdraw() override { m_progress.reset(); }
+
 private:
+    /*! What may come of it when nobody waits any more. */
+    QString outlook() const
+    {
+        if (!m_operation)
+            return QStringLiteral("the hotspot was not switched");
+        return m_on ? QStringLiteral("the hotspot may still start, unless 'morvekctl hotspot off' stops it")
+                    : QStringLiteral("the hotspot may still stop");
+    }
+
     void requestWith(const WifiHotspot &profile)
     {
         const QString gap = gapOf(profile);
@@ -100,11 +118,16 @@ private:
 
     void tell(const QString &text)
     {
+        if (isFinished())
+            return;
+        m_progress.reset();
         writeLine(json() ? jsonLine(QJsonObject {{QStringLiteral("enabled"), m_on}}) : text);
         finish(Done);
     }
 
+    TerminationSignals m_signals;
     const bool m_on;
+    std::unique_ptr<Progress> m_progress;
     QString m_still; //!< what is so when the command fails
     std::unique_ptr<AsyncHotspotEnableOperation> m_operation;
 };

@@ -133,7 +133,7 @@ QStringList differentFields(const WifiHotspot &profile, const WifiHotspot &other
     return different;
 }
 
-QVector<QStringList> profileRows(const WifiHotspot &profile, bool withPassphrase)
+Table profileRows(const WifiHotspot &profile, bool withPassphrase)
 {
     return {
         {QStringLiteral("Name"), profile.name()},

@@ -2,6 +2,8 @@
 #ifndef MORVEK_HOTSPOTTEXT_H
 #define MORVEK_HOTSPOTTEXT_H
 
+#include "table.h"
+
 #include <wifihotspot.h>
 
 #include <QtCore/QJsonObject>
@@ -28,7 +30,7 @@ QString gapOf(const WifiHotspot &profile);
 QStringList differentFields(const WifiHotspot &profile, const WifiHotspot &other);
 
 /*! The rows of a table; the passphrase is told only when \a withPassphrase is set. */
-QVector<QStringList> profileRows(const WifiHotspot &profile, bool withPassphrase = false);
+Table profileRows(const WifiHotspot &profile, bool withPassphrase = false);
 QJsonObject toJson(const WifiHotspot &profile, bool withPassphrase = false);
 /*! The most important of it, on one line. */
 QString shortText(const WifiHotspot &profile);

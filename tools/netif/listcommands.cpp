@@ -4,11 +4,20 @@
 #include "interfacecommand.h"
 #include "interfacetext.h"
 #include "output.h"
+#include "table.h"
 #include "texts.h"
 
 namespace morvek {
 
 namespace {
+
+enum Column { Name, Type, Available, Connected, Preferred, Priority, Mode, Address, Gateway, Parent };
+
+Cell connectedCell(const NetworkInterface &networkInterface)
+{
+    const bool connected = networkInterface.connected();
+    return {word(connected), connected ? Tone::Good : Tone::Plain};
+}
 
 QString priorityText(const NetworkInterface &networkInterface)
 {
@@ -37,18 +46,18 @@ void writeJson(const QList<NetworkInterface> &interfaces, const NetworkInterface
 
 void writeList(const QList<NetworkInterface> &interfaces, const NetworkInterface &preferred)
 {
-    QVector<QStringList> rows {{QStringLiteral("NAME"), QStringLiteral("TYPE"), QStringLiteral("AVAILABLE"),
-                                QStringLiteral("CONNECTED"), QStringLiteral("PREFERRED"), QStringLiteral("PRIORITY"),
-                                QStringLiteral("MODE"), QStringLiteral("ADDRESS"), QStringLiteral("GATEWAY"),
-                                QStringLiteral("PARENT")}};
+    Table table {{QStringLiteral("NAME"), QStringLiteral("TYPE"), QStringLiteral("AVAILABLE"),
+                  QStringLiteral("CONNECTED"), QStringLiteral("PREFERRED"), QStringLiteral("PRIORITY"),
+                  QStringLiteral("MODE"), QStringLiteral("ADDRESS"), QStringLiteral("GATEWAY"),
+                  QStringLiteral("PARENT")}};
     for (const NetworkInterface &networkInterface : interfaces) {
         const NetworkInterfaceConfig config = networkInterface.configuration();
-        rows.append({networkInterface.name(), typeName(networkInterface.type()), word(networkInterface.available()),
-                     word(networkInterface.connected()), word(isPreferred(networkInterface, preferred)),
-                     priorityText(networkInterface), modeName(config), addressText(config), gatewayText(config),
-                     networkInterface.parent().name()});
+        table.append({networkInterface.name(), typeName(networkInterface.type()), word(networkInterface.available()),
+                      connectedCell(networkInterface), word(isPreferred(networkInterface, preferred)),
+                      priorityText(networkInterface), modeName(config), addressText(config), gatewayText(config),
+                      networkInterface.parent().name()});
     }
-    writeTable(rows);
+    writeTable(table, {Parent, Available, Priority, Gateway, Mode, Preferred, Type});
 }
 
 class InterfacesCommand : public InterfaceCommand
@@ -121,7 +130,7 @@ void writeInterface(const NetworkInterface &networkInterface, const NetworkInter
         {QStringLiteral("Name"), networkInterface.name()},
         {QStringLiteral("Type"), typeName(networkInterface.type())},
         {QStringLiteral("Available"), word(networkInterface.available())},
-        {QStringLiteral("Connected"), word(networkInterface.connected())},
+        {QStringLiteral("Connected"), connectedCell(networkInterface)},
         {QStringLiteral("Preferred"), word(isPreferred(networkInterface, preferred))},
         {QStringLiteral("Priority"), priorityText(networkInterface)},
         {QStringLiteral("Mode"), modeName(config)},

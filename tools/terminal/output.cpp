@@ -1,12 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "output.h"
 
+#include "terminal.h"
 #include "texts.h"
+
+#include <QtCore/QStringList>
+#include <QtCore/QVector>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cwchar>
+
+#include <unistd.h>
 
 namespace morvek {
 
@@ -31,15 +37,6 @@ bool steersTerminal(uint character)
     }
 }
 
-int displayWidth(const QString &text)
-{
-    int width = 0;
-    const auto characters = text.toUcs4();
-    for (const uint character : characters)
-        width += std::max(0, ::wcwidth(wchar_t(character)));
-    return width;
-}
-
 bool writeTo(FILE *file, const QByteArray &bytes)
 {
     const bool written = std::fwrite(bytes.constData(), 1, size_t(bytes.size()), file) == size_t(bytes.size());
@@ -51,10 +48,15 @@ void writeMessage(const QString &line)
     writeTo(stderr, printable(line).toUtf8() + '\n');
 }
 
-void writeNote(const QString &sentence)
+void writeNote(const QString &sentence, Tone tone = Tone::Plain)
 {
-    writeMessage(messagesAreJson ? jsonLine(QJsonObject {{QStringLiteral("note"), sentence}})
-                                 : QLatin1String("morvekctl: ") + sentence);
+    if (messagesAreJson)
+        writeMessage(jsonLine(QJsonObject {{QStringLiteral("note"), sentence}}));
+    else
+        writeTo(
+            stderr,
+            (toned(QStringLiteral("morvekctl:"), tone, STDERR_FILENO) + QLatin1Char(' ') + printable(sentence)).toUtf8()
+                + '\n');
 }
 
 } // namespace
@@ -75,6 +77,15 @@ QString printable(const QString &text)
     return result;
 }
 
+int displayWidth(const QString &text)
+{
+    int width = 0;
+    const auto characters = text.toUcs4();
+    for (const uint character : characters)
+        width += std::max(0, ::wcwidth(wchar_t(character)));
+    return width;
+}
+
 QString padded(const QString &text, int width)
 {
     return text + QString(std::max(0, width - displayWidth(text)), QLatin1Char(' '));
@@ -82,7 +93,12 @@ QString padded(const QString &text, int width)
 
 void writeLine(const QString &line)
 {
-    if (!writeTo(stdout, printable(line).toUtf8() + '\n') && firstError == 0)
+    writePrintable(printable(line));
+}
+
+void writePrintable(const QString &line)
+{
+    if (!writeTo(stdout, line.toUtf8() + '\n') && firstError == 0)
         firstError = errno;
 }
 
@@ -93,25 +109,6 @@ void writeText(const QString &text)
         writeLine(line);
 }
 
-void writeTable(const QVector<QStringList> &rows)
-{
-    QVector<QStringList> cells = rows;
-    QVector<int> widths;
-    for (QStringList &row : cells) {
-        widths.resize(std::max(widths.size(), row.size()));
-        for (int column = 0; column < row.size(); ++column) {
-            row[column] = row[column].isEmpty() ? QStringLiteral("-") : printable(row[column]);
-            widths[column] = std::max(widths[column], displayWidth(row[column]));
-        }
-    }
-    for (const QStringList &row : qAsConst(cells)) {
-        QString line;
-        for (int column = 0; column + 1 < row.size(); ++column)
-            line += padded(row[column], widths[column]) + QLatin1String("  ");
-        writeLine(line + row.last());
-    }
-}
-
 int outputError()
 {
     return firstError;
@@ -120,7 +117,7 @@ int outputError()
 void complain(const QString &sentence)
 {
     if (!messagesAreJson) {
-        writeNote(sentence);
+        writeNote(sentence, Tone::Bad);
         return;
     }
     if (!complaint.isEmpty()) // it was not the end

@@ -2,13 +2,15 @@
 #ifndef MORVEK_OUTPUT_H
 #define MORVEK_OUTPUT_H
 
-#include <QtCore/QStringList>
-#include <QtCore/QVector>
+#include <QtCore/QString>
 
 namespace morvek {
 
 /*! \a text with every character that could steer a terminal written as \\uXXXX, as JSON does it. */
 QString printable(const QString &text);
+
+/*! How many columns of a terminal \a text takes, which is printable. */
+int displayWidth(const QString &text);
 
 /*! \a text filled up with blanks until it takes \a width columns of a terminal. */
 QString padded(const QString &text, int width);
@@ -20,8 +22,8 @@ QString padded(const QString &text, int width);
 void writeLine(const QString &line);
 /*! Writes each line of \a text. */
 void writeText(const QString &text);
-/*! Writes \a rows in aligned columns, empty cells as "-". */
-void writeTable(const QVector<QStringList> &rows);
+/*! The same for a \a line whose parts have been made printable. */
+void writePrintable(const QString &line);
 /*! Why something could not be written to standard output, as errno has it; 0 when everything was. */
 int outputError();
 

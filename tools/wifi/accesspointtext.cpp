@@ -2,6 +2,7 @@
 #include "accesspointtext.h"
 
 #include "publishedsecurity.h"
+#include "terminal.h"
 #include "texts.h"
 
 namespace morvek {
@@ -9,6 +10,10 @@ namespace morvek {
 namespace {
 
 const QString unknown = QStringLiteral("unknown");
+
+// In dBm.
+constexpr int GoodLevel = -60;
+constexpr int MiddlingLevel = -75;
 
 } // namespace
 
@@ -39,6 +44,14 @@ int channelOf(const WifiAccessPoint &accessPoint)
 QString signalText(const WifiAccessPoint &accessPoint)
 {
     return accessPoint.rssi() == 0 ? QString() : QStringLiteral("%1 dBm").arg(accessPoint.rssi());
+}
+
+Tone signalTone(const WifiAccessPoint &accessPoint)
+{
+    const int level = accessPoint.rssi();
+    if (level == 0)
+        return Tone::Plain;
+    return level >= GoodLevel ? Tone::Good : level >= MiddlingLevel ? Tone::Middling : Tone::Bad;
 }
 
 QString quoted(const QString &ssid)

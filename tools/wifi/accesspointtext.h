@@ -8,6 +8,7 @@
 
 namespace morvek {
 
+enum class Tone;
 class NetworkSecurity;
 
 /*! "TKIP+CCMP", "none", or "unknown". */
@@ -16,6 +17,9 @@ QString cipherName(const WifiAccessPoint &accessPoint);
 int channelOf(const WifiAccessPoint &accessPoint);
 /*! "-48 dBm"; empty when it is not known. */
 QString signalText(const WifiAccessPoint &accessPoint);
+
+/*! How good that level is. */
+Tone signalTone(const WifiAccessPoint &accessPoint);
 
 /*! The name in quotes; "a network without a name", without them, when it is hidden. */
 QString quoted(const QString &ssid);

@@ -52,6 +52,8 @@ void ScanningCommand::run()
 
 void ScanningCommand::onSuccess()
 {
+    if (isFinished())
+        return;
     hearNoMore();
     onScanned(sortedBySignal(m_operation->results()), PublishedSecurity());
 }

@@ -82,6 +82,12 @@ protected:
             service()->disconnectAccessPoint();
     }
 
+    void onDaemonDied() override
+    {
+        m_joining = false; // one that has taken its place knows nothing of that
+        ScanningCommand::onDaemonDied();
+    }
+
 private:
     void askForPasskey()
     {

@@ -5,6 +5,8 @@
 #include "monitor.h"
 #include "wificommand.h"
 
+#include <zopobject.h>
+
 #include <optional>
 
 namespace morvek {
@@ -14,63 +16,114 @@ namespace {
 const QString presentEvent = QStringLiteral("present");
 const QString connectedEvent = QStringLiteral("connected");
 const QString disconnectedEvent = QStringLiteral("disconnected");
+const QString roamedEvent = QStringLiteral("roamed");
+
+struct State
+{
+    bool powered;
+    WifiAccessPoint accessPoint;
+};
+
+bool isConnected(const State &state)
+{
+    return !state.accessPoint.isEmpty();
+}
+
+QString eventBetween(const State &former, const State &state)
+{
+    if (former.powered != state.powered)
+        return onOrOff(state.powered);
+    if (!isConnected(state))
+        return disconnectedEvent;
+    const bool sameNetwork = isConnected(former) && former.accessPoint.ssid() == state.accessPoint.ssid();
+    return sameNetwork ? roamedEvent : connectedEvent;
+}
+
+QJsonObject stateJson(const State &state)
+{
+    return morvek::stateJson(state.powered, state.accessPoint);
+}
+
+QString text(const State &state)
+{
+    return QStringLiteral("radio %1, ").arg(onOrOff(state.powered))
+        + (isConnected(state) ? QStringLiteral("connected to ") + connectionText(state.accessPoint)
+                              : QStringLiteral("not connected"));
+}
 
 class WifiMonitorCommand : public Monitor<WifiCommand>
 {
 public:
-    using Monitor::Monitor;
+    WifiMonitorCommand(const CommandLine &line, int count)
+        : Monitor(line, count, disconnectedEvent.size())
+    {
+    }
 
 protected:
     void follow() override
     {
         connect(service(), &WifiService::poweredChanged, this, &WifiMonitorCommand::onPoweredChanged);
         connect(service(), &WifiService::connectedChanged, this, &WifiMonitorCommand::onConnectedChanged);
-        const bool powered = service()->powered();
-        tell(toJson(presentEvent, powered), text(presentEvent, powered));
+        // The library does not tell when the station changes to another access point.
+        m_status.emplace(StatusObject, ZopObject::Subscribe, false);
+        connect(&*m_status, &ZopObject::attributesChanged, this, [this] { compareLater(); });
+        m_told = present();
+        m_shown = stateShown(m_told);
+        tell(toJson(presentEvent, m_told), eventColumn(presentEvent) + text(m_told));
+    }
+
+    void compare() override
+    {
+        tellHeld();
+        tellState(present());
     }
 
 private:
-    // The connection of the same update is told after the radio: the radio waits for it, for one turn of the event
-    // loop.
-    void onPoweredChanged(bool powered)
+    State present() const { return {service()->powered(), service()->connectedAccessPoint()}; }
+
+    // The library tells the radio before it has read the connection of the same update: the line waits for that.
+    void onPoweredChanged()
     {
-        tellRadio();
-        m_radio = powered;
-        QTimer::singleShot(0, this, [this] { tellRadio(); });
+        tellHeld();
+        m_held = present();
+        compareLater();
     }
 
-    void onConnectedChanged(bool connected)
+    void onConnectedChanged()
     {
-        tellRadio();
-        tellEvent(connected ? connectedEvent : disconnectedEvent, service()->powered());
+        m_held.reset();
+        tellState(present());
     }
 
-    void tellRadio()
+    void tellHeld()
     {
-        if (m_radio)
-            tellEvent(onOrOff(*m_radio), *m_radio);
-        m_radio.reset();
+        if (m_held)
+            tellState(*m_held);
+        m_held.reset();
     }
 
-    void tellEvent(const QString &event, bool powered) { tellChange(toJson(event, powered), text(event, powered)); }
-
-    QJsonObject toJson(const QString &event, bool powered) const
+    void tellState(const State &state)
     {
-        QJsonObject object = stateJson(powered, service()->connectedAccessPoint());
+        const QString shown = stateShown(state);
+        if (std::exchange(m_shown, shown) == shown)
+            return;
+        const QString event = eventBetween(std::exchange(m_told, state), state);
+        tellChange(toJson(event, state), eventColumn(event) + text(state));
+    }
+
+    QString stateShown(const State &state) const { return shown(stateJson(state), text(state)); }
+
+    static QJsonObject toJson(const QString &event, const State &state)
+    {
+        QJsonObject object = stateJson(state);
         object.insert(QStringLiteral("event"), event);
         return object;
     }
 
-    QString text(const QString &event, bool powered) const
-    {
-        const QString connection = service()->connected()
-            ? QStringLiteral("connected to ") + connectionText(service()->connectedAccessPoint())
-            : QStringLiteral("not connected");
-        return QStringLiteral("%1  radio %2, ").arg(padded(event, disconnectedEvent.size()), onOrOff(powered))
-            + connection;
-    }
-
-    std::optional<bool> m_radio; //!< an event that is not told yet
+    std::optional<ZopObject> m_status;
+    State m_told = {};
+    QString m_shown;             //!< of that
+    std::optional<State> m_held; //!< not told yet
 };
 
 } // namespace
@@ -87,10 +140,11 @@ CommandInfo wifiMonitorCommand()
                 "  present        at the start\n"
                 "  on, off        the radio has been switched\n"
                 "  connected, disconnected\n"
-                "A station that changes to another access point of its network (roaming) is not told, nor is the\n"
-                "daemon's death. With --json each line is what 'wifi status --json' would write, with \"time\"\n"
-                "(UTC) and \"event\". The command ends well by SIGINT (Ctrl-C), SIGTERM, SIGHUP, SIGQUIT,\n"
-                "--count, or, without --count, --timeout."),
+                "  roamed         another access point of the same network\n"
+                "  gone, back     the Wi-Fi daemon; not counted\n"
+                "With --json each line is one object: \"time\" (UTC), \"event\", \"powered\", \"connected\",\n"
+                "\"accessPoint\". The command ends well by SIGINT (Ctrl-C), SIGTERM, SIGHUP, SIGQUIT, --count, or,\n"
+                "without --count, --timeout."),
             {QStringLiteral("morvekctl wifi monitor"),
              QStringLiteral("morvekctl wifi monitor --json --count 1 --timeout 60")},
             createMonitor<WifiMonitorCommand>};

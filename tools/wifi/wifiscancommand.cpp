@@ -6,6 +6,7 @@
 #include "progress.h"
 #include "publishedsecurity.h"
 #include "scanningcommand.h"
+#include "table.h"
 #include "terminationsignals.h"
 #include "texts.h"
 
@@ -13,26 +14,45 @@ namespace morvek {
 
 namespace {
 
-void writeJson(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &security)
+enum Column { InUse, Ssid, Bssid, Signal, Frequency, Channel, Security };
+
+bool isSame(const WifiAccessPoint &accessPoint, const WifiAccessPoint &used)
+{
+    return !used.isEmpty() && accessPoint.bssid() == used.bssid();
+}
+
+void writeJson(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &security,
+               const WifiAccessPoint &used)
 {
     QJsonArray array;
-    for (const WifiAccessPoint &accessPoint : accessPoints)
-        array.append(toJson(accessPoint, security.ofScanned(accessPoint)));
+    for (const WifiAccessPoint &accessPoint : accessPoints) {
+        QJsonObject object = toJson(accessPoint, security.ofScanned(accessPoint));
+        object.insert(QStringLiteral("inUse"), isSame(accessPoint, used));
+        array.append(object);
+    }
     writeLine(jsonLine(array));
 }
 
-void writeList(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &security)
+void writeList(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &security,
+               const WifiAccessPoint &used)
 {
-    QVector<QStringList> rows {{QStringLiteral("SSID"), QStringLiteral("BSSID"), QStringLiteral("SIGNAL"),
-                                QStringLiteral("FREQUENCY"), QStringLiteral("CHANNEL"), QStringLiteral("SECURITY")}};
+    const QString blank(QLatin1Char(' '));
+    Table table {{blank, QStringLiteral("SSID"), QStringLiteral("BSSID"), QStringLiteral("SIGNAL"),
+                  QStringLiteral("FREQUENCY"), QStringLiteral("CHANNEL"), QStringLiteral("SECURITY")}};
     for (const WifiAccessPoint &accessPoint : accessPoints) {
         const QString frequency =
             accessPoint.frequency() == 0 ? QString() : QStringLiteral("%1 MHz").arg(accessPoint.frequency());
         const QString channel = channelOf(accessPoint) == 0 ? QString() : QString::number(channelOf(accessPoint));
-        rows.append({accessPoint.ssid(), accessPoint.bssid(), signalText(accessPoint), frequency, channel,
-                     security.ofScanned(accessPoint).name()});
+        const Cell mark = isSame(accessPoint, used) ? Cell(QStringLiteral("*"), Tone::Good) : Cell(blank);
+        table.append({mark,
+                      accessPoint.ssid(),
+                      accessPoint.bssid(),
+                      {signalText(accessPoint), signalTone(accessPoint)},
+                      frequency,
+                      channel,
+                      security.ofScanned(accessPoint).name()});
     }
-    writeTable(rows);
+    writeTable(table, {Frequency, Bssid, Channel});
 }
 
 class ScanCommand : public ScanningCommand
@@ -55,10 +75,11 @@ protected:
     void onScanned(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &security) override
     {
         m_progress.reset();
+        const WifiAccessPoint used = service()->connectedAccessPoint();
         if (json())
-            writeJson(accessPoints, security);
+            writeJson(accessPoints, security, used);
         else
-            writeList(accessPoints, security);
+            writeList(accessPoints, security, used);
         finish(Done);
     }
 

@@ -2,10 +2,15 @@
 #include "wifistatecommands.h"
 
 #include "accesspointtext.h"
+#include "interfacetext.h"
 #include "output.h"
+#include "publishedlevel.h"
 #include "publishedsecurity.h"
+#include "table.h"
 #include "texts.h"
 #include "wificommand.h"
+
+#include <networkinterfaceservice.h>
 
 namespace morvek {
 
@@ -13,6 +18,24 @@ namespace {
 
 // Nothing tells that a request was accepted, and a refusal takes its time.
 constexpr int RefusalTime = 1000;
+
+/*! The addresses that the station has got by its network. */
+QString networkAddress()
+{
+    struct Delete
+    {
+        void operator()(NetworkInterfaceService *service) const { deleteNetworkInterfaceService(&service); }
+    };
+    const std::unique_ptr<NetworkInterfaceService, Delete> service(newNetworkInterfaceService());
+    QStringList addresses;
+    const QList<NetworkInterface> interfaces = service->interfaces();
+    for (const NetworkInterface &networkInterface : interfaces) {
+        if (networkInterface.type() == NetworkInterface::Wifi && networkInterface.connected())
+            addresses += addressText(networkInterface.configuration());
+    }
+    addresses.removeAll(QString());
+    return addresses.join(QLatin1Char(','));
+}
 
 class StatusCommand : public WifiCommand
 {
@@ -22,21 +45,34 @@ public:
 protected:
     void run() override
     {
+        const bool connected = service()->connected();
+        WifiAccessPoint accessPoint = service()->connectedAccessPoint();
+        accessPoint.setRssi(connected ? publishedLevel(accessPoint.bssid()) : 0);
+        const QString address = connected ? networkAddress() : QString();
         if (json()) {
-            tellState(QString());
-            return;
+            QJsonObject state = stateJson(service()->powered(), accessPoint);
+            state.insert(QStringLiteral("address"), textOrNull(address));
+            writeLine(jsonLine(state));
+        } else {
+            write(accessPoint, address);
         }
-        const WifiAccessPoint accessPoint = service()->connectedAccessPoint();
+        finish(Done);
+    }
+
+private:
+    void write(const WifiAccessPoint &accessPoint, const QString &address) const
+    {
         const bool connected = service()->connected();
         writeTable({
             {QStringLiteral("Radio"), onOrOff(service()->powered())},
-            {QStringLiteral("Connected"), word(connected)},
+            {QStringLiteral("Connected"), {word(connected), connected ? Tone::Good : Tone::Plain}},
             {QStringLiteral("SSID"), accessPoint.ssid()},
             {QStringLiteral("BSSID"), accessPoint.bssid()},
+            {QStringLiteral("Signal"), {signalText(accessPoint), signalTone(accessPoint)}},
             {QStringLiteral("Security"), connected ? PublishedSecurity().ofConnected(accessPoint).name() : QString()},
             {QStringLiteral("Cipher"), connected ? cipherName(accessPoint) : QString()},
+            {QStringLiteral("Address"), address},
         });
-        finish(Done);
     }
 };
 
@@ -128,16 +164,18 @@ QString changeDetails()
 
 CommandInfo wifiStatusCommand()
 {
-    return {
-        QStringLiteral("wifi status"),
-        {},
-        0,
-        serviceOptions(),
-        {{QString(), QStringLiteral("tell whether the radio is on, and what the station is connected to")}},
-        QStringLiteral("What is not known is \"-\" or \"unknown\"; a radio of which the daemon tells nothing is off."),
-        {QStringLiteral("morvekctl wifi status"),
-         QStringLiteral("morvekctl wifi status --json | jq -r .accessPoint.ssid")},
-        createFrom<StatusCommand>};
+    return {QStringLiteral("wifi status"),
+            {},
+            0,
+            serviceOptions(),
+            {{QString(), QStringLiteral("tell whether the radio is on, and what the station is connected to")}},
+            QStringLiteral(
+                "What is not known is \"-\" or \"unknown\"; a radio of which the daemon tells nothing is off. The\n"
+                "level is that of the last scan, whoever asked for it; the address is the station's own, as the\n"
+                "networking daemon tells it."),
+            {QStringLiteral("morvekctl wifi status"),
+             QStringLiteral("morvekctl wifi status --json | jq -r .accessPoint.ssid")},
+            createFrom<StatusCommand>};
 }
 
 CommandInfo wifiOnCommand()
