@@ -77,8 +77,7 @@ private Q_SLOTS:
 private:
     bool startHeadunit() const
     {
-        return m_daemon->start(QStringLiteral("headunit"),
-                               {QStringLiteral("--speed"), QStringLiteral("100"), QStringLiteral("--verbose")});
+        return m_daemon->start(QStringLiteral("headunit"), {QStringLiteral("--speed"), QStringLiteral("100")});
     }
     int copies(const char *text) const { return copiesIn(m_daemon->process().processId(), text); }
 

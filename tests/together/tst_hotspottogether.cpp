@@ -327,7 +327,7 @@ void HotspotTogetherTest::keepsTheProfileAcrossARestart()
 void HotspotTogetherTest::identifiersOfApplicationsCollide()
 {
     m_daemon = std::make_unique<DaemonFixture>();
-    QVERIFY(m_daemon->start(QStringLiteral("headunit"), {QStringLiteral("--verbose")}));
+    QVERIFY(m_daemon->start(QStringLiteral("headunit")));
     const Application service = application();
     QStringList lines;
     KrelLogger::setSink([&lines](KrelLogger::Level, unsigned short, const QString &text) { lines += text; });

@@ -56,7 +56,7 @@ void PassphraseSecrecyTest::staysSecret()
     KrelLogger::setVerbosity(7);
     KrelLogger::setSink(
         [this](KrelLogger::Level, unsigned short, const QString &text) { m_log += text.toUtf8() + '\n'; });
-    const QStringList arguments {QStringLiteral("--speed"), QStringLiteral("20"), QStringLiteral("--verbose")};
+    const QStringList arguments {QStringLiteral("--speed"), QStringLiteral("20")};
     QVERIFY(m_daemon.start(QStringLiteral("headunit"), arguments));
     m_service = newHotSpotService();
     QTRY_VERIFY_WITH_TIMEOUT(m_service->ready(), Patience);
