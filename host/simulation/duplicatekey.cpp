@@ -19,7 +19,7 @@ int endOfText(const QByteArray &json, int begin)
     return i + 1;
 }
 
-/*! In a document that is right, the texts before a colon are the keys. */
+/*! The texts before a colon are the keys. */
 bool isKey(const QByteArray &json, int end)
 {
     while (end < json.size() && QByteArray(" \t\r\n").contains(json.at(end)))
@@ -27,31 +27,32 @@ bool isKey(const QByteArray &json, int end)
     return end < json.size() && json.at(end) == ':';
 }
 
-/*! The parser itself says what a spelling stands for. */
-QString readText(const QByteArray &quoted)
+/*! The parser itself says what a spelling stands for; it is no text when it stands for nothing. */
+QJsonValue readText(const QByteArray &quoted)
 {
-    return QJsonDocument::fromJson('[' + quoted + ']').array().at(0).toString();
+    return QJsonDocument::fromJson('[' + quoted + ']').array().at(0);
 }
 
 } // namespace
 
 DuplicateKey DuplicateKey::find(const QByteArray &json)
 {
-    QVector<QSet<QString>> open; // the keys of the objects and arrays around the present place
+    QVector<QSet<QString>> open {{}}; // the keys of the objects and arrays around the present place
     for (int i = 0; i < json.size(); ++i) {
         const char c = json.at(i);
         if (c == '{' || c == '[')
             open.append(QSet<QString>());
-        else if (c == '}' || c == ']')
+        else if ((c == '}' || c == ']') && open.size() > 1)
             open.removeLast();
         if (c != '"')
             continue;
         const int end = endOfText(json, i);
         if (isKey(json, end)) {
-            const QString key = readText(json.mid(i, end - i));
-            if (open.last().contains(key))
-                return {i, key};
-            open.last().insert(key);
+            const QJsonValue key = readText(json.mid(i, end - i));
+            if (open.last().contains(key.toString()))
+                return {i, key.toString()};
+            if (key.isString())
+                open.last().insert(key.toString());
         }
         i = end - 1;
     }

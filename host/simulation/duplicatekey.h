@@ -12,7 +12,7 @@ struct DuplicateKey
     int offset = -1; //!< where the second one begins, in bytes; -1: there is none
     QString key;
 
-    /*! The first one in \a json, which the parser has accepted. */
+    /*! The first one in \a json, which may be anything. */
     static DuplicateKey find(const QByteArray &json);
 };
 

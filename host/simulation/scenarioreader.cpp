@@ -240,15 +240,15 @@ QString syntaxError(const QByteArray &json, const QJsonParseError &error)
 
 QJsonValue parseJson(const QByteArray &json, QString *error)
 {
+    // First, as the parser forgets to free what it drops for a second value.
+    const DuplicateKey duplicate = DuplicateKey::find(json);
+    if (duplicate.offset != -1) {
+        *error = linePlace(json, duplicate.offset) + QStringLiteral("a second \"%1\"").arg(duplicate.key);
+        return {};
+    }
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
-    const DuplicateKey duplicate =
-        parseError.error == QJsonParseError::NoError ? DuplicateKey::find(json) : DuplicateKey();
-    error->clear();
-    if (parseError.error != QJsonParseError::NoError)
-        *error = syntaxError(json, parseError);
-    else if (duplicate.offset != -1)
-        *error = linePlace(json, duplicate.offset) + QStringLiteral("a second \"%1\"").arg(duplicate.key);
+    *error = parseError.error == QJsonParseError::NoError ? QString() : syntaxError(json, parseError);
     return document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object());
 }
 
