@@ -2,6 +2,7 @@
 #include "statuscommand.h"
 
 #include "accesspointtext.h"
+#include "daemonwatch.h"
 #include "output.h"
 #include "rootstate.h"
 #include "servicecommand.h"
@@ -11,7 +12,6 @@
 #include <hotspotservice.h>
 #include <networkinterfaceservice.h>
 #include <wifiservice.h>
-#include <zopobject.h>
 
 #include <algorithm>
 
@@ -19,17 +19,11 @@ namespace morvek {
 
 namespace {
 
-bool isServed(const QString &controlObject)
-{
-    return ZopObject(controlObject, ZopObject::Subscribe, false).isValid();
-}
-
 /*! A daemon, and the service of the library that needs it. */
 struct Part
 {
     QString daemon;
     QString key; //!< of the daemon in JSON
-    QString controlObject;
     ServiceBase *service;
     bool isThere = false;
     bool isReady() const { return isThere && service->ready(); }
@@ -59,14 +53,11 @@ private:
         m_interfaces = std::make_unique<NetworkInterfaceService>();
         m_wifi = std::make_unique<WifiService>();
         m_hotspot = std::make_unique<HotSpotService>();
-        m_parts = {{QStringLiteral("networking"), QStringLiteral("networking"),
-                    QStringLiteral("/zop/services/networking/control"), m_interfaces.get()},
-                   {QStringLiteral("Wi-Fi"), QStringLiteral("wifi"), QStringLiteral("/zop/services/wifi/control"),
-                    m_wifi.get()},
-                   {QStringLiteral("tethering"), QStringLiteral("tethering"),
-                    QStringLiteral("/zop/services/tethering/control"), m_hotspot.get()}};
+        m_parts = {{QStringLiteral("networking"), QStringLiteral("networking"), m_interfaces.get()},
+                   {QStringLiteral("Wi-Fi"), QStringLiteral("wifi"), m_wifi.get()},
+                   {QStringLiteral("tethering"), QStringLiteral("tethering"), m_hotspot.get()}};
         for (Part &part : m_parts) {
-            part.isThere = isServed(part.controlObject);
+            part.isThere = DaemonWatch::isServed(part.daemon);
             // What a service tells when it becomes ready may follow that.
             connect(
                 part.service, &ServiceBase::readyChanged, this,
