@@ -2,6 +2,8 @@
 #include "daemoncase.h"
 #include "terminaltool.h"
 
+#include <zopobject.h>
+
 #include <QtCore/QElapsedTimer>
 #include <QtTest/QtTest>
 
@@ -29,6 +31,8 @@ private Q_SLOTS:
     void neverReleased();
     void secondSignal();
     void signalsAfterDeadline();
+    void withoutAddress();
+    void neverReleasedWithoutAddress();
     void whileAwaitingAddresses();
     void ownDeadlines();
 
@@ -175,6 +179,38 @@ void TestMorvekctlConfigureStopped::signalsAfterDeadline()
     QVERIFY2(timer.elapsed() < 4000, qPrintable(QString::number(timer.elapsed())));
     QVERIFY2(tool.shown().contains(QLatin1String("morvekctl: the time is up: eth0 has its addresses still, ")),
              qPrintable(tool.shown()));
+}
+
+/*! What is told of the interface's priority is no release: who leaves then leaves it without any configuration. */
+void TestMorvekctlConfigureStopped::withoutAddress()
+{
+    QVERIFY(start(QStringLiteral("never-released")));
+    QVERIFY(publish(QStringLiteral("ip_addresses"), ZopVariant("[]", "json")));
+    TerminalTool tool;
+    QVERIFY(tool.start(m_root->path(), manual()));
+    QVERIFY(waitForDaemon(Released));
+    ZopChangeset order;
+    order.assignments.insert(QStringLiteral("priority"), ZopVariant(R"(["eth0"])", "json"));
+    QVERIFY(ZopObject(QStringLiteral("/zop/services/networking/all/status_public"), ZopObject::Publish, false)
+                .setAttributes(order));
+    QVERIFY(tool.waitFor(QStringLiteral("Waiting until eth0 has left its network ... 1 s")));
+    tool.type("\x03");
+    QVERIFY(tool.waitFor(QStringLiteral("Waiting until eth0 can be left; Ctrl-C leaves it at once ... ")));
+    QVERIFY(publish(QStringLiteral("ip_addresses"), ZopVariant("[]", "json")));
+    QVERIFY(waitForDaemon(QStringLiteral("request net_connected id=2 eth0 ")));
+    QCOMPARE(tool.wait(), 1);
+}
+
+void TestMorvekctlConfigureStopped::neverReleasedWithoutAddress()
+{
+    QVERIFY(start(QStringLiteral("never-released")));
+    QVERIFY(publish(QStringLiteral("ip_addresses"), ZopVariant("[]", "json")));
+    const ToolResult result =
+        runTool(m_root->path(), manual() + QStringList {QStringLiteral("--timeout"), QStringLiteral("0.05")});
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: the time is up: eth0 has no address, and manual may not have been asked for; ")
+                 + BringsItBack);
+    QCOMPARE(result.code, 4);
 }
 
 void TestMorvekctlConfigureStopped::whileAwaitingAddresses()
