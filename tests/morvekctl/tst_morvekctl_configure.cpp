@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "daemoncase.h"
+#include "terminaltool.h"
 
 #include <zopobject.h>
 
@@ -28,6 +29,8 @@ private Q_SLOTS:
     void appliedInParts();
     void overruled_data();
     void overruled();
+    void overruledForAMoment_data();
+    void overruledForAMoment();
     void accepted();
     void acceptedAsJson();
     void appliedAsJson();
@@ -190,6 +193,34 @@ void TestMorvekctlConfigure::overruled()
     QVERIFY2(timer.elapsed() < 4000, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(tool.errors(), QStringLiteral("morvekctl: %1: somebody has configured it meanwhile\n").arg(sentence));
     QCOMPARE(tool.nextLine(), QString());
+}
+
+void TestMorvekctlConfigure::overruledForAMoment_data()
+{
+    QTest::addColumn<QString>("attribute"); // which tells that the other configuration is over
+    QTest::addColumn<ZopVariant>("value");
+    QTest::newRow("connection") << "connected" << ZopVariant(false);
+    QTest::newRow("addresses") << "ip_addresses" << ZopVariant("[]", "json");
+}
+
+/*! What has gone again has not won. */
+void TestMorvekctlConfigure::overruledForAMoment()
+{
+    QFETCH(QString, attribute);
+    QFETCH(ZopVariant, value);
+    QVERIFY(m_daemon->publish(QStringLiteral("never-leased"), {QStringLiteral("--verbose")}));
+    TerminalTool tool;
+    QVERIFY(tool.start(m_root->path(), QStringLiteral("configure eth0 auto --applied").split(QLatin1Char(' '))));
+    QVERIFY(waitForDaemon(QStringLiteral("reply   net_connected id=2 ok")));
+    QVERIFY(tool.waitFor(QStringLiteral("Waiting until eth0 has its addresses ... 0 s")));
+    QVERIFY(publish(QStringLiteral("ip_addresses"), ZopVariant(R"(["10.20.0.78/255.255.0.0"])", "json")));
+    QVERIFY(publish(QStringLiteral("connected"), true));
+    QVERIFY(publish(attribute, value));
+    QVERIFY(tool.waitFor(QStringLiteral("Waiting until eth0 has its addresses ... 2 s")));
+    QVERIFY(publish(QStringLiteral("manual"), QStringLiteral("no")));
+    QVERIFY(publish(QStringLiteral("ip_addresses"), ZopVariant(R"(["10.20.0.40/255.255.0.0"])", "json")));
+    QVERIFY(publish(QStringLiteral("connected"), true));
+    QCOMPARE(tool.wait(), 0);
 }
 
 void TestMorvekctlConfigure::accepted()

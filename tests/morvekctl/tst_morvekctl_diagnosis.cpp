@@ -32,6 +32,7 @@ private Q_SLOTS:
     void statusAsJson();
     void statusOfSome();
     void statusOfStuckService();
+    void statusOfTheDead();
     void statusOfNothing();
 
     void ownWordsOnly_data();
@@ -203,6 +204,22 @@ void TestMorvekctlDiagnosis::statusOfStuckService()
     QVERIFY2(result.output.contains(QLatin1String("\nWi-Fi       -\nHotspot     off\n")), qPrintable(result.output));
     QCOMPARE(result.errors,
              QStringLiteral("morvekctl: there, but of no use to an application: Wi-Fi daemon; it may be starting\n"));
+    QCOMPARE(result.code, 3);
+}
+
+/*! What they have published is still there. */
+void TestMorvekctlDiagnosis::statusOfTheDead()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
+    m_daemon->signal(SIGKILL);
+    QCOMPARE(m_daemon->wait(), -1);
+    const ToolResult result = run(QStringLiteral("status"));
+    QCOMPARE(result.output,
+             QStringLiteral("Root        %1\nDaemons     -\nInterfaces  -\nWi-Fi       -\nHotspot     -\n")
+                 .arg(m_root->path()));
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: not there: networking daemon, Wi-Fi daemon, tethering daemon; start "
+                            "morvek-hostd, or set ZOP_ROOT to its root\n"));
     QCOMPARE(result.code, 3);
 }
 

@@ -66,6 +66,7 @@ protected:
         connect(m_signals.get(), &TerminationSignals::received, this, &ConfigureCommand::onSignal);
         connect(service(), &NetworkInterfaceService::interfaceConfigurationChanged, this, &ConfigureCommand::onChanged);
         connect(service(), &NetworkInterfaceService::interfaceConnected, this, &ConfigureCommand::look);
+        connect(service(), &NetworkInterfaceService::interfaceDisconnected, this, &ConfigureCommand::look);
         m_wasConnected = networkInterface.connected();
         m_hasAddress = !networkInterface.configuration().ipAddresses().isEmpty();
         m_operation.reset(service()->configure(networkInterface, m_config));
