@@ -27,6 +27,7 @@ private Q_SLOTS:
     void manualApplied();
     void autoApplied();
     void appliedInParts();
+    void anotherIsConnected();
     void overruled_data();
     void overruled();
     void overruledForAMoment_data();
@@ -154,6 +155,27 @@ void TestMorvekctlConfigure::appliedInParts()
     QVERIFY(publish(QStringLiteral("manual"), QStringLiteral("no")));
     QCOMPARE(tool.wait(), 0);
     QCOMPARE(tool.errors(), QString());
+}
+
+void TestMorvekctlConfigure::anotherIsConnected()
+{
+    const QString another = QStringLiteral("/zop/services/networking/all/interfaces/usb0");
+    const QString connected = QStringLiteral("connected");
+    const QString addresses = QStringLiteral("ip_addresses");
+    QVERIFY(m_daemon->publish(QStringLiteral("never-leased"), {QStringLiteral("--verbose")}));
+    QVERIFY(publish(another, connected, false));
+    QVERIFY(publish(another, QStringLiteral("manual"), QStringLiteral("no")));
+    QVERIFY(publish(another, addresses, ZopVariant(R"(["10.30.0.2/255.255.0.0"])", "json")));
+    Tool tool(m_root->path());
+    tool.start(QStringLiteral("configure eth0 auto --applied --json").split(QLatin1Char(' ')));
+    QVERIFY(waitForDaemon(QStringLiteral("reply   net_connected id=2 ok")));
+    QVERIFY(publish(another, connected, true));
+    QVERIFY(publish(QStringLiteral("manual"), QStringLiteral("no")));
+    QVERIFY(publish(addresses, ZopVariant(R"(["10.20.0.40/255.255.0.0"])", "json")));
+    QVERIFY(publish(connected, true));
+    QCOMPARE(QJsonDocument::fromJson(tool.nextLine().toUtf8())[QLatin1String("name")].toString(),
+             QStringLiteral("eth0"));
+    QCOMPARE(tool.wait(), 0);
 }
 
 void TestMorvekctlConfigure::overruled_data()
@@ -289,10 +311,7 @@ void TestMorvekctlConfigure::autoAlready()
 void TestMorvekctlConfigure::autoNotConnected()
 {
     QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
-    ZopChangeset lost;
-    lost.assignments.insert(QStringLiteral("connected"), QStringLiteral("false"));
-    QVERIFY(ZopObject(QStringLiteral("/zop/services/networking/all/interfaces/eth0"), ZopObject::Publish, false)
-                .setAttributes(lost));
+    QVERIFY(publish(QStringLiteral("connected"), QStringLiteral("false")));
     QCOMPARE(run(QStringLiteral("configure eth0 auto")).output, QStringLiteral("eth0 is auto already.\n"));
     const ToolResult applied = run(QStringLiteral("configure eth0 auto --applied"));
     QCOMPARE(applied.output, QString());

@@ -2,8 +2,6 @@
 #include "daemoncase.h"
 #include "terminaltool.h"
 
-#include <zopobject.h>
-
 #include <QtCore/QElapsedTimer>
 #include <QtTest/QtTest>
 
@@ -31,6 +29,7 @@ private Q_SLOTS:
     void neverReleased();
     void secondSignal();
     void signalsAfterDeadline();
+    void anotherIsReleased();
     void withoutAddress();
     void neverReleasedWithoutAddress();
     void whileAwaitingAddresses();
@@ -181,6 +180,19 @@ void TestMorvekctlConfigureStopped::signalsAfterDeadline()
              qPrintable(tool.shown()));
 }
 
+void TestMorvekctlConfigureStopped::anotherIsReleased()
+{
+    const QString another = QStringLiteral("/zop/services/networking/all/interfaces/usb0");
+    const QString addresses = QStringLiteral("ip_addresses");
+    QVERIFY(start(QStringLiteral("never-released")));
+    QVERIFY(publish(another, addresses, ZopVariant(R"(["10.30.0.2/255.255.0.0"])", "json")));
+    TerminalTool tool;
+    QVERIFY(tool.start(m_root->path(), manual()));
+    QVERIFY(waitForDaemon(Released));
+    QVERIFY(publish(another, addresses, ZopVariant("[]", "json")));
+    QVERIFY(tool.waitFor(QStringLiteral("Waiting until eth0 has left its network ... 2 s")));
+}
+
 /*! What is told of the interface's priority is no release: who leaves then leaves it without any configuration. */
 void TestMorvekctlConfigureStopped::withoutAddress()
 {
@@ -189,10 +201,8 @@ void TestMorvekctlConfigureStopped::withoutAddress()
     TerminalTool tool;
     QVERIFY(tool.start(m_root->path(), manual()));
     QVERIFY(waitForDaemon(Released));
-    ZopChangeset order;
-    order.assignments.insert(QStringLiteral("priority"), ZopVariant(R"(["eth0"])", "json"));
-    QVERIFY(ZopObject(QStringLiteral("/zop/services/networking/all/status_public"), ZopObject::Publish, false)
-                .setAttributes(order));
+    QVERIFY(publish(QStringLiteral("/zop/services/networking/all/status_public"), QStringLiteral("priority"),
+                    ZopVariant(R"(["eth0"])", "json")));
     QVERIFY(tool.waitFor(QStringLiteral("Waiting until eth0 has left its network ... 1 s")));
     tool.type("\x03");
     QVERIFY(tool.waitFor(QStringLiteral("Waiting until eth0 can be left; Ctrl-C leaves it at once ... ")));
