@@ -4,6 +4,7 @@
 #include <zopobject.h>
 
 #include <QtCore/QDir>
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
 #include <QtTest/QtTest>
@@ -198,7 +199,10 @@ void TestMorvekctlDiagnosis::statusOfStuckService()
     QVERIFY(m_daemon->publish(QStringLiteral("headunit"), {QStringLiteral("--without"), QStringLiteral("wifi")}));
     const ZopObject control(QStringLiteral("/zop/services/wifi/control"), ZopObject::Publish, true);
     QVERIFY(control.isValid());
+    QElapsedTimer timer;
+    timer.start();
     const ToolResult result = run(QStringLiteral("status"));
+    QVERIFY2(timer.elapsed() >= 900, "a daemon that is starting gets a second");
     QVERIFY2(result.output.contains(QLatin1String("\nDaemons     networking, Wi-Fi, tethering\n")),
              qPrintable(result.output));
     QVERIFY2(result.output.contains(QLatin1String("\nWi-Fi       -\nHotspot     off\n")), qPrintable(result.output));
@@ -243,6 +247,11 @@ void TestMorvekctlDiagnosis::statusOfNothing()
                             "root \\\"%1\\\" does not exist: start morvek-hostd, which makes it, or set ZOP_ROOT "
                             R"(to the root of one that runs","path":"%1"},)"
                             R"("services":{"hotspot":null,"interfaces":null,"wifi":null}})"
+                            "\n")
+                 .arg(absent));
+    QCOMPARE(missing.errors,
+             QStringLiteral(R"({"code":null,"exitCode":3,"message":"the root \"%1\" does not exist: start )"
+                            R"(morvek-hostd, which makes it, or set ZOP_ROOT to the root of one that runs"})"
                             "\n")
                  .arg(absent));
     QCOMPARE(missing.code, 3);

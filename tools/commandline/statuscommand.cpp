@@ -26,7 +26,6 @@ struct Part
     QString key; //!< of the daemon in JSON
     ServiceBase *service;
     bool isThere = false;
-    bool isReady() const { return isThere && service->ready(); }
 };
 
 class StatusCommand : public Command
@@ -58,14 +57,10 @@ private:
                    {QStringLiteral("tethering"), QStringLiteral("tethering"), m_hotspot.get()}};
         for (Part &part : m_parts) {
             part.isThere = DaemonWatch::isServed(part.daemon);
-            // What a service tells when it becomes ready may follow that.
-            connect(
-                part.service, &ServiceBase::readyChanged, this,
-                [this] {
-                    if (!mayStillBecomeReady())
-                        m_patience.start(0);
-                },
-                Qt::QueuedConnection);
+            connect(part.service, &ServiceBase::readyChanged, this, [this] {
+                if (!mayStillBecomeReady())
+                    m_patience.start(0); // what a service tells when it becomes ready may follow that
+            });
         }
     }
 
@@ -75,11 +70,8 @@ private:
                            [](const Part &part) { return part.isThere && !part.service->ready(); });
     }
 
-    bool isReady(const ServiceBase *service) const
-    {
-        return std::any_of(m_parts.begin(), m_parts.end(),
-                           [service](const Part &part) { return part.service == service && part.isReady(); });
-    }
+    /*! There is no service when the root cannot be used. */
+    static bool isReady(const ServiceBase *service) { return service && service->ready(); }
 
     void tell()
     {
@@ -102,7 +94,7 @@ private:
         for (const Part &part : m_parts) {
             if (!part.isThere)
                 missing += part.daemon;
-            else if (!part.isReady())
+            else if (!part.service->ready())
                 stuck += part.daemon;
         }
         if (!missing.isEmpty())
