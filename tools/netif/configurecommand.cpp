@@ -154,10 +154,11 @@ private:
             return QStringLiteral("%1 has vanished").arg(m_name);
         const QString mode = modeName(m_config);
         const bool hasAddress = !now.configuration().ipAddresses().isEmpty();
+        if (m_stage == Releasing && !hasAddress)
+            return QStringLiteral("%1 has no address, and %2 may not have been asked for; %3")
+                .arg(m_name, mode, wayOut(now));
         if (m_stage == Releasing)
-            return (hasAddress ? QStringLiteral(
-                                     "%1 has its addresses still, and %2 was not asked for; should it lose them later, %3")
-                               : QStringLiteral("%1 has no address, and %2 may not have been asked for; %3"))
+            return QStringLiteral("%1 has its addresses still, and %2 was not asked for; should it lose them later, %3")
                 .arg(m_name, mode, wayOut(now));
         const QString state = m_stage == Asked
             ? QStringLiteral("the networking daemon has not answered; it may still make %1 %2").arg(m_name, mode)
