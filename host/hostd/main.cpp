@@ -27,6 +27,14 @@ int fail(HostdExitCode code, const QString &error)
     return static_cast<int>(code);
 }
 
+/*! The same for what may be wrong with the root: that is mended by what has named it. */
+int fail(HostdExitCode code, QString error, const HostdOptions &options)
+{
+    if (!options.root.isEmpty())
+        error.replace(QLatin1String("set ZOP_ROOT to"), QLatin1String("set --root to"));
+    return fail(code, error);
+}
+
 void print(const QString &text)
 {
     std::fputs(text.toUtf8().constData(), stdout);
@@ -77,7 +85,7 @@ int run(const HostdOptions &options, Scenario scenario)
     const HostdExitCode code = hostd.start(&error);
     wipeStack();
     if (code != HostdExitCode::Success)
-        return fail(code, error);
+        return fail(code, error, options);
     print(QStringLiteral("ready: %1\n").arg(hostd.root()));
     return QCoreApplication::exec();
 }
@@ -110,7 +118,7 @@ int main(int argc, char *argv[])
         qputenv("ZOP_ROOT", QFile::encodeName(options.root));
     if (options.action == HostdOptions::Call) {
         const HostdExitCode code = StageCommand::run(options, &error);
-        return code == HostdExitCode::Success ? 0 : fail(code, error);
+        return code == HostdExitCode::Success ? 0 : fail(code, error, options);
     }
 
     Scenario scenario;

@@ -21,11 +21,11 @@ void DaemonCase::cleanup()
     m_root.reset();
 }
 
-bool DaemonCase::publish(const QString &attribute, const ZopVariant &value) const
+bool DaemonCase::publish(const QString &object, const QString &attribute, const ZopVariant &value)
 {
     ZopChangeset changes;
     changes.assignments.insert(attribute, value);
-    return ZopObject(m_statusObject, ZopObject::Publish, false).setAttributes(changes);
+    return ZopObject(object, ZopObject::Publish, false).setAttributes(changes);
 }
 
 QString DaemonCase::published(const QString &attribute) const

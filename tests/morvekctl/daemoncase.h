@@ -28,7 +28,12 @@ protected:
     }
 
     /*! Writes one attribute of the daemon's status, as another daemon or application would make it change. */
-    bool publish(const QString &attribute, const morvek::ZopVariant &value) const;
+    bool publish(const QString &attribute, const morvek::ZopVariant &value) const
+    {
+        return publish(m_statusObject, attribute, value);
+    }
+    /*! The same for any object; it is made when there is none. */
+    static bool publish(const QString &object, const QString &attribute, const morvek::ZopVariant &value);
     /*! What the daemon's status tells. */
     QString published(const QString &attribute) const;
     /*! Waits until the daemon, which tells what it does, has told \a line. */

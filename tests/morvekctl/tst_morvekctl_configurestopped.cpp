@@ -29,6 +29,9 @@ private Q_SLOTS:
     void neverReleased();
     void secondSignal();
     void signalsAfterDeadline();
+    void anotherIsReleased();
+    void withoutAddress();
+    void neverReleasedWithoutAddress();
     void whileAwaitingAddresses();
     void ownDeadlines();
 
@@ -175,6 +178,49 @@ void TestMorvekctlConfigureStopped::signalsAfterDeadline()
     QVERIFY2(timer.elapsed() < 4000, qPrintable(QString::number(timer.elapsed())));
     QVERIFY2(tool.shown().contains(QLatin1String("morvekctl: the time is up: eth0 has its addresses still, ")),
              qPrintable(tool.shown()));
+}
+
+void TestMorvekctlConfigureStopped::anotherIsReleased()
+{
+    const QString another = QStringLiteral("/zop/services/networking/all/interfaces/usb0");
+    const QString addresses = QStringLiteral("ip_addresses");
+    QVERIFY(start(QStringLiteral("never-released")));
+    QVERIFY(publish(another, addresses, ZopVariant(R"(["10.30.0.2/255.255.0.0"])", "json")));
+    TerminalTool tool;
+    QVERIFY(tool.start(m_root->path(), manual()));
+    QVERIFY(waitForDaemon(Released));
+    QVERIFY(publish(another, addresses, ZopVariant("[]", "json")));
+    QVERIFY(tool.waitFor(QStringLiteral("Waiting until eth0 has left its network ... 2 s")));
+}
+
+/*! What is told of the interface's priority is no release: who leaves then leaves it without any configuration. */
+void TestMorvekctlConfigureStopped::withoutAddress()
+{
+    QVERIFY(start(QStringLiteral("never-released")));
+    QVERIFY(publish(QStringLiteral("ip_addresses"), ZopVariant("[]", "json")));
+    TerminalTool tool;
+    QVERIFY(tool.start(m_root->path(), manual()));
+    QVERIFY(waitForDaemon(Released));
+    QVERIFY(publish(QStringLiteral("/zop/services/networking/all/status_public"), QStringLiteral("priority"),
+                    ZopVariant(R"(["eth0"])", "json")));
+    QVERIFY(tool.waitFor(QStringLiteral("Waiting until eth0 has left its network ... 1 s")));
+    tool.type("\x03");
+    QVERIFY(tool.waitFor(QStringLiteral("Waiting until eth0 can be left; Ctrl-C leaves it at once ... ")));
+    QVERIFY(publish(QStringLiteral("ip_addresses"), ZopVariant("[]", "json")));
+    QVERIFY(waitForDaemon(QStringLiteral("request net_connected id=2 eth0 ")));
+    QCOMPARE(tool.wait(), 1);
+}
+
+void TestMorvekctlConfigureStopped::neverReleasedWithoutAddress()
+{
+    QVERIFY(start(QStringLiteral("never-released")));
+    QVERIFY(publish(QStringLiteral("ip_addresses"), ZopVariant("[]", "json")));
+    const ToolResult result =
+        runTool(m_root->path(), manual() + QStringList {QStringLiteral("--timeout"), QStringLiteral("0.05")});
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: the time is up: eth0 has no address, and manual may not have been asked for; ")
+                 + BringsItBack);
+    QCOMPARE(result.code, 4);
 }
 
 void TestMorvekctlConfigureStopped::whileAwaitingAddresses()

@@ -19,6 +19,8 @@ private Q_SLOTS:
     void endsInOrder();
     void replacedAtOnce();
     void othersMayDie();
+    void whileReleasing();
+    void whileAwaitingAddresses();
 
 private:
     /*! Starts \a arguments, and waits until the daemon has told that it has \a accepted. */
@@ -53,9 +55,6 @@ void TestMorvekctlDeath::killed_data()
     QTest::newRow("hotspot on") << "hotspot on"
                                 << "reply   start"
                                 << "tethering";
-    QTest::newRow("configure") << "configure wlan0 manual --address 192.168.43.9 --prefix 24 --gateway 192.168.43.1"
-                               << "reply   net_disconnected"
-                               << "networking";
 }
 
 void TestMorvekctlDeath::killed()
@@ -109,6 +108,40 @@ void TestMorvekctlDeath::othersMayDie()
     QVERIFY(publish(QStringLiteral("scan_results"), QStringLiteral("[]")));
     QCOMPARE(tool.nextLine(), QStringLiteral("[]"));
     QCOMPARE(tool.wait(), 0);
+}
+
+void TestMorvekctlDeath::whileReleasing()
+{
+    Tool tool(m_root->path());
+    QVERIFY(
+        begin(&tool,
+              QStringLiteral("configure wlan0 manual --address 192.168.43.9 --prefix 24 --gateway 192.168.43.1 --json"),
+              QStringLiteral("reply   net_disconnected")));
+    QElapsedTimer timer;
+    timer.start();
+    m_daemon->signal(SIGKILL);
+    QCOMPARE(tool.wait(), 1);
+    QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(tool.errors(),
+             QStringLiteral(
+                 R"({"code":null,"exitCode":1,"message":"the networking daemon has died, and with it what was asked )"
+                 R"(of it: wlan0 has its addresses still, and manual was not asked for; should it lose them later, )"
+                 R"('morvekctl configure wlan0 manual ...' and then 'morvekctl configure wlan0 auto' bring it back"})"
+                 "\n"));
+}
+
+void TestMorvekctlDeath::whileAwaitingAddresses()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("never-leased"), {QStringLiteral("--verbose")}));
+    Tool tool(m_root->path());
+    tool.start(QStringLiteral("configure eth0 auto --applied").split(QLatin1Char(' ')));
+    QVERIFY(waitForDaemon(QStringLiteral("reply   net_connected")));
+    m_daemon->signal(SIGKILL);
+    QCOMPARE(tool.wait(), 1);
+    QCOMPARE(tool.errors(),
+             QStringLiteral("morvekctl: the networking daemon has died, and with it what was asked of it: auto was "
+                            "accepted, but eth0 does not report it yet; if no address comes, 'morvekctl configure "
+                            "eth0 ...' once more brings it back\n"));
 }
 
 QTEST_GUILESS_MAIN(TestMorvekctlDeath)

@@ -4,6 +4,7 @@
 #include <zopobject.h>
 
 #include <QtCore/QDir>
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
 #include <QtTest/QtTest>
@@ -32,6 +33,7 @@ private Q_SLOTS:
     void statusAsJson();
     void statusOfSome();
     void statusOfStuckService();
+    void statusOfTheDead();
     void statusOfNothing();
 
     void ownWordsOnly_data();
@@ -197,12 +199,31 @@ void TestMorvekctlDiagnosis::statusOfStuckService()
     QVERIFY(m_daemon->publish(QStringLiteral("headunit"), {QStringLiteral("--without"), QStringLiteral("wifi")}));
     const ZopObject control(QStringLiteral("/zop/services/wifi/control"), ZopObject::Publish, true);
     QVERIFY(control.isValid());
+    QElapsedTimer timer;
+    timer.start();
     const ToolResult result = run(QStringLiteral("status"));
+    QVERIFY2(timer.elapsed() >= 900, "a daemon that is starting gets a second");
     QVERIFY2(result.output.contains(QLatin1String("\nDaemons     networking, Wi-Fi, tethering\n")),
              qPrintable(result.output));
     QVERIFY2(result.output.contains(QLatin1String("\nWi-Fi       -\nHotspot     off\n")), qPrintable(result.output));
     QCOMPARE(result.errors,
              QStringLiteral("morvekctl: there, but of no use to an application: Wi-Fi daemon; it may be starting\n"));
+    QCOMPARE(result.code, 3);
+}
+
+/*! What they have published is still there. */
+void TestMorvekctlDiagnosis::statusOfTheDead()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
+    m_daemon->signal(SIGKILL);
+    QCOMPARE(m_daemon->wait(), -1);
+    const ToolResult result = run(QStringLiteral("status"));
+    QCOMPARE(result.output,
+             QStringLiteral("Root        %1\nDaemons     -\nInterfaces  -\nWi-Fi       -\nHotspot     -\n")
+                 .arg(m_root->path()));
+    QCOMPARE(result.errors,
+             QStringLiteral("morvekctl: not there: networking daemon, Wi-Fi daemon, tethering daemon; start "
+                            "morvek-hostd, or set ZOP_ROOT to its root\n"));
     QCOMPARE(result.code, 3);
 }
 
@@ -226,6 +247,11 @@ void TestMorvekctlDiagnosis::statusOfNothing()
                             "root \\\"%1\\\" does not exist: start morvek-hostd, which makes it, or set ZOP_ROOT "
                             R"(to the root of one that runs","path":"%1"},)"
                             R"("services":{"hotspot":null,"interfaces":null,"wifi":null}})"
+                            "\n")
+                 .arg(absent));
+    QCOMPARE(missing.errors,
+             QStringLiteral(R"({"code":null,"exitCode":3,"message":"the root \"%1\" does not exist: start )"
+                            R"(morvek-hostd, which makes it, or set ZOP_ROOT to the root of one that runs"})"
                             "\n")
                  .arg(absent));
     QCOMPARE(missing.code, 3);

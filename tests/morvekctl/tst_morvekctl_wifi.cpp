@@ -494,11 +494,15 @@ void TestMorvekctlWifi::listedTwice()
     QVERIFY(publish(QStringLiteral("scan_results"),
                     QStringLiteral(R"([{"bssid":"a","ssid":"s","flags":["ESS"]},)"
                                    R"({"bssid":"a","ssid":"s","flags":["WPA3-SAE-CCMP"]},)"
-                                   R"({"bssid":"b","ssid":"s","flags":["ESS"]}])")));
+                                   R"({"bssid":"b","ssid":"s","flags":["ESS"]},)"
+                                   R"({"bssid":"c","ssid":"s","flags":["WPA3-SAE-CCMP"]},)"
+                                   R"({"bssid":"c","ssid":"s","flags":["ESS"]}])")));
     QCOMPARE(tool.nextLine(), QStringLiteral("   SSID  BSSID  SIGNAL  FREQUENCY  CHANNEL  SECURITY"));
     QCOMPARE(tool.nextLine(), QStringLiteral("   s     a      -       -          -        WPA3"));
     QCOMPARE(tool.nextLine(), QStringLiteral("   s     a      -       -          -        WPA3"));
     QCOMPARE(tool.nextLine(), QStringLiteral("   s     b      -       -          -        open"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("   s     c      -       -          -        WPA3"));
+    QCOMPARE(tool.nextLine(), QStringLiteral("   s     c      -       -          -        WPA3"));
     QCOMPARE(tool.wait(), 0);
 }
 

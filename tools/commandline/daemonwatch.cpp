@@ -10,39 +10,44 @@ namespace morvek {
 namespace {
 
 constexpr int LookPause = 500; // in milliseconds
+const QString ControlObject = QStringLiteral("control");
+
+QString folderOf(const QString &daemon)
+{
+    return QStringLiteral("/zop/services/") + daemon.toLower().remove(QLatin1Char('-'));
+}
 
 } // namespace
 
-DaemonWatch::DaemonWatch(const QString &controlObject)
-    : m_controlObject(controlObject),
-      m_folder(controlObject.section(QLatin1Char('/'), 0, -2))
+DaemonWatch::DaemonWatch(const QString &daemon)
+    : m_daemon(daemon),
+      m_folder(folderOf(daemon))
 {
     // The folder tells a daemon that ends in order, or is replaced. The object of one that was killed may stay until
     // then, but cannot be opened. That it can is no news: the folder has not told yet, perhaps, that it is another one.
-    const QString name = controlObject.section(QLatin1Char('/'), -1);
-    connect(&m_folder, &ZopDirWatcher::objectAdded, this, [this, name](const QString &added) {
-        if (added == name)
+    connect(&m_folder, &ZopDirWatcher::objectAdded, this, [this](const QString &added) {
+        if (added == ControlObject)
             set(true);
     });
-    connect(&m_folder, &ZopDirWatcher::objectRemoved, this, [this, name](const QString &removed) {
-        if (removed == name)
+    connect(&m_folder, &ZopDirWatcher::objectRemoved, this, [this](const QString &removed) {
+        if (removed == ControlObject)
             set(false);
     });
     m_folder.setNameCacheEnabled(true);
-    m_isThere = m_isThere || isServed();
+    m_isThere = m_isThere || isServed(daemon);
     m_hasDied = !m_isThere;
     if (m_hasDied)
         QTimer::singleShot(0, this, &DaemonWatch::died);
     connect(&m_timer, &QTimer::timeout, this, [this] {
-        if (!isServed())
+        if (!isServed(m_daemon))
             set(false);
     });
     m_timer.start(LookPause);
 }
 
-bool DaemonWatch::isServed() const
+bool DaemonWatch::isServed(const QString &daemon)
 {
-    return ZopObject(m_controlObject, ZopObject::ReadWrite, false).isValid();
+    return ZopObject(folderOf(daemon) + QLatin1Char('/') + ControlObject, ZopObject::ReadWrite, false).isValid();
 }
 
 void DaemonWatch::set(bool isThere)

@@ -17,10 +17,13 @@ class DaemonWatch : public QObject
     Q_OBJECT
 
 public:
-    explicit DaemonWatch(const QString &controlObject);
+    /*! \a daemon as people call it: "networking", "Wi-Fi", "tethering". */
+    explicit DaemonWatch(const QString &daemon);
+
+    static bool isServed(const QString &daemon);
 
     /*! Whether the daemon that was there has died. */
-    bool hasDied() const { return m_hasDied || !isServed(); }
+    bool hasDied() const { return m_hasDied || !isServed(m_daemon); }
 
 Q_SIGNALS:
     void died();
@@ -28,10 +31,9 @@ Q_SIGNALS:
 
 private:
     Q_DISABLE_COPY(DaemonWatch)
-    bool isServed() const;
     void set(bool isThere);
 
-    const QString m_controlObject;
+    const QString m_daemon;
     ZopDirWatcher m_folder;
     QTimer m_timer;
     bool m_isThere = false;

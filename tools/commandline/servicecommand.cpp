@@ -28,12 +28,6 @@ QString notReadySentence(const QString &daemon)
     return QStringLiteral("the %1 daemon is not there: start morvek-hostd, or %2, or add --wait").arg(daemon, place);
 }
 
-// Of a daemon as people call it.
-QString controlObjectOf(const QString &daemon)
-{
-    return QStringLiteral("/zop/services/%1/control").arg(daemon.toLower().remove(QLatin1Char('-')));
-}
-
 } // namespace
 
 const Option &verboseOption()
@@ -106,7 +100,7 @@ void ServiceCommand::onReady()
         return;
     m_patience.stop();
     KrelLogger::setVerbosity(m_verbosity);
-    m_watch.emplace(controlObjectOf(m_daemon));
+    m_watch.emplace(m_daemon);
     connect(&*m_watch, &DaemonWatch::died, this, &ServiceCommand::onDaemonDied);
     connect(&*m_watch, &DaemonWatch::returned, this, &ServiceCommand::onDaemonReturned);
     run();
@@ -141,9 +135,14 @@ void ServiceCommand::onDaemonDied()
         if (isFinished())
             return;
         withdraw();
-        complain(deathSentence() + QLatin1String(", and with it what was asked of it"));
+        complain(deathSentence() + QLatin1String(", and with it what was asked of it") + stateAtDeath());
         finish(Failed);
     });
+}
+
+QString ServiceCommand::stateAtDeath() const
+{
+    return QString();
 }
 
 void ServiceCommand::onDaemonReturned() { }

@@ -52,6 +52,8 @@ protected:
     virtual void onTimeUp();
     /*! Called when the daemon dies while the command runs. Ends the command with a complaint. */
     virtual void onDaemonDied();
+    /*! What follows that complaint. */
+    virtual QString stateAtDeath() const;
     /*! Called when it is there again. Does nothing. */
     virtual void onDaemonReturned();
 

@@ -2,6 +2,7 @@
 #include "statuscommand.h"
 
 #include "accesspointtext.h"
+#include "daemonwatch.h"
 #include "output.h"
 #include "rootstate.h"
 #include "servicecommand.h"
@@ -11,7 +12,6 @@
 #include <hotspotservice.h>
 #include <networkinterfaceservice.h>
 #include <wifiservice.h>
-#include <zopobject.h>
 
 #include <algorithm>
 
@@ -19,20 +19,13 @@ namespace morvek {
 
 namespace {
 
-bool isServed(const QString &controlObject)
-{
-    return ZopObject(controlObject, ZopObject::Subscribe, false).isValid();
-}
-
 /*! A daemon, and the service of the library that needs it. */
 struct Part
 {
     QString daemon;
     QString key; //!< of the daemon in JSON
-    QString controlObject;
     ServiceBase *service;
     bool isThere = false;
-    bool isReady() const { return isThere && service->ready(); }
 };
 
 class StatusCommand : public Command
@@ -59,22 +52,15 @@ private:
         m_interfaces = std::make_unique<NetworkInterfaceService>();
         m_wifi = std::make_unique<WifiService>();
         m_hotspot = std::make_unique<HotSpotService>();
-        m_parts = {{QStringLiteral("networking"), QStringLiteral("networking"),
-                    QStringLiteral("/zop/services/networking/control"), m_interfaces.get()},
-                   {QStringLiteral("Wi-Fi"), QStringLiteral("wifi"), QStringLiteral("/zop/services/wifi/control"),
-                    m_wifi.get()},
-                   {QStringLiteral("tethering"), QStringLiteral("tethering"),
-                    QStringLiteral("/zop/services/tethering/control"), m_hotspot.get()}};
+        m_parts = {{QStringLiteral("networking"), QStringLiteral("networking"), m_interfaces.get()},
+                   {QStringLiteral("Wi-Fi"), QStringLiteral("wifi"), m_wifi.get()},
+                   {QStringLiteral("tethering"), QStringLiteral("tethering"), m_hotspot.get()}};
         for (Part &part : m_parts) {
-            part.isThere = isServed(part.controlObject);
-            // What a service tells when it becomes ready may follow that.
-            connect(
-                part.service, &ServiceBase::readyChanged, this,
-                [this] {
-                    if (!mayStillBecomeReady())
-                        m_patience.start(0);
-                },
-                Qt::QueuedConnection);
+            part.isThere = DaemonWatch::isServed(part.daemon);
+            connect(part.service, &ServiceBase::readyChanged, this, [this] {
+                if (!mayStillBecomeReady())
+                    m_patience.start(0); // what a service tells when it becomes ready may follow that
+            });
         }
     }
 
@@ -84,11 +70,8 @@ private:
                            [](const Part &part) { return part.isThere && !part.service->ready(); });
     }
 
-    bool isReady(const ServiceBase *service) const
-    {
-        return std::any_of(m_parts.begin(), m_parts.end(),
-                           [service](const Part &part) { return part.service == service && part.isReady(); });
-    }
+    /*! There is no service when the root cannot be used. */
+    static bool isReady(const ServiceBase *service) { return service && service->ready(); }
 
     void tell()
     {
@@ -111,7 +94,7 @@ private:
         for (const Part &part : m_parts) {
             if (!part.isThere)
                 missing += part.daemon;
-            else if (!part.isReady())
+            else if (!part.service->ready())
                 stuck += part.daemon;
         }
         if (!missing.isEmpty())

@@ -66,7 +66,9 @@ protected:
         connect(m_signals.get(), &TerminationSignals::received, this, &ConfigureCommand::onSignal);
         connect(service(), &NetworkInterfaceService::interfaceConfigurationChanged, this, &ConfigureCommand::onChanged);
         connect(service(), &NetworkInterfaceService::interfaceConnected, this, &ConfigureCommand::look);
+        connect(service(), &NetworkInterfaceService::interfaceDisconnected, this, &ConfigureCommand::look);
         m_wasConnected = networkInterface.connected();
+        m_hasAddress = !networkInterface.configuration().ipAddresses().isEmpty();
         m_operation.reset(service()->configure(networkInterface, m_config));
         connect(m_operation.get(), &AsyncNetworkInterfaceOperation::success, this, &ConfigureCommand::onSuccess);
         connect(m_operation.get(), &AsyncNetworkInterfaceOperation::failure, this, &ConfigureCommand::onFailure);
@@ -135,6 +137,8 @@ private:
 
     void withdraw() override { m_progress.reset(); }
 
+    QString stateAtDeath() const override { return QLatin1String(": ") + stateText(); }
+
     NetworkInterface present() const
     {
         const QList<NetworkInterface> interfaces = service()->interfaces();
@@ -149,15 +153,17 @@ private:
         if (now.isEmpty())
             return QStringLiteral("%1 has vanished").arg(m_name);
         const QString mode = modeName(m_config);
+        const bool hasAddress = !now.configuration().ipAddresses().isEmpty();
+        if (m_stage == Releasing && !hasAddress)
+            return QStringLiteral("%1 has no address, and %2 may not have been asked for; %3")
+                .arg(m_name, mode, wayOut(now));
         if (m_stage == Releasing)
             return QStringLiteral("%1 has its addresses still, and %2 was not asked for; should it lose them later, %3")
                 .arg(m_name, mode, wayOut(now));
         const QString state = m_stage == Asked
             ? QStringLiteral("the networking daemon has not answered; it may still make %1 %2").arg(m_name, mode)
             : QStringLiteral("%1 was accepted, but %2 does not report it yet").arg(mode, m_name);
-        return now.configuration().ipAddresses().isEmpty()
-            ? state + QStringLiteral("; if no address comes, ") + wayOut(now)
-            : state;
+        return hasAddress ? state : state + QStringLiteral("; if no address comes, ") + wayOut(now);
     }
 
     void onSuccess()
@@ -187,10 +193,12 @@ private:
 
     void onChanged(const NetworkInterface &networkInterface)
     {
-        const bool isReleased =
-            networkInterface.name() == m_name && networkInterface.configuration().ipAddresses().isEmpty();
-        // The library asks for the new configuration after this has been told.
-        if (m_stage == Releasing && isReleased)
+        if (networkInterface.name() != m_name)
+            return;
+        const bool hasAddress = !networkInterface.configuration().ipAddresses().isEmpty();
+        // The library asks for the new configuration after this has been told. One that has had no address may be told
+        // for another reason, for which the library does not.
+        if (std::exchange(m_hasAddress, hasAddress) && !hasAddress)
             QTimer::singleShot(0, this, &ConfigureCommand::onReleased);
         look(networkInterface);
     }
@@ -291,6 +299,7 @@ private:
     std::optional<Progress> m_progress;
     Stage m_stage = Asked;
     bool m_wasConnected = false;
+    bool m_hasAddress = false;
     QTimer m_settle;
     QTimer m_stay;
     bool m_isLeaving = false;

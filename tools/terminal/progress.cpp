@@ -27,7 +27,8 @@ Progress::~Progress()
 
 void Progress::show()
 {
-    replaceNote(QStringLiteral("%1 ... %2 s").arg(m_deed).arg(m_since.elapsed() / 1000));
+    // The timer comes a little early or late: no second is shown twice, nor left out.
+    replaceNote(QStringLiteral("%1 ... %2 s").arg(m_deed).arg((m_since.elapsed() + 500) / 1000));
 }
 
 } // namespace morvek

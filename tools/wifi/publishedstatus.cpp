@@ -8,7 +8,7 @@
 namespace morvek {
 
 PublishedStatus::PublishedStatus()
-    : m_object(QStringLiteral("/zop/services/wifi/status"), ZopObject::Subscribe, false)
+    : m_object(WifiStatusObject, ZopObject::Subscribe, false)
 {
     m_object.setAttributeCacheEnabled(true);
 }
@@ -23,6 +23,16 @@ QJsonArray PublishedStatus::scanResults() const
 QJsonObject PublishedStatus::connection() const
 {
     return m_object.attribute(QStringLiteral("wifi_status")).toJson(nullptr).object();
+}
+
+int PublishedStatus::levelOf(const QString &bssid) const
+{
+    const QJsonArray results = scanResults();
+    for (const QJsonValue &result : results) {
+        if (result[QLatin1String("bssid")].toString() == bssid)
+            return result[QLatin1String("signal_level")].toString().toInt();
+    }
+    return 0;
 }
 
 } // namespace morvek

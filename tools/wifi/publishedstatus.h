@@ -9,6 +9,9 @@
 
 namespace morvek {
 
+/*! Where the Wi-Fi daemon publishes its state, of which the library does not tell everything. */
+inline const QString WifiStatusObject = QStringLiteral("/zop/services/wifi/status");
+
 /*! What the Wi-Fi daemon has published last. It is only read: the daemon is not asked. */
 class PublishedStatus
 {
@@ -17,6 +20,8 @@ public:
 
     QJsonArray scanResults() const;
     QJsonObject connection() const;
+    /*! That of the access point \a bssid in dBm, as the last scan has found it; 0 when it is not known. */
+    int levelOf(const QString &bssid) const;
 
 private:
     ZopObject m_object;

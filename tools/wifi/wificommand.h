@@ -16,9 +16,6 @@ namespace morvek {
 constexpr int ScanTime = 15000;
 constexpr int JoinTime = 30000;
 
-/*! What the daemon publishes, of which the library does not tell everything. */
-inline const QString StatusObject = QStringLiteral("/zop/services/wifi/status");
-
 /*! A command that needs the Wi-Fi service. */
 class WifiCommand : public CommandWith<WifiService, newWifiService, deleteWifiService>
 {

@@ -4,8 +4,8 @@
 #include "accesspointtext.h"
 #include "interfacetext.h"
 #include "output.h"
-#include "publishedlevel.h"
 #include "publishedsecurity.h"
+#include "publishedstatus.h"
 #include "table.h"
 #include "texts.h"
 #include "wificommand.h"
@@ -47,7 +47,7 @@ protected:
     {
         const bool connected = service()->connected();
         WifiAccessPoint accessPoint = service()->connectedAccessPoint();
-        accessPoint.setRssi(connected ? publishedLevel(accessPoint.bssid()) : 0);
+        accessPoint.setRssi(connected ? PublishedStatus().levelOf(accessPoint.bssid()) : 0);
         const QString address = connected ? networkAddress() : QString();
         if (json()) {
             QJsonObject state = stateJson(service()->powered(), accessPoint);
