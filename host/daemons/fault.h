@@ -3,6 +3,9 @@
 #define MORVEK_HOSTD_FAULT_H
 
 #include "attributes.h"
+#include "service.h"
+
+#include <optional>
 
 namespace morvek {
 
@@ -13,6 +16,7 @@ struct Fault
 
     Kind kind = Refuse;
     QString word;      //!< by which scenarios know it
+    std::optional<Service> service; //!< none: requests to any daemon
     QString message;   //!< empty: any
     QString interface; //!< empty: any
     QString ssid;      //!< empty: any

@@ -82,6 +82,8 @@ private Q_SLOTS:
     void looksAtDaemons();
     void looksAtFaultsWithoutTheirAnswers();
     void showsNoSecret();
+    void refusesWhatADaemonThatIsLeftOutWouldTell_data();
+    void refusesWhatADaemonThatIsLeftOutWouldTell();
     void onlyLooksAtThisMachine();
 
 private:
@@ -661,6 +663,47 @@ void StageTest::showsNoSecret()
     QVERIFY(all.contains("update_profile") && all.contains("wnet_new"));
     for (const char *secret : {"open sesame 42", "drive safely 8", "correct horse 7"})
         QVERIFY2(!all.contains(secret), all.constData());
+}
+
+void StageTest::refusesWhatADaemonThatIsLeftOutWouldTell_data()
+{
+    QTest::addColumn<QString>("daemon");
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<bool>("isRefused");
+    const auto row = [](const char *daemon, const char *line, bool isRefused) {
+        QTest::addRow("%s: %s", daemon, line) << QString::fromLatin1(daemon) << QByteArray(line) << isRefused;
+    };
+    row("networking", "{'fault':'double','message':'net_connected'}", true);
+    row("networking", "{'fault':'double','interface':'eth0'}", true);
+    row("networking", "{'fault':'double','message':'scan'}", false);
+    row("networking", "{'fault':'double','message':'start'}", false);
+    row("networking", "{'fault':'double'}", false);
+    row("networking", "{'event':'link-lost','interface':'eth0'}", true);
+    row("networking", "{'event':'vanish','interface':'wlan0'}", false);
+    row("wifi", "{'fault':'double','message':'scan'}", true);
+    row("wifi", "{'fault':'double','ssid':'Home'}", true);
+    row("wifi", "{'fault':'double','interface':'eth0'}", false);
+    row("wifi", "{'event':'wifi-event','text':'x'}", true);
+    row("wifi", "{'event':'set','object':'wifi/status','attributes':{'a':1}}", true);
+    row("wifi", "{'event':'set','interface':'wlan0','attributes':{'a':1}}", false);
+    row("wifi", "{'event':'radio-off'}", false);
+    row("tethering", "{'fault':'double','message':'start'}", true);
+    row("tethering", "{'fault':'double','ssid':'Home'}", false);
+    row("tethering", "{'event':'hotspot-starts'}", true);
+    row("tethering", "{'event':'radio-off'}", false);
+}
+
+void StageTest::refusesWhatADaemonThatIsLeftOutWouldTell()
+{
+    QFETCH(QString, daemon);
+    QFETCH(QByteArray, line);
+    QFETCH(bool, isRefused);
+    cleanup();
+    m_daemon = std::make_unique<DaemonFixture>();
+    QVERIFY(m_daemon->startWith(World, {QStringLiteral("--without"), daemon}));
+    m_client = std::make_unique<StageClient>(m_daemon->root());
+    QCOMPARE(act(line.constData()), isRefused ? QStringLiteral("the %1 daemon is left out").arg(daemon) : Done);
+    QCOMPARE(m_client->look("faults").toArray().size(), isRefused || line.contains("event") ? 1 : 2);
 }
 
 void StageTest::onlyLooksAtThisMachine()

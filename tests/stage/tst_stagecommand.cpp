@@ -117,6 +117,7 @@ void StageCommandTest::looks()
     QCOMPARE(keys("look"), QStringLiteral("daemons faults objects requests"));
     QCOMPARE(keys("look requests"), QStringLiteral("requests"));
     QCOMPARE(keys("look requests since=7"), QStringLiteral("requests"));
+    QCOMPARE(keys("look since=7"), QStringLiteral("daemons faults objects requests"));
     QCOMPARE(keys("look objects"), QStringLiteral("objects"));
     QCOMPARE(run("look daemons").output,
              QByteArray("{\n    \"daemons\": {\n        \"networking\": \"alive\",\n        \"tethering\": \"alive\",\n"
@@ -177,6 +178,10 @@ void StageCommandTest::nobodyIsThere()
     QVERIFY2(refused.errors.contains("open to other users"), refused.errors.constData());
     QVERIFY2(refused.errors.contains("chmod 700"), refused.errors.constData());
     QCOMPARE(refused.code, 7);
+    // As nobody ever comes to such a root, nobody waits for it.
+    const auto waited = run("--timeout 86400 wait");
+    QCOMPARE(waited.errors, refused.errors);
+    QCOMPARE(waited.code, 7);
 }
 
 void StageCommandTest::doesNotAnswer()
@@ -219,6 +224,11 @@ void StageCommandTest::badWords_data()
     };
     row("dance", "unexpected argument \"dance\"");
     row("act", "act what?");
+    row("act dance",
+        "neither an event nor a fault: \"dance\" (events: vanish, appear, link-lost, link-regained, set, remove, "
+        "default, default-follows, priority, daemon-dies, daemon-back, faults-end, out-of-range, in-range, signal, roam, "
+        "dropped, wrong-key, radio-on, radio-off, wifi-event, hotspot-starts, hotspot-stops; faults: refuse, no-reply, "
+        "late, double, die, answer, ignore)");
     row("pass", "pass what?");
     row("wait long", "unexpected argument \"long\"");
     row("act vanish eth0", "\"eth0\" is neither KEY=VALUE nor KEY:=JSON");

@@ -51,6 +51,7 @@ private Q_SLOTS:
     void comesBackWhenItIsRemoved();
     void goesWithItsDaemon();
     void isOneForARoot();
+    void isServedBelowALongPath();
     void anotherUserIsNotHeard();
 
     void severalLinesAtOnce();
@@ -149,6 +150,20 @@ void StageSocketTest::isOneForARoot()
         answer(),
         QByteArray(R"({"daemons":{"networking":"left out","tethering":"left out","wifi":"alive"},"done":true})"),
         Patience);
+    QCOMPARE(other.terminate(), 0);
+}
+
+/*! An address has 107 bytes for the path of its socket. */
+void StageSocketTest::isServedBelowALongPath()
+{
+    const QString root = m_daemon->root() + '/' + QString(200, QLatin1Char('x'));
+    HostdProcess other;
+    QVERIFY(other.start(root, {}));
+    const auto ended = HostdProcess::run({QStringLiteral("look"), QStringLiteral("daemons")}, root);
+    QCOMPARE(ended.errors, QByteArray());
+    QVERIFY(ended.output.contains("alive"));
+    QCOMPARE(ended.code, 0);
+    QCOMPARE(other.errors(), QByteArray());
     QCOMPARE(other.terminate(), 0);
 }
 
