@@ -15,13 +15,13 @@ struct Fault
     enum Kind { Refuse, NoReply, Late, Double, Die, Answer };
 
     Kind kind = Refuse;
-    QString word;      //!< by which scenarios know it
+    QString word;                   //!< by which scenarios know it
     std::optional<Service> service; //!< none: requests to any daemon
-    QString message;   //!< empty: any
-    QString interface; //!< empty: any
-    QString ssid;      //!< empty: any
-    int skip = 0;      //!< so many requests that fit pass first
-    int times = -1;    //!< -1: always
+    QString message;                //!< empty: any
+    QString interface;              //!< empty: any
+    QString ssid;                   //!< empty: any
+    int skip = 0;                   //!< so many requests that fit pass first
+    int times = -1;                 //!< -1: always
     int code = 0;
     QString text;
     Attributes reply; //!< of Answer: what the reply carries, beside the request's "id" and "peer"

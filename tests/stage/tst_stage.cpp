@@ -638,7 +638,7 @@ void StageTest::looksAtDaemons()
 void StageTest::looksAtFaultsWithoutTheirAnswers()
 {
     QCOMPARE(act("{'fault':'answer','message':'retrieve_profile','dat':'drive safely 8','skip':1,'times':2}"), Done);
-    QCOMPARE(act("{'fault':'late','ssid':'Garage','delay':7}"), Done);
+    QCOMPARE(act("{'fault':'late','ssid':'Garage','delay':7,'skip':1,'times':1}"), Done);
     QCOMPARE(act("{'fault':'double','interface':'eth0','times':1}"), Done);
     QCOMPARE(Request(m_networking.get(), "net_disconnected", "'eth0'").outcome(), Ok);
     QCOMPARE(Request(m_tethering.get(), "retrieve_profile", "{'type':'lan','lan_type':'wlanap'}").outcome(), Ok);
@@ -646,7 +646,7 @@ void StageTest::looksAtFaultsWithoutTheirAnswers()
         QString::fromUtf8(QJsonDocument(m_client->look("faults").toArray()).toJson(QJsonDocument::Compact));
     QCOMPARE(faults,
              QStringLiteral("[{\"fault\":\"answer\",\"message\":\"retrieve_profile\",\"times\":2},"
-                            "{\"fault\":\"late\",\"ssid\":\"Garage\"},"
+                            "{\"fault\":\"late\",\"skip\":1,\"ssid\":\"Garage\",\"times\":1},"
                             "{\"fault\":\"refuse\",\"message\":\"wnet_disableall\"}]"));
 }
 
