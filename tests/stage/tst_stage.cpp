@@ -82,6 +82,7 @@ private Q_SLOTS:
     void looksAtDaemons();
     void looksAtFaultsWithoutTheirAnswers();
     void showsNoSecret();
+    void refusesWithoutRepeatingSecrets();
     void refusesWhatADaemonThatIsLeftOutWouldTell_data();
     void refusesWhatADaemonThatIsLeftOutWouldTell();
     void onlyLooksAtThisMachine();
@@ -663,6 +664,29 @@ void StageTest::showsNoSecret()
     QVERIFY(all.contains("update_profile") && all.contains("wnet_new"));
     for (const char *secret : {"open sesame 42", "drive safely 8", "correct horse 7"})
         QVERIFY2(!all.contains(secret), all.constData());
+}
+
+void StageTest::refusesWithoutRepeatingSecrets()
+{
+    const QByteArrayList lines {
+        "{'fault':'answer','message':'update_profile','dat':'drive safely 8'",
+        "{'fault':'answer','message':'update_profile','dat':'drive safely 8',}",
+        "{'fault':'answer','message':'update_profile','dat':'drive safely 8','dat':'drive safely 8'}",
+        "{'fault':'answer','message':'update_profile','passphrase':'drive safely 8'}",
+        "{'fault':'answer','message':'update_profile','dat':{'text':'drive safely 8','base64':'drive safely 8'}}",
+        "{'fault':'refuse','message':'update_profile','err':'drive safely 8'}",
+        "{'event':'set','interface':'eth0','attributes':'drive safely 8'}",
+        "{'event':'wrong-key','ssid':{'psk':'drive safely 8'}}",
+        "{'psk':'drive safely 8'}",
+        "'drive safely 8'",
+        "drive safely 8",
+    };
+    for (const QByteArray &line : lines) {
+        const QByteArray answer = m_client->ask(line.constData());
+        QVERIFY2(answer.startsWith("{\"done\":false,"), answer.constData());
+        QVERIFY2(!answer.contains("safely"), answer.constData());
+    }
+    QVERIFY(!m_daemon->process().errors().contains("safely"));
 }
 
 void StageTest::refusesWhatADaemonThatIsLeftOutWouldTell_data()
