@@ -26,7 +26,7 @@ bool StageCall::connect(QString *error)
         return false;
     const ZopPath beside = StagePlace::beside();
     m_socket = LocalSocket::connectTo(beside, StagePlace::FileName, error);
-    if (!m_socket.isOpen() && LocalSocket::isNobody(errno) && errno != EPERM)
+    if (!m_socket.isOpen() && LocalSocket::isNobody(errno))
         *error = QStringLiteral("no morvek-hostd runs below \"%1\"").arg(ZopRoot::look().path);
     return m_socket.isOpen();
 }

@@ -320,6 +320,7 @@ void StageTest::aDaemonCannotComeBackToAPlaceThatIsTaken()
 void StageTest::refusesTheNextRequests()
 {
     QCOMPARE(act("{'fault':'refuse','message':'scan','err':16,'errmsg':'busy','times':2}"), Done);
+    QTRY_VERIFY(m_daemon->process().errors().contains("stage   refuse scan\n"));
     QCOMPARE(Request(m_wifi.get(), "wifi_power", "on").outcome(), Ok);
     QCOMPARE(Request(m_wifi.get(), "scan").outcome(), QStringLiteral("16 busy"));
     QCOMPARE(Request(m_wifi.get(), "scan").outcome(), QStringLiteral("16 busy"));

@@ -144,6 +144,13 @@ void StageSocketTest::isOneForARoot()
              QByteArray("morvek-hostd: nothing can be played or looked at here: another daemon serves it\n"));
     QCOMPARE(StageClient(m_daemon->root()).ask(Look),
              QByteArray(R"({"daemons":{"networking":"alive","tethering":"alive","wifi":"left out"},"done":true})"));
+    // It looks again, more than once, and says nothing more.
+    const QString wifi = m_daemon->root() + QLatin1String(WifiControl);
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(QFile::remove(wifi));
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(wifi), Patience);
+    }
+    QCOMPARE(other.errors().count('\n'), 1);
     QCOMPARE(m_daemon->process().terminate(), 0);
     const auto answer = [this] { return StageClient(m_daemon->root()).ask(Look); };
     QTRY_COMPARE_WITH_TIMEOUT(
