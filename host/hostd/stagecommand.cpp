@@ -52,7 +52,7 @@ HostdExitCode wait(const HostdOptions &options, QString *error)
         QByteArray answer;
         if (call.connect(error) && call.ask("{\"look\":\"daemons\"}", deadline, &answer, error))
             return HostdExitCode::Success;
-        if (deadline.hasExpired())
+        if (deadline.hasExpired() || !StageCall::isPossible(error))
             return HostdExitCode::NotRunning;
         QThread::msleep(WaitPause.count());
     }

@@ -73,15 +73,19 @@ void readSubject(const JsonNode &node, const Scenario &scenario, Fault *fault)
     if (node.has(MessageKey)) {
         const JsonNode message = node.member(MessageKey);
         fault->message = message.text();
-        if (wifi.contains(fault->message))
+        fault->service = wifi.contains(fault->message) ? Service::Wifi
+            : tethering.contains(fault->message)       ? Service::Tethering
+                                                       : Service::Networking;
+        if (fault->service == Service::Wifi)
             expectWifi(message, scenario);
-        else if (tethering.contains(fault->message))
+        else if (fault->service == Service::Tethering)
             expectHotspot(message, scenario);
         else if (!networking.contains(fault->message))
             message.fail(QStringLiteral("no message \"%1\" (known: %2)")
                              .arg(fault->message, (networking + wifi + tethering).join(QLatin1String(", "))));
     }
     if (node.has(InterfaceKey)) {
+        fault->service = Service::Networking;
         fault->interface = readInterfaceName(node.member(InterfaceKey), scenario);
         if (node.has(Wire::Ssid) || (node.has(MessageKey) && !networking.contains(fault->message)))
             node.member(InterfaceKey)
@@ -90,6 +94,7 @@ void readSubject(const JsonNode &node, const Scenario &scenario, Fault *fault)
     if (node.has(Wire::Ssid)) {
         const JsonNode ssid = node.member(Wire::Ssid);
         expectWifi(ssid, scenario);
+        fault->service = Service::Wifi;
         fault->ssid = ssid.text();
         if (fault->ssid.isEmpty() || !WifiText::isSsid(fault->ssid))
             ssid.fail(QStringLiteral("must have 1 to 32 bytes"));

@@ -32,48 +32,6 @@ bool canBeUsed(const ScenarioAccessPoint &settings)
     return settings.answers && SimulatedAccessPoint(settings).canBeJoined();
 }
 
-/*! Whose daemon tells of \a event, when all that there is to tell is told by one. */
-bool isToldByOne(const TimelineEvent &event, const QString &wifiInterface, Service *service)
-{
-    switch (event.kind) {
-    case TimelineEvent::SetAttributes:
-    case TimelineEvent::RemoveAttributes:
-        *service = event.service;
-        return true;
-    case TimelineEvent::LinkLost:
-    case TimelineEvent::LinkRegained:
-    case TimelineEvent::PinDefault:
-    case TimelineEvent::FollowDefault:
-    case TimelineEvent::SetPriority:
-        *service = Service::Networking;
-        return true;
-    case TimelineEvent::Vanish:
-    case TimelineEvent::Appear:
-        *service = Service::Networking;
-        return event.interface != wifiInterface;
-    case TimelineEvent::TellWifiEvent:
-        *service = Service::Wifi;
-        return true;
-    case TimelineEvent::HotspotStarts:
-    case TimelineEvent::HotspotStops:
-        *service = Service::Tethering;
-        return true;
-    case TimelineEvent::DaemonDies:
-    case TimelineEvent::DaemonBack:
-    case TimelineEvent::FaultsEnd:
-    case TimelineEvent::OutOfRange:
-    case TimelineEvent::InRange:
-    case TimelineEvent::Signal:
-    case TimelineEvent::Roam:
-    case TimelineEvent::Dropped:
-    case TimelineEvent::WrongKey:
-    case TimelineEvent::RadioOn:
-    case TimelineEvent::RadioOff:
-        break;
-    }
-    return false;
-}
-
 /*! What the timeline has come to, as far as clients have no part in it. */
 class Past
 {
@@ -185,6 +143,47 @@ bool Past::wasUsable(const ScenarioAccessPoint &accessPoint) const
 }
 
 } // namespace
+
+bool isToldByOne(const TimelineEvent &event, const QString &wifiInterface, Service *service)
+{
+    switch (event.kind) {
+    case TimelineEvent::SetAttributes:
+    case TimelineEvent::RemoveAttributes:
+        *service = event.service;
+        return true;
+    case TimelineEvent::LinkLost:
+    case TimelineEvent::LinkRegained:
+    case TimelineEvent::PinDefault:
+    case TimelineEvent::FollowDefault:
+    case TimelineEvent::SetPriority:
+        *service = Service::Networking;
+        return true;
+    case TimelineEvent::Vanish:
+    case TimelineEvent::Appear:
+        *service = Service::Networking;
+        return event.interface != wifiInterface;
+    case TimelineEvent::TellWifiEvent:
+        *service = Service::Wifi;
+        return true;
+    case TimelineEvent::HotspotStarts:
+    case TimelineEvent::HotspotStops:
+        *service = Service::Tethering;
+        return true;
+    case TimelineEvent::DaemonDies:
+    case TimelineEvent::DaemonBack:
+    case TimelineEvent::FaultsEnd:
+    case TimelineEvent::OutOfRange:
+    case TimelineEvent::InRange:
+    case TimelineEvent::Signal:
+    case TimelineEvent::Roam:
+    case TimelineEvent::Dropped:
+    case TimelineEvent::WrongKey:
+    case TimelineEvent::RadioOn:
+    case TimelineEvent::RadioOff:
+        break;
+    }
+    return false;
+}
 
 QStringList warningsOf(const Scenario &scenario)
 {

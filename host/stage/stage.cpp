@@ -8,6 +8,7 @@
 #include "faultreader.h"
 #include "jsonnode.h"
 #include "scenarioreader.h"
+#include "scenariowarnings.h"
 #include "stageview.h"
 #include "stagewords.h"
 #include "timelinereader.h"
@@ -80,6 +81,8 @@ void Stage::act(const JsonNode &request)
 {
     if (request.has(StageWords::Fault)) {
         const Fault fault = readFault(request, m_scenario);
+        if (fault.service)
+            expectServed(request, *fault.service);
         if (request.hasFailed())
             return;
         if (!m_tools.faults->add(fault))
@@ -87,6 +90,9 @@ void Stage::act(const JsonNode &request)
         m_tools.log->happened("stage", fault.word + QLatin1Char(' ') + fault.message);
     } else {
         const TimelineEvent event = readEventOfNow(request, m_scenario, m_tools.player->presence());
+        Service teller = event.service;
+        if (isToldByOne(event, m_scenario.wifi.interface, &teller))
+            expectServed(request, teller);
         if (request.hasFailed())
             return;
         const QString obstacle = m_tools.player->obstacle(event);
@@ -101,6 +107,13 @@ void Stage::act(const JsonNode &request)
     // Who has everything under control finds everything that follows done.
     if (m_tools.pace->isHeld())
         m_tools.pace->pass(0);
+}
+
+/*! Refuses what nobody would ever hear of. */
+void Stage::expectServed(const JsonNode &request, Service service) const
+{
+    if (m_tools.daemons.contains(service) && !m_tools.daemons.value(service))
+        request.fail(QStringLiteral("the %1 daemon is left out").arg(nameOf(service)));
 }
 
 void Stage::pass(const JsonNode &request)

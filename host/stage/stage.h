@@ -44,6 +44,7 @@ private:
 
     QJsonObject treat(const JsonNode &request);
     void act(const JsonNode &request);
+    void expectServed(const JsonNode &request, Service service) const;
     void pass(const JsonNode &request);
     QJsonObject look(const JsonNode &request) const;
 

@@ -12,17 +12,22 @@
 
 namespace morvek {
 
-bool StageCall::connect(QString *error)
+bool StageCall::isPossible(QString *error)
 {
     const ZopRoot root = ZopRoot::look();
-    if (root.state == ZopRoot::Unusable) {
+    if (root.state == ZopRoot::Unusable)
         *error = root.reason + QLatin1String(": ") + root.mend;
+    return root.state != ZopRoot::Unusable;
+}
+
+bool StageCall::connect(QString *error)
+{
+    if (!isPossible(error))
         return false;
-    }
     const ZopPath beside = StagePlace::beside();
     m_socket = LocalSocket::connectTo(beside, StagePlace::FileName, error);
-    if (!m_socket.isOpen() && LocalSocket::isNobody(errno) && errno != EPERM)
-        *error = QStringLiteral("no morvek-hostd runs below \"%1\"").arg(root.path);
+    if (!m_socket.isOpen() && LocalSocket::isNobody(errno))
+        *error = QStringLiteral("no morvek-hostd runs below \"%1\"").arg(ZopRoot::look().path);
     return m_socket.isOpen();
 }
 

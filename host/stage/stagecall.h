@@ -17,6 +17,8 @@ class StageCall
 public:
     /*! False when nobody answers there; \a error says why. */
     bool connect(QString *error);
+    /*! False when nobody ever will: a root is used by nobody as long as something is wrong with it. */
+    static bool isPossible(QString *error);
     /*! Sends \a line and waits for its answer; false when there is none until \a deadline. */
     bool ask(const QByteArray &line, QDeadlineTimer deadline, QByteArray *answer, QString *error);
 

@@ -2,6 +2,7 @@
 #include "stagewords.h"
 
 #include "faultreader.h"
+#include "timelinereader.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -58,15 +59,21 @@ QByteArray StageWords::request(const QStringList &words, QString *error)
     if (first.startsWith(QLatin1Char('{')) && words.size() == 2 && verb == QLatin1String("act"))
         return first.toUtf8().replace('\n', ' ').replace('\r', ' ');
     QJsonObject object;
+    const bool looksAtAll = verb == Look && (first.isEmpty() || first.contains(QLatin1Char('=')));
     if (verb == Look)
-        object.insert(Look, first.isEmpty() ? All : first);
+        object.insert(Look, looksAtAll ? All : first);
     else if (first.isEmpty())
         *error = QStringLiteral("%1 what?").arg(verb);
     else if (verb == Pass)
         object.insert(Pass, plainValue(Pass, first));
+    else if (faultWords().contains(first))
+        object.insert(Fault, first);
+    else if (eventWords().contains(first))
+        object.insert(Event, first);
     else
-        object.insert(faultWords().contains(first) ? Fault : Event, first);
-    const QStringList pairs = words.mid(2);
+        *error = QStringLiteral("neither an event nor a fault: \"%1\" (events: %2; faults: %3)")
+                     .arg(first, eventWords().join(QLatin1String(", ")), faultWords().join(QLatin1String(", ")));
+    const QStringList pairs = words.mid(looksAtAll ? 1 : 2);
     for (const QString &pair : pairs) {
         if (!insertPair(&object, pair, error))
             return {};

@@ -43,6 +43,10 @@ for layer in "${!sees[@]}"; do
     done < <(grep -rnE '^[[:space:]]*#[[:space:]]*include' --include='*.h' --include='*.cpp' "$layer" || true)
 done
 
+for room in host/*/; do
+    [[ -v sees[${room%/}] ]] || mistake "$room: nothing says what it sees"
+done
+
 while IFS= read -r file; do
     mistake "$file: platform holds declarations only"
 done < <(git ls-files --cached --others --exclude-standard platform | grep -v '\.h$' || true)

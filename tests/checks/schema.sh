@@ -5,7 +5,7 @@
 source "$(dirname "${BASH_SOURCE[0]}")/lib/check.bash"
 
 hostd=$build/host/hostd/morvek-hostd
-verdicts=$build/tests/hostd/scenarioverdicts
+verdicts=$build/tests/simulation/scenarioverdicts
 need "$hostd"
 need "$verdicts"
 

@@ -117,6 +117,7 @@ void StageCommandTest::looks()
     QCOMPARE(keys("look"), QStringLiteral("daemons faults objects requests"));
     QCOMPARE(keys("look requests"), QStringLiteral("requests"));
     QCOMPARE(keys("look requests since=7"), QStringLiteral("requests"));
+    QCOMPARE(keys("look since=7"), QStringLiteral("daemons faults objects requests"));
     QCOMPARE(keys("look objects"), QStringLiteral("objects"));
     QCOMPARE(run("look daemons").output,
              QByteArray("{\n    \"daemons\": {\n        \"networking\": \"alive\",\n        \"tethering\": \"alive\",\n"
@@ -177,6 +178,10 @@ void StageCommandTest::nobodyIsThere()
     QVERIFY2(refused.errors.contains("open to other users"), refused.errors.constData());
     QVERIFY2(refused.errors.contains("chmod 700"), refused.errors.constData());
     QCOMPARE(refused.code, 7);
+    // As nobody ever comes to such a root, nobody waits for it.
+    const auto waited = run("--timeout 86400 wait");
+    QCOMPARE(waited.errors, refused.errors);
+    QCOMPARE(waited.code, 7);
 }
 
 void StageCommandTest::doesNotAnswer()
@@ -193,20 +198,25 @@ void StageCommandTest::documentedExample()
 {
     QFile file(QStringLiteral(MORVEK_DOCS "/stage.md"));
     QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray page = file.readAll();
-    const int begin = page.indexOf("```sh\n");
-    const QByteArrayList lines = page.mid(begin, page.indexOf("\n```\n", begin) - begin).split('\n');
-    QVERIFY(start());
-    QByteArrayList done;
-    for (const QByteArray &line : lines) {
-        const QByteArray words = line.split('#').first().simplified();
-        if (!words.startsWith("morvek-hostd ") || words.endsWith('&'))
-            continue;
-        const auto ended = run(words.mid(int(strlen("morvek-hostd "))).constData());
-        QVERIFY2(ended.code == 0, ended.errors.constData());
-        done += words.split(' ').at(1);
-    }
-    QCOMPARE(done, QByteArrayList({"wait", "act", "act", "act", "look"}));
+    const QString page = QString::fromUtf8(file.readAll());
+    const QString begin = QStringLiteral("```sh\n");
+    const QString script = page.section(begin, 1, 1).section(QLatin1String("```"), 0, 0);
+    QVERIFY(m_daemon->makeRoot());
+    ChildProcess shell;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("TMPDIR"), m_daemon->root());
+    environment.insert(QStringLiteral("PATH"),
+                       QFileInfo(HostdProcess::program()).path() + QLatin1Char(':')
+                           + environment.value(QStringLiteral("PATH")));
+    shell.setProcessEnvironment(environment);
+    shell.start(QStringLiteral("bash"),
+                {QStringLiteral("-euc"), QStringLiteral("trap 'kill $(jobs -p) 2>&- || :' EXIT\n%1wait").arg(script)});
+    QVERIFY(shell.waitForFinished(Patience));
+    QCOMPARE(shell.readAllStandardError(), QByteArray());
+    QCOMPARE(shell.exitCode(), 0);
+    const QByteArray output = shell.readAllStandardOutput();
+    QVERIFY2(output.startsWith("ready: " + QFile::encodeName(m_daemon->root())), output.constData());
+    QCOMPARE(output.mid(output.indexOf('\n')), QByteArray("\ndone\ndone\ndone\n{\n    \"requests\": [\n    ]\n}\n"));
 }
 
 void StageCommandTest::badWords_data()
@@ -219,6 +229,12 @@ void StageCommandTest::badWords_data()
     };
     row("dance", "unexpected argument \"dance\"");
     row("act", "act what?");
+    row("act dance",
+        "neither an event nor a fault: \"dance\" (events: vanish, appear, link-lost, link-regained, set, remove, "
+        "default, default-follows, priority, daemon-dies, daemon-back, faults-end, out-of-range, in-range, signal, "
+        "roam, dropped, wrong-key, radio-on, radio-off, wifi-event, hotspot-starts, hotspot-stops; faults: refuse, "
+        "no-reply, "
+        "late, double, die, answer, ignore)");
     row("pass", "pass what?");
     row("wait long", "unexpected argument \"long\"");
     row("act vanish eth0", "\"eth0\" is neither KEY=VALUE nor KEY:=JSON");

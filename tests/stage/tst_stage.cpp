@@ -82,6 +82,9 @@ private Q_SLOTS:
     void looksAtDaemons();
     void looksAtFaultsWithoutTheirAnswers();
     void showsNoSecret();
+    void refusesWithoutRepeatingSecrets();
+    void refusesWhatADaemonThatIsLeftOutWouldTell_data();
+    void refusesWhatADaemonThatIsLeftOutWouldTell();
     void onlyLooksAtThisMachine();
 
 private:
@@ -317,6 +320,7 @@ void StageTest::aDaemonCannotComeBackToAPlaceThatIsTaken()
 void StageTest::refusesTheNextRequests()
 {
     QCOMPARE(act("{'fault':'refuse','message':'scan','err':16,'errmsg':'busy','times':2}"), Done);
+    QTRY_VERIFY(m_daemon->process().errors().contains("stage   refuse scan\n"));
     QCOMPARE(Request(m_wifi.get(), "wifi_power", "on").outcome(), Ok);
     QCOMPARE(Request(m_wifi.get(), "scan").outcome(), QStringLiteral("16 busy"));
     QCOMPARE(Request(m_wifi.get(), "scan").outcome(), QStringLiteral("16 busy"));
@@ -636,7 +640,7 @@ void StageTest::looksAtDaemons()
 void StageTest::looksAtFaultsWithoutTheirAnswers()
 {
     QCOMPARE(act("{'fault':'answer','message':'retrieve_profile','dat':'drive safely 8','skip':1,'times':2}"), Done);
-    QCOMPARE(act("{'fault':'late','ssid':'Garage','delay':7}"), Done);
+    QCOMPARE(act("{'fault':'late','ssid':'Garage','delay':7,'skip':1,'times':1}"), Done);
     QCOMPARE(act("{'fault':'double','interface':'eth0','times':1}"), Done);
     QCOMPARE(Request(m_networking.get(), "net_disconnected", "'eth0'").outcome(), Ok);
     QCOMPARE(Request(m_tethering.get(), "retrieve_profile", "{'type':'lan','lan_type':'wlanap'}").outcome(), Ok);
@@ -644,7 +648,7 @@ void StageTest::looksAtFaultsWithoutTheirAnswers()
         QString::fromUtf8(QJsonDocument(m_client->look("faults").toArray()).toJson(QJsonDocument::Compact));
     QCOMPARE(faults,
              QStringLiteral("[{\"fault\":\"answer\",\"message\":\"retrieve_profile\",\"times\":2},"
-                            "{\"fault\":\"late\",\"ssid\":\"Garage\"},"
+                            "{\"fault\":\"late\",\"skip\":1,\"ssid\":\"Garage\",\"times\":1},"
                             "{\"fault\":\"refuse\",\"message\":\"wnet_disableall\"}]"));
 }
 
@@ -661,6 +665,70 @@ void StageTest::showsNoSecret()
     QVERIFY(all.contains("update_profile") && all.contains("wnet_new"));
     for (const char *secret : {"open sesame 42", "drive safely 8", "correct horse 7"})
         QVERIFY2(!all.contains(secret), all.constData());
+}
+
+void StageTest::refusesWithoutRepeatingSecrets()
+{
+    const QByteArrayList lines {
+        "{'fault':'answer','message':'update_profile','dat':'drive safely 8'",
+        "{'fault':'answer','message':'update_profile','dat':'drive safely 8',}",
+        "{'fault':'answer','message':'update_profile','dat':'drive safely 8','dat':'drive safely 8'}",
+        "{'fault':'answer','message':'update_profile','passphrase':'drive safely 8'}",
+        "{'fault':'answer','message':'update_profile','dat':{'text':'drive safely 8','base64':'drive safely 8'}}",
+        "{'fault':'refuse','message':'update_profile','err':'drive safely 8'}",
+        "{'event':'set','interface':'eth0','attributes':'drive safely 8'}",
+        "{'event':'wrong-key','ssid':{'psk':'drive safely 8'}}",
+        "{'psk':'drive safely 8'}",
+        "'drive safely 8'",
+        "drive safely 8",
+    };
+    for (const QByteArray &line : lines) {
+        const QByteArray answer = m_client->ask(line.constData());
+        QVERIFY2(answer.startsWith("{\"done\":false,"), answer.constData());
+        QVERIFY2(!answer.contains("safely"), answer.constData());
+    }
+    QVERIFY(!m_daemon->process().errors().contains("safely"));
+}
+
+void StageTest::refusesWhatADaemonThatIsLeftOutWouldTell_data()
+{
+    QTest::addColumn<QString>("daemon");
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<bool>("isRefused");
+    const auto row = [](const char *daemon, const char *line, bool isRefused) {
+        QTest::addRow("%s: %s", daemon, line) << QString::fromLatin1(daemon) << QByteArray(line) << isRefused;
+    };
+    row("networking", "{'fault':'double','message':'net_connected'}", true);
+    row("networking", "{'fault':'double','interface':'eth0'}", true);
+    row("networking", "{'fault':'double','message':'scan'}", false);
+    row("networking", "{'fault':'double','message':'start'}", false);
+    row("networking", "{'fault':'double'}", false);
+    row("networking", "{'event':'link-lost','interface':'eth0'}", true);
+    row("networking", "{'event':'vanish','interface':'wlan0'}", false);
+    row("wifi", "{'fault':'double','message':'scan'}", true);
+    row("wifi", "{'fault':'double','ssid':'Home'}", true);
+    row("wifi", "{'fault':'double','interface':'eth0'}", false);
+    row("wifi", "{'event':'wifi-event','text':'x'}", true);
+    row("wifi", "{'event':'set','object':'wifi/status','attributes':{'a':1}}", true);
+    row("wifi", "{'event':'set','interface':'wlan0','attributes':{'a':1}}", false);
+    row("wifi", "{'event':'radio-off'}", false);
+    row("tethering", "{'fault':'double','message':'start'}", true);
+    row("tethering", "{'fault':'double','ssid':'Home'}", false);
+    row("tethering", "{'event':'hotspot-starts'}", true);
+    row("tethering", "{'event':'radio-off'}", false);
+}
+
+void StageTest::refusesWhatADaemonThatIsLeftOutWouldTell()
+{
+    QFETCH(QString, daemon);
+    QFETCH(QByteArray, line);
+    QFETCH(bool, isRefused);
+    cleanup();
+    m_daemon = std::make_unique<DaemonFixture>();
+    QVERIFY(m_daemon->startWith(World, {QStringLiteral("--without"), daemon}));
+    m_client = std::make_unique<StageClient>(m_daemon->root());
+    QCOMPARE(act(line.constData()), isRefused ? QStringLiteral("the %1 daemon is left out").arg(daemon) : Done);
+    QCOMPARE(m_client->look("faults").toArray().size(), isRefused || line.contains("event") ? 1 : 2);
 }
 
 void StageTest::onlyLooksAtThisMachine()

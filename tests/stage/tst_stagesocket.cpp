@@ -51,6 +51,7 @@ private Q_SLOTS:
     void comesBackWhenItIsRemoved();
     void goesWithItsDaemon();
     void isOneForARoot();
+    void isServedBelowALongPath();
     void anotherUserIsNotHeard();
 
     void severalLinesAtOnce();
@@ -143,12 +144,33 @@ void StageSocketTest::isOneForARoot()
              QByteArray("morvek-hostd: nothing can be played or looked at here: another daemon serves it\n"));
     QCOMPARE(StageClient(m_daemon->root()).ask(Look),
              QByteArray(R"({"daemons":{"networking":"alive","tethering":"alive","wifi":"left out"},"done":true})"));
+    // It looks again, more than once, and says nothing more.
+    const QString wifi = m_daemon->root() + QLatin1String(WifiControl);
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(QFile::remove(wifi));
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(wifi), Patience);
+    }
+    QCOMPARE(other.errors().count('\n'), 1);
     QCOMPARE(m_daemon->process().terminate(), 0);
     const auto answer = [this] { return StageClient(m_daemon->root()).ask(Look); };
     QTRY_COMPARE_WITH_TIMEOUT(
         answer(),
         QByteArray(R"({"daemons":{"networking":"left out","tethering":"left out","wifi":"alive"},"done":true})"),
         Patience);
+    QCOMPARE(other.terminate(), 0);
+}
+
+/*! An address has 107 bytes for the path of its socket. */
+void StageSocketTest::isServedBelowALongPath()
+{
+    const QString root = m_daemon->root() + '/' + QString(200, QLatin1Char('x'));
+    HostdProcess other;
+    QVERIFY(other.start(root, {}));
+    const auto ended = HostdProcess::run({QStringLiteral("look"), QStringLiteral("daemons")}, root);
+    QCOMPARE(ended.errors, QByteArray());
+    QVERIFY(ended.output.contains("alive"));
+    QCOMPARE(ended.code, 0);
+    QCOMPARE(other.errors(), QByteArray());
     QCOMPARE(other.terminate(), 0);
 }
 
