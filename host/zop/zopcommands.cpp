@@ -306,11 +306,13 @@ ExitCode runZopCommand(const QStringList &words)
     const QString &name = words.constFirst();
     if (Options.contains(name))
         return refuse(QStringLiteral("\"%1\" is too much: morvek-zop %2").arg(words.at(1), name));
+    for (const QString &word : words.mid(0, 2)) { // what follows may be the removal of an attribute
+        if (word.startsWith(QLatin1Char('-')))
+            return refuse(QStringLiteral("there is no option \"%1\": %2").arg(word, seeHelp));
+    }
     const ZopCommand *command = findCommand(name);
     if (!command)
-        return refuse(QStringLiteral("there is no %1 \"%2\": %3")
-                          .arg(name.startsWith(QLatin1Char('-')) ? QStringLiteral("option") : QStringLiteral("command"),
-                               name, seeHelp));
+        return refuse(QStringLiteral("there is no command \"%1\": %2").arg(name, seeHelp));
     const QString mistake = mistakeIn(words.mid(1), *command);
     if (!mistake.isEmpty())
         return refuse(mistake);

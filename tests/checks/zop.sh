@@ -47,6 +47,7 @@ expect 1 'morvek-zop: /zop/a/one: no such object' remove /zop/a/one
 expect 2 "morvek-zop: a command is missing: see 'morvek-zop --help'"
 expect 2 "morvek-zop: there is no command \"dance\": see 'morvek-zop --help'" dance /zop/a/one
 expect 2 "morvek-zop: there is no option \"-x\": see 'morvek-zop --help'" -x
+expect 2 "morvek-zop: there is no option \"--json\": see 'morvek-zop --help'" show --json /zop/a/b/two
 expect 2 'morvek-zop: "--help" is too much: morvek-zop --help' --help --help
 expect 2 'morvek-zop: PATH is missing: morvek-zop show PATH' show
 expect 2 'morvek-zop: "/b" is too much: morvek-zop show PATH' show /a /b

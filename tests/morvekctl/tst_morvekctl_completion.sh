@@ -129,6 +129,8 @@ kill "$daemon"
 tail --pid="$daemon" -f /dev/null
 daemon=
 offers "interfaces that were seen last" "morvekctl show e" eth0 eth0:1
+"$zop" set /zop/services/wifi/status 'scan_results=[{"ssid":"-x"},{"ssid":"Home"},{"ssid":"Hall"},{"ssid":"Home"}]'
+offers "networks, each once, and none that is like an option" "morvekctl wifi connect " Home Hall
 finds "no request to the daemon" "" "$(grep -w request "$work/log" || true)"
 
 echo "1..$number"

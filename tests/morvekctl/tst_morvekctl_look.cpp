@@ -2,6 +2,8 @@
 #include "hotspotcase.h"
 #include "terminaltool.h"
 
+#include <zopobject.h>
+
 #include <QtTest/QtTest>
 
 #include <csignal>
@@ -74,6 +76,8 @@ void TestMorvekctlLook::widths_data()
                                          "eth0    yes        10.20.0.40/16\r\n"
                                          "eth0.5  yes        172.16.5.2/24\r\n"
                                          "wlan0   yes        192.168.43.17/24\r\n";
+    QTest::newRow("interfaces at 3") << "headunit"
+                                     << "interfaces" << 3 << QString::fromUtf8("…  …  …\r\n").repeated(5);
     QTest::newRow("a profile") << "wide"
                                << "hotspot profile" << 40
                                << QString::fromUtf8("Name               Ein sehr langer Name…\r\n"
@@ -152,7 +156,15 @@ void TestMorvekctlLook::colours()
                             "       -\r\n"
                             "wlan0  wifi   yes        \x1b[32myes\x1b[0m        yes        1         auto  "
                             "192.168.43.17/24  192.168.43.1  -\r\n"));
+    ZopChangeset changes;
+    changes.assignments.insert(QStringLiteral("scan_results"),
+                               QStringLiteral(R"([{"bssid":"02:00:00:00:70:01","signal_level":"-75"}])"));
+    QVERIFY(ZopObject(QStringLiteral("/zop/services/wifi/status"), ZopObject::Publish, false).setAttributes(changes));
+    QVERIFY(shownBy(QStringLiteral("wifi status")).contains(QLatin1String("Signal     \x1b[33m-75 dBm\x1b[0m\r\n")));
     QVERIFY(!shownBy(QStringLiteral("hotspot status")).contains(QLatin1Char('\x1b')));
+    QCOMPARE(run(QStringLiteral("hotspot on")).code, 0);
+    QVERIFY(
+        shownBy(QStringLiteral("hotspot status")).contains(QLatin1String("Hotspot            \x1b[32mon\x1b[0m\r\n")));
     QCOMPARE(shownBy(QStringLiteral("show x")),
              QStringLiteral("\x1b[31mmorvekctl:\x1b[0m there is no interface \"x\": use one of eth0, wlan0\r\n"));
 }

@@ -45,7 +45,13 @@ void TestMorvekctlUsage::nonsense_data()
         "there is no command \"interfac\": did you mean 'interfaces'? See 'morvekctl --help'");
     row("three letters missing at the end", "interfa",
         "there is no command \"interfa\": did you mean 'interfaces'? See 'morvekctl --help'");
-    row("four letters missing at the end", "interf", "there is no command \"interf\": see 'morvekctl --help'");
+    row("a beginning of three letters", "int",
+        "there is no command \"int\": did you mean 'interfaces'? See 'morvekctl --help'");
+    row("a beginning of two letters", "in", "there is no command \"in\": see 'morvekctl --help'");
+    row("the beginning of a command of a group", "wifi conn",
+        "there is no command \"wifi conn\": did you mean 'wifi connect'? See 'morvekctl help wifi'");
+    row("the beginning of an option", "hotspot set --sec WPA2",
+        "there is no option \"--sec\": did you mean --security? See 'morvekctl help hotspot set'");
     row("three letters missing", "itefaes", "there is no command \"itefaes\": see 'morvekctl --help'");
     row("five letters, two slips", "shaww",
         "there is no command \"shaww\": did you mean 'show'? See 'morvekctl --help'");
@@ -68,17 +74,18 @@ void TestMorvekctlUsage::nonsense_data()
     row("two slips in a short word", "sloe", "there is no command \"sloe\": see 'morvekctl --help'");
     row("large letters", "INTERFACES",
         "there is no command \"INTERFACES\": did you mean 'interfaces'? See 'morvekctl --help'");
-    row("unknown option", "interfaces --loud", "there is no option \"--loud\": see 'morvekctl --help'");
+    row("unknown option", "interfaces --loud", "there is no option \"--loud\": see 'morvekctl help interfaces'");
     row("slip in an option", "interfaces --jsn",
-        "there is no option \"--jsn\": did you mean --json? See 'morvekctl --help'");
+        "there is no option \"--jsn\": did you mean --json? See 'morvekctl help interfaces'");
     row("slip in an option with its value", "interfaces --timeuot=3",
-        "there is no option \"--timeuot=3\": did you mean --timeout? See 'morvekctl --help'");
+        "there is no option \"--timeuot=3\": did you mean --timeout? See 'morvekctl help interfaces'");
     row("slip before the command", "--passkey-fil k wifi connect G",
         "there is no option \"--passkey-fil\": did you mean --passkey-file? See 'morvekctl --help'");
     row("slip in what another command has", "interfaces --cuont 3",
-        "there is no option \"--cuont\": see 'morvekctl --help'");
-    row("one dash", "interfaces -json", "there is no option \"-json\": did you mean --json? See 'morvekctl --help'");
-    row("short option", "interfaces -j", "there is no option \"-j\": see 'morvekctl --help'");
+        "there is no option \"--cuont\": see 'morvekctl help interfaces'");
+    row("one dash", "interfaces -json",
+        "there is no option \"-json\": did you mean --json? See 'morvekctl help interfaces'");
+    row("short option", "interfaces -j", "there is no option \"-j\": see 'morvekctl help interfaces'");
     row("option twice", "interfaces --wait --wait", "--wait is given twice: give it once");
     row("flag with value", "interfaces --json=yes", "--json takes no value: leave \"=\" and what follows out");
     row("option without value", "interfaces --timeout", "--timeout needs a value: --timeout SECONDS");
@@ -248,6 +255,10 @@ void TestMorvekctlUsage::nonsense_data()
         "--netmask \"0.0.0.0\" does not fit: the prefix length is a number from 1 to 31");
     row("full netmask", "configure eth0 manual --address 10.0.0.2 --netmask 255.255.255.255 --gateway 10.0.0.1",
         "--netmask \"255.255.255.255\" does not fit: the prefix length is a number from 1 to 31");
+    row("prefix with a zero before it", "configure eth0 manual --address 10.0.0.2 --prefix 024 --gateway 10.0.0.1",
+        "--prefix \"024\" does not fit: the prefix length is a number from 1 to 31");
+    row("address with a sign before the prefix", "configure eth0 manual --address 10.0.0.2/+24 --gateway 10.0.0.1",
+        "--address \"10.0.0.2/+24\" does not fit: the prefix length is a number from 1 to 31");
     row("prefix too short", "configure eth0 manual --address 10.0.0.2 --prefix 0 --gateway 10.0.0.1",
         "--prefix \"0\" does not fit: the prefix length is a number from 1 to 31");
     row("prefix too long", "configure eth0 manual --address 10.0.0.2 --prefix 32 --gateway 10.0.0.1",
@@ -322,7 +333,7 @@ void TestMorvekctlUsage::asJson_data()
         R"({"code":null,"exitCode":2,"message":"what shall be changed? See 'morvekctl help hotspot set'"})", 2);
     row("after the slip", "wifi scan --jsno --json",
         R"({"code":null,"exitCode":2,"message":"there is no option \"--jsno\": did you mean --json? See )"
-        R"('morvekctl --help'"})",
+        R"('morvekctl help wifi scan'"})",
         2);
     row("what could steer the terminal", "--json a\u202eb\x1b",
         R"({"code":null,"exitCode":2,"message":"there is no command \"a\u202eb\u001b\": see 'morvekctl --help'"})", 2);

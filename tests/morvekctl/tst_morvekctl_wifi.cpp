@@ -2,6 +2,8 @@
 #include "daemoncase.h"
 #include "terminaltool.h"
 
+#include <zopobject.h>
+
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -23,6 +25,7 @@ private Q_SLOTS:
     void statusOfNewerSecurity();
     void connectedByWpa3();
     void statusTellsTheLevelOfTheLastScan();
+    void statusTellsAddressesThatAreOfUse();
     void theNetworkInUseIsMarked();
 
     void power_data();
@@ -218,6 +221,25 @@ void TestMorvekctlWifi::statusTellsTheLevelOfTheLastScan()
     QVERIFY(run(QStringLiteral("wifi status --json")).output.contains(QLatin1String(R"("signal":-48,)")));
     QCOMPARE(run(QStringLiteral("wifi disconnect")).code, 0);
     QVERIFY(run(QStringLiteral("wifi status")).output.contains(QLatin1String("\nSignal     -\n")));
+}
+
+/*! Those of other interfaces are not, nor are those of one that has lost its link, or of a station without a network.
+ */
+void TestMorvekctlWifi::statusTellsAddressesThatAreOfUse()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("headunit")));
+    QVERIFY(run(QStringLiteral("wifi status")).output.contains(QLatin1String("\nAddress    192.168.43.17/24\n")));
+    const QString status = published(QStringLiteral("wifi_status"));
+    QVERIFY(publish(QStringLiteral("wifi_status"), ZopVariant(QByteArrayLiteral("{}"), "json")));
+    QVERIFY(run(QStringLiteral("wifi status")).output.contains(QLatin1String("\nAddress    -\n")));
+    QVERIFY(publish(QStringLiteral("wifi_status"), ZopVariant(status.toUtf8(), "json")));
+    ZopChangeset changes;
+    changes.assignments.insert(QStringLiteral("connected"), QStringLiteral("false"));
+    QVERIFY(ZopObject(QStringLiteral("/zop/services/networking/all/interfaces/wlan0"), ZopObject::Publish, false)
+                .setAttributes(changes));
+    const QString output = run(QStringLiteral("wifi status")).output;
+    QVERIFY(output.contains(QLatin1String("\nSSID       Home\n")));
+    QVERIFY(output.contains(QLatin1String("\nAddress    -\n")));
 }
 
 void TestMorvekctlWifi::theNetworkInUseIsMarked()

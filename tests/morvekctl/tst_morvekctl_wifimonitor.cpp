@@ -25,6 +25,7 @@ private Q_SLOTS:
     void present_data();
     void present();
     void roaming();
+    void hiddenNetwork();
     void sameStateAgain();
     void noHalfStates();
     void outlivesDaemon();
@@ -166,6 +167,18 @@ void TestMorvekctlWifiMonitor::roaming()
                     ZopVariant(QByteArray(R"({"bssid":"02:00:00:00:70:98","ssid":"Hall"})"), "json")));
     QCOMPARE(nextLine(),
              QStringLiteral("connected     radio on, connected to \"Hall\" by 02:00:00:00:70:98 (unknown, unknown)"));
+}
+
+/*! Without a name it is not the network that no connection is. */
+void TestMorvekctlWifiMonitor::hiddenNetwork()
+{
+    QVERIFY(m_daemon->publish(QStringLiteral("empty-air")));
+    follow();
+    QCOMPARE(nextLine(), QStringLiteral("present       radio on, not connected"));
+    QVERIFY(publish(QStringLiteral("wifi_status"), ZopVariant(QByteArray(R"({"bssid":"02:00:00:00:70:97"})"), "json")));
+    QCOMPARE(nextLine(),
+             QStringLiteral("connected     radio on, connected to a network without a name by 02:00:00:00:70:97 "
+                            "(unknown, unknown)"));
 }
 
 void TestMorvekctlWifiMonitor::sameStateAgain()

@@ -104,7 +104,8 @@ QString noSuchOption(const QString &typed, const CommandInfo *command)
     const QString bare = typed.mid(typed.startsWith(QLatin1String("--")) ? 2 : 1).section(QLatin1Char('='), 0, 0);
     const QString close = suggestion(bare, names);
     const QStringList meant = close.isEmpty() ? QStringList() : QStringList(QStringLiteral("--") + close);
-    return QStringLiteral("there is no option \"%1\": ").arg(typed) + didYouMean(meant) + helpFor(QString());
+    return QStringLiteral("there is no option \"%1\": ").arg(typed) + didYouMean(meant)
+        + helpFor(command ? command->name : QString());
 }
 
 QString helpFor(const QString &name)

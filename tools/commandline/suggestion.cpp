@@ -10,6 +10,7 @@ namespace morvek {
 namespace {
 
 constexpr int ShortWord = 4;
+constexpr int TellingBeginning = 3;
 
 /*! How many letters are missing, too much, wrong, or in the place of their neighbour. */
 int slips(const QString &typed, const QString &word)
@@ -40,8 +41,9 @@ QString suggestion(const QString &typed, const QStringList &words)
     QString closest;
     int nearest = typed.size() <= ShortWord ? 4 : 6; // in half slips: one is let pass, or two
     for (const QString &word : typed.isEmpty() ? QStringList() : words) {
-        // The beginning of a word is half a slip closer to it.
-        const int distance = 2 * slips(lower, word) - (word.startsWith(lower) ? 1 : 0);
+        int distance = 2 * slips(lower, word);
+        if (word.startsWith(lower)) // half a slip closer to it, or what is left out does not count
+            distance = lower.size() < TellingBeginning ? distance - 1 : 1;
         if (distance >= nearest)
             continue;
         nearest = distance;

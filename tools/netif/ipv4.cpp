@@ -28,11 +28,10 @@ const QString PrefixRange = QStringLiteral("the prefix length is a number from 1
 
 bool readPrefix(const QString &text, quint32 *mask)
 {
-    bool isNumber = false;
-    const uint length = text.toUInt(&isNumber);
-    if (!isNumber || length < 1 || length > 31)
+    static const QRegularExpression number(QStringLiteral("\\A(?:[1-9]|[12][0-9]|3[01])\\z"));
+    if (!number.match(text).hasMatch())
         return false;
-    *mask = ~0u << (32 - length);
+    *mask = ~0u << (32 - text.toInt());
     return true;
 }
 
