@@ -62,7 +62,7 @@ private:
                                                "Block connections  off\n");
     const QString profileJson =
         QStringLiteral(R"({"band":"5","blockConnections":false,"hasPassphrase":true,"inactivityTime":600,)"
-                       R"("maxClients":10,"name":"Morvek Car","privacy":false,"security":"wpa2"})");
+                       R"("maxClients":10,"name":"Morvek Car","privacy":false,"security":"WPA2"})");
 };
 
 void TestMorvekctlHotspot::status()
@@ -108,7 +108,7 @@ void TestMorvekctlHotspot::passphrase()
     QCOMPARE(run(QStringLiteral("hotspot profile --show-passphrase --json")).output,
              QStringLiteral(R"({"band":"5","blockConnections":false,"hasPassphrase":true,"inactivityTime":600,)"
                             R"("maxClients":10,"name":"Morvek Car","passphrase":"drive safely 8","privacy":false,)"
-                            R"("security":"wpa2"})"
+                            R"("security":"WPA2"})"
                             "\n"));
     const ToolResult status = run(QStringLiteral("hotspot status --show-passphrase"));
     QCOMPARE(status.errors,
@@ -134,7 +134,7 @@ void TestMorvekctlHotspot::otherProfiles_data()
                                 "Block connections  off\n"
                              << R"({"band":"2.4","blockConnections":false,"hasPassphrase":false,)"
                                 R"("inactivityTime":null,"maxClients":null,"name":null,"passphrase":null,)"
-                                R"("privacy":false,"security":"wpa2"})";
+                                R"("privacy":false,"security":"WPA2"})";
     QTest::newRow("only a name") << QByteArray(R"({"ssid":"Bus"})")
                                  << "Name               Bus\n"
                                     "Passphrase         -\n"
@@ -171,7 +171,7 @@ void TestMorvekctlHotspot::otherProfiles_data()
                             "Privacy            off\n"
                             "Block connections  on\n"
                          << R"({"band":"2.4","blockConnections":true,"hasPassphrase":true,"inactivityTime":0,)"
-                            R"("maxClients":0,"name":"A","passphrase":"B","privacy":false,"security":"wpa"})";
+                            R"("maxClients":0,"name":"A","passphrase":"B","privacy":false,"security":"WPA"})";
     QTest::newRow("mixed") << QByteArray(R"({"ssid":"A","passphrase":"B","security_type":"wpa_mixed"})")
                            << "Name               A\n"
                               "Passphrase         B\n"
@@ -182,7 +182,7 @@ void TestMorvekctlHotspot::otherProfiles_data()
                               "Privacy            off\n"
                               "Block connections  off\n"
                            << R"({"band":"2.4","blockConnections":false,"hasPassphrase":true,"inactivityTime":0,)"
-                              R"("maxClients":0,"name":"A","passphrase":"B","privacy":false,"security":"wpa-wpa2"})";
+                              R"("maxClients":0,"name":"A","passphrase":"B","privacy":false,"security":"WPA/WPA2"})";
 }
 
 void TestMorvekctlHotspot::otherProfiles()

@@ -84,7 +84,7 @@ void TestMorvekctlHotspotMonitor::changesAsJson()
     QCOMPARE(nextJson(),
              QStringLiteral(R"({"enabled":true,"event":"profile","profile":{"band":"5","blockConnections":false,)"
                             R"("hasPassphrase":true,"inactivityTime":600,"maxClients":10,"name":"Morvek Car",)"
-                            R"("privacy":false,"security":"wpa2"}})"));
+                            R"("privacy":false,"security":"WPA2"}})"));
     QVERIFY(publish(QStringLiteral("state"), QStringLiteral("INACTIVE")));
     QCOMPARE(nextJson(), QStringLiteral(R"({"enabled":false,"event":"off"})"));
     QVERIFY(publish(QStringLiteral("state"), QStringLiteral("ACTIVE")));

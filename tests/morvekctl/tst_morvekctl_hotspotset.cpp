@@ -54,7 +54,7 @@ private:
     const QString unchanged =
         QStringLiteral(R"({"band":"5","blockConnections":false,"hasPassphrase":true,"inactivityTime":600,)"
                        R"("maxClients":10,"name":"Morvek Car","passphrase":"drive safely 8","privacy":false,)"
-                       R"("security":"wpa2"})"
+                       R"("security":"WPA2"})"
                        "\n");
     const QString prompt = QStringLiteral("Passphrase of the hotspot: ");
 };
@@ -84,23 +84,23 @@ void TestMorvekctlHotspotSet::changes_data()
                           << R"("band":"5")"
                           << R"("band":"2.4")";
     QTest::newRow("open") << "--security open"
-                          << R"("security":"wpa2")"
+                          << R"("security":"WPA2")"
                           << R"("security":"open")";
     QTest::newRow("WPA") << "--security wpa"
-                         << R"("security":"wpa2")"
-                         << R"("security":"wpa")";
+                         << R"("security":"WPA2")"
+                         << R"("security":"WPA")";
     QTest::newRow("WPA2") << "--security wpa2"
-                          << R"("security":"wpa2")"
-                          << R"("security":"wpa2")";
+                          << R"("security":"WPA2")"
+                          << R"("security":"WPA2")";
     QTest::newRow("both") << "--security wpa-wpa2"
-                          << R"("security":"wpa2")"
-                          << R"("security":"wpa-wpa2")";
+                          << R"("security":"WPA2")"
+                          << R"("security":"WPA/WPA2")";
     QTest::newRow("WPA as people write it") << "--security WPA"
-                                            << R"("security":"wpa2")"
-                                            << R"("security":"wpa")";
+                                            << R"("security":"WPA2")"
+                                            << R"("security":"WPA")";
     QTest::newRow("both as people write it") << "--security WPA/WPA2"
-                                             << R"("security":"wpa2")"
-                                             << R"("security":"wpa-wpa2")";
+                                             << R"("security":"WPA2")"
+                                             << R"("security":"WPA/WPA2")";
     QTest::newRow("one client") << "--max-clients 1"
                                 << R"("maxClients":10)"
                                 << R"("maxClients":1)";
@@ -174,7 +174,7 @@ void TestMorvekctlHotspotSet::severalAtOnce()
     QCOMPARE(profile(),
              QStringLiteral(R"({"band":"2.4","blockConnections":true,"hasPassphrase":true,"inactivityTime":60,)"
                             R"("maxClients":2,"name":"Back seat","passphrase":"are we there yet","privacy":true,)"
-                            R"("security":"wpa"})"
+                            R"("security":"WPA"})"
                             "\n"));
 }
 
@@ -274,7 +274,7 @@ void TestMorvekctlHotspotSet::keepsSomethingElse()
     const ToolResult result = run(QStringLiteral("hotspot set --band 2.4 --json"));
     QCOMPARE(result.output,
              QStringLiteral(R"({"band":"5","blockConnections":true,"hasPassphrase":true,"inactivityTime":1,)"
-                            R"("maxClients":9,"name":"Bus","privacy":true,"security":"wpa"})"
+                            R"("maxClients":9,"name":"Bus","privacy":true,"security":"WPA"})"
                             "\n"));
     QCOMPARE(result.errors,
              complaintLine(QStringLiteral("--json"),
@@ -364,7 +364,7 @@ void TestMorvekctlHotspotSet::gapsAreFilled()
     QCOMPARE(profile(),
              QStringLiteral(R"({"band":"2.4","blockConnections":false,"hasPassphrase":true,"inactivityTime":0,)"
                             R"("maxClients":4,"name":"Bus","passphrase":"all aboard","privacy":false,)"
-                            R"("security":"wpa2"})"
+                            R"("security":"WPA2"})"
                             "\n"));
 }
 
@@ -385,7 +385,7 @@ void TestMorvekctlHotspotSet::unknownSecurity()
     QCOMPARE(profile(),
              QStringLiteral(R"({"band":"2.4","blockConnections":false,"hasPassphrase":true,"inactivityTime":0,)"
                             R"("maxClients":4,"name":"Tram","passphrase":"all aboard","privacy":false,)"
-                            R"("security":"wpa2"})"
+                            R"("security":"WPA2"})"
                             "\n"));
 }
 

@@ -19,7 +19,6 @@ const std::pair<WifiBand, QLatin1String> Bands[] = {
     {WifiBand5GHz, QLatin1String("5")},
 };
 
-/*! As people write them. Programs do in small letters, and with a hyphen. */
 const std::pair<QFlags<WifiSecurityProtocol>, QLatin1String> Securities[] = {
     {WifiSecurityProtocolNone, QLatin1String("open")},
     {WifiSecurityProtocolWpa, QLatin1String("WPA")},
@@ -87,11 +86,6 @@ QString securityText(const QFlags<WifiSecurityProtocol> &security)
     return text.isEmpty() ? QStringLiteral("unknown") : text;
 }
 
-QString securityWord(const QFlags<WifiSecurityProtocol> &security)
-{
-    return securityText(security).toLower().replace(QLatin1Char('/'), QLatin1Char('-'));
-}
-
 bool readSecurity(QString text, QFlags<WifiSecurityProtocol> *security)
 {
     return readWord(Securities, text.replace(QLatin1Char('-'), QLatin1Char('/')), security);
@@ -152,7 +146,7 @@ QJsonObject toJson(const WifiHotspot &profile, bool withPassphrase)
     QJsonObject object {
         {QStringLiteral("name"), textOrNull(profile.name())},
         {QStringLiteral("hasPassphrase"), !profile.passphrase().isEmpty()},
-        {QStringLiteral("security"), securityWord(profile.securityType())},
+        {QStringLiteral("security"), securityText(profile.securityType())},
         {QStringLiteral("band"), bandWord(profile.band())},
         {QStringLiteral("maxClients"), numberJson(profile.maxClients())},
         {QStringLiteral("inactivityTime"), numberJson(profile.inactivityTime())},

@@ -19,9 +19,7 @@ bool readBand(const QString &word, WifiBand *band);
 
 /*! "open", "WPA", "WPA2" or "WPA/WPA2"; "unknown" for what the library cannot read, nor write again. */
 QString securityText(const QFlags<WifiSecurityProtocol> &security);
-/*! The same for programs: "open", "wpa", "wpa2", "wpa-wpa2" or "unknown". */
-QString securityWord(const QFlags<WifiSecurityProtocol> &security);
-/*! Reads either, in letters of any size. False when \a text is none, or "unknown". */
+/*! Reads it in letters of any size, and with a hyphen. False when \a text is none, or "unknown". */
 bool readSecurity(QString text, QFlags<WifiSecurityProtocol> *security);
 
 /*! Why the library cannot write \a profile as it is, as "no name, no passphrase" or "an unknown security"; or empty. */
