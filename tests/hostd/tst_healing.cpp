@@ -179,10 +179,10 @@ void HealingTest::aLockedObjectHoldsUpNothingElse()
                                                   + file(QLatin1String(WifiStatus)).toUtf8() + "\" locked\n"));
         QCOMPARE(status.updates.count(), 0);
     }
-    QTRY_COMPARE(status.updates.count(), 3);
+    QTRY_VERIFY(status.updates.count() >= 3); // one more when the station has found the time to connect
     QVERIFY(status.update(0).assignments.value(QStringLiteral("wifi_power")).toString() == QLatin1String("off"));
     QVERIFY(status.update(1).assignments.value(QStringLiteral("wifi_power")).toString() == QLatin1String("on"));
-    QCOMPARE(status.text("wifi_power"), QStringLiteral("off"));
+    QTRY_COMPARE(status.text("wifi_power"), QStringLiteral("off"));
     QCOMPARE(m_daemon->process().errors().count("cannot publish"), 1);
 }
 

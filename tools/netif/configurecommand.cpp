@@ -219,7 +219,7 @@ private:
             enter(Asked);
     }
 
-    /*!  networkInterface is not as it was asked for: that will not come any more when it stays so. */
+    /*! \a networkInterface is not as it was asked for: that will not come any more when it stays so. */
     void follow(const NetworkInterface &networkInterface)
     {
         if (!networkInterface.connected() || networkInterface.configuration().ipAddresses().isEmpty())
