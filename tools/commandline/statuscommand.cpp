@@ -98,8 +98,10 @@ private:
                 stuck += part.daemon;
         }
         if (!missing.isEmpty())
-            return QStringLiteral("not there: %1 daemon; start morvek-hostd, or set ZOP_ROOT to its root")
-                .arg(missing.join(QLatin1String(" daemon, ")));
+            return QStringLiteral("not there: %1 daemon; ").arg(missing.join(QLatin1String(" daemon, ")))
+                + (missing.size() == int(m_parts.size())
+                       ? QStringLiteral("start morvek-hostd, or set ZOP_ROOT to its root")
+                       : QStringLiteral("its scenario may lack that, or --without may leave it out"));
         return stuck.isEmpty() ? QString()
                                : QStringLiteral("there, but of no use to an application: %1 daemon; it may be starting")
                                      .arg(stuck.join(QLatin1String(" daemon, ")));
