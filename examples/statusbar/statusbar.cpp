@@ -29,6 +29,7 @@ StatusBar::StatusBar()
 
 StatusBar::~StatusBar()
 {
+    delete m_reading;
     deleteHotSpotService(&m_hotspot);
     deleteWifiService(&m_wifi);
     deleteNetworkInterfaceService(&m_interfaces);
@@ -51,10 +52,12 @@ void StatusBar::show()
 // Another application may have given the hotspot another name since it was on last.
 void StatusBar::readHotspotName()
 {
+    delete m_reading; // what it would still tell is old
     setHotspotName(QString());
     if (!m_hotspot->enabled())
         return;
     AsyncHotspotConfigOperation *operation = m_hotspot->configuration();
+    m_reading = operation;
     connect(operation, &AsyncHotspotConfigOperation::success, this, [this, operation] {
         setHotspotName(operation->results().value(0).name());
         operation->deleteLater();

@@ -3,9 +3,11 @@
 #define STATUSBAR_H
 
 #include <QtCore/QObject>
+#include <QtCore/QPointer>
 #include <QtCore/QString>
 
 namespace morvek {
+class AsyncHotspotConfigOperation;
 class HotSpotService;
 class NetworkInterfaceService;
 class WifiService;
@@ -32,6 +34,7 @@ private:
     morvek::NetworkInterfaceService *m_interfaces;
     morvek::WifiService *m_wifi;
     morvek::HotSpotService *m_hotspot;
+    QPointer<morvek::AsyncHotspotConfigOperation> m_reading;
     QString m_hotspotName;
     QString m_shown;
 };

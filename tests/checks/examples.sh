@@ -8,7 +8,8 @@ statusbar=$build/examples/statusbar/statusbar-example
 need "$statusbar"
 work=$(mktemp -d)
 daemon=
-trap '[[ -z $daemon ]] || kill "$daemon" || true; rm -rf "$work"' EXIT
+application=
+trap 'kill $application $daemon 2>/dev/null || true; rm -rf "$work"' EXIT
 mkdir -m 0700 "$work/root"
 export ZOP_ROOT=$work/root
 
@@ -40,4 +41,35 @@ beginning=("wlan0 192.168.43.17 | no Wi-Fi yet | no hotspot yet" "wlan0 192.168.
 shows "${beginning[@]}" "wlan0 192.168.43.17 | Wi-Fi Home | hotspot on (Failed to retrieve WifiHotspot config.)"
 shows "${beginning[@]}" "wlan0 192.168.43.17 | Wi-Fi Home | hotspot on (no answer)"
 shows "${beginning[@]}" "wlan0 192.168.43.17 | Wi-Fi Home | hotspot on Morvek Car"
+
+# It is on anew while the daemon still owes an answer, and tells the second one; the first is not waited for any more. A
+# second status bar, which gets no answer later, tells when that would have been given up.
+quiet() {
+    "$build/host/hostd/morvek-hostd" act no-reply message=retrieve_profile times=1
+}
+
+# follows LAST: reads what the first one shows, up to this end of a line
+follows() {
+    line=
+    while [[ $line != *" | $1" ]] && IFS= read -r -t 20 line <&"$first"; do
+        followed+=("${line##* | }")
+    done
+}
+
+quiet >/dev/null
+followed=()
+exec {first}< <(exec "$statusbar")
+application=$!
+follows "hotspot on"
+"$build/tools/morvekctl" hotspot off >/dev/null
+follows "hotspot off"
+"$build/tools/morvekctl" hotspot on >/dev/null
+follows "hotspot on Morvek Car"
+quiet >/dev/null
+shows "${beginning[@]}" "wlan0 192.168.43.17 | Wi-Fi Home | hotspot on (no answer)"
+"$build/tools/morvekctl" hotspot off >/dev/null
+follows "hotspot off"
+[[ ${followed[*]} == *"hotspot on hotspot off hotspot on hotspot on Morvek Car hotspot off" ]] \
+    || mistake "the status bar goes on with '${followed[*]}'"
+kill "$application"
 finish
