@@ -80,11 +80,12 @@ asks demo qtbase5-dev zlib1g-dev
 
 # A program that is built runs as it is.
 mkdir -p "$work/project/build/tools"
-printf '#!/bin/sh\necho "this is morvekctl $*"\n' >"$work/project/build/tools/morvekctl"
+# shellcheck disable=SC2016 # for the shell in there
+printf '#!/bin/sh\necho "this is morvekctl $* in $PWD"\n' >"$work/project/build/tools/morvekctl"
 chmod +x "$work/project/build/tools/morvekctl"
 packages=$(asked run morvekctl interfaces)
 [[ -z $packages ]] || mistake "./dev run asks for '$packages' to run what is built"
-[[ $(<"$work/told") == "this is morvekctl interfaces" ]] || mistake "./dev run does not run what is built: $(<"$work/told")"
+[[ $(<"$work/told") == "this is morvekctl interfaces in $PWD" ]] || mistake "./dev run does not run what is built: $(<"$work/told")"
 
 # Neither is anything installed to say what cannot be done.
 packages=$(asked quick nowhere)
@@ -96,6 +97,8 @@ grep -qxF './dev: quick takes one folder: ./dev quick [FOLDER]' "$work/told" || 
 packages=$(asked install)
 [[ -z $packages ]] || mistake "./dev install asks for '$packages' to say that it is told no folder"
 grep -qxF './dev: install where? ./dev install PREFIX' "$work/told" || mistake "./dev install says '$(<"$work/told")'"
+packages=$(asked install --help)
+[[ -z $packages ]] || mistake "./dev install --help would install into a folder of that name"
 
 # What is built and run by quick, on a machine where everything is installed and one test fails.
 for program in cmake ctest; do
