@@ -4,6 +4,23 @@
 # shellcheck source-path=SCRIPTDIR
 source "$(dirname "${BASH_SOURCE[0]}")/lib/check.bash"
 
+# What the tests of a folder run is built with that folder, for quick.
+need "$build/CMakeCache.txt"
+tested=0
+for folder in "$build"/tests/*/; do
+    folder=${folder%/}
+    mapfile -t programs < <(ctest --test-dir "$folder" --show-only=json-v1 \
+        | jq -r --arg build "$(realpath "$build")/" '.tests[].command[]? | select(startswith($build)) | ltrimstr($build)' | sort -u)
+    ((${#programs[@]})) || continue
+    built=$(ninja -C "$build" -t graph "tests/${folder##*/}/all")
+    for program in "${programs[@]}"; do
+        tested=$((tested + 1))
+        grep -qF "[label=\"$program\"" <<<"$built" \
+            || mistake "./dev quick ${folder##*/} does not build $program, which its tests run"
+    done
+done
+((tested)) || mistake "no test runs anything"
+
 # A copy of ./dev, on a machine where nothing is installed, nothing can be, and all that is asked for is written down.
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -126,4 +143,5 @@ others="Left out: the checks, sanitizers, the fuzzing engine and 32-bit ARM, whi
 quick_runs tests/all build "$others"
 quick_runs tests/wifi/all build/tests/wifi "Left out: the tests of the other folders."$'\n'"$others" wifi
 quick_runs tests/wifi/all build/tests/wifi "Left out: the tests of the other folders."$'\n'"$others" tests/wifi/
+
 finish
