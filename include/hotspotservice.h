@@ -62,15 +62,15 @@ class AsyncHotspotEnableOperation;
  * Slots may delete it.
  *
  * A new service is not ready: it becomes so, from the event loop, when the tethering daemon serves its control object,
- * and tells it with readyChanged(). It tries once: when the control object is there and one of the manager's objects
- * cannot be opened, such as while the manager restarts, the service does not become ready any more, and no signal tells
+ * and tells it with readyChanged(). It tries once: when the control object is there and one of the daemon's objects
+ * cannot be opened, such as while the daemon restarts, the service does not become ready any more, and no signal tells
  * that. An application that is still waiting after a second or two makes a new service, and waits longer each time: see
- * below. Once ready, it outlives any restart of the manager; what it tells is what the manager has published last, also
- * while the manager is dead.
+ * below. Once ready, it outlives any restart of the daemon; what it tells is what the daemon has published last, also
+ * while the daemon is dead.
  *
  * The caller owns the operations that are returned, which are never null, and may delete them at any time. Their
- * failures carry code -1. There is no time limit: a request that the manager does not answer stays pending, and fails
- * when the manager dies, as if it were refused. A request that the manager answers as another one ends as that one
+ * failures carry code -1. There is no time limit: a request that the daemon does not answer stays pending, and fails
+ * when the daemon dies, as if it were refused. A request that the daemon answers as another one ends as that one
  * would: with its messages, and with a result only when that is of the same type.
  *
  * Deleting the service does not delete what talks to the tethering daemon behind it: that stays for the life of the
@@ -91,16 +91,16 @@ public:
     bool ready() const override;
 
     /*!
-     * Asks the tethering daemon to start the hotspot, or to stop it. The operation succeeds when the manager has
+     * Asks the tethering daemon to start the hotspot, or to stop it. The operation succeeds when the daemon has
      * accepted that; enabledChanged() tells when the hotspot is on or off. It fails with one of these messages:
      *
      * - "The service is not ready."
-     * - "Failed to enable config.": the manager refuses to start the hotspot.
+     * - "Failed to enable config.": the daemon refuses to start the hotspot.
      * - "Failed to disable config.": it refuses to stop it.
-     * - "Unable to write to vantor zop": the manager is not there.
+     * - "Unable to write to vantor zop": the daemon is not there.
      *
      * The hotspot starts with the profile that this service has read last, see configuration(); before it has read one,
-     * the request holds none, which the manager may refuse. What setConfiguration() has written does not count until it
+     * the request holds none, which the daemon may refuse. What setConfiguration() has written does not count until it
      * is read.
      */
     AsyncHotspotEnableOperation *setEnabled(bool enable);
@@ -113,10 +113,10 @@ public:
      * \a profile: read it again. It fails with one of these messages:
      *
      * - "The service is not ready."
-     * - "Failed to update WifiHotspot config.": the manager refuses the profile.
-     * - "Unable to write to vantor zop": the manager is not there.
+     * - "Failed to update WifiHotspot config.": the daemon refuses the profile.
+     * - "Unable to write to vantor zop": the daemon is not there.
      *
-     * Of a profile that is empty (WifiHotspot::isEmpty()), nothing is written: the manager gets an empty one. The
+     * Of a profile that is empty (WifiHotspot::isEmpty()), nothing is written: the daemon gets an empty one. The
      * gateway's address, the netmask and the lease time, which a WifiHotspot does not tell, are written as 192.168.0.1,
      * 255.255.255.0 and 120.
      */
@@ -126,9 +126,9 @@ public:
      * then. It fails with one of these messages:
      *
      * - "The service is not ready."
-     * - "Failed to retrieve WifiHotspot config.": the manager refuses to tell it.
-     * - "Empty or malformatted config.": what the manager answers is not JSON by its encoding.
-     * - "Unable to write to vantor zop": the manager is not there.
+     * - "Failed to retrieve WifiHotspot config.": the daemon refuses to tell it.
+     * - "Empty or malformatted config.": what the daemon answers is not JSON by its encoding.
+     * - "Unable to write to vantor zop": the daemon is not there.
      *
      * JSON that tells nothing of a hotspot gives the profile of a new WifiHotspot, which is empty. In one that tells
      * something, what is missing or of a wrong kind reads as an empty text, 0 or false.

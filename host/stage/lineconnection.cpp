@@ -107,7 +107,7 @@ void LineConnection::close()
     m_incoming.clear();
     m_outgoing.clear();
     m_socket.reset();
-    emit closed();
+    Q_EMIT closed();
 }
 
 } // namespace morvek

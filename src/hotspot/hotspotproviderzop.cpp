@@ -285,7 +285,7 @@ void HotspotProviderZop::onControlReply(const ZopControlMessage &message)
         }
     } else if (res == UpdateMessage) {
         if (isAccepted(message)) {
-            // Not the profile that was written: the manager may keep another one. A copy: before the last listener has
+            // Not the profile that was written: the daemon may keep another one. A copy: before the last listener has
             // heard of it, an earlier one may have let other replies come.
             const WifiHotspot hotspot = m_hotspot;
             succeed(operation, hotspot);
@@ -329,7 +329,7 @@ QJsonObject HotspotProviderZop::serializeProfile(const WifiHotspot &hotspot) con
     const QJsonObject network {
         {QStringLiteral("gateway_address"), QStringLiteral("192.168.0.1")},
         {QStringLiteral("gateway_subnet"), QStringLiteral("255.255.255.0")},
-        {QStringLiteral("dhcp_lease_time"), QStringLiteral("120")}, // the manager expects a text
+        {QStringLiteral("dhcp_lease_time"), QStringLiteral("120")}, // the daemon expects a text
     };
     const QJsonObject fields {
         {s_hotspotConfigFieldsMap[Ssid], hotspot.name()},

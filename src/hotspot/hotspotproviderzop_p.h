@@ -19,7 +19,7 @@ class ZopObject;
 struct ZopControlMessage;
 
 /*!
- * Mirrors the state of the tethering manager and drives it through its control object.
+ * Mirrors the state of the tethering daemon and drives it through its control object.
  *
  * Requests and replies are updates of the control object, matched by an identifier. The identifier is the only thing
  * that matches them: a reply of another kind than the request still ends the operation, but without a value.
@@ -29,7 +29,7 @@ class HotspotProviderZop : public HotspotProvider
     Q_OBJECT
 
 public:
-    /*! What the manager's profile tells of a hotspot. */
+    /*! What the daemon's profile tells of a hotspot. */
     enum HotspotConfigFields {
         Ssid = 0,
         Passphrase = 1,
@@ -50,9 +50,9 @@ public:
     void setEnabled(AsyncHotspotEnableOperation *operation, bool enable) override;
     bool enabled() const override;
 
-    /*! The manager's profile for \a hotspot; an empty one when that is empty. */
+    /*! The daemon's profile for \a hotspot; an empty one when that is empty. */
     QJsonObject serializeProfile(const WifiHotspot &hotspot) const;
-    /*! What the manager's \a profile tells; all defaults when it tells nothing of a hotspot. */
+    /*! What the daemon's \a profile tells; all defaults when it tells nothing of a hotspot. */
     WifiHotspot parseProfile(const QJsonDocument &profile) const;
 
     // What has no text gets an empty one, which is found from then on.

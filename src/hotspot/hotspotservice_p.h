@@ -13,7 +13,7 @@ class HotspotProvider;
 /*!
  * Makes the provider and passes its signals on to the service.
  *
- * The provider, once it is connected, has no owner. It stays when the service goes: requests that the tethering manager
+ * The provider, once it is connected, has no owner. It stays when the service goes: requests that the tethering daemon
  * has not answered yet still end.
  */
 class Q_DECL_HIDDEN HotSpotService::Private : public QObject
