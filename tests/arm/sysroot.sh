@@ -54,9 +54,9 @@ CONF
 export APT_CONFIG=$manager/apt.conf
 
 apt-get update
-apt-get install -y --download-only libqt5core5a libqt5network5 libqt5test5 libstdc++6 zlib1g
+apt-get install -y --download-only libqt5core5a libqt5network5 libqt5qml5 libqt5test5 libstdc++6 zlib1g
 # These are only unpacked, as what they need is for building on that system.
-(cd "$manager/packages" && apt-get download qtbase5-dev qt5-qmake zlib1g-dev)
+(cd "$manager/packages" && apt-get download qtbase5-dev qtdeclarative5-dev qt5-qmake qt5-qmltooling-plugins zlib1g-dev)
 
 for package in "$manager"/cache/archives/*.deb "$manager"/packages/*.deb; do
     dpkg-deb --extract "$package" "$folder"

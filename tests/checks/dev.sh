@@ -61,11 +61,14 @@ asks() {
 }
 
 building=(cmake g++ ninja-build qtbase5-dev zlib1g-dev)
+screen=(fonts-dejavu-core fonts-noto-core qml-module-qtquick-controls2 qml-module-qtquick-layouts
+    qml-module-qtquick-templates2 qml-module-qtquick-window2 qml-module-qtquick2 qml-module-qttest qtdeclarative5-dev
+    qtdeclarative5-dev-tools qtquickcontrols2-5-dev qttools5-dev-tools xvfb)
 asks demo "${building[@]}"
-asks "install $work/prefix" "${building[@]}"
+asks "install $work/prefix" "${building[@]}" "${screen[@]}"
 asks "run morvekctl" "${building[@]}"
 asks storm "${building[@]}"
-asks build "${building[@]}" valgrind
+asks build "${building[@]}" "${screen[@]}" valgrind
 asks counts "${building[@]}" valgrind dbus strace
 asks bench "${building[@]}" valgrind dbus strace crossbuild-essential-armhf pkg-config
 asks abi "${building[@]}" valgrind abigail-tools
@@ -77,7 +80,7 @@ asks arm "${building[@]}" crossbuild-essential-armhf pkg-config jq qemu-user abi
 for verb in quick "quick wifi" sanitize "test --coverage" test; do
     read -ra words <<<"$verb"
     packages=$(asked "${words[@]}")
-    for package in "${building[@]}" iproute2; do
+    for package in "${building[@]}" "${screen[@]}" iproute2; do
         [[ " $packages" == *" $package "* ]] || mistake "./dev $verb does not ask for $package"
     done
     for package in crossbuild-essential-armhf qemu-user abigail-tools clang-tidy; do
