@@ -63,7 +63,7 @@ public:
      */
     Q_INVOKABLE morvek::NetworkRequest *configureAutomatic(const QString &name);
     /*! The same with the addresses of \a form, which is read at once. Invalid also when that is not valid. */
-    Q_INVOKABLE morvek::NetworkRequest *configureManual(const QString &name, const morvek::Ipv4Form *form);
+    Q_INVOKABLE morvek::NetworkRequest *configureManual(const QString &name, morvek::Ipv4Form *form);
     /*!
      * Has an interface that is automatic and has no address ask for one again: gives it a link-local address by hand,
      * and then makes it automatic. Done when it has an address. Deadline: 60 s. Invalid for any other interface.
