@@ -64,20 +64,28 @@ protected:
     void endUninterruptible();
 
     /*!
-     * Takes \a request over and starts it, or has it fail when the service is not ready. Requests of the same class and
-     * subject that have ended are deleted.
+     * Takes \a request over and starts it, or has it fail when the service is not ready. Requests of the same class
+     * that have ended are deleted.
      */
     template<typename Request>
     Request *take(Request *request)
     {
-        adopt(request, &Request::staticMetaObject);
+        adopt(request, &Request::staticMetaObject, false);
+        return request;
+    }
+    /*! The same, but of those that have ended only the ones with the same subject are deleted. */
+    template<typename Request>
+    Request *takeForSubject(Request *request)
+    {
+        adopt(request, &Request::staticMetaObject, true);
         return request;
     }
 
 private:
     Q_DISABLE_COPY(NetworkController)
     friend class NetworkRequest;
-    void adopt(NetworkRequest *request, const QMetaObject *kind);
+    void adopt(NetworkRequest *request, const QMetaObject *kind, bool sameSubject);
+    void followKeeper();
     class Private;
     std::unique_ptr<Private> d;
 };

@@ -27,7 +27,7 @@ class MORVEK_KIT_EXPORT NetworkRequest : public QObject
     Q_OBJECT
     Q_PROPERTY(bool running READ isRunning NOTIFY finished)
     Q_PROPERTY(bool done READ isDone NOTIFY finished)
-    Q_PROPERTY(Failure failure READ failure NOTIFY finished)
+    Q_PROPERTY(morvek::NetworkRequest::Failure failure READ failure NOTIFY finished)
     Q_PROPERTY(int code READ code NOTIFY finished)
     Q_PROPERTY(QString text READ text NOTIFY finished)
     Q_PROPERTY(QString sentence READ sentence NOTIFY finished)
@@ -97,14 +97,18 @@ protected:
     /*! Begins: called once, by the controller that takes it, inside the call that makes it. */
     virtual void start() = 0;
     /*!
-     * Called when it ends before it has come true: gives up what it can. Returns a sentence about what may still come
-     * of it; empty when nothing can.
+     * Called when it ends as \a why before it has come true: Cancelled, TimedOut or Lost. Gives up what it can. Returns
+     * the sentence for the driver, with what may still come of it; empty for one that fits any request.
      */
-    virtual QString giveUp();
+    virtual QString giveUp(Failure why);
+    /*! Called once when it ends, however that is: lets go of what it holds. isRunning() is still true. */
+    virtual void release();
 
-    /*! Ends it. The first end counts. */
+    /*! Ends it: finished() follows from the event loop. The first end counts. */
     void succeed();
     void fail(Failure failure, const QString &sentence, int code = 0, const QString &text = QString());
+    /*! Whether it has ended, though finished() may still be to come. */
+    bool hasEnded() const;
 
 private:
     Q_DISABLE_COPY(NetworkRequest)

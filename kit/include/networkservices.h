@@ -11,6 +11,7 @@
 namespace morvek {
 
 class NetworkController;
+class ServiceKeeper;
 
 /*!
  * Owns the services of the library that controllers share, and keeps them usable: a service that did not become ready

@@ -18,9 +18,11 @@ declare -A sees=(
     [host/stage]="host/simulation host/daemons host/platform platform"
     [host/hostd]="host/stage host/simulation host/machine host/daemons host/platform platform usage"
     [host/zop]="host/platform platform usage"
-    [tools]="include platform host/platform/installed usage"
-    [examples]="include platform"
-    [qml]="include platform"
+    [kit]="include platform"
+    [testkit]="include platform"
+    [qml]="kit/include include platform"
+    [tools]="kit/include include platform host/platform/installed usage"
+    [examples]="kit/include testkit/include include platform"
 )
 
 # headers FOLDER...: the names of the headers in these folders
@@ -46,6 +48,11 @@ done
 for room in host/*/; do
     [[ -v sees[${room%/}] ]] || mistake "$room: nothing says what it sees"
 done
+
+# Of the platform, the kit takes bells and what it looks at objects with; it neither writes nor logs.
+while IFS= read -r place; do
+    mistake "$place: not for the kit"
+done < <(grep -rnE '[<"](krellogger|zopcontrol[a-z]*|serviceproviderbase)\.h|setAttributes|ZopObject::(create|remove)' kit || true)
 
 while IFS= read -r file; do
     mistake "$file: platform holds declarations only"

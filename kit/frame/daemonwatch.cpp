@@ -19,8 +19,9 @@ QString folderOf(const QString &daemon)
 
 } // namespace
 
-DaemonWatch::DaemonWatch(const QString &daemon)
-    : m_daemon(daemon),
+DaemonWatch::DaemonWatch(const QString &daemon, QObject *parent)
+    : QObject(parent),
+      m_daemon(daemon),
       m_folder(folderOf(daemon))
 {
     // The folder tells a daemon that ends in order, or is replaced. The object of one that was killed may stay until
@@ -45,9 +46,22 @@ DaemonWatch::DaemonWatch(const QString &daemon)
     m_timer.start(LookPause);
 }
 
+DaemonWatch::~DaemonWatch() = default;
+
+void DaemonWatch::setPause(int milliseconds)
+{
+    m_timer.setInterval(milliseconds);
+}
+
 bool DaemonWatch::isServed(const QString &daemon)
 {
     return ZopObject(folderOf(daemon) + QLatin1Char('/') + ControlObject, ZopObject::ReadWrite, false).isValid();
+}
+
+void DaemonWatch::look()
+{
+    if (!m_isThere)
+        set(isServed(m_daemon));
 }
 
 void DaemonWatch::set(bool isThere)

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "networkcontroller.h"
+
+#include "networkcontroller_p.h"
+#include "networkrequest_p.h"
+#include "networkservices_p.h"
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+namespace morvek {
+
+NetworkController::NetworkController(Daemon daemon, QObject *parent)
+    : QObject(parent),
+      d(new Private)
+{
+    d->daemon = daemon;
+}
+
+NetworkController::~NetworkController()
+{
+    if (d->services && d->uninterruptible > 0)
+        d->services->d->setUninterruptible(-d->uninterruptible);
+}
+
+NetworkServices *NetworkController::services() const
+{
+    return d->services;
+}
+
+void NetworkController::setServices(NetworkServices *services)
+{
+    if (d->services || !services)
+        return;
+    d->services = services;
+    d->keeper = services->d->keeper(d->daemon);
+    connect(d->keeper, &ServiceKeeper::replaced, this, &NetworkController::onServiceReplaced);
+    connect(d->keeper, &ServiceKeeper::availabilityChanged, this, &NetworkController::followKeeper);
+    connect(d->keeper, &QObject::destroyed, this, &NetworkController::followKeeper);
+    connect(services, &QObject::destroyed, this, &NetworkController::servicesChanged);
+    onServiceReplaced();
+    followKeeper();
+    Q_EMIT servicesChanged();
+}
+
+NetworkController::Availability NetworkController::availability() const
+{
+    return d->availability;
+}
+
+QString NetworkController::availabilityText() const
+{
+    if (d->availability == Ready)
+        return QString();
+    const bool isGone = d->availability == Gone;
+    switch (d->daemon) {
+    case Networking:
+        return isGone ? tr("The network service has stopped.") : tr("The network service has not started yet.");
+    case Wifi:
+        return isGone ? tr("The Wi-Fi service has stopped.") : tr("The Wi-Fi service has not started yet.");
+    case Tethering:
+        return isGone ? tr("The hotspot service has stopped.") : tr("The hotspot service has not started yet.");
+    }
+    return QString();
+}
+
+ServiceBase *NetworkController::service() const
+{
+    return d->keeper ? d->keeper->service() : nullptr;
+}
+
+void NetworkController::beginUninterruptible()
+{
+    ++d->uninterruptible;
+    if (d->services)
+        d->services->d->setUninterruptible(1);
+}
+
+void NetworkController::endUninterruptible()
+{
+    --d->uninterruptible;
+    if (d->services)
+        d->services->d->setUninterruptible(-1);
+}
+
+void NetworkController::adopt(NetworkRequest *request, const QMetaObject *kind, bool sameSubject)
+{
+    const auto isOld = [&](NetworkRequest *other) {
+        return other->metaObject() == kind && !other->isRunning()
+            && !(sameSubject && other->subject() != request->subject());
+    };
+    const auto old = std::stable_partition(d->requests.begin(), d->requests.end(), std::not_fn(isOld));
+    std::for_each(old, d->requests.end(), std::mem_fn(&QObject::deleteLater));
+    d->requests.erase(old, d->requests.end());
+    d->requests.append(request);
+    if (d->availability == Ready)
+        request->start();
+    else
+        request->fail(NetworkRequest::NotReady, availabilityText());
+}
+
+void NetworkController::followKeeper()
+{
+    const Availability availability = d->keeper ? d->keeper->availability() : Waiting;
+    if (std::exchange(d->availability, availability) == availability)
+        return;
+    if (availability != Ready)
+        d->loseRequests();
+    onAvailabilityChanged();
+    Q_EMIT availabilityChanged();
+}
+
+void NetworkController::Private::loseRequests()
+{
+    const QVector<NetworkRequest *> open = requests;
+    for (NetworkRequest *request : open)
+        request->d->endEarly(NetworkRequest::Lost);
+}
+
+} // namespace morvek

@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "contracttest.h"
+#include "playeddaemon.h"
+#include "servicekeeper_p.h"
+
+#include <servicebase.h>
+
+#include <QtCore/QElapsedTimer>
+
+using namespace morvek;
+
+namespace {
+
+/*! A service that becomes ready when its test says so. */
+class StubbornService : public ServiceBase
+{
+public:
+    bool available() const override { return true; }
+    bool ready() const override { return isReady; }
+
+    bool isReady = false;
+};
+
+QVector<qint64> madeAt; // milliseconds
+QElapsedTimer watch;
+int dropped = 0;
+StubbornService *latest = nullptr;
+
+ServiceBase *make()
+{
+    madeAt += watch.elapsed();
+    latest = new StubbornService;
+    return latest;
+}
+
+void drop(ServiceBase *service)
+{
+    ++dropped;
+    delete service;
+}
+
+KeptService stubborn()
+{
+    return {QStringLiteral("tethering"), {PlayedDaemon::statusOf(PlayedDaemon::Tethering)}, make, drop};
+}
+
+} // namespace
+
+class ServiceKeeperTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        madeAt.clear();
+        dropped = 0;
+        watch.start();
+    }
+    void cleanup() { PlayedDaemon::forgetAll(); }
+
+    void pausesGrow()
+    {
+        const PlayedDaemon played(PlayedDaemon::Tethering);
+        ServiceKeeper keeper(stubborn());
+        keeper.setRetryPause(20);
+        QTRY_VERIFY(madeAt.size() >= 6);
+        QCOMPARE(dropped, madeAt.size() - 1);
+        // 20, 40, 80, 160, 320; timers may be early by a twentieth.
+        for (int i = 1; i < 6; ++i)
+            QVERIFY2(madeAt[i] - madeAt[i - 1] >= (19 << (i - 1)) - 2, qPrintable(QString::number(i)));
+    }
+
+    void pausesStopGrowing()
+    {
+        const PlayedDaemon played(PlayedDaemon::Tethering);
+        ServiceKeeper keeper(stubborn());
+        keeper.setRetryPause(1);
+        QTRY_VERIFY(madeAt.size() >= 16); // the last one would have to wait for half a minute
+    }
+
+    void makesNoneUntilAllIsThere()
+    {
+        ServiceKeeper keeper(stubborn());
+        keeper.setRetryPause(5);
+        auto control =
+            std::make_unique<ZopObject>(PlayedDaemon::controlOf(PlayedDaemon::Tethering), ZopObject::Publish, true);
+        waitFor(100);
+        QCOMPARE(madeAt.size(), 1);
+        control.reset();
+        ZopObject status(PlayedDaemon::statusOf(PlayedDaemon::Tethering), ZopObject::Publish, false);
+        waitFor(200);
+        QCOMPARE(madeAt.size(), 1);
+        control =
+            std::make_unique<ZopObject>(PlayedDaemon::controlOf(PlayedDaemon::Tethering), ZopObject::Publish, true);
+        QTRY_VERIFY(madeAt.size() >= 2);
+    }
+
+    // The control object that has come is heard by the service, too.
+    void givesAServiceTimeToBecomeReady()
+    {
+        ServiceKeeper keeper(stubborn());
+        keeper.setRetryPause(1000000);
+        const PlayedDaemon played(PlayedDaemon::Tethering);
+        DaemonWatch witness(QStringLiteral("tethering"));
+        QTRY_VERIFY(witness.isThere());
+        latest->isReady = true;
+        Q_EMIT latest->readyChanged(true);
+        QTRY_COMPARE(keeper.availability(), NetworkController::Ready);
+        waitFor(150);
+        QCOMPARE(madeAt.size(), 1);
+    }
+
+    void makesNoneAnewThatIsReady()
+    {
+        auto played = std::make_unique<PlayedDaemon>(PlayedDaemon::Tethering);
+        ServiceKeeper keeper(stubborn());
+        keeper.setRetryPause(5);
+        latest->isReady = true;
+        Q_EMIT latest->readyChanged(true);
+        QCOMPARE(keeper.availability(), NetworkController::Ready);
+        waitFor(50);
+        played.reset();
+        QTRY_COMPARE(keeper.availability(), NetworkController::Gone);
+        played = std::make_unique<PlayedDaemon>(PlayedDaemon::Tethering);
+        QTRY_COMPARE(keeper.availability(), NetworkController::Ready);
+        waitFor(150);
+        QCOMPARE(madeAt.size(), 1);
+    }
+
+    void theFormerServiceGoesLast()
+    {
+        const PlayedDaemon played(PlayedDaemon::Tethering);
+        QVector<int> droppedBefore; // outlives the keeper, which tells its end, too
+        ServiceKeeper keeper(stubborn());
+        const ServiceBase *former = keeper.service();
+        connect(&keeper, &ServiceKeeper::replaced, this, [&] {
+            if (keeper.service() != former)
+                droppedBefore += dropped;
+        });
+        keeper.setRetryPause(5);
+        QTRY_VERIFY(dropped > 0);
+        QCOMPARE(droppedBefore.first(), 0);
+    }
+
+private:
+    static void waitFor(int milliseconds)
+    {
+        bool over = false;
+        QTimer::singleShot(milliseconds, [&over] { over = true; });
+        QTRY_VERIFY(over);
+    }
+};
+
+CONTRACT_TEST_MAIN(ServiceKeeperTest)
+
+#include "tst_servicekeeper.moc"
