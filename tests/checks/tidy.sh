@@ -41,6 +41,6 @@ while IFS= read -r folder; do
     for ((from = 0; from < ${#files[@]}; from += 12)); do
         beside tidy "$folder" "${files[@]:from:12}"
     done
-done < <(sources .cpp | tr '\0' '\n' | grep -E '^(src|host|tools|usage)/' | sed 's,/[^/]*$,,' | sort -u)
+done < <(sources .cpp | tr '\0' '\n' | grep -E '^(src|host|kit|testkit|qml|tools|usage)/' | sed 's,/[^/]*$,,' | sort -u)
 beside_all || mistake "clang-tidy is not content"
 finish
