@@ -12,7 +12,11 @@ namespace morvek {
 
 class WifiHotspot;
 
-/*! The fields of the hotspot's profile as they are edited, and what is wrong with each. */
+/*!
+ * The fields of the hotspot's profile as they are edited, and what is wrong with each.
+ *
+ * A field follows what is read until it is edited, and again when that is what it was edited to.
+ */
 class MORVEK_KIT_EXPORT HotspotForm : public QObject
 {
     Q_OBJECT
@@ -45,11 +49,11 @@ public:
     enum Fault {
         NoFault,
         Missing,
-        TooLong,       //!< a name of more than 32 bytes of UTF-8
+        TooLong,       //!< a name of more than 32 bytes of UTF-8, or a passphrase of more than 63 characters
         TooShort,      //!< a passphrase of less than 8 characters
-        NotPrintable,  //!< a passphrase with something else than printable ASCII characters, or more than 63 of them
+        NotPrintable,  //!< a passphrase with something else than printable ASCII characters; a name with what is none
         OutOfRange,    //!< a number that is too small
-        NotSelectable, //!< a security that this unit's daemon does not know
+        NotSelectable, //!< a security that cannot be written: UnknownSecurity
     };
     Q_ENUM(Fault)
 
@@ -58,6 +62,10 @@ public:
 
     QString name() const;
     void setName(const QString &name);
+    /*!
+     * UnknownSecurity when the library cannot read what the daemon has told: it stays so until another one is chosen,
+     * and nothing can be written before.
+     */
     Security security() const;
     void setSecurity(Security security);
     Band band() const;
@@ -72,7 +80,11 @@ public:
     void setPrivacy(bool privacy);
     bool blockConnections() const;
     void setBlockConnections(bool blockConnections);
-    /*! What clients are to need from now on: 8 to 63 printable ASCII characters. Nothing gives it back. */
+    /*!
+     * What clients are to need from now on: 8 to 63 printable ASCII characters, or 64 hexadecimal digits. Nothing gives
+     * it back. An empty one leaves the passphrase as it was read. What is no passphrase is not written for an open
+     * network, which keeps the one that it has for when it is protected again.
+     */
     Q_INVOKABLE void setPassphrase(const QString &passphrase);
     bool isPassphraseEdited() const;
 
@@ -89,21 +101,23 @@ public:
     QString inactivityTimeText() const;
     /*! Whether there is no fault. */
     bool isValid() const;
-    /*! Whether a field differs from what was read. */
+    /*! Whether a field differs from what was read; what is edited before that differs in any case. */
     bool isEdited() const;
 
     /*! Takes over \a profile in every field that was not edited. */
     void read(const WifiHotspot &profile);
     /*! Forgets what was edited. */
     Q_INVOKABLE void revert();
-    /*! \a profile with what was edited. */
+    /*! \a profile with what was edited; to be written only while the form is valid. Do not keep it. */
     WifiHotspot applied(const WifiHotspot &profile) const;
 
 Q_SIGNALS:
+    /*! A field has changed, or what is wrong with one. */
     void changed();
 
 private:
     Q_DISABLE_COPY(HotspotForm)
+    friend class HotspotController;
     class Private;
     std::unique_ptr<Private> d;
 };
