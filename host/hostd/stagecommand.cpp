@@ -24,7 +24,6 @@ using namespace std::chrono_literals;
 
 constexpr std::chrono::milliseconds WaitPause = 20ms;
 
-const QString Act = QStringLiteral("act");
 const QString Wait = QStringLiteral("wait");
 
 QDeadlineTimer deadlineOf(const HostdOptions &options)
@@ -93,7 +92,7 @@ HostdExitCode ask(const HostdOptions &options, StageCall *call, const QByteArray
 
 QStringList StageCommand::verbs()
 {
-    return {Act, StageWords::Look, StageWords::Pass, Wait};
+    return {StageWords::Act, StageWords::Look, StageWords::Pass, Wait};
 }
 
 QStringList StageCommand::candidates(const QStringList &words)
@@ -102,7 +101,7 @@ QStringList StageCommand::candidates(const QStringList &words)
         return verbs();
     if (words.size() > 2)
         return {};
-    if (words.first() == Act)
+    if (words.first() == StageWords::Act)
         return eventWords() + faultWords();
     return words.first() == StageWords::Look ? StageWords::Views : QStringList();
 }
@@ -116,7 +115,7 @@ HostdExitCode StageCommand::run(const HostdOptions &options, QString *error)
         *error = QStringLiteral("unexpected argument \"%1\"").arg(words.at(1));
         return HostdExitCode::BadArguments;
     }
-    const bool pipes = words == QStringList {Act, QStringLiteral("-")};
+    const bool pipes = words == QStringList {StageWords::Act, QStringLiteral("-")};
     const QByteArray request = pipes ? QByteArray() : StageWords::request(words, error);
     if (!error->isEmpty())
         return HostdExitCode::BadArguments;

@@ -29,6 +29,20 @@ QByteArray refusal(const QString &reason)
     return lineOf({{StageWords::Done, false}, {StageWords::Reason, reason}});
 }
 
+/*! \a request, which says whether it is about an event or a fault. */
+QJsonValue withItsKind(const QJsonValue &request, QString *reason)
+{
+    QJsonObject object = request.toObject();
+    const QJsonValue word = object.take(StageWords::Act);
+    if (!word.isString())
+        return request;
+    const QString kind = StageWords::kindOf(word.toString(), reason);
+    if (object.contains(kind))
+        *reason = QStringLiteral("\"act\" and \"%1\" say the same").arg(kind);
+    object.insert(kind, word);
+    return object;
+}
+
 /*! What the readers need to know of \a scenario: no passphrase that is replaced later, and no long story. */
 Scenario withoutSecrets(Scenario scenario)
 {
@@ -51,9 +65,10 @@ QByteArray Stage::answer(const QByteArray &line)
 {
     QString reason;
     const QJsonValue value = parseJson(line, &reason);
+    const QJsonValue request = withItsKind(value, &reason);
     if (!reason.isEmpty())
         return refusal(reason);
-    QJsonObject answer = treat(JsonNode(value, &reason));
+    QJsonObject answer = treat(JsonNode(request, &reason));
     if (!reason.isEmpty())
         return refusal(reason);
     answer.insert(StageWords::Done, true);
@@ -73,7 +88,7 @@ QJsonObject Stage::treat(const JsonNode &request)
     else if (request.has(StageWords::Fault) || request.has(StageWords::Event))
         act(request);
     else
-        request.fail(QStringLiteral("needs \"event\", \"fault\", \"look\" or \"pass\""));
+        request.fail(QStringLiteral("needs \"act\", \"event\", \"fault\", \"look\" or \"pass\""));
     return {};
 }
 

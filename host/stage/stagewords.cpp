@@ -56,7 +56,7 @@ QByteArray StageWords::request(const QStringList &words, QString *error)
     error->clear();
     const QString &verb = words.first();
     const QString first = words.value(1);
-    if (first.startsWith(QLatin1Char('{')) && words.size() == 2 && verb == QLatin1String("act"))
+    if (first.startsWith(QLatin1Char('{')) && words.size() == 2 && verb == Act)
         return first.toUtf8().replace('\n', ' ').replace('\r', ' ');
     QJsonObject object;
     const bool looksAtAll = verb == Look && (first.isEmpty() || first.contains(QLatin1Char('=')));
@@ -66,19 +66,25 @@ QByteArray StageWords::request(const QStringList &words, QString *error)
         *error = QStringLiteral("%1 what?").arg(verb);
     else if (verb == Pass)
         object.insert(Pass, plainValue(Pass, first));
-    else if (faultWords().contains(first))
-        object.insert(Fault, first);
-    else if (eventWords().contains(first))
-        object.insert(Event, first);
     else
-        *error = QStringLiteral("neither an event nor a fault: \"%1\" (events: %2; faults: %3)")
-                     .arg(first, eventWords().join(QLatin1String(", ")), faultWords().join(QLatin1String(", ")));
+        object.insert(kindOf(first, error), first);
     const QStringList pairs = words.mid(looksAtAll ? 1 : 2);
     for (const QString &pair : pairs) {
         if (!insertPair(&object, pair, error))
             return {};
     }
     return error->isEmpty() ? QJsonDocument(object).toJson(QJsonDocument::Compact) : QByteArray();
+}
+
+QString StageWords::kindOf(const QString &word, QString *error)
+{
+    if (faultWords().contains(word))
+        return Fault;
+    if (eventWords().contains(word))
+        return Event;
+    *error = QStringLiteral("neither an event nor a fault: \"%1\" (events: %2; faults: %3)")
+                 .arg(word, eventWords().join(QLatin1String(", ")), faultWords().join(QLatin1String(", ")));
+    return QString();
 }
 
 } // namespace morvek

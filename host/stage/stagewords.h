@@ -9,6 +9,7 @@ namespace morvek {
 /*! The words of the stage's lines, and of the command line that stands for them. */
 namespace StageWords {
 
+inline const QString Act = QStringLiteral("act");
 inline const QString All = QStringLiteral("all");
 inline const QString Daemons = QStringLiteral("daemons");
 inline const QString Done = QStringLiteral("done");
@@ -30,6 +31,9 @@ inline const QStringList Views {Requests, Objects, Faults, Daemons, All};
  * and "pass 1000" are: one line, without its end. Empty when they make no sense; \a error then says why.
  */
 QByteArray request(const QStringList &words, QString *error);
+
+/*! What \a word is: Event or Fault; empty when it is neither, \a error then says so. */
+QString kindOf(const QString &word, QString *error);
 
 } // namespace StageWords
 

@@ -46,6 +46,7 @@ private Q_SLOTS:
     void cleanup();
 
     void playsLinks();
+    void playsAWordOfEitherKind();
     void playsInterfaces();
     void playsTheRanking();
     void playsAttributes();
@@ -171,6 +172,15 @@ void StageTest::playsLinks()
     QCOMPARE(act("{'event':'link-regained','interface':'eth0'}"), Done);
     QCOMPARE(interface("eth0", "connected"), QStringLiteral("true"));
     QCOMPARE(interface("eth0", "ip_addresses"), QStringLiteral("[\"10.0.0.5/255.0.0.0\"]"));
+}
+
+void StageTest::playsAWordOfEitherKind()
+{
+    QCOMPARE(act("{'act':'link-lost','interface':'eth0'}"), Done);
+    QCOMPARE(interface("eth0", "up"), QStringLiteral("false"));
+    QCOMPARE(act("{'act':'refuse','message':'scan','err':16,'times':1}"), Done);
+    QCOMPARE(Request(m_wifi.get(), "scan").outcome(), QStringLiteral("16 "));
+    QCOMPARE(Request(m_wifi.get(), "scan").outcome(), Ok);
 }
 
 void StageTest::playsInterfaces()
@@ -409,7 +419,15 @@ void StageTest::refusals_data()
     row("nothing", "", "line 1, column 1: illegal value");
     row("a key twice", "{'event':'radio-off','event':'radio-on'}", "line 1, column 22: a second \"event\"");
     row("an array", "[]", "must be an object");
-    row("no request", "{}", "needs \"event\", \"fault\", \"look\" or \"pass\"");
+    row("no request", "{}", "needs \"act\", \"event\", \"fault\", \"look\" or \"pass\"");
+    row("no word", "{'act':1}", "needs \"act\", \"event\", \"fault\", \"look\" or \"pass\"");
+    row("a word of no kind", "{'act':'dance'}",
+        "neither an event nor a fault: \"dance\" (events: vanish, appear, link-lost, link-regained, set, remove, "
+        "default, default-follows, priority, daemon-dies, daemon-back, faults-end, out-of-range, in-range, signal, "
+        "roam, "
+        "dropped, wrong-key, radio-on, radio-off, wifi-event, hotspot-starts, hotspot-stops; faults: refuse, no-reply, "
+        "late, double, die, answer, ignore)");
+    row("an event twice", "{'act':'radio-off','event':'radio-off'}", "\"act\" and \"event\" say the same");
     row("two requests", "{'fault':'double','event':'radio-off'}",
         "unknown key \"event\" (known: fault, message, interface, ssid, skip, times)");
     row("a look and more", "{'look':'all','pass':1}", "unknown key \"pass\" (known: look, since)");
