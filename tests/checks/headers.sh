@@ -26,7 +26,7 @@ shown() {
 }
 
 for compiler in g++ clang++; do
-    for header in {include,platform,kit/include,host/platform/installed}/*.h; do
+    for header in {include,platform,kit/include,testkit/include,host/platform/installed}/*.h; do
         twice "${header##*/}" | "$compiler" "${flags[@]}" -x c++ - || mistake "$header: $compiler refuses it"
     done
     while IFS= read -r header; do
