@@ -107,6 +107,7 @@ protected:
 
 private:
     Q_DISABLE_COPY(HotspotController)
+    friend class HotspotRequest;
     class Private;
     std::unique_ptr<Private> d;
 };
