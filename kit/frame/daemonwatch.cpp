@@ -60,8 +60,7 @@ bool DaemonWatch::isServed(const QString &daemon)
 
 void DaemonWatch::look()
 {
-    if (!m_isThere)
-        set(isServed(m_daemon));
+    set(isServed(m_daemon));
 }
 
 void DaemonWatch::set(bool isThere)

@@ -108,8 +108,6 @@ bool NetworkRequest::hasEnded() const
 
 void NetworkRequest::Private::startTimer()
 {
-    if (hasEnded)
-        return;
     if (deadline < 0)
         timer.stop();
     else

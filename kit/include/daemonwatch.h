@@ -31,7 +31,7 @@ public:
     /*! Whether it has died since the watch began, or was not there then. */
     bool hasDied() const { return m_hasDied || !isServed(m_daemon); }
 
-    /*! Looks at once, whether one that was not there is now. */
+    /*! Looks at once. */
     void look();
 
     /*! Every how many milliseconds it is looked whether it was killed, which nobody tells; 500 at first. */

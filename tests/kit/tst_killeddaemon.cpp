@@ -43,6 +43,25 @@ private Q_SLOTS:
         QVERIFY(controller.ask()->isRunning());
     }
 
+    void isLookedForWithAPause()
+    {
+        const QTemporaryDir root;
+        qputenv("ZOP_ROOT", root.path().toLocal8Bit());
+        HostdProcess hostd;
+        QVERIFY(hostd.start(root.path(), {QStringLiteral("--hold")}));
+        NetworkServices services;
+        services.setWatchPause(1000000);
+        PlainController controller(PlainController::Wifi, &services);
+        QTRY_COMPARE(controller.availability(), NetworkController::Ready);
+        hostd.kill();
+        bool isOver = false;
+        QTimer::singleShot(1500, this, [&isOver] { isOver = true; }); // longer than any pause that is not set
+        QTRY_VERIFY(isOver);
+        QCOMPARE(controller.availability(), NetworkController::Ready);
+        services.setWatchPause(20);
+        QTRY_COMPARE(controller.availability(), NetworkController::Gone);
+    }
+
     // What was made while only the remains of a dead daemon were there.
     void isHealed_data() { isNoticed_data(); }
     void isHealed()

@@ -89,9 +89,12 @@ private Q_SLOTS:
         QTRY_COMPARE(controller.availability(), NetworkController::Ready);
         const ServiceBase *service = controller.service();
         controller.called.clear();
+        QStringList calledBefore;
+        connect(&controller, &NetworkController::availabilityChanged, this, [&] { calledBefore = controller.called; });
 
         played.reset();
         QTRY_COMPARE(controller.availability(), NetworkController::Gone);
+        QCOMPARE(calledBefore, QStringList({QStringLiteral("availability 2")}));
         QCOMPARE(controller.availabilityText(), gone);
         QCOMPARE(controller.called, QStringList({QStringLiteral("availability 2")}));
 

@@ -119,6 +119,7 @@ private Q_SLOTS:
         latest->isReady = true;
         Q_EMIT latest->readyChanged(true);
         QCOMPARE(keeper.availability(), NetworkController::Ready);
+        keeper.setRetryPause(6);
         waitFor(50);
         played.reset();
         QTRY_COMPARE(keeper.availability(), NetworkController::Gone);
@@ -141,6 +142,19 @@ private Q_SLOTS:
         keeper.setRetryPause(5);
         QTRY_VERIFY(dropped > 0);
         QCOMPARE(droppedBefore.first(), 0);
+    }
+
+    void isDeletedBySlots()
+    {
+        const PlayedDaemon played(PlayedDaemon::Tethering);
+        auto keeper = std::make_unique<ServiceKeeper>(stubborn());
+        keeper->setRetryPause(5);
+        connect(keeper.get(), &ServiceKeeper::replaced, this, [&] {
+            if (keeper)
+                keeper.reset();
+        });
+        QTRY_VERIFY(!keeper);
+        QCOMPARE(dropped, madeAt.size());
     }
 
 private:
