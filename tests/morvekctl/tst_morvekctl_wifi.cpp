@@ -39,7 +39,6 @@ private Q_SLOTS:
 
     void scan();
     void scanAsJson();
-    void scannedFlags();
     void listedTwice();
     void laterScan();
     void scanFindsNothing();
@@ -428,82 +427,6 @@ void TestMorvekctlWifi::scanAsJson()
     QCOMPARE(line(20),
              QStringLiteral(R"({"bssid":"02:00:00:00:70:13","channel":null,"cipher":"none","frequency":58320,)"
                             R"("inUse":false,"security":"open","signal":null,"ssid":"No level"})"));
-}
-
-void TestMorvekctlWifi::scannedFlags()
-{
-    const std::pair<const char *, const char *> table[] = {
-        {R"("ESS")", "open"},
-        {"", "open"},
-        {R"("ESS",7,"UTF-8","P2P")", "open"},
-        {R"("WPA2-SAE-CCMP","ESS")", "WPA3"},
-        {R"("WPA3-SAE-CCMP")", "WPA3"},
-        {R"("WPA3-SAE")", "WPA3"},
-        {R"("WPA3")", "WPA3"},
-        {R"("RSN-SAE-CCMP")", "WPA3"},
-        {R"("RSN-FT/SAE-CCMP")", "WPA3"},
-        {R"("SAE")", "WPA3"},
-        {R"("WPA2-PSK+SAE-CCMP")", "WPA2/WPA3"},
-        {R"("WPA2-PSK-CCMP","WPA3-SAE-CCMP")", "WPA2/WPA3"},
-        {R"("WPA2-SAE-CCMP","WPS")", "WPA3 + WPS"},
-        {R"("WPA2-OWE-CCMP")", "OWE"},
-        {R"("RSN-OWE-CCMP")", "OWE"},
-        {R"("OWE-CCMP")", "OWE"},
-        {R"("OWE")", "OWE"},
-        {R"("OWE-TRANS","ESS")", "OWE"},
-        {R"("OWE-TRANS-OPEN","ESS")", "OWE"},
-        {R"("WPA2-PSK")", "WPA2"},
-        {R"("[WPA2-PSK-CCMP]")", "WPA2"},
-        {R"("WPA2-PSK+PSK-SHA256-CCMP-PREAUTH")", "WPA2"},
-        {R"("RSN-PSK-CCMP")", "WPA2"},
-        {R"("WPA-PSK-CCMP+TKIP")", "WPA"},
-        {R"("WPA-PSK-TKIP","RSN-PSK-CCMP")", "WPA/WPA2"},
-        {R"("WEP")", "WEP"},
-        {R"("WEP","WPA-PSK-TKIP")", "WEP/WPA"},
-        {R"("WPA-EAP-TKIP")", "WPA Enterprise"},
-        {R"("WPA2-EAP-CCMP","WPA3-EAP-GCMP")", "WPA2/WPA3 Enterprise"},
-        {R"("WPA3-EAP")", "WPA3 Enterprise"},
-        {R"("WPA2-EAP+EAP-SHA256-CCMP")", "WPA2 Enterprise"},
-        {R"("RSN-802.1X-CCMP")", "WPA2 Enterprise"},
-        {R"("WPA2-8021X-CCMP")", "WPA2 Enterprise"},
-        {R"("WPA2-PSK-CCMP","WPA2-EAP-CCMP")", "WPA2 + Enterprise"},
-        {R"("WPA2-PSK+EAP-CCMP","WPA3-SAE-CCMP")", "WPA2/WPA3 + WPA2 Enterprise"},
-        {R"("WPA2")", "unknown protection"},
-        {R"("WPA")", "unknown protection"},
-        {R"("RSN-CCMP")", "unknown protection"},
-        {R"("WPA2-DPP-CCMP")", "unknown protection"},
-        {R"("WPA4-NEW-CCMP")", "unknown protection"},
-        {R"("PSK-CCMP")", "unknown protection"},
-        {R"("EAP")", "unknown protection"},
-        {R"("CCMP")", "unknown protection"},
-        {R"("TKIP")", "unknown protection"},
-        {R"("GCMP-256","ESS")", "unknown protection"},
-        {R"("WEP104")", "unknown protection"},
-        {R"("WAPI-PSK")", "unknown protection"},
-        {R"("OSEN-OSEN-CCMP")", "unknown protection"},
-        {R"("CCMP","WPS")", "unknown protection + WPS"},
-        {R"("WPS","ESS")", "unknown + WPS"},
-        {R"("WPS-PBC")", "unknown + WPS"},
-    };
-    QStringList results;
-    for (const auto &[flags, security] : table)
-        results += QStringLiteral(R"({"bssid":"02:00:00:00:00:%1","flags":[%2]})")
-                       .arg(results.size(), 2, 10, QLatin1Char('0'))
-                       .arg(QLatin1String(flags));
-
-    QVERIFY(m_daemon->publish(QStringLiteral("deaf"), {QStringLiteral("--verbose")}));
-    Tool tool(m_root->path());
-    tool.start({QStringLiteral("wifi"), QStringLiteral("scan"), QStringLiteral("--json")});
-    QVERIFY(waitForDaemon(QStringLiteral("request scan")));
-    QVERIFY(publish(QStringLiteral("scan_results"), QStringLiteral("[%1]").arg(results.join(QLatin1Char(',')))));
-    const QJsonArray list = QJsonDocument::fromJson(tool.nextLine().toUtf8()).array();
-    QCOMPARE(list.size(), results.size());
-    // No level is known, so they are sorted by their hardware addresses.
-    for (int i = 0; i < list.size(); ++i)
-        QVERIFY2(list[i][QLatin1String("security")].toString() == QLatin1String(table[i].second),
-                 qPrintable(results[i] + QLatin1String(" is ") + list[i][QLatin1String("security")].toString()));
-    QCOMPARE(tool.wait(), 0);
-    QCOMPARE(tool.errors(), QString());
 }
 
 /*! Neither of the two may pass for open. */

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "publishednames.h"
 
-#include "publishedstatus.h"
-
+#include <publishedstatus.h>
 #include <zopdirwatcher.h>
 
 namespace morvek {

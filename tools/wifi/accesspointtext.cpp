@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "accesspointtext.h"
 
-#include "publishedsecurity.h"
 #include "terminal.h"
 #include "texts.h"
+
+#include <publishedsecurity.h>
 
 namespace morvek {
 

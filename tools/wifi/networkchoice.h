@@ -3,8 +3,8 @@
 #define MORVEK_NETWORKCHOICE_H
 
 #include "exitcode.h"
-#include "publishedsecurity.h"
 
+#include <publishedsecurity.h>
 #include <wifiaccesspoint.h>
 
 #include <QtCore/QList>

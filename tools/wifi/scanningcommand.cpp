@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scanningcommand.h"
 
-#include "publishedsecurity.h"
-
 #include <asyncwifiscanoperation.h>
+#include <publishedsecurity.h>
 
 #include <algorithm>
 #include <climits>

@@ -3,9 +3,9 @@
 
 #include "accesspointtext.h"
 #include "monitor.h"
-#include "publishedstatus.h"
 #include "wificommand.h"
 
+#include <publishedstatus.h>
 #include <zopobject.h>
 
 #include <optional>
@@ -66,7 +66,7 @@ protected:
         connect(service(), &WifiService::poweredChanged, this, &WifiMonitorCommand::onPoweredChanged);
         connect(service(), &WifiService::connectedChanged, this, &WifiMonitorCommand::onConnectedChanged);
         // The library does not tell when the station changes to another access point.
-        m_status.emplace(WifiStatusObject, ZopObject::Subscribe, false);
+        m_status.emplace(PublishedStatus::path(), ZopObject::Subscribe, false);
         connect(&*m_status, &ZopObject::attributesChanged, this, [this] { compareLater(); });
         m_told = present();
         m_shown = stateShown(m_told);

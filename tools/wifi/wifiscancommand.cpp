@@ -4,11 +4,12 @@
 #include "accesspointtext.h"
 #include "output.h"
 #include "progress.h"
-#include "publishedsecurity.h"
 #include "scanningcommand.h"
 #include "table.h"
 #include "terminationsignals.h"
 #include "texts.h"
+
+#include <publishedsecurity.h>
 
 namespace morvek {
 

@@ -4,13 +4,13 @@
 #include "accesspointtext.h"
 #include "interfacetext.h"
 #include "output.h"
-#include "publishedsecurity.h"
-#include "publishedstatus.h"
 #include "table.h"
 #include "texts.h"
 #include "wificommand.h"
 
 #include <networkinterfaceservice.h>
+#include <publishedsecurity.h>
+#include <publishedstatus.h>
 
 namespace morvek {
 

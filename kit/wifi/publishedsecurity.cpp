@@ -23,23 +23,26 @@ QStringList texts(const QJsonValue &array)
 PublishedSecurity::PublishedSecurity()
 {
     const PublishedStatus status;
-    readScan(status.scanResults());
+    const QJsonArray results = status.scanResults();
+    for (const QJsonValue &result : results) {
+        const NetworkSecurity security(texts(result[QLatin1String("flags")]));
+        // One that is listed twice has the protections of both: neither may pass for an open one.
+        const auto scanned = m_scanned.find(result[QLatin1String("bssid")].toString());
+        if (scanned == m_scanned.end())
+            m_scanned.insert(result[QLatin1String("bssid")].toString(), security);
+        else
+            *scanned = *scanned | security;
+    }
     const QJsonObject connection = status.connection();
     m_connectedBssid = connection.value(QLatin1String("bssid")).toString();
     m_connection = NetworkSecurity(QStringList(connection.value(QLatin1String("key_mgmt")).toString()));
 }
 
-void PublishedSecurity::readScan(const QJsonArray &results)
-{
-    for (const QJsonValue &result : results)
-        // One that is listed twice has the protections of both: neither may pass for an open one.
-        m_flags[result[QLatin1String("bssid")].toString()] += texts(result[QLatin1String("flags")]);
-}
-
 NetworkSecurity PublishedSecurity::ofScanned(const WifiAccessPoint &accessPoint) const
 {
-    if (m_flags.contains(accessPoint.bssid()))
-        return NetworkSecurity(m_flags.value(accessPoint.bssid()));
+    const auto scanned = m_scanned.constFind(accessPoint.bssid());
+    if (scanned != m_scanned.constEnd())
+        return *scanned;
     // Another scan has come between, and has not found it.
     const NetworkSecurity known(accessPoint);
     return known.isKnown() ? known : NetworkSecurity();
@@ -52,7 +55,7 @@ NetworkSecurity PublishedSecurity::ofConnected(const WifiAccessPoint &accessPoin
         return known;
     if (m_connectedBssid == accessPoint.bssid() && m_connection.isKnown())
         return m_connection;
-    const NetworkSecurity scanned(m_flags.value(accessPoint.bssid()));
+    const NetworkSecurity scanned = m_scanned.value(accessPoint.bssid(), known);
     return scanned.isOpen() ? known : scanned;
 }
 

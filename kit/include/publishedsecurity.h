@@ -5,15 +5,14 @@
 #include "networksecurity.h"
 
 #include <QtCore/QHash>
-#include <QtCore/QJsonArray>
 
 namespace morvek {
 
 /*!
- * A second look at what the Wi-Fi daemon publishes of the networks' protection: the library takes those that are newer
- * than itself for open, or knows nothing of them.
+ * A second look at what the Wi-Fi daemon publishes of the networks' protection: the library takes what is newer than
+ * itself for open, or knows nothing of it. That of a network for WPA2 and WPA3 is WPA2 for it.
  */
-class PublishedSecurity
+class MORVEK_KIT_EXPORT PublishedSecurity
 {
 public:
     /*! Reads what is published at this moment. */
@@ -25,9 +24,7 @@ public:
     NetworkSecurity ofConnected(const WifiAccessPoint &accessPoint) const;
 
 private:
-    void readScan(const QJsonArray &results);
-
-    QHash<QString, QStringList> m_flags; //!< those of the last scan, by hardware address
+    QHash<QString, NetworkSecurity> m_scanned; //!< what the last scan has found, by hardware address
     QString m_connectedBssid;
     NetworkSecurity m_connection;
 };

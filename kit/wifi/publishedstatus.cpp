@@ -8,9 +8,14 @@
 namespace morvek {
 
 PublishedStatus::PublishedStatus()
-    : m_object(WifiStatusObject, ZopObject::Subscribe, false)
+    : m_object(path(), ZopObject::Subscribe, false)
 {
     m_object.setAttributeCacheEnabled(true);
+}
+
+QString PublishedStatus::path()
+{
+    return QStringLiteral("/zop/services/wifi/status");
 }
 
 QJsonArray PublishedStatus::scanResults() const
