@@ -13,9 +13,10 @@ namespace morvek {
 /*!
  * The Wi-Fi networks in range, one row for each name: the one in use first, then the strongest.
  *
- * A row passes another one only when it is stronger by at least 6 dB: a list that somebody reads stays. Rows are added,
- * removed and moved, as few as possible, and never reset. Access points without a name make no row. A network that is
- * in use has a row whether a scan has found it or not.
+ * A list that somebody reads stays: a row passes the one above it only when it is stronger by at least 6 dB, and a new
+ * one comes before the first that is weaker. A level that is not known is weaker than all. Rows are added, removed and
+ * moved, as few as possible, and never reset. Access points without a name make no row. A network that is in use has a
+ * row whether a scan has found it or not.
  */
 class MORVEK_KIT_EXPORT WifiNetworkModel : public QAbstractListModel
 {
@@ -29,8 +30,10 @@ public:
         SsidRole = Qt::UserRole + 1, //!< "ssid": QString, the name as WifiController::join() takes it
         DisplayNameRole,             //!< "displayName": QString, the name as it can be shown: see displayName()
         LevelRole,                   //!< "level": int, of the strongest access point in dBm; 0 when it is not known
-        BarsRole,                    //!< "bars": int, 0 to 4, for a drawing
-        SecurityRole,                //!< "security": QString, in people's words: NetworkSecurity::name()
+        BarsRole,                    //!< "bars": int, for a drawing: 1 from -85 dBm on, 2 from -75, 3 from -65, 4 from
+                                     //!< -55; 0 when it is weaker or not known
+        SecurityRole,                //!< "security": QString, in people's words: NetworkSecurity::name() of its
+                                     //!< protected access points, or of all when none is
         ProtectedRole,               //!< "isProtected": bool, false only for a network that is open for certain
         JoinableRole,                //!< "joinable": bool, whether the library can join it
         NeedsPasskeyRole,            //!< "needsPasskey": bool, whether it is joined with a passkey
@@ -68,13 +71,17 @@ public:
     };
     /*! Takes over what a scan has found. */
     void setFound(const QVector<Found> &found);
-    /*! The network that the station is connected to, or that is being joined; empty when there is none. */
+    /*!
+     * The network that the station is connected to; empty when there is none. \a security is that of the connection:
+     * it counts as one more access point of that name.
+     */
     void setInUse(const QString &ssid, const NetworkSecurity &security);
+    /*! The network that is being joined; empty when there is none. */
     void setJoining(const QString &ssid);
 
     /*!
-     * \a name as it can be shown: control characters as visible signs, what would turn the line around taken out of
-     * force, all in directional isolates. Show it as plain text all the same.
+     * \a name as it can be shown: what controls the text, breaks the line or turns it around has a visible sign in its
+     * place, one for each, and all stands in directional isolates. Show it as plain text all the same.
      */
     Q_INVOKABLE static QString displayName(const QString &name);
 
