@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "daemonwatch.h"
 
-#include <zopobject.h>
+#include "zoplook_p.h"
 
 #include <utility>
 
@@ -22,7 +22,7 @@ QString folderOf(const QString &daemon)
 DaemonWatch::DaemonWatch(const QString &daemon, QObject *parent)
     : QObject(parent),
       m_daemon(daemon),
-      m_folder(folderOf(daemon))
+      m_folder(folderOf(daemon), nullptr)
 {
     // The folder tells a daemon that ends in order, or is replaced. The object of one that was killed may stay until
     // then, but cannot be opened. That it can is no news: the folder has not told yet, perhaps, that it is another one.
@@ -55,7 +55,7 @@ void DaemonWatch::setPause(int milliseconds)
 
 bool DaemonWatch::isServed(const QString &daemon)
 {
-    return ZopObject(folderOf(daemon) + QLatin1Char('/') + ControlObject, ZopObject::ReadWrite, false).isValid();
+    return canBeOpened(folderOf(daemon) + QLatin1Char('/') + ControlObject, ToAsk);
 }
 
 void DaemonWatch::look()

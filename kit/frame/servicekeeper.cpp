@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "servicekeeper_p.h"
 
+#include "zoplook_p.h"
+
 #include <servicebase.h>
-#include <zopobject.h>
 
 #include <algorithm>
 #include <utility>
@@ -91,7 +92,7 @@ bool ServiceKeeper::isComplete() const
 {
     return DaemonWatch::isServed(m_kept.daemon)
         && std::all_of(m_kept.objects.begin(), m_kept.objects.end(),
-                       [](const QString &path) { return ZopObject(path, ZopObject::Subscribe, false).isValid(); });
+                       [](const QString &path) { return canBeOpened(path, ToRead); });
 }
 
 void ServiceKeeper::set(NetworkController::Availability availability)

@@ -16,6 +16,10 @@ public:
     explicit AsyncOperationBase(QObject *parent = nullptr);
 
     void setError(const AsyncOperationError &error);
+#ifdef FOR_APPLICATIONS
+    AsyncOperationError error() const;
+    bool hasError() const;
+#endif
 };
 
 } // namespace morvek

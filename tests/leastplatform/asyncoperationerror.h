@@ -10,6 +10,11 @@ class AsyncOperationError
 {
 public:
     AsyncOperationError(int code, const QString &message);
+#ifdef FOR_APPLICATIONS
+    AsyncOperationError();
+    int code() const;
+    QString message() const;
+#endif
 };
 
 } // namespace morvek
