@@ -58,7 +58,10 @@ public:
     QStringList without() const;
     void setWithout(const QStringList &daemons);
 
-    /*! How many milliseconds each function here waits at most. 10000 at first. */
+    /*!
+     * How many milliseconds each function here waits at most, 10000 at first; morvek-hostd itself has no less than 5000
+     * to start, to answer and to end.
+     */
     int timeout() const;
     void setTimeout(int milliseconds);
 
