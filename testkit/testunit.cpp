@@ -30,7 +30,17 @@ constexpr int LeastPatience = 5000; // with morvek-hostd: a test that expects no
 
 const char RootVariable[] = "ZOP_ROOT";
 
-bool hasUnit = false;
+/*! ZOP_ROOT as it was before the units that there are, and the root of each. */
+QVector<QByteArray> roots;
+
+/*! Services find what the last one names. */
+void nameRoot()
+{
+    if (roots.constLast().isEmpty())
+        qunsetenv(RootVariable);
+    else
+        qputenv(RootVariable, roots.constLast());
+}
 
 TestRequest requestOf(const QJsonObject &object)
 {
@@ -102,10 +112,11 @@ public:
 
     Keeper m_keeper;
     QTemporaryDir m_folder {folderTemplate()};
-    QByteArray m_formerRoot; // of the environment
-    bool m_isOne = false;    // the only unit
-    bool m_isUp = false;     // is meant to run
-    QString m_obstacle;      // why it cannot start at all
+    bool m_isOne = false; // the only unit
+    bool m_isUp = false;  // is meant to run
+    // Never the root of the user, who may run daemons there.
+    const QByteArray m_place = m_folder.isValid() ? QFile::encodeName(root()) : QByteArray("/dev/null");
+    QString m_obstacle; // why it cannot start at all
 
     bool m_isHeld = true;
     double m_speed = 1;
@@ -159,14 +170,11 @@ bool TestUnit::Private::fail(const QString &error)
 /*! What is there before the daemons are. */
 void TestUnit::Private::prepare()
 {
-    m_isOne = !std::exchange(hasUnit, true);
-    if (!m_isOne) {
-        m_obstacle = QStringLiteral("there is another TestUnit, which is not deleted yet");
-        return;
-    }
+    if (roots.isEmpty())
+        roots += qgetenv(RootVariable);
+    roots += m_place;
+    nameRoot();
     QString error;
-    m_formerRoot = qgetenv(RootVariable);
-    qputenv(RootVariable, QFile::encodeName(root()));
     if (!m_folder.isValid())
         m_obstacle = QStringLiteral("no folder can be made: ") + m_folder.errorString();
     else if (!m_keeper.start(m_folder.path(), &error))
@@ -285,13 +293,10 @@ TestUnit::TestUnit(QObject *parent)
 TestUnit::~TestUnit()
 {
     stop();
-    if (!d->m_isOne)
-        return;
-    if (d->m_formerRoot.isEmpty())
-        qunsetenv(RootVariable);
-    else
-        qputenv(RootVariable, d->m_formerRoot);
-    hasUnit = false;
+    roots.removeOne(d->m_place);
+    nameRoot();
+    if (roots.size() == 1)
+        roots.clear();
 }
 
 QString TestUnit::root() const

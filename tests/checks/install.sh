@@ -8,7 +8,7 @@ need "$build/CMakeCache.txt"
 work=$(mktemp -d)
 daemon=
 trap '[[ -z $daemon ]] || kill "$daemon" || true; rm -rf "$work"' EXIT
-unset LD_LIBRARY_PATH
+unset LD_LIBRARY_PATH MORVEK_HOSTD
 
 # ./dev installs what is built; here it must not build, as others look at the build meanwhile.
 copy_dev "$work/project"
@@ -53,12 +53,20 @@ for library in "$prefix"/lib*/libmorvek-*.so.1; do
     searches "$library" "\$ORIGIN"
 done
 
-for example in interfaces statusbar; do
+for example in interfaces statusbar wifitile; do
     if ! cmake -S "examples/$example" -B "$work/$example" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null \
         || ! cmake --build "$work/$example" >/dev/null; then
         mistake "examples/$example does not build with CMake"
     fi
 done
+
+# The test of an application finds the daemons that were installed with the test kit, wherever that is.
+"$work/wifitile/wifitile-example" >"$work/told" 2>&1 || mistake "the test of examples/wifitile fails: $(<"$work/told")"
+read -ra flags < <(PKG_CONFIG_PATH=$(echo "$prefix"/lib*/pkgconfig) pkg-config --cflags --libs morvek-test-kit)
+g++ -fPIC -o "$work/with-test-kit" tests/testkit/shortlived.cpp "${flags[@]}" \
+    "-Wl,-rpath,$(echo "$prefix"/lib*)" || mistake "a test does not build with pkg-config"
+read -r root _ < <("$work/with-test-kit" exit)
+[[ $root == */morvek-unit-*/root ]] || mistake "a test that is built with pkg-config does not start its unit"
 
 # A unit's own platform libraries take the stand-in's place; here they are the installed ones. The contract can be tried
 # on them. Its folders are its own, too.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <QtCore/qglobal.h>
+#include <QtCore/QByteArray>
 
 namespace {
 

@@ -59,7 +59,7 @@ private Q_SLOTS:
 
     void hasARootOfItsOwn();
     void isOneAfterTheOther();
-    void isOneAtATime();
+    void isTheLastOne();
     void startsAShippedScenario();
     void startsAScenario_data();
     void startsAScenario();
@@ -140,16 +140,22 @@ void TestUnitTest::isOneAfterTheOther()
     QVERIFY(!qEnvironmentVariableIsSet("ZOP_ROOT"));
 }
 
-void TestUnitTest::isOneAtATime()
+void TestUnitTest::isTheLastOne()
 {
-    TestUnit unit;
-    {
-        TestUnit second;
-        VERIFY_FAILS(second, second.start(), "there is another TestUnit, which is not deleted yet");
-        QCOMPARE(environmentRoot(), QFile::encodeName(unit.root()));
-    }
-    QCOMPARE(environmentRoot(), QFile::encodeName(unit.root()));
-    QVERIFY(unit.start());
+    auto first = std::make_unique<TestUnit>();
+    auto second = std::make_unique<TestUnit>();
+    QVERIFY(first->root() != second->root());
+    QVERIFY(first->start());
+    QVERIFY(second->start());
+    QVERIFY(second->act(QStringLiteral("radio-off")));
+    QCOMPARE(first->published(WifiStatus, QStringLiteral("wifi_power")), QJsonValue(QStringLiteral("on")));
+    QCOMPARE(environmentRoot(), QFile::encodeName(second->root()));
+    first = std::make_unique<TestUnit>(); // one more, and the first is deleted
+    QCOMPARE(environmentRoot(), QFile::encodeName(first->root()));
+    first.reset();
+    QCOMPARE(environmentRoot(), QFile::encodeName(second->root()));
+    second.reset();
+    QCOMPARE(environmentRoot(), QByteArray("/from/before"));
 }
 
 void TestUnitTest::startsAShippedScenario()
@@ -236,6 +242,7 @@ void TestUnitTest::needsAFolder()
     else
         qputenv("TMPDIR", place);
     VERIFY_FAILS(unit, unit.start(), "no folder can be made: No such file or directory");
+    QCOMPARE(environmentRoot(), QByteArray("/dev/null")); // where nobody is
 }
 
 void TestUnitTest::looksForHostd()
