@@ -9,7 +9,10 @@
 #include <networkrequest.h>
 #include <networkservices.h>
 
+#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
+
+#include <algorithm>
 
 /*! How \a request ends: "done", its failure as "TimedOut", or "open" when it does not. */
 inline QString endOf(const morvek::NetworkRequest *request)
@@ -48,18 +51,43 @@ private:
     QMetaObject::Connection m_connection;
 };
 
-/*! A controller, its services, and the daemon that they find. */
+/*! Waits until \a daemon has been requested \a request, which may be the beginning of it, for the \a nth time. */
+inline bool waitForRequest(const PlayedTethering &daemon, const char *request, int nth = 1)
+{
+    return QTest::qWaitFor(
+        [&] {
+            const auto fits = [request](const QString &asked) { return asked.startsWith(QLatin1String(request)); };
+            return std::count_if(daemon.requests.begin(), daemon.requests.end(), fits) >= nth;
+        },
+        10000);
+}
+
+/*! A root that the environment names. */
+struct FreshRoot
+{
+    FreshRoot() { qputenv("ZOP_ROOT", QFile::encodeName(folder.path())); }
+
+    QTemporaryDir folder;
+};
+
+/*! A controller, its services, and the daemon that they find, on a root of their own. */
 struct HotspotFixture
 {
-    /*! Waits until the profile is read, unless the test has failed. */
-    bool waitForProfile() const
+    /*! Waits until the profile is read, and forgets the request for it. */
+    bool waitForProfile()
     {
-        return QTest::qWaitFor([this] { return controller.isProfileKnown(); }, 10000);
+        const bool isKnown = QTest::qWaitFor([this] { return controller->isProfileKnown(); }, 10000);
+        QCoreApplication::processEvents(); // the controller's own request ends
+        daemon.requests.clear();
+        return isKnown;
     }
 
+    morvek::HotspotForm *form() const { return controller->form(); }
+
+    FreshRoot root;
     PlayedTethering daemon;
-    morvek::NetworkServices services;
-    morvek::HotspotController controller {&services};
+    std::unique_ptr<morvek::NetworkServices> services {new morvek::NetworkServices};
+    std::unique_ptr<morvek::HotspotController> controller {new morvek::HotspotController(services.get())};
 };
 
 #endif
