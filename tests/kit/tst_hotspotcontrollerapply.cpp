@@ -86,9 +86,10 @@ void HotspotControllerApplyTest::writesEveryField()
     m->form()->setPrivacy(true);
     m->form()->setBlockConnections(true);
     QCOMPARE(endOf(m->controller->apply()), QStringLiteral("done"));
-    QCOMPARE(QJsonDocument(m->daemon.profile).toJson(QJsonDocument::Compact),
-             QByteArray(R"({"autoshutdown_time":0,"block_conn":true,"max_num_sta":4,"mhs_band":"2.4",)"
-                        R"("passphrase":"are we there yet?","privacy":true,"security_type":"wpa_mixed","ssid":"Mine"})"));
+    QCOMPARE(
+        QJsonDocument(m->daemon.profile).toJson(QJsonDocument::Compact),
+        QByteArray(R"({"autoshutdown_time":0,"block_conn":true,"max_num_sta":4,"mhs_band":"2.4",)"
+                   R"("passphrase":"are we there yet?","privacy":true,"security_type":"wpa_mixed","ssid":"Mine"})"));
 }
 
 void HotspotControllerApplyTest::keepsWhatOthersHaveChanged()
