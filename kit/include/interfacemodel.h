@@ -20,6 +20,7 @@ class MORVEK_KIT_EXPORT InterfaceModel : public QAbstractListModel
 {
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY countChanged)
+    Q_PROPERTY(int leaseTime READ leaseTime WRITE setLeaseTime NOTIFY leaseTimeChanged)
 
 public:
     /*! With these names in QML. */
@@ -49,6 +50,7 @@ public:
         Configuring,    //!< a request is running for it
         Connected,      //!< it is connected
         Unavailable,    //!< it cannot be used: it has no link, as a rule
+        Obtaining,      //!< it is automatic, and has had no address for less than leaseTime(): one may be on its way
         WithoutAddress, //!< it is automatic, and has no address: InterfaceController::repair() asks for one again
         Disconnected,
     };
@@ -65,6 +67,13 @@ public:
     /*! The row of the interface \a name; -1 when there is none. */
     Q_INVOKABLE int rowOf(const QString &name) const;
 
+    /*!
+     * How many milliseconds an interface that is automatic may be without an address, as far as this has seen, until
+     * that is a state of its own. The library does not tell whether DHCP is still at it. 5000 at first.
+     */
+    int leaseTime() const;
+    void setLeaseTime(int milliseconds);
+
     /*! Takes over all \a interfaces, in ascending order of their names, and which one is preferred. */
     void setInterfaces(const QList<NetworkInterface> &interfaces, const QString &preferred);
     /*! Whether a request is running for the interface \a name. */
@@ -72,6 +81,7 @@ public:
 
 Q_SIGNALS:
     void countChanged();
+    void leaseTimeChanged();
 
 private:
     Q_DISABLE_COPY(InterfaceModel)

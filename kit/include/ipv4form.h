@@ -10,7 +10,12 @@ namespace morvek {
 
 class NetworkInterfaceConfig;
 
-/*! The fields of a manual IPv4 configuration as they are typed, and what is wrong with each. */
+/*!
+ * The fields of a manual IPv4 configuration as they are typed, and what is wrong with each.
+ *
+ * A field tells first what is wrong with it by itself. What does not fit together is told when the fields that it takes
+ * are right by themselves. Blanks around what is typed do not count.
+ */
 class MORVEK_KIT_EXPORT Ipv4Form : public QObject
 {
     Q_OBJECT
@@ -23,14 +28,15 @@ class MORVEK_KIT_EXPORT Ipv4Form : public QObject
     Q_PROPERTY(QString addressText READ addressText NOTIFY changed)
     Q_PROPERTY(QString netmaskText READ netmaskText NOTIFY changed)
     Q_PROPERTY(QString gatewayText READ gatewayText NOTIFY changed)
+    Q_PROPERTY(int prefixLength READ prefixLength NOTIFY changed)
     Q_PROPERTY(bool valid READ isValid NOTIFY changed)
 
 public:
     enum Fault {
         NoFault,
         Missing,
-        NotAnAddress,  //!< four numbers from 0 to 255 with dots between them; for the netmask, also a length from 1 to
-                       //!< 31
+        NotAnAddress,  //!< not four numbers from 0 to 255 with dots between them, nor, as a netmask, a length from 1
+                       //!< to 31
         NotANetmask,   //!< its ones do not come before its zeros, or it leaves no hosts
         NotAHost,      //!< it stands for something else than a machine: 0.x, 127.x, multicast and above
         NetworkItself, //!< the first address of the network, which stands for the network
@@ -53,6 +59,9 @@ public:
     QString gateway() const { return m_gateway; }
     void setGateway(const QString &gateway);
 
+    /*! The length of netmask(), 1 to 31; -1 while that has a fault. */
+    int prefixLength() const;
+
     Fault addressFault() const { return m_addressFault; }
     Fault netmaskFault() const { return m_netmaskFault; }
     Fault gatewayFault() const { return m_gatewayFault; }
@@ -74,12 +83,13 @@ Q_SIGNALS:
 
 private:
     Q_DISABLE_COPY(Ipv4Form)
-    void set(QString *field, const QString &text);
+    void set(const QString &address, const QString &netmask, const QString &gateway);
     void check();
 
     QString m_address;
     QString m_netmask;
     QString m_gateway;
+    quint32 m_mask = 0;
     Fault m_addressFault = Missing;
     Fault m_netmaskFault = Missing;
     Fault m_gatewayFault = Missing;
