@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ipv4.h"
 
-#include <QtCore/QRegularExpression>
+#include <ipv4form.h>
 
 namespace morvek {
 
@@ -13,29 +13,29 @@ bool fail(QString *error, const QString &sentence)
     return false;
 }
 
-// Stricter than QHostAddress, which takes "10.1" for 10.0.0.1 and reads a leading zero as octal.
-bool readDotted(const QString &text, quint32 *value)
-{
-    static const QRegularExpression dotted(
-        QStringLiteral("\\A(?:(?:25[0-5]|2[0-4][0-9]|1[0-9][0-9]|[1-9]?[0-9])(?:\\.(?!\\z)|\\z)){4}\\z"));
-    if (!dotted.match(text).hasMatch())
-        return false;
-    *value = QHostAddress(text).toIPv4Address();
-    return true;
-}
-
 const QString PrefixRange = QStringLiteral("the prefix length is a number from 1 to 31");
 
-bool readPrefix(const QString &text, quint32 *mask)
+/*! The fault of \a text in a form, which passes over the blanks around it; on a command line they are a mistake. */
+Ipv4Form::Fault strictly(Ipv4Form::Fault fault, const QString &text)
 {
-    static const QRegularExpression number(QStringLiteral("\\A(?:[1-9]|[12][0-9]|3[01])\\z"));
-    if (!number.match(text).hasMatch())
-        return false;
-    *mask = ~0u << (32 - text.toInt());
-    return true;
+    return text == text.trimmed() ? fault : Ipv4Form::NotAnAddress;
 }
 
-bool readMask(const ManualAddress &typed, quint32 *mask, QString *error)
+/*! Reads a netmask, or the length of one. */
+Ipv4Form::Fault readAnyMask(const QString &text, int *length)
+{
+    Ipv4Form form;
+    form.setNetmask(text);
+    *length = form.prefixLength();
+    return strictly(form.netmaskFault(), text);
+}
+
+bool readPrefix(const QString &text, int *length)
+{
+    return !text.contains(QLatin1Char('.')) && readAnyMask(text, length) == Ipv4Form::NoFault;
+}
+
+bool readMask(const ManualAddress &typed, int *length, QString *error)
 {
     if (typed.netmask.isEmpty() == typed.prefix.isEmpty())
         return fail(
@@ -45,32 +45,32 @@ bool readMask(const ManualAddress &typed, quint32 *mask, QString *error)
                 : QStringLiteral("--netmask and --prefix say the same: give only one of them"));
 
     if (typed.netmask.isEmpty())
-        return readPrefix(typed.prefix, mask)
+        return readPrefix(typed.prefix, length)
             || fail(error, QStringLiteral("--prefix \"%1\" does not fit: %2").arg(typed.prefix, PrefixRange));
-    if (!readDotted(typed.netmask, mask))
+    const Ipv4Form::Fault fault = readAnyMask(typed.netmask, length);
+    if (fault == Ipv4Form::NotAnAddress || !typed.netmask.contains(QLatin1Char('.')))
         return fail(error,
                     QStringLiteral("--netmask \"%1\" is no netmask: write it like 255.255.255.0, or use --prefix")
                         .arg(typed.netmask));
-    const quint32 hosts = ~*mask;
-    if ((hosts & (hosts + 1)) != 0)
+    if (typed.netmask == QLatin1String("0.0.0.0") || typed.netmask == QLatin1String("255.255.255.255"))
+        return fail(error, QStringLiteral("--netmask \"%1\" does not fit: %2").arg(typed.netmask, PrefixRange));
+    if (fault != Ipv4Form::NoFault)
         return fail(error,
                     QStringLiteral("--netmask \"%1\" is no netmask: its ones must come before its zeros, like "
                                    "255.255.255.0")
                         .arg(typed.netmask));
-    if (*mask == 0 || hosts == 0)
-        return fail(error, QStringLiteral("--netmask \"%1\" does not fit: %2").arg(typed.netmask, PrefixRange));
     return true;
 }
 
 /*! Reads the mask of an address that has it behind itself; another one must be the same. */
-bool readMaskBehind(const QString &behind, const ManualAddress &typed, quint32 *mask, QString *error)
+bool readMaskBehind(const QString &behind, const ManualAddress &typed, int *length, QString *error)
 {
-    if (!readPrefix(behind, mask))
+    if (!readPrefix(behind, length))
         return fail(error, QStringLiteral("--address \"%1\" does not fit: %2").arg(typed.address, PrefixRange));
-    quint32 other = *mask;
+    int other = *length;
     if ((!typed.netmask.isEmpty() || !typed.prefix.isEmpty()) && !readMask(typed, &other, error))
         return false;
-    if (other == *mask)
+    if (other == *length)
         return true;
     const QString option = typed.prefix.isEmpty() ? QStringLiteral("--netmask ") + typed.netmask
                                                   : QStringLiteral("--prefix ") + typed.prefix;
@@ -79,53 +79,44 @@ bool readMaskBehind(const QString &behind, const ManualAddress &typed, quint32 *
                     .arg(typed.address, option, behind));
 }
 
-bool readHost(const QString &option, const QString &text, quint32 *value, QString *error)
+bool checkHost(const QString &option, const QString &text, Ipv4Form::Fault fault, QString *error)
 {
     if (text.isEmpty())
         return fail(error, QStringLiteral("the %1 is missing: add --%1 with an address like 192.168.0.1").arg(option));
-    if (!readDotted(text, value))
+    if (strictly(fault, text) == Ipv4Form::NotAnAddress)
         return fail(error,
                     QStringLiteral("--%1 \"%2\" is no IPv4 address: write it like 192.168.0.1").arg(option, text));
-    const quint32 network = *value >> 24;
-    if (network == 0 || network == 127 || network >= 224)
+    if (fault == Ipv4Form::NotAHost)
         return fail(error,
                     QStringLiteral("--%1 %2 is no address of a machine in a network: use one like 192.168.0.1")
                         .arg(option, text));
     return true;
 }
 
-// A network of two addresses has neither a network address nor one for broadcasts.
-bool isHostOf(quint32 address, quint32 mask)
+QString networkText(const Ipv4Form &form)
 {
-    const quint32 host = address & ~mask;
-    return ~mask == 1 || (host != 0 && host != ~mask);
+    const quint32 mask = ~0u << (32 - form.prefixLength());
+    return QStringLiteral("%1/%2")
+        .arg(QHostAddress(QHostAddress(form.address()).toIPv4Address() & mask).toString())
+        .arg(form.prefixLength());
 }
 
-QString networkText(quint32 address, quint32 mask)
+bool checkTogether(const Ipv4Form &form, QString *error)
 {
-    return QStringLiteral("%1/%2").arg(QHostAddress(address & mask).toString()).arg(qPopulationCount(mask));
-}
-
-bool checkTogether(quint32 address, quint32 mask, quint32 gateway, QString *error)
-{
-    const QString network = networkText(address, mask);
-    const QString hosts = QStringLiteral("the first and the last address of %1 stand for the network: use another");
-    if (!isHostOf(address, mask))
-        return fail(
-            error,
-            QStringLiteral("--address %1 does not fit: %2").arg(QHostAddress(address).toString(), hosts.arg(network)));
-    if ((address & mask) != (gateway & mask))
+    const QString network = networkText(form);
+    const QString outside = QStringLiteral("--%1 %2 does not fit: the first and the last address of %3 stand for the "
+                                           "network: use another");
+    if (form.addressFault() != Ipv4Form::NoFault)
+        return fail(error, outside.arg(QStringLiteral("address"), form.address(), network));
+    if (form.gatewayFault() == Ipv4Form::NotInNetwork)
         return fail(error,
                     QStringLiteral("--gateway %1 is outside of the network %2: use an address of that network")
-                        .arg(QHostAddress(gateway).toString(), network));
-    if (gateway == address)
-        return fail(error,
-                    QStringLiteral("--gateway %1 is the interface's own address: use the router's")
-                        .arg(QHostAddress(gateway).toString()));
-    if (!isHostOf(gateway, mask))
+                        .arg(form.gateway(), network));
+    if (form.gatewayFault() == Ipv4Form::OwnAddress)
         return fail(
-            error,
-            QStringLiteral("--gateway %1 does not fit: %2").arg(QHostAddress(gateway).toString(), hosts.arg(network)));
+            error, QStringLiteral("--gateway %1 is the interface's own address: use the router's").arg(form.gateway()));
+    if (form.gatewayFault() != Ipv4Form::NoFault)
+        return fail(error, outside.arg(QStringLiteral("gateway"), form.gateway(), network));
     return true;
 }
 
@@ -133,23 +124,20 @@ bool checkTogether(quint32 address, quint32 mask, quint32 gateway, QString *erro
 
 bool manualConfiguration(const ManualAddress &typed, NetworkInterfaceConfig *config, QString *error)
 {
-    quint32 address = 0;
-    quint32 mask = 0;
-    quint32 gateway = 0;
     const int slash = typed.address.indexOf(QLatin1Char('/'));
-    if (!readHost(QStringLiteral("address"), typed.address.left(slash), &address, error)
-        || !(slash < 0 ? readMask(typed, &mask, error)
-                       : readMaskBehind(typed.address.mid(slash + 1), typed, &mask, error))
-        || !readHost(QStringLiteral("gateway"), typed.gateway, &gateway, error)
-        || !checkTogether(address, mask, gateway, error))
+    Ipv4Form form; // which tells what is wrong with each by itself as long as it has no netmask
+    form.setAddress(typed.address.left(slash));
+    form.setGateway(typed.gateway);
+    int length = 0;
+    if (!checkHost(QStringLiteral("address"), form.address(), form.addressFault(), error)
+        || !(slash < 0 ? readMask(typed, &length, error)
+                       : readMaskBehind(typed.address.mid(slash + 1), typed, &length, error))
+        || !checkHost(QStringLiteral("gateway"), form.gateway(), form.gatewayFault(), error))
         return false;
-
-    QNetworkAddressEntry entry;
-    entry.setIp(QHostAddress(address));
-    entry.setNetmask(QHostAddress(mask));
-    config->setType(NetworkInterfaceConfig::Manual);
-    config->setIpAddresses({entry});
-    config->setGatewayAddresses({QHostAddress(gateway)});
+    form.setNetmask(QString::number(length));
+    if (!checkTogether(form, error))
+        return false;
+    *config = form.configuration();
     return true;
 }
 
