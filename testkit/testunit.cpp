@@ -274,7 +274,7 @@ std::shared_ptr<OperationEnd> TestUnit::Private::endOf(QObject *operation)
         if (end->operation() == operation)
             return end;
     }
-    const auto end = std::make_shared<OperationEnd>(operation);
+    auto end = std::make_shared<OperationEnd>(operation);
     if (!end->isOperation()) {
         fail(nameOf(operation) + QStringLiteral(" is no operation"));
         return nullptr;
@@ -498,8 +498,7 @@ bool TestUnit::waitForReady(QObject *service)
     if (!qobject_cast<ServiceBase *>(service) && !(service && service->property("availability").isValid()))
         return d->fail(QStringLiteral("%1 is neither a service nor a controller").arg(nameOf(service)));
     const QPointer<QObject> guarded = service;
-    const QString what = nameOf(service) + QStringLiteral(" to be ready");
-    return d->wait([&] { return guarded && isReady(guarded); }, [&] { return what; });
+    return waitUntil([&] { return guarded && isReady(guarded); }, nameOf(service) + QStringLiteral(" to be ready"));
 }
 
 void TestUnit::watch(QObject *operation)
@@ -509,9 +508,9 @@ void TestUnit::watch(QObject *operation)
 
 QString TestUnit::endOf(QObject *operation)
 {
-    const QString what = QStringLiteral("the end of ") + nameOf(operation);
     const std::shared_ptr<OperationEnd> end = d->endOf(operation);
-    if (!end || !d->wait([&] { return !end->text().isEmpty(); }, [&] { return what; }))
+    const auto hasEnded = [&end] { return !end->text().isEmpty(); };
+    if (!end || !waitUntil(hasEnded, QStringLiteral("the end of ") + nameOf(operation)))
         return QStringLiteral("open");
     return end->text();
 }

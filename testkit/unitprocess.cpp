@@ -39,17 +39,17 @@ QString besideLibrary()
 
 QString UnitProcess::find(QString *error)
 {
-    const QString named = qEnvironmentVariable("MORVEK_HOSTD");
+    QString named = qEnvironmentVariable("MORVEK_HOSTD");
     if (!named.isEmpty()) {
         if (isProgram(named))
             return named;
         *error = QStringLiteral("MORVEK_HOSTD is \"%1\", which is no program").arg(named);
         return QString();
     }
-    const QString beside = besideLibrary();
+    QString beside = besideLibrary();
     if (isProgram(beside))
         return beside;
-    const QString onPath = QStandardPaths::findExecutable(Name);
+    QString onPath = QStandardPaths::findExecutable(Name);
     if (onPath.isEmpty())
         *error =
             QStringLiteral("there is no morvek-hostd: it is neither \"%1\" nor in a folder of PATH, and MORVEK_HOSTD "

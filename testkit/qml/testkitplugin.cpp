@@ -9,6 +9,7 @@ namespace morvek {
 
 void TestKitPlugin::registerTypes(const char *uri)
 {
+    qRegisterMetaType<TestRequest>();
     qmlRegisterType<TestUnit>(uri, 1, 0, "TestUnit");
 }
 
