@@ -34,7 +34,7 @@ class WifiNetworkModel;
 class MORVEK_KIT_EXPORT WifiController : public NetworkController
 {
     Q_OBJECT
-    Q_PROPERTY(State state READ state NOTIFY stateChanged)
+    Q_PROPERTY(morvek::WifiController::State state READ state NOTIFY stateChanged)
     Q_PROPERTY(QString stateText READ stateText NOTIFY stateChanged)
     Q_PROPERTY(bool powered READ isPowered NOTIFY stateChanged)
     Q_PROPERTY(bool connected READ isConnected NOTIFY stateChanged)
@@ -79,7 +79,7 @@ public:
     /*!
      * True while somebody looks at the networks: only then they are looked for, again and again, each time scanPause()
      * milliseconds after the last scan has ended, and neither while a network is being joined nor while the radio is
-     * off. False at first.
+     * off. Controllers that share their services take turns. False at first.
      */
     bool isLooking() const;
     void setLooking(bool looking);
@@ -89,7 +89,10 @@ public:
     int scanPause() const;
     void setScanPause(int milliseconds);
 
-    /*! The networks in range, as the last scan has found them; owned by this. */
+    /*!
+     * The networks in range, as the last scan of any controller with these services has found them; owned by this.
+     * While the radio is off there are none.
+     */
     WifiNetworkModel *networks() const;
 
     /*!
@@ -97,7 +100,10 @@ public:
      * daemon's refusal is not told, and ends as TimedOut. It is Overtaken when the opposite is asked for meanwhile.
      */
     Q_INVOKABLE morvek::NetworkRequest *setPowered(bool on);
-    /*! Looks for networks once; done when networks() has them. Deadline: 15 s; a refusal ends as TimedOut. */
+    /*!
+     * Looks for networks once; done when networks() has them. Deadline: 15 s; a refusal ends as TimedOut. NotReady
+     * while the radio is off; Overtaken when it goes off meanwhile.
+     */
     Q_INVOKABLE morvek::NetworkRequest *scan();
     /*!
      * Joins the network \a ssid: looks for it, takes the strongest access point that \a passkey fits, has the station
@@ -109,10 +115,14 @@ public:
      *   networks, can be joined. An open network is never taken for a protected one of the same name.
      * - OutOfRange: no scan finds it, before it is joined or afterwards.
      * - WrongPasskey: the daemon says so, or the network, which is still in range, has not let the station in.
-     * - Busy: another network is being joined; Overtaken: the station is connected to another one in its place.
+     * - Refused: the daemon's words are in text(); or an open network, still in range, has not let the station in.
+     * - NotReady while the radio is off; Busy while another network is being joined.
+     * - Overtaken: the station is connected to another network in its place, or to an open one instead of a protected
+     *   one; leave() was called, or the radio went off, meanwhile.
      *
-     * When it is cancelled or takes too long, it is withdrawn from the daemon, unless the station is still connected to
-     * the network that it was to leave: that would be lost by it.
+     * A failed one is withdrawn from the daemon unless that has given it up itself: otherwise it might come true when
+     * nobody expects it any more. But while the station is still connected to the network that it was to leave, nothing
+     * is withdrawn, as that network would be lost; sentence() says so then.
      */
     Q_INVOKABLE morvek::NetworkRequest *join(const QString &ssid, const QString &passkey = QString());
     /*!
