@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "counts.h"
 
+#include "networks.h"
 #include "pace.h"
 #include "process.h"
 #include "report.h"
@@ -217,6 +218,7 @@ void measureCounts(Report *report)
     reportScans(report);
     reportOpening(report);
     countStarting(report);
+    countNetworks(report);
 }
 
 double instructionsOfUpdate(int interfaces)

@@ -70,6 +70,11 @@ QByteArray Process::finish()
 }
 
 // Whoever writes waits until a line has been dealt with before the next one.
+QString programBeside(const QString &name)
+{
+    return QCoreApplication::applicationDirPath() + QLatin1Char('/') + name;
+}
+
 void onLines(QObject *owner, const std::function<void(const QByteArray &line)> &heard)
 {
     auto *input = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, owner);

@@ -30,6 +30,9 @@ private:
     QProcess m_process;
 };
 
+/*! Where another program of the bench is. */
+QString programBeside(const QString &name);
+
 /*! Calls \a heard with each line of this process's input while \a owner lives; the application ends with the input. */
 void onLines(QObject *owner, const std::function<void(const QByteArray &line)> &heard);
 

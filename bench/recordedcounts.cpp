@@ -25,10 +25,8 @@ struct Tolerance
 };
 
 const Tolerance tolerances[] = {
-    {"instructions", 0.05, 0},
-    {"allocations", 0, 0.5},
-    {"system calls", 0, 0.5},
-    {"descriptors", 0, 1},
+    {"instructions", 0.05, 0}, {"allocations", 0, 0.5}, {"system calls", 0, 0.5},
+    {"descriptors", 0, 1},     {"signals", 0, 0.5},
 };
 
 const Tolerance *toleranceFor(const QString &unit)

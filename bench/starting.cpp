@@ -6,7 +6,6 @@
 #include "report.h"
 #include "tracing.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
 
@@ -23,19 +22,14 @@ constexpr int Starts = 200;
 const QString Name = QStringLiteral("a program that links the library and does nothing");
 const QString Yardstick = QStringLiteral("Qt Core and Qt Network");
 
-QString program(const char *name)
-{
-    return QCoreApplication::applicationDirPath() + QLatin1Char('/') + QLatin1String(name);
-}
-
 QString libraryProgram()
 {
-    return program("morvek-bench-startlibrary");
+    return programBeside(QStringLiteral("morvek-bench-startlibrary"));
 }
 
 QString qtProgram()
 {
-    return program("morvek-bench-startqt");
+    return programBeside(QStringLiteral("morvek-bench-startqt"));
 }
 
 /*! Microseconds of \a name from its start to its end; of many the median. */

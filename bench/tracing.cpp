@@ -90,6 +90,21 @@ QStringList callgrindOptions(const QString &output)
             QStringLiteral("--callgrind-out-file=") + output};
 }
 
+/*! Between the marks of \a program. */
+QVector<Cost> countMarked(const QStringList &program, const std::function<void(Process *traced)> &feed)
+{
+    if (!hasCallgrind())
+        return {};
+    const QTemporaryDir folder;
+    const QString output = folder.filePath(QStringLiteral("counts"));
+    runTraced(Valgrind, callgrindOptions(output) << QStringLiteral("--instr-atstart=no"), program, feed);
+    QVector<Cost> costs;
+    // The first mark ends nothing.
+    for (int i = 2; QFile::exists(output + QStringLiteral(".%1").arg(i)); ++i)
+        costs.append(readDump(output + QStringLiteral(".%1").arg(i)));
+    return costs;
+}
+
 } // namespace
 
 void markCounted()
@@ -106,17 +121,12 @@ void markStep()
 
 QVector<Cost> countInstructions(const QStringList &arguments, const std::function<void(Process *traced)> &feed)
 {
-    if (!hasCallgrind())
-        return {};
-    const QTemporaryDir folder;
-    const QString output = folder.filePath(QStringLiteral("counts"));
-    runTraced(Valgrind, callgrindOptions(output) << QStringLiteral("--instr-atstart=no"), programOfRole(arguments),
-              feed);
-    QVector<Cost> costs;
-    // The first mark ends nothing.
-    for (int i = 2; QFile::exists(output + QStringLiteral(".%1").arg(i)); ++i)
-        costs.append(readDump(output + QStringLiteral(".%1").arg(i)));
-    return costs;
+    return countMarked(programOfRole(arguments), feed);
+}
+
+QVector<Cost> countInstructionsOf(const QString &program)
+{
+    return countMarked({program}, {});
 }
 
 double instructionsOfProgram(const QString &program)

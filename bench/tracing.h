@@ -31,6 +31,8 @@ void markStep();
  * marks; none where there is no such tool, or it may not trace. \a feed does what the process waits for.
  */
 QVector<Cost> countInstructions(const QStringList &arguments, const std::function<void(Process *traced)> &feed = {});
+/*! The same of another \a program. */
+QVector<Cost> countInstructionsOf(const QString &program);
 QVector<Cost> countSystemCalls(const QStringList &arguments, const std::function<void(Process *traced)> &feed = {});
 /*! The instructions of a whole program. */
 double instructionsOfProgram(const QString &program);

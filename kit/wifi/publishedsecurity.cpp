@@ -24,8 +24,12 @@ PublishedSecurity::PublishedSecurity()
 {
     const PublishedStatus status;
     const QJsonArray results = status.scanResults();
+    QHash<QStringList, NetworkSecurity> read; // most access points have the flags of others
     for (const QJsonValue &result : results) {
-        const NetworkSecurity security(texts(result[QLatin1String("flags")]));
+        const QStringList flags = texts(result[QLatin1String("flags")]);
+        if (!read.contains(flags))
+            read.insert(flags, NetworkSecurity(flags));
+        const NetworkSecurity security = read.value(flags);
         // One that is listed twice has the protections of both: neither may pass for an open one.
         const auto scanned = m_scanned.find(result[QLatin1String("bssid")].toString());
         if (scanned == m_scanned.end())

@@ -94,6 +94,8 @@ void TestRecordedCounts::aCountIsJudged_data()
     row("one descriptor more", "descriptors", 20, 21, true, QString());
     row("more descriptors", "descriptors", 20, 22, false,
         QStringLiteral("worse: an update: descriptors: 22, recorded: 20\n"));
+    row("half a signal more", "signals", 13, 13.5, true, QString());
+    row("more signals", "signals", 13, 13.6, false, QStringLiteral("worse: an update: signals: 13.6, recorded: 13\n"));
     row("not counted here", "instructions", 1000, QJsonValue(), true,
         QStringLiteral("skipped: an update: instructions\n"));
     row("not counted where it was recorded", "system calls", QJsonValue(), 4, true,
