@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# the status bar of the examples tells what is, and what it cannot learn
+# the status bar of the examples tells what is, and what it cannot learn; their tests are as documents show them
 # shellcheck source-path=SCRIPTDIR
 source "$(dirname "${BASH_SOURCE[0]}")/lib/check.bash"
 
@@ -72,4 +72,21 @@ follows "hotspot off"
 [[ ${followed[*]} == *"hotspot on hotspot off hotspot on hotspot on Morvek Car hotspot off" ]] \
     || mistake "the status bar goes on with '${followed[*]}'"
 kill "$application"
+# The test of the tile runs with all tests; here is the same in QML.
+built=$(realpath "$build")
+if [[ -e $built/qml/Morvek/Network/qmldir ]]; then
+    MORVEK_HOSTD=$built/host/hostd/morvek-hostd QML2_IMPORT_PATH=$built/qml QT_QPA_PLATFORM=offscreen \
+        QT_QUICK_BACKEND=software "$(pkg-config --variable=host_bins Qt5Core)/qmltestrunner" \
+        -input examples/wifitile/tst_wifitile.qml >"$work/told" 2>&1 || mistake "a test in QML fails: $(<"$work/told")"
+else
+    echo "skipped: the example's test in QML"
+fi
+
+# What the document shows of the tests is a part of them.
+awk -v name="$work/block" '/^```/ { inside = /^```(cpp|qml)$/; file = name NR; next } inside { print > file }' \
+    docs/testing-your-application.md
+tests=$(cat examples/wifitile/tst_wifitile.*)
+for block in "$work"/block*; do
+    [[ $tests == *"$(<"$block")"* ]] || mistake "docs/testing-your-application.md shows what is in no test: $(<"$block")"
+done
 finish
