@@ -146,7 +146,10 @@ WifiController::Private::Private(WifiController *controller)
 {
     m_lookTimer.setSingleShot(true);
     m_lookTimer.setTimerType(Qt::PreciseTimer); // never too early
-    connect(&m_lookTimer, &QTimer::timeout, this, [this] { ask(new WifiLook(q, station)); });
+    connect(&m_lookTimer, &QTimer::timeout, this, [this] {
+        if (mayLook()) // another controller may have begun at the same moment
+            ask(new WifiLook(q, station));
+    });
     shown = present();
 }
 
@@ -290,11 +293,15 @@ const Request *WifiController::Private::underWay() const
     return nullptr;
 }
 
+bool WifiController::Private::mayLook() const
+{
+    return isLooking && q->availability() == Ready && station && station->state().powered && !station->isJoining()
+        && !station->isScanning();
+}
+
 void WifiController::Private::planToLook()
 {
-    const bool may = isLooking && q->availability() == Ready && station && station->state().powered
-        && !station->isJoining() && !station->isScanning();
-    if (!may) {
+    if (!mayLook()) {
         m_lookTimer.stop();
         return;
     }

@@ -61,6 +61,7 @@ private:
     QString textOf(const Shown &now) const;
     void show(const Shown &now);
     void showFound();
+    bool mayLook() const;
     void planToLook();
     template<typename Request>
     const Request *underWay() const;

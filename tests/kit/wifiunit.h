@@ -2,6 +2,8 @@
 #ifndef MORVEK_TEST_WIFIUNIT_H
 #define MORVEK_TEST_WIFIUNIT_H
 
+#include "toldstates.h"
+
 #include <networkservices.h>
 #include <testunit.h>
 #include <wificontroller.h>
@@ -117,31 +119,5 @@ inline QString WifiUnit::endOf(morvek::NetworkRequest *request)
         end += QStringLiteral(": ") + plain(request->sentence());
     return end;
 }
-
-/*! What a controller tells, one line each time, such as "Joining on Home/01 joining Garage". */
-class ToldStates : public QObject
-{
-public:
-    explicit ToldStates(const morvek::WifiController &controller)
-    {
-        connect(&controller, &morvek::WifiController::stateChanged, this,
-                [this, &controller] { lines += line(controller); });
-    }
-
-    static QString line(const morvek::WifiController &controller)
-    {
-        QStringList words {QVariant::fromValue(controller.state()).toString()};
-        words += controller.isPowered() ? QStringLiteral("on") : QStringLiteral("off");
-        if (controller.isConnected())
-            words += QStringLiteral("%1/%2").arg(controller.ssid(), controller.bssid().right(2));
-        if (!controller.joiningSsid().isEmpty())
-            words += QStringLiteral("joining ") + controller.joiningSsid();
-        return words.join(QLatin1Char(' '));
-    }
-
-    QStringList take() { return std::exchange(lines, {}); }
-
-    QStringList lines;
-};
 
 #endif
