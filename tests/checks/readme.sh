@@ -8,7 +8,7 @@ fence='```'
 diff <(sed -n "/^${fence}cpp\$/,/^$fence\$/p" README.md | sed '1d;$d') <(sed 1d examples/interfaces/main.cpp) \
     || mistake "README.md does not show examples/interfaces/main.cpp"
 
-for document in *.md docs/*.md; do
+for document in *.md docs/{,kit/}*.md; do
     while IFS= read -r link; do
         [[ -e $(dirname "$document")/$link ]] || mistake "$document: $link is not there"
     done < <(sed "/^$fence/,/^$fence/d" "$document" | grep -oE '\]\([^)#:]+' | sed 's/^](//')
