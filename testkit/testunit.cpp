@@ -221,7 +221,8 @@ bool TestUnit::Private::launch(const QStringList &arguments)
         }
     }
     m_isUp = true;
-    return true;
+    QJsonObject answer;
+    return look(QStringLiteral("daemons"), 0, &answer); // it has said that it is ready, too
 }
 
 bool TestUnit::Private::ask(const QJsonObject &request, QJsonObject *answer)

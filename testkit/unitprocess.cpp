@@ -68,8 +68,6 @@ QString UnitProcess::end() const
 
 void UnitProcess::setupChildProcess()
 {
-    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM})
-        ::signal(signal, SIG_DFL);
     setsid(); // who interrupts a test in a debugger does not interrupt the unit
     fcntl(m_line, F_SETFD, 0);
     // Standard input is a pipe that only the parent process writes to, and it never does. When it is gone, the kernel

@@ -29,6 +29,30 @@ QByteArray environmentRoot()
     return qgetenv("ZOP_ROOT");
 }
 
+/*! A unit whose folder is to stand in \a place. */
+std::unique_ptr<TestUnit> unitIn(const QString &place)
+{
+    const QByteArray former = qgetenv("TMPDIR");
+    qputenv("TMPDIR", QFile::encodeName(place));
+    auto unit = std::make_unique<TestUnit>();
+    if (former.isNull())
+        qunsetenv("TMPDIR");
+    else
+        qputenv("TMPDIR", former);
+    return unit;
+}
+
+int processesThatName(const QString &text)
+{
+    int count = 0;
+    const QStringList processes = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString &process : processes) {
+        QFile words(QStringLiteral("/proc/%1/cmdline").arg(process));
+        count += words.open(QIODevice::ReadOnly) && words.readAll().contains(QFile::encodeName(text)) ? 1 : 0;
+    }
+    return count;
+}
+
 /*! Somebody's request that nobody waits for. */
 struct Request
 {
@@ -58,6 +82,8 @@ private Q_SLOTS:
     void init();
 
     void hasARootOfItsOwn();
+    void mayHaveALongRoot();
+    void letsItsFolderGo();
     void isOneAfterTheOther();
     void isTheLastOne();
     void startsAShippedScenario();
@@ -124,6 +150,32 @@ void TestUnitTest::hasARootOfItsOwn()
     }
     QVERIFY(!QFile::exists(QFileInfo(root).path()));
     QCOMPARE(environmentRoot(), QByteArray("/from/before"));
+}
+
+/*! Longer than the path of a socket may be. */
+void TestUnitTest::mayHaveALongRoot()
+{
+    QTemporaryDir folder;
+    const QString name(200, QLatin1Char('x'));
+    QVERIFY(QDir(folder.path()).mkdir(name));
+    const std::unique_ptr<TestUnit> unit = unitIn(folder.filePath(name));
+    QVERIFY(unit->root().contains(name));
+    QVERIFY(unit->start());
+    QVERIFY(unit->act(QStringLiteral("radio-off")));
+}
+
+/*! Who would have removed it does not when somebody else has it later. */
+void TestUnitTest::letsItsFolderGo()
+{
+    QString folder;
+    {
+        TestUnit unit;
+        folder = QFileInfo(unit.root()).path();
+        QCOMPARE(processesThatName(folder), 1);
+    }
+    QVERIFY(QDir().mkdir(folder));
+    QTRY_COMPARE(processesThatName(folder), 0);
+    QVERIFY(QDir().rmdir(folder));
 }
 
 void TestUnitTest::isOneAfterTheOther()
@@ -234,13 +286,8 @@ void TestUnitTest::startsOnce()
 
 void TestUnitTest::needsAFolder()
 {
-    const QByteArray place = qgetenv("TMPDIR");
-    qputenv("TMPDIR", "/nonexistent");
-    TestUnit unit;
-    if (place.isNull())
-        qunsetenv("TMPDIR");
-    else
-        qputenv("TMPDIR", place);
+    const std::unique_ptr<TestUnit> made = unitIn(QStringLiteral("/nonexistent"));
+    TestUnit &unit = *made;
     VERIFY_FAILS(unit, unit.start(), "no folder can be made: No such file or directory");
     QCOMPARE(environmentRoot(), QByteArray("/dev/null")); // where nobody is
 }
@@ -588,6 +635,7 @@ void TestUnitTest::tellsWhatWasWritten()
     TestUnit unit;
     QCOMPARE(unit.output(), QString());
     QVERIFY(unit.start());
+    QCOMPARE(unit.output(), QStringLiteral("ready: %1\n").arg(unit.root()));
     QVERIFY(unit.act(QStringLiteral("link-lost"), OfEth0));
     QVERIFY2(unit.output().contains(QRegularExpression(QStringLiteral("event +link-lost eth0\n"))),
              qPrintable(unit.output()));

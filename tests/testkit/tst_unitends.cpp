@@ -54,7 +54,7 @@ private Q_SLOTS:
 void UnitEndsTest::endsWithItsTest_data()
 {
     QTest::addColumn<bool>("leavesAChild");
-    for (const char *way : {"abort", "exit", "killed", "dead", "stopped", "group", "interrupt"})
+    for (const char *way : {"abort", "exit", "killed", "dead", "stopped", "group", "interrupt", "deaf"})
         QTest::addRow("%s", way) << false;
     QTest::addRow("child") << true;
 }

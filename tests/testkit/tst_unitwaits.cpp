@@ -15,6 +15,7 @@
 #include "wifiservice.h"
 
 #include <QtCore/QPointer>
+#include <QtCore/QProcess>
 #include <QtCore/QTimer>
 
 #include <csignal>
@@ -97,6 +98,7 @@ private Q_SLOTS:
     void forAFailure();
     void forAnEndInVain();
     void forAnEndThatIsPast();
+    void forTheFirstEnd();
     void forTheEndsOfTwo();
     void forAnOperationThatIsDeleted();
     void forAnOperationInThePlaceOfAnother();
@@ -130,7 +132,8 @@ WifiServicePointer UnitWaitsTest::readyWifi()
 void UnitWaitsTest::forARequest()
 {
     const WifiServicePointer wifi = readyWifi();
-    QTimer::singleShot(50, wifi.get(), [&] { wifi->scan(); });
+    std::unique_ptr<AsyncWifiScanOperation> scan;
+    QTimer::singleShot(50, wifi.get(), [&] { scan.reset(wifi->scan()); });
     const TestRequest request = m_unit->waitForRequest(Scan);
     QVERIFY(request.isValid());
     QCOMPARE(request.message, Scan);
@@ -185,10 +188,10 @@ void UnitWaitsTest::forARequestWithMore()
 void UnitWaitsTest::forARequestAfterAnother()
 {
     const WifiServicePointer wifi = readyWifi();
-    wifi->scan();
+    std::unique_ptr<AsyncWifiScanOperation> scan(wifi->scan());
     const TestRequest first = m_unit->waitForRequest(Scan);
     QCOMPARE(first.number, 1);
-    QTimer::singleShot(50, wifi.get(), [&] { wifi->scan(); });
+    QTimer::singleShot(50, wifi.get(), [&] { scan.reset(wifi->scan()); });
     QCOMPARE(m_unit->waitForRequest(Scan, {}, first.number).number, 2);
 }
 
@@ -364,6 +367,15 @@ void UnitWaitsTest::forAnEndThatIsPast()
     QCOMPARE(m_unit->endOf(scan.get()), Done);
 }
 
+void UnitWaitsTest::forTheFirstEnd()
+{
+    AsyncWifiScanOperation operation;
+    m_unit->watch(&operation);
+    operation.notifySuccess();
+    operation.notifyFailure();
+    QCOMPARE(m_unit->endOf(&operation), Done);
+}
+
 void UnitWaitsTest::forTheEndsOfTwo()
 {
     const WifiServicePointer wifi = readyWifi();
@@ -444,6 +456,8 @@ void UnitWaitsTest::forWhatNeverEnds()
     QString end;
     VERIFY_FAILS(*m_unit, (end = m_unit->endOf(nullptr)) != Open, "there is no operation");
     VERIFY_FAILS(*m_unit, (end = m_unit->endOf(this)) != Open, "UnitWaitsTest is no operation");
+    QProcess process; // which finishes, too
+    VERIFY_FAILS(*m_unit, (end = m_unit->endOf(&process)) != Open, "QProcess is no operation");
     QTest::ignoreMessage(QtWarningMsg, "TestUnit: UnitWaitsTest is no operation");
     m_unit->watch(this);
 }
