@@ -6,10 +6,10 @@
 #include "interfacecontroller.h"
 #include "interfacemodel.h"
 #include "ipv4form.h"
+#include "modelmirror.h"
 #include "networkingdaemon.h"
 #include "networkservices.h"
 
-#include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QtTest>
 
 /*! A controller of interfaces over the double, which plays the networking daemon. */
@@ -32,14 +32,19 @@ protected:
         m_services->setWatchPause(20);
         m_controller = std::make_unique<morvek::InterfaceController>(m_services.get());
         m_controller->interfaces()->setLeaseTime(0);
-        m_tester = std::make_unique<QAbstractItemModelTester>(m_controller->interfaces(),
-                                                              QAbstractItemModelTester::FailureReportingMode::Fatal);
+        m_mirror = std::make_unique<ModelMirror>(m_controller->interfaces());
     }
     void end()
     {
-        m_tester.reset();
-        m_controller.reset();
+        endController();
         m_services.reset();
+    }
+    void endController()
+    {
+        if (m_mirror)
+            m_mirror->compare();
+        m_mirror.reset();
+        m_controller.reset();
     }
 
     /*! Waits until all that the daemon has told has been taken in. */
@@ -115,7 +120,7 @@ protected:
     int m_mtu = 0;
     std::unique_ptr<morvek::NetworkServices> m_services;
     std::unique_ptr<morvek::InterfaceController> m_controller;
-    std::unique_ptr<QAbstractItemModelTester> m_tester;
+    std::unique_ptr<ModelMirror> m_mirror;
 };
 
 #endif

@@ -283,8 +283,7 @@ void TestInterfaceControllerConfigure::outlivesItsController()
 {
     addInterface("en0", wired());
     configureManual("en0");
-    m_tester.reset();
-    m_controller.reset();
+    endController();
     QVERIFY(!isIdle());
     ZopDouble::answer(0);
     releaseInterface("en0");
