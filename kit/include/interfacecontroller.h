@@ -54,19 +54,27 @@ public:
 
     /*!
      * Has the interface \a name obtain its addresses by DHCP; done when it has them, also when it has them already.
-     * Deadline: 40 s. It fails with Invalid when there is no such interface, with Refused with the daemon's code and
-     * text, and with Overtaken when it is configured in another way meanwhile. An interface that is automatic and has
-     * no address is not asked again by this: see repair().
+     * Deadline: 40 s. An interface that is automatic and has no address is not asked again by this, but waited for: see
+     * repair(). It fails with
+     *
+     * - Busy: another request for this interface is running, of any controller of the same services.
+     * - Invalid: there is no such interface.
+     * - Refused: the daemon refuses, with its code and text. The interface may have lost its addresses by then.
+     * - Overtaken: other addresses than these have stood for half a second.
+     * - TimedOut, also when nobody answers DHCP: sentence() tells where it hangs.
+     * - Lost: the interface has vanished, or the daemon has died.
      *
      * NetworkServices::isIdle() is false while the interface has lost its former addresses for this, and has not been
-     * asked for the new ones yet.
+     * asked for the new ones yet, also when the request has been cancelled or has timed out, five seconds more at most.
      */
     Q_INVOKABLE morvek::NetworkRequest *configureAutomatic(const QString &name);
-    /*! The same with the addresses of \a form, which is read at once. Invalid also when that is not valid. */
+    /*! The same with the addresses of \a form, which is read at once. A form that is not valid is Invalid, too. */
     Q_INVOKABLE morvek::NetworkRequest *configureManual(const QString &name, morvek::Ipv4Form *form);
     /*!
      * Has an interface that is automatic and has no address ask for one again: gives it a link-local address by hand,
-     * and then makes it automatic. Done when it has an address. Deadline: 60 s. Invalid for any other interface.
+     * and then makes it automatic; NetworkServices::isIdle() is false for all of that. Done when it has another
+     * address, wherever that comes from. Deadline: 60 s. It fails with Invalid for any other interface, and one without
+     * a link.
      */
     Q_INVOKABLE morvek::NetworkRequest *repair(const QString &name);
 

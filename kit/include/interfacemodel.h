@@ -37,8 +37,8 @@ public:
         MacAddressRole,              //!< "macAddress": QString
         MtuRole,                     //!< "mtu": int, in bytes; 0 when it is not known
         AddressRole,                 //!< "address": QString, the IPv4 address; empty when there is none
-        PrefixLengthRole,            //!< "prefixLength": int, -1 when there is no address
-        NetmaskRole,                 //!< "netmask": QString; empty when there is no address
+        PrefixLengthRole,            //!< "prefixLength": int, -1 when there is no address, or no netmask
+        NetmaskRole,                 //!< "netmask": QString, likewise empty
         GatewayRole,                 //!< "gateway": QString; empty when there is none
         AutomaticRole,               //!< "automatic": bool, whether its addresses come by DHCP
         ParentRole,                  //!< "parentName": QString, the interface that carries it; empty when there is none

@@ -16,7 +16,7 @@ class InterfaceBell : public QObject
     Q_OBJECT
 
 public:
-    /*! One of \a service, which has become ready, and so has heard of what comes and goes before this does. */
+    /*! One of \a service, which watches longer, and so has heard of what comes and goes before this does. */
     InterfaceBell(const NetworkInterfaceService *service, QObject *parent);
     ~InterfaceBell() override;
 
