@@ -7,7 +7,7 @@ namespace morvek {
 
 InterfaceBell::InterfaceBell(const NetworkInterfaceService *service, QObject *parent)
     : QObject(parent),
-      m_folder(QStringLiteral("/zop/services/networking/all/interfaces"))
+      m_folder(QStringLiteral("/zop/services/networking/all/interfaces"), nullptr)
 {
     m_turn.setSingleShot(true);
     m_turn.setInterval(0);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "publishedstatus.h"
 
+#include "zoplook_p.h"
+
 #include <QtCore/QJsonDocument>
 
 #include <zopvariant.h>
@@ -8,7 +10,7 @@
 namespace morvek {
 
 PublishedStatus::PublishedStatus()
-    : m_object(path(), ZopObject::Subscribe, false)
+    : m_object(path(), ToRead, false, nullptr)
 {
     m_object.setAttributeCacheEnabled(true);
 }
@@ -21,13 +23,14 @@ QString PublishedStatus::path()
 QJsonArray PublishedStatus::scanResults() const
 {
     // Read as the library reads it, so that the same text gives the same networks.
-    const QByteArray results = m_object.attribute(QStringLiteral("scan_results")).toString().toLocal8Bit();
+    const QByteArray results =
+        m_object.attribute(QStringLiteral("scan_results"), ZopVariant()).toString().toLocal8Bit();
     return QJsonDocument::fromJson(results).array();
 }
 
 QJsonObject PublishedStatus::connection() const
 {
-    return m_object.attribute(QStringLiteral("wifi_status")).toJson(nullptr).object();
+    return m_object.attribute(QStringLiteral("wifi_status"), ZopVariant()).toJson(nullptr).object();
 }
 
 int PublishedStatus::levelOf(const QString &bssid) const

@@ -2,11 +2,12 @@
 #include "sharedstation_p.h"
 
 #include "publishedstatus.h"
+#include "zoplook_p.h"
 
 #include <asyncwificonnectoperation.h>
 #include <wificonnectionconfig.h>
 #include <wifiservice.h>
-#include <zopobject.h>
+#include <zopvariant.h>
 
 #include <utility>
 
@@ -84,7 +85,7 @@ void SharedStation::openStatus()
 {
     if (m_status)
         return;
-    auto status = std::make_unique<ZopObject>(PublishedStatus::path(), ZopObject::Subscribe, false);
+    auto status = std::make_unique<ZopObject>(PublishedStatus::path(), ToRead, false, nullptr);
     if (!status->isValid())
         return;
     connect(status.get(), &ZopObject::attributesChanged, this, &SharedStation::lookLater);
