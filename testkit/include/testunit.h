@@ -17,8 +17,9 @@ namespace morvek {
 /*!
  * A head unit for a test: morvek-hostd on a root of its own, which can be acted on and looked at.
  *
- * Make it before the services, controllers and processes that are to find it: it sets ZOP_ROOT of this process, until
- * it is deleted. There is one at a time. Everything of it ends with the test, also when that crashes or is killed.
+ * Make it after the QCoreApplication and before the services, controllers and processes that are to find it: it sets
+ * ZOP_ROOT of this process until it is deleted. Of several units they find the last one. Everything of it ends with the
+ * test, also when that crashes or is killed.
  *
  * A function that says false, and one whose answer is empty for that reason, also writes errorString() as a warning, so
  * that the report of a failed test has it.
