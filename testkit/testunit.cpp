@@ -112,8 +112,7 @@ public:
 
     Keeper m_keeper;
     QTemporaryDir m_folder {folderTemplate()};
-    bool m_isOne = false; // the only unit
-    bool m_isUp = false;  // is meant to run
+    bool m_isUp = false; // is meant to run
     // Never the root of the user, who may run daemons there.
     const QByteArray m_place = m_folder.isValid() ? QFile::encodeName(root()) : QByteArray("/dev/null");
     QString m_obstacle; // why it cannot start at all
@@ -155,15 +154,19 @@ QString TestUnit::Private::output() const
 /*! How morvek-hostd has ended, and its last words. */
 QString TestUnit::Private::ended() const
 {
+    if (m_process.error() == QProcess::FailedToStart)
+        return QStringLiteral("morvek-hostd cannot be started: ") + m_process.errorString();
+    const QString way = m_process.exitStatus() == QProcess::NormalExit ? QStringLiteral("has ended with code")
+                                                                       : QStringLiteral("was killed by signal");
     QString words = output().trimmed().section(QLatin1Char('\n'), -1);
     words.replace(writtenScenario(), QStringLiteral("the scenario"));
-    return QStringLiteral("morvek-hostd %1: %2").arg(m_process.end(), words);
+    return QStringLiteral("morvek-hostd %1 %2: %3").arg(way).arg(m_process.exitCode()).arg(words);
 }
 
 bool TestUnit::Private::fail(const QString &error)
 {
     m_error = error;
-    qWarning("TestUnit: %s", qPrintable(error));
+    qWarning("TestUnit: %s", qUtf8Printable(error));
     return false;
 }
 

@@ -58,14 +58,6 @@ QString UnitProcess::find(QString *error)
     return onPath;
 }
 
-QString UnitProcess::end() const
-{
-    if (error() == QProcess::FailedToStart)
-        return QStringLiteral("cannot be started: ") + errorString();
-    return exitStatus() == QProcess::NormalExit ? QStringLiteral("has ended with code %1").arg(exitCode())
-                                                : QStringLiteral("was killed by signal %1").arg(exitCode());
-}
-
 void UnitProcess::setupChildProcess()
 {
     setsid(); // who interrupts a test in a debugger does not interrupt the unit

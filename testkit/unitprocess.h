@@ -16,9 +16,6 @@ public:
     /*! It is to inherit \a line. */
     void setLine(int line) { m_line = line; }
 
-    /*! How it has ended. */
-    QString end() const;
-
 protected:
     void setupChildProcess() override;
 

@@ -10,7 +10,7 @@
 #define VERIFY_FAILS(UNIT, CALL, WHY)                                                                                  \
     do {                                                                                                               \
         const QString reason = QString::fromUtf8(WHY);                                                                 \
-        QTest::ignoreMessage(QtWarningMsg, qPrintable(QStringLiteral("TestUnit: ") + reason));                         \
+        QTest::ignoreMessage(QtWarningMsg, qUtf8Printable(QStringLiteral("TestUnit: ") + reason));                     \
         QVERIFY(!(CALL));                                                                                              \
         QCOMPARE((UNIT).errorString(), reason);                                                                        \
     } while (false)
