@@ -320,8 +320,7 @@ void WifiNetworkModel::Private::moveRows()
         const int to = place == 0 ? 0 : rowOf(target[place - 1]) + 1;
         int end = first + 1;
         // Those that follow it, and are to follow it, go along.
-        while (next < target.size() && !staysAt[next] && end < target.size()
-               && rows[size_t(end)].get() == target[next]) {
+        while (next < target.size() && end < target.size() && rows[size_t(end)].get() == target[next]) {
             ++next;
             ++end;
         }
@@ -439,8 +438,7 @@ int WifiNetworkModel::count() const
 
 int WifiNetworkModel::rowOf(const QString &ssid) const
 {
-    const Network *network = d->networks.value(ssid);
-    return network ? d->rowOf(network) : -1;
+    return d->rowOf(d->networks.value(ssid));
 }
 
 bool WifiNetworkModel::isHeld() const

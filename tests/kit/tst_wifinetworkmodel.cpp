@@ -69,6 +69,7 @@ private Q_SLOTS:
     void protection();
     void connectionIsOneOfTheAccessPoints_data();
     void connectionIsOneOfTheAccessPoints();
+    void connectionTellsNothingOfOthers();
     void namesWithoutRow();
     void joining();
     void holding();
@@ -215,6 +216,18 @@ void TestWifiNetworkModel::connectionIsOneOfTheAccessPoints()
     QCOMPARE(value(model, WifiNetworkModel::AccessPointsRole).toInt(), 0);
     QCOMPARE(value(model, WifiNetworkModel::LevelRole).toInt(), 0);
     mirror.compare();
+}
+
+void TestWifiNetworkModel::connectionTellsNothingOfOthers()
+{
+    WifiNetworkModel model;
+    model.setFound({accessPoint(home(), -50), accessPoint(QStringLiteral("Other"), -60)});
+    model.setInUse(QStringLiteral("Other"), security(Open));
+    QCOMPARE(model.rowOf(home()), 1);
+    ModelMirror mirror(&model);
+    QCOMPARE(mirror.values("openTwin"), (QVariantList {true, false}));
+    model.setInUse(QStringLiteral("Other"), security(Enterprise));
+    QCOMPARE(mirror.values("security"), (QVariantList {"WPA2 + Enterprise", "WPA2"}));
 }
 
 void TestWifiNetworkModel::namesWithoutRow()
@@ -418,6 +431,7 @@ void TestWifiNetworkModel::displayName_data()
     row("first half alone", QStringLiteral("a") + QChar(0xd83d), QStringLiteral("a�"));
     row("first half before another character", QString(QChar(0xd83d)) + QLatin1Char('b'), QStringLiteral("�b"));
     row("second half alone", QString(QChar(0xde00)) + QLatin1Char('b'), QStringLiteral("�b"));
+    row("second half after another character", QStringLiteral("\n") + QChar(0xde00), QStringLiteral("␊�"));
     row("halves turned around", QString(QChar(0xde00)) + QChar(0xd83d), QStringLiteral("��"));
     row("half before a pair", QString(QChar(0xd83d)) + QStringLiteral("\U0001F600"), QStringLiteral("�\U0001F600"));
 }
