@@ -120,6 +120,7 @@ void NetworkSecurityTest::flags_data()
     row("WPA2-DPP-CCMP", "unknown protection");
     row("WPA4-NEW-CCMP", "unknown protection");
     row("PSK-CCMP", "unknown protection");
+    row("PSK ESS", "unknown protection");
     row("EAP", "unknown protection");
     row("CCMP", "unknown protection");
     row("TKIP", "unknown protection");
@@ -154,6 +155,7 @@ void NetworkSecurityTest::knownToTheLibrary_data()
     row(WifiSecurityProtocolNone, WifiKeyManagementNone, WifiCipherCcmp, "unknown");
     row(WifiSecurityProtocolNone, WifiKeyManagementPsk, WifiCipherNone, "unknown");
     row({}, {}, {}, "unknown");
+    row(WifiSecurityProtocolWpa2, WifiKeyManagementNone, WifiCipherNone, "unknown");
     row(WifiSecurityProtocolWpa2, WifiKeyManagementPsk, WifiCipherCcmp, "WPA2, known, passkey, WPA2");
     row(WifiSecurityProtocolWpa2, WifiKeyManagementNone, WifiCipherCcmp, "unknown");
     row(WifiSecurityProtocolWpa, WifiKeyManagementPsk, WifiCipherTkip, "WPA, known, passkey");
@@ -176,6 +178,8 @@ void NetworkSecurityTest::knownToTheLibrary()
     accessPoint.setKeyManagementTypes(keys);
     accessPoint.setCiphers(ciphers);
     QTEST(text(NetworkSecurity(accessPoint)), "told");
+    QCOMPARE(NetworkSecurity(accessPoint) == ofFlags("WPA2-PSK"),
+             protocols == WifiSecurityProtocolWpa2 && keys == WifiKeyManagementPsk);
 }
 
 void NetworkSecurityTest::together_data()
@@ -275,6 +279,10 @@ void NetworkSecurityTest::connected()
     if (!isOpen)
         connection.setCiphers(WifiCipherCcmp);
     QTEST(text(PublishedSecurity().ofConnected(connection)), "told");
+    // What the library knows is that of the connection itself.
+    connection.setSecurityProtocols(WifiSecurityProtocolWpa2);
+    connection.setKeyManagementTypes(WifiKeyManagementPsk);
+    QCOMPARE(PublishedSecurity().ofConnected(connection).name(), QStringLiteral("WPA2"));
 }
 
 void NetworkSecurityTest::publishedStatus()
@@ -284,11 +292,13 @@ void NetworkSecurityTest::publishedStatus()
     QCOMPARE(nothing.scanResults(), QJsonArray());
     QCOMPARE(nothing.connection(), QJsonObject());
     QCOMPARE(nothing.levelOf(QStringLiteral("a")), 0);
-    QVERIFY(publish(PublishedStatus::path(),
-                    QStringLiteral(R"(scan_results=[7,{"bssid":"a","signal_level":"-61"},)"
-                                   R"({"bssid":"b","signal_level":"-62"},{"bssid":"c"}] wifi_status={"ssid":"é"})")));
+    QVERIFY(publish(
+        PublishedStatus::path(),
+        QStringLiteral(R"(scan_results=[7,{"bssid":"a","signal_level":"-61"},)"
+                       R"({"bssid":"b","signal_level":"-62"},{"bssid":"c","ssid":"Café"}] wifi_status={"ssid":"é"})")));
     const PublishedStatus status;
     QCOMPARE(status.scanResults().size(), 4);
+    QCOMPARE(status.scanResults().at(3)[QLatin1String("ssid")].toString(), QStringLiteral("Café"));
     QCOMPARE(status.connection(), (QJsonObject {{"ssid", QStringLiteral("é")}}));
     QCOMPARE(status.levelOf(QStringLiteral("a")), -61);
     QCOMPARE(status.levelOf(QStringLiteral("b")), -62);
