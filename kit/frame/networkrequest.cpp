@@ -136,7 +136,10 @@ void NetworkRequest::Private::end()
         q,
         [this] {
             isTold = true;
-            Q_EMIT q->finished();
+            const QPointer<NetworkRequest> self(q);
+            Q_EMIT q->ending();
+            if (self)
+                Q_EMIT self->finished();
         },
         Qt::QueuedConnection);
 }

@@ -5,6 +5,7 @@
 #include "networkrequest.h"
 
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QPointer>
 #include <QtCore/QTimer>
 
 namespace morvek {

@@ -137,7 +137,7 @@ template<typename Request>
 NetworkRequest *HotspotController::Private::take(Request *request)
 {
     running.append(request);
-    connect(request, &NetworkRequest::finished, q, [this, request] {
+    connect(request, &NetworkRequest::ending, q, [this, request] {
         running.removeOne(request);
         update();
     });

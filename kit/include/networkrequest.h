@@ -86,6 +86,11 @@ public Q_SLOTS:
     void cancel();
 
 Q_SIGNALS:
+    /*!
+     * It has ended, and finished() follows: its controller brings what it tells up to date. QML's handlers of
+     * finished() would be called before the controller hears of that.
+     */
+    void ending();
     /*! It has ended. This comes exactly once, from the event loop. */
     void finished();
     void deadlineChanged();

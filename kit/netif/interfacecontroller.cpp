@@ -129,7 +129,7 @@ NetworkRequest *InterfaceController::Private::follow(InterfaceRequest *request)
     if (!request->isChanging())
         return request;
     model->setConfiguring(request->subject(), true);
-    connect(request, &NetworkRequest::finished, q, [this, request] {
+    connect(request, &NetworkRequest::ending, q, [this, request] {
         read();
         model->setConfiguring(request->subject(), false);
     });

@@ -23,7 +23,7 @@ public:
     template<typename Request>
     Request *ask(Request *request)
     {
-        connect(request, &NetworkRequest::finished, this, &Private::update); // before anybody else hears of it
+        connect(request, &NetworkRequest::ending, this, &Private::update);
         requests.append(request);
         q->take(request);
         refresh();
