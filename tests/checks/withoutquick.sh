@@ -11,6 +11,7 @@ trap 'rm -rf "$work"' EXIT
 linked='^build .*: [A-Z]*_(EXECUTABLE|(SHARED|STATIC)_LIBRARY|SHARED_MODULE|MODULE_LIBRARY)_LINKER'
 uses='libQt5(Qml|Quick)|QtQml|QtQuick'
 
+grep -qE "$uses" "$build/build.ninja" || mistake "the build itself is without them"
 cmake -S . -B "$work" -G Ninja -DCMAKE_DISABLE_FIND_PACKAGE_Qt5Qml=ON -DCMAKE_DISABLE_FIND_PACKAGE_Qt5Quick=ON \
     -DCMAKE_DISABLE_FIND_PACKAGE_Qt5QuickControls2=ON >/dev/null || mistake "nothing is built"
 while IFS= read -r line; do
