@@ -14,6 +14,7 @@ private Q_SLOTS:
 
     void joins_data();
     void joins();
+    void joinsOneAfterTheOther();
     void tellsTheSteps();
     void isInvalid_data();
     void isInvalid();
@@ -124,6 +125,16 @@ void WifiControllerJoinTest::joins()
     QCOMPARE(m_unit->told(ssid, WifiNetworkModel::InUseRole), QVariant(true));
     QCOMPARE(m_unit->asked(),
              QStringList({QStringLiteral("scan"), QStringLiteral("wnet_new"), QStringLiteral("wnet_select")}));
+}
+
+void WifiControllerJoinTest::joinsOneAfterTheOther()
+{
+    QVERIFY(m_unit->start(QStringLiteral("town")));
+    QCOMPARE(m_unit->endOf(join("Garage", "open sesame 42")), QStringLiteral("done"));
+    QCOMPARE(m_unit->endOf(join("Attic", "open sesame 42")), QStringLiteral("done"));
+    QCOMPARE(m_unit->asked(),
+             QStringList({QStringLiteral("scan"), QStringLiteral("wnet_new"), QStringLiteral("wnet_select"),
+                          QStringLiteral("scan"), QStringLiteral("wnet_new"), QStringLiteral("wnet_select")}));
 }
 
 void WifiControllerJoinTest::tellsTheSteps()

@@ -33,6 +33,7 @@ private Q_SLOTS:
     void stopsAtOnce();
     void waitsForAScanThatIsUnderWay();
     void notWhileANetworkIsJoined();
+    void whenWhoeverJoinedIsDeleted();
     void notWhileTheRadioIsOff();
     void notWhileTheDaemonIsGone();
 
@@ -215,6 +216,17 @@ void WifiControllerLookingTest::notWhileANetworkIsJoined()
     QVERIFY(outlastPause());
     QCOMPARE(scans(), 1);
     request->cancel();
+    QVERIFY(m->daemon.waitFor("scan", 2));
+}
+
+void WifiControllerLookingTest::whenWhoeverJoinedIsDeleted()
+{
+    m->daemon.silentTo += QStringLiteral("wnet_new");
+    auto other = std::make_unique<WifiController>(m->services.get());
+    other->join(QStringLiteral("Garage"), QStringLiteral("open sesame 42"));
+    QVERIFY(m->daemon.waitFor("wnet_new"));
+    wifi().setLooking(true);
+    other.reset();
     QVERIFY(m->daemon.waitFor("scan", 2));
 }
 

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "contracttest.h"
+#include "playeddaemon.h"
+#include "publishedsecurity.h"
+#include "wifichoice_p.h"
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
+using namespace morvek;
+
+/*! Which access point is taken for a name. */
+class WifiChoiceTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cleanup() { PlayedDaemon::forgetAll(); }
+
+    void chooses_data();
+    void chooses();
+};
+
+void WifiChoiceTest::chooses_data()
+{
+    QTest::addColumn<QStringList>("inRange"); // "NAME LEVEL FLAG,FLAG"
+    QTest::addColumn<bool>("withPasskey");
+    QTest::addColumn<int>("outcome");
+    QTest::addColumn<QString>("security");
+    QTest::addColumn<bool>("hasOpenTwin");
+    const auto row = [](const char *name, std::initializer_list<const char *> inRange, bool withPasskey,
+                        WifiChoice::Outcome outcome, const char *security, bool hasOpenTwin = false) {
+        QStringList lines;
+        for (const char *line : inRange)
+            lines += QLatin1String(line);
+        QTest::newRow(name) << lines << withPasskey << int(outcome) << QString::fromLatin1(security) << hasOpenTwin;
+    };
+    const char *wpa = "Inn -50 WPA-PSK-TKIP,ESS";
+    const char *weakWpa2 = "Inn -70 WPA2-PSK-CCMP,ESS";
+    row("strongest first", {wpa, weakWpa2}, true, WifiChoice::Joinable, "WPA");
+    row("strongest last", {weakWpa2, wpa}, true, WifiChoice::Joinable, "WPA");
+    row("equal", {"Inn -50 WPA2-PSK-CCMP,ESS", wpa}, true, WifiChoice::Joinable, "WPA2");
+    row("level that is not known first", {"Inn 0 WPA-PSK-TKIP,ESS", weakWpa2}, true, WifiChoice::Joinable, "WPA2");
+    row("level that is not known last", {weakWpa2, "Inn 0 WPA-PSK-TKIP,ESS"}, true, WifiChoice::Joinable, "WPA2");
+    row("only one that fits", {"Inn -30 WEP,ESS", weakWpa2, "Inn -20 WPA2-EAP-CCMP,ESS"}, true, WifiChoice::Joinable,
+        "WPA2");
+    row("another name", {"Inns -30 WPA2-PSK-CCMP,ESS", "inn -30 ESS"}, true, WifiChoice::NotInRange, "open");
+    row("nothing", {}, false, WifiChoice::NotInRange, "open");
+    row("no passkey", {weakWpa2}, false, WifiChoice::NeedsPasskey, "WPA2");
+    row("open", {"Inn -30 ESS", "Inn -40 ESS"}, false, WifiChoice::Joinable, "open");
+    row("open, with a passkey", {"Inn -30 ESS"}, true, WifiChoice::TakesNone, "open");
+    row("open twin first", {"Inn -30 ESS", weakWpa2}, true, WifiChoice::Joinable, "WPA2", true);
+    row("open twin last", {weakWpa2, "Inn -30 ESS"}, false, WifiChoice::NeedsPasskey, "WPA2", true);
+    row("of several kinds", {"Inn -30 WEP,ESS", "Inn -40 WPA2-EAP-CCMP,ESS"}, true, WifiChoice::Unsupported,
+        "WEP + WPA2 Enterprise");
+    row("unsupported with an open twin", {"Inn -30 ESS", "Inn -40 WPA3-SAE-CCMP,ESS"}, false, WifiChoice::Unsupported,
+        "WPA3", true);
+}
+
+void WifiChoiceTest::chooses()
+{
+    QFETCH(QStringList, inRange);
+    QFETCH(bool, withPasskey);
+    QFETCH(QString, security);
+    QList<WifiAccessPoint> accessPoints;
+    QJsonArray results;
+    for (const QString &line : qAsConst(inRange)) {
+        const QStringList words = line.split(QLatin1Char(' '));
+        WifiAccessPoint accessPoint;
+        accessPoint.setBssid(QStringLiteral("02:00:00:00:50:0%1").arg(accessPoints.size()));
+        accessPoint.setSsid(words[0]);
+        accessPoint.setRssi(words[1].toInt());
+        accessPoints += accessPoint;
+        results +=
+            QJsonObject {{QStringLiteral("bssid"), accessPoint.bssid()},
+                         {QStringLiteral("flags"), QJsonArray::fromStringList(words[2].split(QLatin1Char(',')))}};
+    }
+    PlayedDaemon daemon(PlayedDaemon::Wifi);
+    const ZopVariant published(QString::fromUtf8(QJsonDocument(results).toJson(QJsonDocument::Compact)));
+    QVERIFY(daemon.status().setAttributes({{{QStringLiteral("scan_results"), published}}, {}}));
+
+    const WifiChoice choice(accessPoints, PublishedSecurity(), QStringLiteral("Inn"), withPasskey);
+    QTEST(int(choice.outcome), "outcome");
+    QCOMPARE(choice.security.name(), security);
+    QTEST(choice.hasOpenTwin, "hasOpenTwin");
+}
+
+CONTRACT_TEST_MAIN(WifiChoiceTest)
+#include "tst_wifichoice.moc"
