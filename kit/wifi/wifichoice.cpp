@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "wifichoice_p.h"
+#include "wifichoice.h"
 
 #include "publishedsecurity.h"
 
@@ -18,34 +18,37 @@ bool isStronger(int level, int other)
 WifiChoice::WifiChoice(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &published,
                        const QString &ssid, bool withPasskey)
 {
-    bool hasOpen = false;
-    bool hasProtected = false;
     const WifiAccessPoint *strongest = nullptr;
-    NetworkSecurity ofStrongest;
-    NetworkSecurity ofProtected;
-    for (const WifiAccessPoint &accessPoint : accessPoints) {
-        if (accessPoint.ssid() != ssid)
+    const WifiAccessPoint *open = nullptr;
+    bool hasProtected = false;
+    for (const WifiAccessPoint &one : accessPoints) {
+        if (one.ssid() != ssid)
             continue;
-        const NetworkSecurity its = published.ofScanned(accessPoint);
+        const NetworkSecurity its = published.ofScanned(one);
         if (its.isOpen()) {
-            hasOpen = true;
+            if (!open || isStronger(one.rssi(), open->rssi()))
+                open = &one;
             continue;
         }
-        ofProtected = hasProtected ? ofProtected | its : its;
-        hasProtected = true;
-        if (its.takesPasskey() && (!strongest || isStronger(accessPoint.rssi(), strongest->rssi()))) {
-            strongest = &accessPoint;
-            ofStrongest = its;
+        if (its.takesPasskey() && (!strongest || isStronger(one.rssi(), strongest->rssi()))) {
+            strongest = &one;
+            security = its;
+        } else if (!strongest) {
+            security = hasProtected ? security | its : its;
         }
+        hasProtected = true;
     }
-    hasOpenTwin = hasOpen && hasProtected;
-    security = strongest ? ofStrongest : hasProtected ? ofProtected : NetworkSecurity(QStringList());
-    if (strongest)
+    hasOpenTwin = open && hasProtected;
+    if (strongest) {
         outcome = withPasskey ? Joinable : NeedsPasskey;
-    else if (hasProtected)
+        accessPoint = *strongest;
+    } else if (hasProtected) {
         outcome = Unsupported;
-    else if (hasOpen)
+    } else if (open) {
         outcome = withPasskey ? TakesNone : Joinable;
+        accessPoint = *open;
+        security = NetworkSecurity(QStringList());
+    }
 }
 
 } // namespace morvek

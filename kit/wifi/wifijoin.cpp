@@ -4,7 +4,7 @@
 #include "daemonwatch.h"
 #include "passkeyfault_p.h"
 #include "publishedsecurity.h"
-#include "wifichoice_p.h"
+#include "wifichoice.h"
 #include "wifitexts_p.h"
 
 #include <asyncwificonnectoperation.h>

@@ -2,7 +2,7 @@
 #include "contracttest.h"
 #include "playeddaemon.h"
 #include "publishedsecurity.h"
-#include "wifichoice_p.h"
+#include "wifichoice.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -28,34 +28,36 @@ void WifiChoiceTest::chooses_data()
     QTest::addColumn<bool>("withPasskey");
     QTest::addColumn<int>("outcome");
     QTest::addColumn<QString>("security");
+    QTest::addColumn<int>("taken"); // of those in range; -1: none
     QTest::addColumn<bool>("hasOpenTwin");
     const auto row = [](const char *name, std::initializer_list<const char *> inRange, bool withPasskey,
-                        WifiChoice::Outcome outcome, const char *security, bool hasOpenTwin = false) {
+                        WifiChoice::Outcome outcome, const char *security, int taken, bool hasOpenTwin = false) {
         QStringList lines;
         for (const char *line : inRange)
             lines += QLatin1String(line);
-        QTest::newRow(name) << lines << withPasskey << int(outcome) << QString::fromLatin1(security) << hasOpenTwin;
+        QTest::newRow(name) << lines << withPasskey << int(outcome) << QString::fromLatin1(security) << taken
+                            << hasOpenTwin;
     };
     const char *wpa = "Inn -50 WPA-PSK-TKIP,ESS";
     const char *weakWpa2 = "Inn -70 WPA2-PSK-CCMP,ESS";
-    row("strongest first", {wpa, weakWpa2}, true, WifiChoice::Joinable, "WPA");
-    row("strongest last", {weakWpa2, wpa}, true, WifiChoice::Joinable, "WPA");
-    row("equal", {"Inn -50 WPA2-PSK-CCMP,ESS", wpa}, true, WifiChoice::Joinable, "WPA2");
-    row("level that is not known first", {"Inn 0 WPA-PSK-TKIP,ESS", weakWpa2}, true, WifiChoice::Joinable, "WPA2");
-    row("level that is not known last", {weakWpa2, "Inn 0 WPA-PSK-TKIP,ESS"}, true, WifiChoice::Joinable, "WPA2");
+    row("strongest first", {wpa, weakWpa2}, true, WifiChoice::Joinable, "WPA", 0);
+    row("strongest last", {weakWpa2, wpa}, true, WifiChoice::Joinable, "WPA", 1);
+    row("equal", {"Inn -50 WPA2-PSK-CCMP,ESS", wpa}, true, WifiChoice::Joinable, "WPA2", 0);
+    row("level that is not known first", {"Inn 0 WPA-PSK-TKIP,ESS", weakWpa2}, true, WifiChoice::Joinable, "WPA2", 1);
+    row("level that is not known last", {weakWpa2, "Inn 0 WPA-PSK-TKIP,ESS"}, true, WifiChoice::Joinable, "WPA2", 0);
     row("only one that fits", {"Inn -30 WEP,ESS", weakWpa2, "Inn -20 WPA2-EAP-CCMP,ESS"}, true, WifiChoice::Joinable,
-        "WPA2");
-    row("another name", {"Inns -30 WPA2-PSK-CCMP,ESS", "inn -30 ESS"}, true, WifiChoice::NotInRange, "open");
-    row("nothing", {}, false, WifiChoice::NotInRange, "open");
-    row("no passkey", {weakWpa2}, false, WifiChoice::NeedsPasskey, "WPA2");
-    row("open", {"Inn -30 ESS", "Inn -40 ESS"}, false, WifiChoice::Joinable, "open");
-    row("open, with a passkey", {"Inn -30 ESS"}, true, WifiChoice::TakesNone, "open");
-    row("open twin first", {"Inn -30 ESS", weakWpa2}, true, WifiChoice::Joinable, "WPA2", true);
-    row("open twin last", {weakWpa2, "Inn -30 ESS"}, false, WifiChoice::NeedsPasskey, "WPA2", true);
+        "WPA2", 1);
+    row("another name", {"Inns -30 WPA2-PSK-CCMP,ESS", "inn -30 ESS"}, true, WifiChoice::NotInRange, "unknown", -1);
+    row("nothing", {}, false, WifiChoice::NotInRange, "unknown", -1);
+    row("no passkey", {wpa, weakWpa2}, false, WifiChoice::NeedsPasskey, "WPA", 0);
+    row("open", {"Inn -40 ESS", "Inn -30 ESS", "Inn -50 ESS"}, false, WifiChoice::Joinable, "open", 1);
+    row("open, with a passkey", {"Inn -30 ESS"}, true, WifiChoice::TakesNone, "open", 0);
+    row("open twin first", {"Inn -30 ESS", weakWpa2}, true, WifiChoice::Joinable, "WPA2", 1, true);
+    row("open twin last", {weakWpa2, "Inn -30 ESS"}, false, WifiChoice::NeedsPasskey, "WPA2", 0, true);
     row("of several kinds", {"Inn -30 WEP,ESS", "Inn -40 WPA2-EAP-CCMP,ESS"}, true, WifiChoice::Unsupported,
-        "WEP + WPA2 Enterprise");
+        "WEP + WPA2 Enterprise", -1);
     row("unsupported with an open twin", {"Inn -30 ESS", "Inn -40 WPA3-SAE-CCMP,ESS"}, false, WifiChoice::Unsupported,
-        "WPA3", true);
+        "WPA3", -1, true);
 }
 
 void WifiChoiceTest::chooses()
@@ -83,6 +85,8 @@ void WifiChoiceTest::chooses()
     const WifiChoice choice(accessPoints, PublishedSecurity(), QStringLiteral("Inn"), withPasskey);
     QTEST(int(choice.outcome), "outcome");
     QCOMPARE(choice.security.name(), security);
+    QFETCH(int, taken);
+    QCOMPARE(choice.accessPoint, taken < 0 ? WifiAccessPoint() : accessPoints.at(taken));
     QTEST(choice.hasOpenTwin, "hasOpenTwin");
 }
 

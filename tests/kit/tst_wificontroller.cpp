@@ -185,6 +185,13 @@ void WifiControllerTest::isSwitchedAlready()
     QCOMPARE(m_unit->endOf(wifi().scan()), QStringLiteral("done"));
     QCOMPARE(m_unit->asked(), QStringList(QStringLiteral("scan")));
     QCOMPARE(told.take(), QStringList());
+
+    // Somebody else has switched it back.
+    QCOMPARE(m_unit->endOf(wifi().setPowered(false)), QStringLiteral("done"));
+    QVERIFY(act("radio-on"));
+    QTRY_VERIFY(wifi().isPowered());
+    QCOMPARE(m_unit->endOf(wifi().setPowered(true)), QStringLiteral("done"));
+    QCOMPARE(m_unit->asked(), QStringList({QStringLiteral("scan"), QStringLiteral("wifi_power")}));
 }
 
 void WifiControllerTest::switchingIsRefused()

@@ -4,7 +4,7 @@
 #include "accesspointtext.h"
 #include "texts.h"
 
-#include <algorithm>
+#include <wifichoice.h>
 
 namespace morvek {
 
@@ -12,12 +12,12 @@ namespace {
 
 const QLatin1String LibraryJoins("; this unit's library joins WPA and WPA2 with a passkey, and open networks");
 
-template<typename Network, typename Text>
-QString distinct(const QList<Network> &networks, Text text)
+template<typename Text>
+QString distinct(const QList<WifiAccessPoint> &accessPoints, Text text)
 {
     QStringList texts;
-    for (const Network &network : networks)
-        texts += text(network);
+    for (const WifiAccessPoint &accessPoint : accessPoints)
+        texts += text(accessPoint);
     texts.removeAll(QString());
     texts.removeDuplicates();
     return shortList(texts);
@@ -52,38 +52,28 @@ QString openTwinLeftOut()
 NetworkChoice chooseNetwork(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &published,
                             const QString &ssid, bool withPasskey)
 {
-    QList<NetworkChoice> named;
-    int openOnes = 0;
-    for (const WifiAccessPoint &accessPoint : accessPoints) {
-        if (accessPoint.ssid() != ssid)
-            continue;
-        NetworkChoice choice;
-        choice.accessPoint = accessPoint;
-        choice.security = published.ofScanned(accessPoint);
-        openOnes += choice.security.isOpen();
-        named += choice;
-    }
-    if (named.isEmpty())
+    const WifiChoice choice(accessPoints, published, ssid, withPasskey);
+    switch (choice.outcome) {
+    case WifiChoice::NotInRange:
         return refuseUnknown(accessPoints, ssid);
-
-    const bool allOpen = openOnes == named.size();
-    const auto best = std::find_if(named.begin(), named.end(), [allOpen](const NetworkChoice &choice) {
-        return allOpen || choice.security.takesPasskey();
-    });
-    if (best == named.end()) {
-        const QString security = distinct(named, [](const NetworkChoice &choice) {
-            return choice.security.isOpen() ? QString() : choice.security.name();
+    case WifiChoice::Unsupported: {
+        const QString security = distinct(accessPoints, [&](const WifiAccessPoint &accessPoint) {
+            const NetworkSecurity its = published.ofScanned(accessPoint);
+            return accessPoint.ssid() != ssid || its.isOpen() ? QString() : its.name();
         });
         return refuse(Failed,
                       QStringLiteral("%1 cannot be joined: its security is %2").arg(quoted(ssid), security)
-                          + LibraryJoins + (openOnes > 0 ? openTwinLeftOut() : QString()));
+                          + LibraryJoins + (choice.hasOpenTwin ? openTwinLeftOut() : QString()));
     }
-    if (allOpen && withPasskey)
+    case WifiChoice::TakesNone:
         return refuse(
             Failed,
             QStringLiteral("%1 is open: leave --passkey-file out to join it without protection").arg(quoted(ssid)));
-    best->hasOpenTwin = !allOpen && openOnes > 0;
-    return *best;
+    case WifiChoice::Joinable:
+    case WifiChoice::NeedsPasskey:
+        break;
+    }
+    return {choice.accessPoint, choice.security, choice.hasOpenTwin, QString(), Done};
 }
 
 } // namespace morvek

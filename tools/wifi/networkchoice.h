@@ -24,11 +24,7 @@ struct NetworkChoice
 /*! What is said when an open one has the same name. */
 QString openTwinLeftOut();
 
-/*!
- * The first one of \a ssid among \a accessPoints that takes a passkey. Open ones are joined only when there is no
- * protected one of that name, and none at all \a withPasskey: whoever plays a protected network without protection
- * must not get its traffic. What is protected in a way that the library does not know is protected, too.
- */
+/*! As WifiChoice, with words about it; when a passkey is needed, it can still be asked for. */
 NetworkChoice chooseNetwork(const QList<WifiAccessPoint> &accessPoints, const PublishedSecurity &published,
                             const QString &ssid, bool withPasskey);
 

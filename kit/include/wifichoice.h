@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef MORVEK_WIFICHOICE_P_H
-#define MORVEK_WIFICHOICE_P_H
+#ifndef MORVEK_WIFICHOICE_H
+#define MORVEK_WIFICHOICE_H
 
 #include "networksecurity.h"
 
@@ -12,8 +12,11 @@ namespace morvek {
 
 class PublishedSecurity;
 
-/*! Which of the access points of a name is to be joined; or why none can be. */
-struct WifiChoice
+/*!
+ * Which of the access points of a name is to be joined; or why none can be. WifiController::join() chooses
+ * like that.
+ */
+struct MORVEK_KIT_EXPORT WifiChoice
 {
     enum Outcome {
         Joinable,
@@ -32,8 +35,9 @@ struct WifiChoice
                bool withPasskey);
 
     Outcome outcome = NotInRange;
-    NetworkSecurity security; //!< of the one to be joined; or of all that cannot be
-    bool hasOpenTwin = false; //!< an open one has the same name, and was left out
+    WifiAccessPoint accessPoint; //!< the one to be joined, also when its passkey is missing
+    NetworkSecurity security;    //!< its security; of all that are protected when the outcome is Unsupported
+    bool hasOpenTwin = false;    //!< an open one has the same name, and was left out
 };
 
 } // namespace morvek
