@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtTest 1.15
+import Morvek.Network 1.0
 import Morvek.TestKit 1.0
 
 TestCase {
@@ -9,6 +10,8 @@ TestCase {
     readonly property string eth0: "/zop/services/networking/all/interfaces/eth0"
 
     TestUnit { id: unit }
+    NetworkServices { id: network }
+    WifiController { id: wifi; services: network }
 
     name: "TestUnit"
 
@@ -98,10 +101,22 @@ TestCase {
         compare(unit.published(wifiStatus, "wifi_power"), "on")
     }
 
+    function test_waits() {
+        verify(unit.waitForReady(wifi))
+        const scan = wifi.scan()
+        unit.watch(scan)
+        const request = unit.waitForRequest("scan", { daemon: "wifi" })
+        compare(request.message, "scan")
+        compare(unit.look("requests")[0].number, request.number)
+        compare(unit.endOf(scan), "done")
+        verify(unit.act("wrong-key", { ssid: "Garage" }))
+        compare(unit.endOf(wifi.join("Garage", "open sesame 42")), "WrongPasskey")
+    }
+
     function test_waitsInVain() {
         unit.timeout = 50
-        ignoreWarning('TestUnit: waited 50 ms for a request with {"message":"scan"}; there were: none')
-        compare(unit.waitForRequest("scan").number, 0)
+        ignoreWarning('TestUnit: waited 50 ms for a request with {"message":"dance"}; there were: none')
+        compare(unit.waitForRequest("dance").number, 0)
         ignoreWarning(/neither a service nor a controller$/)
         verify(!unit.waitForReady(test))
         ignoreWarning(/is no operation$/)
