@@ -275,7 +275,9 @@ void WifiController::Private::show(const Shown &now)
     m_hasStateToTell |= isOther || former.state != now.state || former.text != now.text || former.powered != now.powered
         || former.joiningSsid != now.joiningSsid;
     const QPointer<WifiNetworkModel> model(networks);
-    if (isOther)
+    if (isOther && now.accessPoint.isEmpty())
+        model->setInUse(QString(), NetworkSecurity());
+    else if (isOther)
         model->setInUse(now.accessPoint.ssid(), PublishedSecurity().ofConnected(now.accessPoint));
     if (model && former.joiningSsid != now.joiningSsid)
         model->setJoining(now.joiningSsid);

@@ -11,6 +11,10 @@
 #include <wificonnectionconfig.h>
 #include <wifiservice.h>
 
+#include <QtCore/QRegularExpression>
+
+#include <utility>
+
 namespace morvek {
 
 namespace {
@@ -29,6 +33,14 @@ const QLatin1String FailedText("Failed to connect to Access Point");
 const QLatin1String NotLetInEvent("CTRL-EVENT-SSID-TEMP-DISABLED");
 const QLatin1String NotFoundEvent("CTRL-EVENT-NETWORK-NOT-FOUND");
 const QLatin1String WrongKeyReason("reason=WRONG_KEY");
+
+/*! Whether \a event is about another network than \a ssid, for certain: each daemon escapes names in its own way. */
+bool isAboutAnother(const QString &event, const QString &ssid)
+{
+    static const QRegularExpression plainName(QStringLiteral("\\bssid=\"([^\"\\\\]*)\""));
+    const QRegularExpressionMatch match = plainName.match(event);
+    return match.hasMatch() && match.captured(1) != ssid;
+}
 
 } // namespace
 
@@ -183,13 +195,17 @@ void WifiJoin::onEvent(const QString &event)
 {
     if (hasEnded() || m_phase == Looking)
         return;
-    if (event.contains(NotLetInEvent) && event.contains(WrongKeyReason) && m_hasPasskey)
-        fail(WrongPasskey, tr("The passkey of “%1” is wrong.").arg(named(subject())), 0,
-             m_operation->error().message());
-    else if (event.contains(NotLetInEvent))
-        judge();
-    else if (event.startsWith(NotFoundEvent) && !isScanning())
+    if (event.contains(NotLetInEvent)) {
+        if (isAboutAnother(event, subject()))
+            m_anotherHasFailed = true;
+        else if (event.contains(WrongKeyReason) && m_hasPasskey)
+            fail(WrongPasskey, tr("The passkey of “%1” is wrong.").arg(named(subject())), 0,
+                 m_operation->error().message());
+        else
+            judge();
+    } else if (event.startsWith(NotFoundEvent) && !isScanning()) {
         scan();
+    }
 }
 
 void WifiJoin::onFailed()
@@ -197,6 +213,8 @@ void WifiJoin::onFailed()
     if (hasEnded() || m_phase != Joining)
         return;
     const QString text = m_operation->error().message();
+    if (text == FailedText && std::exchange(m_anotherHasFailed, false))
+        return; // which the library does not tell apart; but what the station connects to is seen without it
     if (text == FailedText)
         judge();
     else if (text == LeftText)

@@ -57,6 +57,7 @@ private:
     AsyncWifiConnectOperation *m_operation = nullptr; //!< the station's
     QString m_former;                                 //!< the network that the station is to leave
     bool m_hasLeft = false;
+    bool m_anotherHasFailed = false; //!< the library is about to tell the failure of another network as this one's
 };
 
 } // namespace morvek

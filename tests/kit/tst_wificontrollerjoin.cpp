@@ -271,8 +271,11 @@ void WifiControllerJoinTest::isNotInRange()
     const QString longest(40, QLatin1Char('m'));
     QCOMPARE(m_unit->endOf(wifi().join(longest)),
              QString::fromUtf8("OutOfRange: “%1…” is not in range.").arg(longest.left(31)));
+    NetworkRequest *strange = join("gar\nage");
+    QCOMPARE(m_unit->endOf(strange), QString::fromUtf8("OutOfRange: “gar␊age” is not in range."));
+    QVERIFY(strange->sentence().contains(QChar(0x2068)) && strange->sentence().contains(QChar(0x2069)));
     QCOMPARE(ToldStates::line(wifi()), QStringLiteral("Connected on Home/01"));
-    QCOMPARE(m_unit->asked(), QStringList({QStringLiteral("scan"), QStringLiteral("scan")}));
+    QCOMPARE(m_unit->asked(), QStringList({QStringLiteral("scan"), QStringLiteral("scan"), QStringLiteral("scan")}));
 }
 
 /*! The daemon tells that it finds no such network. */

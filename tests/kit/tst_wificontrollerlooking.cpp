@@ -28,6 +28,7 @@ private Q_SLOTS:
     void looksAgainAfterThePause();
     void pauseAfterAnAnswerThatTookLong();
     void pauseAfterOneThatNeverCame();
+    void pauseIsNotProlonged();
     void pauseIsSharedWithOtherScans();
     void takesTurnsWithAnotherController();
     void stopsAtOnce();
@@ -138,6 +139,20 @@ void WifiControllerLookingTest::pauseAfterOneThatNeverCame()
     QVERIFY(m->daemon.waitFor("scan", 2));
     QVERIFY(timer.isValid());
     QVERIFY(timer.elapsed() >= Pause - 5);
+}
+
+/*! By what happens meanwhile, as somebody who closes the page and opens it again. */
+void WifiControllerLookingTest::pauseIsNotProlonged()
+{
+    wifi().setLooking(true);
+    QVERIFY(m->daemon.waitFor("scan"));
+    QElapsedTimer timer;
+    timer.start();
+    QVERIFY(QTest::qWaitFor([&timer] { return timer.elapsed() >= Pause * 9 / 10; }, Pause));
+    wifi().setLooking(false);
+    wifi().setLooking(true);
+    QVERIFY(m->daemon.waitFor("scan", 2));
+    QVERIFY(timer.elapsed() < Pause * 9 / 5);
 }
 
 /*! Of whoever's. */

@@ -32,6 +32,8 @@ private Q_SLOTS:
     void withoutLeavingAfterTheFormerWasTold();
     void samenessIsNoOutcome();
     void eventsBeforeItIsJoined();
+    void failureOfAnotherNetwork();
+    void failureOfANameThatIsEscaped();
     void isStillInRange();
     void looksOnceAtATime();
 
@@ -153,6 +155,32 @@ void WifiControllerOrderTest::eventsBeforeItIsJoined()
     QVERIFY(m->daemon.waitFor("wnet_select"));
     m->daemon.tellConnection("Garage", "02");
     QCOMPARE(endOf(request), QStringLiteral("done"));
+}
+
+/*! Which the library takes for that of the network that it joins itself. */
+void WifiControllerOrderTest::failureOfAnotherNetwork()
+{
+    const NetworkRequest *request = join();
+    QVERIFY(m->daemon.waitFor("wnet_select"));
+    m->daemon.tellEvent("CTRL-EVENT-SSID-TEMP-DISABLED id=8 ssid=\"Garag\" reason=WRONG_KEY");
+    QVERIFY(isUnmoved(request));
+    QCOMPARE(m->daemon.count("scan"), 2);
+    m->daemon.tellLeft();
+    m->daemon.tellEvent("CTRL-EVENT-SSID-TEMP-DISABLED id=7 ssid=\"Garage\" reason=CONN_FAILED");
+    QCOMPARE(endOf(request), QStringLiteral("WrongPasskey"));
+    QCOMPARE(m->daemon.count("scan"), 3);
+    m->daemon.tellEvent(NotLetIn); // later, when nobody waits
+    QVERIFY(endOf(wifi().scan()) == QLatin1String("done"));
+}
+
+void WifiControllerOrderTest::failureOfANameThatIsEscaped()
+{
+    m->daemon.inRange += QStringLiteral("My \"Garage\"");
+    const NetworkRequest *request = join("My \"Garage\"");
+    QVERIFY(m->daemon.waitFor("wnet_select"));
+    m->daemon.tellEvent("CTRL-EVENT-SSID-TEMP-DISABLED id=7 ssid=\"My \\\"Garage\\\"\" reason=WRONG_KEY");
+    QCOMPARE(endOf(request), QStringLiteral("WrongPasskey"));
+    QCOMPARE(m->daemon.count("scan"), 1);
 }
 
 /*! Daemons tell at each turn that they have not found it yet. */
