@@ -39,8 +39,8 @@ measured '. == null or . > 0' "a request with three addresses, application" "a r
     "an update of three attributes" "start-up with one interface" "each further interface at start-up" \
     "start-up with 1000 virtual interfaces" "a scan's access point" "opening a full object" \
     "the model, a scan of 200 drifting networks" "a program that links the library" "each of 2000 access points" \
-    "one update, 1000 interfaces" "start-up, 1000 interfaces" "a request after 10000" "text and data for ARM of src/libmorvek-network.so" \
-    "text and data for ARM of host/platform/libmorvek-platform.so"
+    "one update, 1000 interfaces" "start-up, 1000 interfaces" "a request after 10000" \
+    "text and data for ARM of src/libmorvek-network.so" "text and data for ARM of host/platform/libmorvek-platform.so"
 for yardstick in "loop that only reads the journal" "bare inotify wake-up" "100 bare inotify wake-ups" "QtDBus signal" \
     "QtDBus call" "bare socket round trip" "bare parse"; do
     jq --exit-status --arg name "$yardstick" 'any(.[]; .yardstick == $name and .yardstickValue > 0)' \
