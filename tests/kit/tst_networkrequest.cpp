@@ -140,7 +140,8 @@ private Q_SLOTS:
         QTRY_VERIFY(age.elapsed() > 100);
         QSignalSpy finished(request, &NetworkRequest::finished);
         bool isLate = false;
-        QTimer::singleShot(50, this, [&isLate] { isLate = true; });
+        const QObject here;
+        QTimer::singleShot(50, &here, [&isLate] { isLate = true; });
         request->setDeadline(100); // is over
         QCOMPARE(changed.count(), 1);
         QCOMPARE(request->deadline(), 100);

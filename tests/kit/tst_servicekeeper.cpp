@@ -132,10 +132,11 @@ private Q_SLOTS:
     void theFormerServiceGoesLast()
     {
         const PlayedDaemon played(PlayedDaemon::Tethering);
-        QVector<int> droppedBefore; // outlives the keeper, which tells its end, too
+        QVector<int> droppedBefore;
         ServiceKeeper keeper(stubborn());
         const ServiceBase *former = keeper.service();
-        connect(&keeper, &ServiceKeeper::replaced, this, [&] {
+        const QObject here;
+        connect(&keeper, &ServiceKeeper::replaced, &here, [&] {
             if (keeper.service() != former)
                 droppedBefore += dropped;
         });
