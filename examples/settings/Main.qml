@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick 2.15
+import QtQuick.Window 2.15
+
+Window {
+    id: window
+
+    property bool night: false
+    property bool moving: false
+    property size screenSize: Qt.size(1280, 720)
+    /*! What a unit beside the screen plays; empty when there is a real one. */
+    property string scenario: ""
+
+    width: screenSize.width + (scenario === "" ? 0 : 420)
+    height: screenSize.height
+    visible: true
+    title: qsTr("Settings")
+
+    Loader {
+        id: content
+        anchors.fill: parent
+        focus: true
+        Component.onCompleted: {
+            if (window.scenario === "")
+                setSource("SettingsScreen.qml", {"night": window.night, "moving": window.moving});
+            else
+                setSource("Stage.qml", {"night": window.night, "moving": window.moving, "scenario": window.scenario});
+        }
+    }
+}

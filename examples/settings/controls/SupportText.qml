@@ -1,0 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+CarText {
+    color: Theme.faint
+    font.pixelSize: Theme.support
+}
