@@ -18,6 +18,8 @@ FocusScope {
     /*! Counts what changes the rows, as what is asked of them is no property. */
     property int changes: 0
     readonly property bool mirrored: LayoutMirroring.enabled
+    /*! The row below a finger. */
+    property WifiRow touched: null
     /*! What had the focus before: the list is entered at the end that is next to it. */
     property Item former: null
 
@@ -48,7 +50,7 @@ FocusScope {
     Binding { // a list that is touched stands still
         target: page.controller.networks
         property: "held"
-        value: finger.active || list.moving
+        value: page.touched !== null || list.moving
     }
     Connections {
         target: page.controller.networks
@@ -135,12 +137,17 @@ FocusScope {
                 nextItemInFocusChain(onwards).forceActiveFocus(onwards ? Qt.TabFocusReason : Qt.BacktabFocusReason);
         }
 
-        PointHandler { id: finger; onActiveChanged: console.log('finger', active) }
-
         delegate: WifiRow {
             width: list.width
             outcome: page.changes >= 0 ? page.outcomeOf(ssid) : null
-            onPressed: list.currentIndex = index
+            onPressedChanged: {
+                if (pressed) {
+                    page.touched = this;
+                    list.currentIndex = index;
+                } else {
+                    page.touched = null;
+                }
+            }
             onClicked: dialog.show(this)
         }
     }
@@ -153,5 +160,6 @@ FocusScope {
         leaving: page.leaving
         onJoinAsked: page.joining = page.controller.join(ssid, passkey)
         onLeaveAsked: page.leaving = page.controller.leave()
+        onClosed: (list.visible ? list : power).forceActiveFocus(Qt.PopupFocusReason)
     }
 }
