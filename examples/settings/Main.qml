@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.15
-import QtQuick.Window 2.15
+import QtQuick.Templates 2.15 as T
 
-Window {
+/*! After a dialog, a window of this type gives the focus back; a plain one does not. */
+T.ApplicationWindow {
     id: window
 
     property bool night: false

@@ -42,6 +42,10 @@ FocusScope {
         return changes >= 0 && controller.networks.rowOf(ssid) >= 0;
     }
 
+    function takeFocus() {
+        (list.visible ? list : power).forceActiveFocus(Qt.PopupFocusReason);
+    }
+
     Binding {
         target: page.controller
         property: "looking"
@@ -160,6 +164,6 @@ FocusScope {
         leaving: page.leaving
         onJoinAsked: page.joining = page.controller.join(ssid, passkey)
         onLeaveAsked: page.leaving = page.controller.leave()
-        onClosed: (list.visible ? list : power).forceActiveFocus(Qt.PopupFocusReason)
+        onClosed: Qt.callLater(page.takeFocus) // there may be no row any more
     }
 }
