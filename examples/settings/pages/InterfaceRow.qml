@@ -35,6 +35,10 @@ Rectangle {
 
         T.AbstractButton {
             id: button
+
+            readonly property string stateText: row.preferred
+                ? qsTr("%1 Preferred.").arg(row.model.stateText) : row.model.stateText
+
             objectName: "interface_" + row.name
             width: parent.width
             height: Math.max(Theme.target, words.implicitHeight + 2 * Theme.gap)
@@ -43,7 +47,7 @@ Rectangle {
             text: row.typeText
             Accessible.role: Accessible.Button
             Accessible.name: row.typeText + ", " + row.name
-            Accessible.description: words.stateText
+            Accessible.description: button.stateText
             Keys.onReturnPressed: clicked()
             Keys.onEnterPressed: clicked()
             onVisibleChanged: Knob.leave(this)
@@ -64,9 +68,6 @@ Rectangle {
                 }
                 Column {
                     id: words
-                    readonly property string stateText: row.preferred
-                        ? qsTr("%1 Preferred.").arg(row.model.stateText) : row.model.stateText
-
                     anchors {
                         left: mark.right; right: chevron.left; margins: Theme.gap
                         verticalCenter: parent.verticalCenter
@@ -78,7 +79,7 @@ Rectangle {
                     }
                     SupportText {
                         width: parent.width
-                        text: words.stateText
+                        text: button.stateText
                         Accessible.ignored: true
                     }
                 }
