@@ -33,6 +33,8 @@ FocusScope {
         }
         T.TextField {
             id: input
+            readonly property Item whole: field
+
             objectName: field.objectName + "Input"
             focus: true
             width: parent.width

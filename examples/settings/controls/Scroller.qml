@@ -3,7 +3,10 @@ import QtQuick 2.15
 import QtQuick.Window 2.15
 import QtQuick.Templates 2.15 as T
 
-/*! A column that is scrolled when there is not enough room, and keeps in sight what has the focus. */
+/*!
+ * A column that is scrolled when there is not enough room, and keeps in sight what has the focus, with all that belongs
+ * to it: its property whole, if it has one.
+ */
 Flickable {
     id: scroller
 
@@ -18,8 +21,9 @@ Flickable {
         for (let item = focused; item; item = item.parent) {
             if (item !== column)
                 continue;
-            const top = focused.mapToItem(column, 0, 0).y;
-            const least = top + focused.height + 2 * margin - height;
+            const whole = focused.whole || focused;
+            const top = whole.mapToItem(column, 0, 0).y;
+            const least = top + whole.height + 2 * margin - height;
             contentY = Math.max(0, Math.min(Math.max(Math.min(contentY, top), least), contentHeight - height));
             return;
         }

@@ -90,7 +90,7 @@ FocusScope {
                 objectName: "passphrase"
                 width: parent.width
                 visible: page.form.security !== HotspotForm.Open
-                label: qsTr("New passphrase; empty keeps the present one")
+                label: qsTr("New passphrase; empty keeps it")
                 secret: true
                 maximumLength: 64
                 hints: Qt.ImhSensitiveData | Qt.ImhNoPredictiveText | Qt.ImhNoAutoUppercase

@@ -63,7 +63,8 @@ Rectangle {
                     id: mark
                     anchors { left: parent.left; leftMargin: Theme.gap; verticalCenter: parent.verticalCenter }
                     kind: row.condition === InterfaceModel.Connected ? StateMark.Good
-                        : row.condition === InterfaceModel.Configuring ? StateMark.Busy
+                        : row.condition === InterfaceModel.Configuring || row.condition === InterfaceModel.Obtaining
+                          ? StateMark.Busy
                         : row.condition === InterfaceModel.WithoutAddress ? StateMark.Bad : StateMark.Off
                 }
                 Column {

@@ -34,8 +34,8 @@
         <translation>Name</translation>
     </message>
     <message>
-        <source>New passphrase; empty keeps the present one</source>
-        <translation>Neues Kennwort; leer bleibt das jetzige</translation>
+        <source>New passphrase; empty keeps it</source>
+        <translation>Neues Kennwort; leer bleibt es</translation>
     </message>
     <message>
         <source>Show the present passphrase</source>
