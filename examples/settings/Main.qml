@@ -12,10 +12,18 @@ T.ApplicationWindow {
     /*! What a unit beside the screen plays; empty when there is a real one. */
     property string scenario: ""
 
+    readonly property bool busy: content.item !== null && content.item.idle === false
+    property bool leaving: false
+
     width: screenSize.width + (scenario === "" ? 0 : 420)
     height: screenSize.height
     visible: true
     title: qsTr("Settings")
+    onClosing: {
+        leaving = busy;
+        close.accepted = !busy;
+    }
+    onBusyChanged: if (leaving) close()
 
     Loader {
         id: content

@@ -16,6 +16,8 @@ FocusScope {
     /*! How much of its height the platform's keyboard covers. */
     property real keyboardHeight: Qt.inputMethod.visible ? Qt.inputMethod.keyboardRectangle.height : 0
     property int page: SettingsScreen.Wifi
+    /*! False while an interface would be left without addresses if this ended. */
+    readonly property alias idle: shared.idle
     readonly property bool wide: width > height
     readonly property string lock: moving ? qsTr("Typing is locked while the car moves.") : ""
 

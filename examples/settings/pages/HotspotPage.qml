@@ -12,6 +12,7 @@ FocusScope {
     readonly property HotspotForm form: controller.form
     property NetworkRequest switching: null
     property NetworkRequest applying: null
+    property NetworkRequest fetching: null
     readonly property bool busy: applying !== null && applying.running
     /*! What was asked to be seen; empty otherwise. */
     property string revealed: ""
@@ -70,6 +71,17 @@ FocusScope {
             objectName: "hotspotAway"
             width: parent.width
             controller: page.controller
+        }
+        Outcome {
+            objectName: "fetchOutcome"
+            width: parent.width
+            request: page.fetching
+        }
+        CarButton {
+            objectName: "fetch"
+            visible: page.controller.availability === NetworkController.Ready && !page.controller.profileKnown
+            text: qsTr("Read the settings")
+            onClicked: page.fetching = page.controller.fetch()
         }
         Column {
             width: parent.width

@@ -97,6 +97,10 @@
         <source>Revert</source>
         <translation>Verwerfen</translation>
     </message>
+    <message>
+        <source>Read the settings</source>
+        <translation>Einstellungen lesen</translation>
+    </message>
 </context>
 <context>
     <name>InterfaceRow</name>
