@@ -6,6 +6,7 @@ import "controls"
 /*! What can happen to a unit, one click for each; the names are those of the scenario headunit. */
 Rectangle {
     id: panel
+    objectName: "stagePanel"
 
     property bool night: false
     property bool moving: false
@@ -44,11 +45,11 @@ Rectangle {
         {"text": "next change is refused", "what": "refuse", "keys": {"message": "update_profile", "err": 8, "errmsg": "disk full", "times": 1}},
         {"title": "Daemons"},
         {"text": "networking dies", "what": "daemon-dies", "keys": {"daemon": "networking"}},
-        {"text": "comes back", "what": "daemon-back", "keys": {"daemon": "networking"}},
+        {"text": "networking comes back", "what": "daemon-back", "keys": {"daemon": "networking"}},
         {"text": "Wi-Fi dies", "what": "daemon-dies", "keys": {"daemon": "wifi"}},
-        {"text": "comes back", "what": "daemon-back", "keys": {"daemon": "wifi"}},
+        {"text": "Wi-Fi comes back", "what": "daemon-back", "keys": {"daemon": "wifi"}},
         {"text": "hotspot dies", "what": "daemon-dies", "keys": {"daemon": "tethering"}},
-        {"text": "comes back", "what": "daemon-back", "keys": {"daemon": "tethering"}},
+        {"text": "hotspot comes back", "what": "daemon-back", "keys": {"daemon": "tethering"}},
         {"text": "next request kills", "what": "die", "keys": {"back_after": 4000, "times": 1}},
         {"text": "no more faults", "what": "faults-end", "keys": {}}
     ]

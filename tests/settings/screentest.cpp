@@ -42,6 +42,8 @@ Screen::Screen(const Options &options)
     if (options.language != QLatin1String("en")) {
         m_words.load(QStringLiteral(":/settings/settings_") + options.language);
         QCoreApplication::installTranslator(&m_words);
+        m_kitWords.load(QStringLiteral(MORVEK_KIT_TRANSLATIONS "/morvek-network-kit_") + options.language);
+        QCoreApplication::installTranslator(&m_kitWords);
     }
     m_engine.addImportPath(QStringLiteral(MORVEK_QML_FOLDER));
     m_engine.setInitialProperties({{QStringLiteral("screenSize"), options.size},
@@ -60,6 +62,7 @@ Screen::Screen(const Options &options)
 Screen::~Screen()
 {
     QCoreApplication::removeTranslator(&m_words);
+    QCoreApplication::removeTranslator(&m_kitWords);
 }
 
 void Screen::prepare()
@@ -93,7 +96,7 @@ QStringList Screen::takeWarnings()
 
 QVector<QQuickItem *> Screen::items() const
 {
-    QVector<QQuickItem *> all{m_window->contentItem()};
+    QVector<QQuickItem *> all {m_window->contentItem()};
     for (int i = 0; i < all.size(); ++i) {
         for (QQuickItem *child : all.at(i)->childItems()) {
             if (child->isVisible())
@@ -155,8 +158,8 @@ QVector<QQuickItem *> Screen::targets() const
         }
         return false;
     };
-    const bool dialog = std::any_of(all.cbegin(), all.cend(),
-                                    [&](const QQuickItem *item) { return within(item, "QQuickPopupItem"); });
+    const bool dialog =
+        std::any_of(all.cbegin(), all.cend(), [&](const QQuickItem *item) { return within(item, "QQuickPopupItem"); });
     QVector<QQuickItem *> reachable;
     std::copy_if(all.cbegin(), all.cend(), std::back_inserter(reachable), [&](const QQuickItem *item) {
         return within(item, "QQuickPopupItem") == dialog && !within(item, "StagePanel");

@@ -66,7 +66,8 @@ QObject *tst_NetworksPage::request(const char *interface) const
 
 QString tst_NetworksPage::stateOf(const char *interface) const
 {
-    return m_screen->property(qPrintable(QStringLiteral("interface_") + QLatin1String(interface)), "stateText").toString();
+    return m_screen->property(qPrintable(QStringLiteral("interface_") + QLatin1String(interface)), "stateText")
+        .toString();
 }
 
 void tst_NetworksPage::tellsHowEachNetworkIs()
@@ -151,8 +152,8 @@ void tst_NetworksPage::setsAnAddressByHandWithTheKnob()
     m_screen->key(Qt::Key_Return);
     QVERIFY(m_screen->turnTo("kind0"));
     m_screen->key(Qt::Key_Return);
-    const char *const values[][2]
-        = {{"addressInput", "10.20.0.77"}, {"netmaskInput", "16"}, {"gatewayInput", "10.20.0.1"}};
+    const char *const values[][2] = {
+        {"addressInput", "10.20.0.77"}, {"netmaskInput", "16"}, {"gatewayInput", "10.20.0.1"}};
     for (const auto &value : values) {
         QVERIFY(m_screen->turnTo(value[0]));
         m_screen->key(Qt::Key_A, Qt::ControlModifier);
@@ -165,7 +166,7 @@ void tst_NetworksPage::setsAnAddressByHandWithTheKnob()
     QTRY_COMPARE(m_screen->text("apply"), QStringLiteral("Apply"));
     QVERIFY(!m_screen->item("detailsOutcome"));
     const auto path = QStringLiteral("/zop/services/networking/all/interfaces/eth0");
-    QCOMPARE(m_unit->published(path, "ip_addresses"), QJsonValue(QJsonArray{"10.20.0.77/255.255.0.0"}));
+    QCOMPARE(m_unit->published(path, "ip_addresses"), QJsonValue(QJsonArray {"10.20.0.77/255.255.0.0"}));
 }
 
 void tst_NetworksPage::setsAnAutomaticAddressByTouch()
@@ -189,10 +190,11 @@ void tst_NetworksPage::asksForAnAddressAgain()
 {
     QVERIFY(begin("headunit"));
     QVERIFY(m_screen->waitFor("interface_eth0"));
-    QVERIFY(m_unit->act("set", {{"interface", "eth0"},
-                                {"attributes", QVariantMap{{"connected", false},
-                                                           {"ip_addresses", QVariantList()},
-                                                           {"ip_gateway", QVariantList()}}}}));
+    QVERIFY(m_unit->act(
+        "set",
+        {{"interface", "eth0"},
+         {"attributes",
+          QVariantMap {{"connected", false}, {"ip_addresses", QVariantList()}, {"ip_gateway", QVariantList()}}}}));
     QTRY_COMPARE(stateOf("eth0"), QStringLiteral("Waiting for an address."));
     QVERIFY(!m_screen->item("repair_eth0"));
     auto *controller = m_screen->property("networksPage", "controller").value<QObject *>();
@@ -211,7 +213,8 @@ void tst_NetworksPage::asksForAnAddressAgain()
 void tst_NetworksPage::tellsARefusal()
 {
     QVERIFY(begin("headunit"));
-    QVERIFY(m_unit->act("refuse", {{"message", "net_connected"}, {"interface", "eth0.5"}, {"err", 16}, {"errmsg", "busy"}}));
+    QVERIFY(m_unit->act("refuse",
+                        {{"message", "net_connected"}, {"interface", "eth0.5"}, {"err", 16}, {"errmsg", "busy"}}));
     QVERIFY(m_screen->click("interface_eth0.5"));
     QVERIFY(m_screen->click("addressInput"));
     m_screen->key(Qt::Key_A, Qt::ControlModifier);

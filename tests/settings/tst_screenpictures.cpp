@@ -65,8 +65,9 @@ QImage tst_ScreenPictures::withFewColours(const QImage &picture)
             ++uses[picture.pixel(x, y)];
     }
     QVector<QRgb> colours = uses.keys().toVector();
-    std::sort(colours.begin(), colours.end(),
-              [&](QRgb one, QRgb other) { return std::make_pair(-uses[one], one) < std::make_pair(-uses[other], other); });
+    std::sort(colours.begin(), colours.end(), [&](QRgb one, QRgb other) {
+        return std::make_pair(-uses[one], one) < std::make_pair(-uses[other], other);
+    });
     const QVector<QRgb> kept = colours.mid(0, 64);
     QHash<QRgb, int> nearest;
     for (const QRgb colour : qAsConst(colours)) {

@@ -11,8 +11,8 @@ Q_DECLARE_METATYPE(Qt::Key)
 
 namespace {
 
-const QVector<QSize> sizes{{800, 480}, {1280, 720}, {720, 1280}};
-const QStringList languages{QStringLiteral("en"), QStringLiteral("de")};
+const QVector<QSize> sizes {{800, 480}, {1280, 720}, {720, 1280}};
+const QStringList languages {QStringLiteral("en"), QStringLiteral("de")};
 /*! What is to be there before a page is looked at. */
 const char *const last[] = {"interface_wlan0", "network_Café am Markt", "hotspotName"};
 
@@ -113,7 +113,7 @@ void tst_ScreenReach::keysReachEverything()
     QVERIFY(open(&screen, page));
 
     QQuickItem *const first = screen.window()->activeFocusItem();
-    QSet<QQuickItem *> reached{first};
+    QSet<QQuickItem *> reached {first};
     QCOMPARE(first, screen.item(qPrintable(QStringLiteral("place%1").arg(page))));
     QSet<QQuickItem *> wanted;
     for (int presses = 0; presses < 100; ++presses) {
@@ -136,7 +136,8 @@ void tst_ScreenReach::keysReachEverything()
         reached += focused;
 
         const QRectF place = screen.placeOf(focused);
-        QVERIFY2(screen.placeOf(screen.settings()).contains(place), qPrintable(screen.focused() + QStringLiteral(" %1 %2").arg(place.top()).arg(place.bottom())));
+        QVERIFY2(screen.placeOf(screen.settings()).contains(place),
+                 qPrintable(screen.focused() + QStringLiteral(" %1 %2").arg(place.top()).arg(place.bottom())));
         bool ring = false;
         for (const QQuickItem *item : screen.items()) {
             if (QByteArray(item->metaObject()->className()).startsWith("FocusRing"))

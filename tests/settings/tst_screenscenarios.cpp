@@ -78,7 +78,8 @@ bool tst_ScreenScenarios::setAddress(const char *address)
         m_screen->key(Qt::Key_Delete);
         m_screen->type(QLatin1String(text));
     }
-    m_screen->type(QLatin1String(address).left(QLatin1String(address).lastIndexOf(QLatin1Char('.'))) + QLatin1String(".1"));
+    m_screen->type(QLatin1String(address).left(QLatin1String(address).lastIndexOf(QLatin1Char('.')))
+                   + QLatin1String(".1"));
     return m_screen->click("apply");
 }
 
@@ -185,7 +186,8 @@ void tst_ScreenScenarios::networkingDies()
     QVERIFY(begin("daemon-restart", 0));
     QVERIFY(m_screen->click("interface_eth0"));
     QVERIFY(setAddress("10.20.0.99"));
-    QVERIFY(m_screen->waitForText("detailsOutcome", "The network service has stopped. eth0 may be without an address."));
+    QVERIFY(
+        m_screen->waitForText("detailsOutcome", "The network service has stopped. eth0 may be without an address."));
     QVERIFY(m_screen->click("back"));
     QVERIFY(m_screen->waitForText("networksAway", "The network service has stopped."));
     QVERIFY(m_unit->pass(1500));
@@ -226,7 +228,8 @@ void tst_ScreenScenarios::wifiIsRefused()
     QVERIFY(m_screen->click("wifiSwitch"));
     QVERIFY(m_unit->waitForRequest("wifi_power").isValid());
     QVERIFY(m_screen->property("wifiPage", "powering").value<QObject *>()->setProperty("deadline", 1));
-    QVERIFY(m_screen->waitForText("powerOutcome", "Wi-Fi has not gone off in time; the request may have been refused."));
+    QVERIFY(
+        m_screen->waitForText("powerOutcome", "Wi-Fi has not gone off in time; the request may have been refused."));
     // The first search is refused, too: the network that is in use is there all the same.
     QVERIFY(m_screen->click("network_Home"));
     QVERIFY(m_screen->waitForText("dialogAction", "Disconnect"));

@@ -8,7 +8,7 @@
 
 namespace {
 
-const QStringList papers{QStringLiteral("page"), QStringLiteral("card"), QStringLiteral("field")};
+const QStringList papers {QStringLiteral("page"), QStringLiteral("card"), QStringLiteral("field")};
 
 double linear(double channel)
 {
@@ -50,8 +50,8 @@ private:
 void tst_ScreenTheme::init()
 {
     QQmlComponent component(&m_engine);
-    component.setData("import QtQml 2.15\nimport \"qrc:/settings/controls\"\nQtObject { property QtObject theme: Theme }",
-                      QUrl());
+    component.setData(
+        "import QtQml 2.15\nimport \"qrc:/settings/controls\"\nQtObject { property QtObject theme: Theme }", QUrl());
     m_holder.reset(component.create());
     QVERIFY2(m_holder, qPrintable(component.errorString()));
     m_theme = m_holder->property("theme").value<QObject *>();
@@ -81,7 +81,8 @@ void tst_ScreenTheme::everyInkIsReadableOnEveryPaper()
     QStringList inks;
     const QMetaObject *type = m_theme->metaObject();
     for (int i = 0; i < type->propertyCount(); ++i) {
-        if (type->property(i).userType() == QMetaType::QColor && !papers.contains(QLatin1String(type->property(i).name())))
+        if (type->property(i).userType() == QMetaType::QColor
+            && !papers.contains(QLatin1String(type->property(i).name())))
             inks += QLatin1String(type->property(i).name());
     }
     inks.sort();

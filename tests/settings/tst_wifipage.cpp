@@ -104,7 +104,8 @@ void tst_WifiPage::joinsWithAPasskeyByTouch()
     QTRY_COMPARE(m_screen->property("network_Garage", "stateText").toString(), QStringLiteral("Connected"));
     QCOMPARE(m_screen->property("network_Home", "stateText").toString(), QString());
     QVERIFY(!m_screen->item("outcome_Garage"));
-    QCOMPARE(m_unit->published("/zop/services/wifi/status", "wifi_status").toObject().value("ssid").toString(), "Garage");
+    QCOMPARE(m_unit->published("/zop/services/wifi/status", "wifi_status").toObject().value("ssid").toString(),
+             "Garage");
     QTRY_COMPARE(m_screen->property("wifiSwitch", "stateText").toString().remove(QChar(0x2068)).remove(QChar(0x2069)),
                  QStringLiteral("Connected to “Garage”."));
 
@@ -164,8 +165,8 @@ void tst_WifiPage::tellsThatAPasskeyIsMissing()
     QVERIFY(m_screen->click("passkeyInput"));
     m_screen->type(QStringLiteral("short"));
     QVERIFY(m_screen->click("dialogAction"));
-    QVERIFY(m_screen->waitForText("dialogOutcome",
-                                  "A passkey has 8 to 63 plain letters, digits, blanks and signs, or 64 hexadecimal digits."));
+    QVERIFY(m_screen->waitForText(
+        "dialogOutcome", "A passkey has 8 to 63 plain letters, digits, blanks and signs, or 64 hexadecimal digits."));
 }
 
 void tst_WifiPage::tellsWhatGoesOutOfRange()
@@ -194,7 +195,8 @@ void tst_WifiPage::tellsWhatIsRefused()
     QVERIFY(m_unit->act("refuse", {{"message", "wnet_new"}, {"err", 28}, {"errmsg", "no room"}}));
     QVERIFY(m_screen->click("network_Café am Markt"));
     QVERIFY(m_screen->click("dialogAction"));
-    QVERIFY(m_screen->waitForText("dialogOutcome", "“Café am Markt” was not joined: the Wi-Fi service has refused it."));
+    QVERIFY(
+        m_screen->waitForText("dialogOutcome", "“Café am Markt” was not joined: the Wi-Fi service has refused it."));
 }
 
 void tst_WifiPage::tellsWhatMayComeOfACancelledAttempt()
@@ -270,12 +272,13 @@ void tst_WifiPage::showsNamesAsPlainText()
     QVERIFY(m_screen->waitFor("network_<b>bold</b>"));
     QCOMPARE(m_screen->property("wifiList", "count").toInt(), 4);
     int checked = 0;
-    for (const QString &name : {QStringLiteral("<b>bold</b>"), QStringLiteral("abc\u202edef"), QStringLiteral("two\nlines"),
-                                QString(32, QLatin1Char('W'))}) {
+    for (const QString &name : {QStringLiteral("<b>bold</b>"), QStringLiteral("abc\u202edef"),
+                                QStringLiteral("two\nlines"), QString(32, QLatin1Char('W'))}) {
         QVERIFY(m_screen->turnTo(qPrintable(QStringLiteral("network_") + name)));
         const QQuickItem *row = m_screen->item(QStringLiteral("network_") + name);
         for (const QQuickItem *item : m_screen->items()) {
-            if (!item->inherits("QQuickText") || !row->isAncestorOf(item) || item->property("text") != row->property("text"))
+            if (!item->inherits("QQuickText") || !row->isAncestorOf(item)
+                || item->property("text") != row->property("text"))
                 continue;
             ++checked;
             QCOMPARE(item->property("textFormat").toInt(), int(Qt::PlainText));
@@ -322,7 +325,8 @@ void tst_WifiPage::saysThatTheSwitchWasNotHeard()
     auto *request = m_screen->property("wifiPage", "powering").value<QObject *>();
     QVERIFY(m_unit->waitForRequest("wifi_power").isValid());
     QVERIFY(request->setProperty("deadline", 1));
-    QVERIFY(m_screen->waitForText("powerOutcome", "Wi-Fi has not gone off in time; the request may have been refused."));
+    QVERIFY(
+        m_screen->waitForText("powerOutcome", "Wi-Fi has not gone off in time; the request may have been refused."));
     QVERIFY(m_screen->property("wifiSwitch", "on").toBool());
     QVERIFY(!m_screen->property("wifiSwitch", "busy").toBool());
 }
