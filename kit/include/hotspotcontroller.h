@@ -31,7 +31,7 @@ class HotspotForm;
  * }
  * \endcode
  *
- * The profile is fetched when the service becomes ready, and again before anything is sent: other applications may have
+ * The profile is fetched when the service becomes ready, and again before it is sent: other applications may have
  * changed it. The passphrase is no property, stands in no text, and is wiped from the kit's own memory after use.
  */
 class MORVEK_KIT_EXPORT HotspotController : public NetworkController
@@ -72,27 +72,38 @@ public:
     /*! The hotspot's name, as it was read last. */
     QString name() const;
     /*!
-     * The fields of the profile, to be edited; owned by this. They follow what is read until one of them is edited, and
-     * again after apply() is done or HotspotForm::revert().
+     * The fields of the profile, to be edited; owned by this. Each follows what is read until it is edited, and again
+     * after apply() is done or HotspotForm::revert().
      */
     HotspotForm *form() const;
 
-    /*! Reads the profile. Deadline: 5 s. */
+    /*! Reads the profile. Deadline: 5 s. Refused when the daemon does not tell it. */
     Q_INVOKABLE morvek::NetworkRequest *fetch();
     /*!
      * Switches the hotspot; done when the daemon tells that it is so, also when it is so already. It starts with the
-     * profile that is fetched just before. Deadline: 20 s. Refused when the daemon refuses; Overtaken when the opposite
-     * is asked for meanwhile, or somebody else switches it back.
+     * profile that is fetched just before. Deadline: 20 s. It fails with
+     *
+     * - Refused: the daemon refuses that, or to tell its profile.
+     * - Overtaken: the opposite is asked for meanwhile, or it was switched back at once.
+     * - Busy: it is to be on while apply() is running.
+     * - Invalid: it cannot be on with the profile as it is.
      */
     Q_INVOKABLE morvek::NetworkRequest *setOn(bool on);
     /*!
-     * Writes what form() holds: fetches the profile, changes in it what was edited, writes it and reads it back. Done
-     * when what is read back is what was written; Overtaken when it is something else. Deadline: 15 s. Invalid when
-     * the form is not valid, or nothing has been read yet.
+     * Writes what form() holds now: fetches the profile, changes in it what was edited, writes it and reads it back.
+     * Done when what is read back is what was written. Deadline: 15 s. It fails with
+     *
+     * - Invalid: the form is not valid, or nothing has been read yet.
+     * - Refused: the daemon does not take the profile, or does not tell it.
+     * - Overtaken: what is read back is something else.
+     * - Busy: setOn(true) or another apply() is running.
      */
     Q_INVOKABLE morvek::NetworkRequest *apply();
 
-    /*! The passphrase as it was read last, for a driver who has asked to see it. Do not keep it. */
+    /*!
+     * The passphrase as it was read last, for a driver who has asked to see it; empty when there is none. Do not keep
+     * it.
+     */
     Q_INVOKABLE QString reveal() const;
 
 Q_SIGNALS:
