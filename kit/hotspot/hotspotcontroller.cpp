@@ -111,7 +111,6 @@ void HotspotController::onServiceReplaced()
 
 void HotspotController::onAvailabilityChanged()
 {
-    d->readAgain.stop();
     if (availability() == Ready) {
         d->isOn = d->service()->enabled();
         d->readAgain.setInterval(services()->retryPause());

@@ -352,6 +352,9 @@ void HotspotControllerTest::sharesWhatIsRead()
     QCOMPARE(m->controller->name(), QStringLiteral("Theirs"));
     QCOMPARE(endOf(other.setOn(true)), QStringLiteral("done"));
     QCOMPARE(stateOf(*m->controller), QStringLiteral("On, on"));
+    // One that comes late, too, knows at once what only changes tell.
+    const HotspotController late(m->services.get());
+    QCOMPARE(stateOf(late), QStringLiteral("On, on"));
 }
 
 void HotspotControllerTest::stateComesBeforeItsSignals()
