@@ -49,7 +49,7 @@ void HotspotApply::change(const WifiHotspot &present)
     if (!isValid()) // any more
         return;
     const KeptProfile kept(present);
-    m_wanted = controller()->applied(*m_form, kept);
+    m_wanted = Hotspot::applied(*m_form, kept);
     // What the library takes for empty, though it is not, is written as it takes it.
     if (m_wanted == kept && !present.isEmpty()) {
         succeed();

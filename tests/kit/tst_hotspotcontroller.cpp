@@ -27,6 +27,7 @@ private Q_SLOTS:
     void fetchesAgainWhenTheDaemonIsBack();
     void triesAgainEverMoreRarely();
     void doesNotTryAgainWhenOthersHaveRead();
+    void readsOnce();
     void isOnFromTheStart();
     void isToldWhoeverSwitches();
     void ignoresStatesThatAreNone();
@@ -37,6 +38,7 @@ private Q_SLOTS:
     void fetchIsCancelled();
     void fetchIsLost();
     void fetchIsLostWithTheServices();
+    void servicesEndBeforeAnythingIsRead();
     void fetchIsNotReady();
     void tellsDifferencesOnly();
     void formFollowsWhatIsRead();
@@ -105,12 +107,12 @@ void HotspotControllerTest::fetchesAgainWhenTheDaemonIsBack()
 
 void HotspotControllerTest::triesAgainEverMoreRarely()
 {
-    m->services->setRetryPause(10);
+    m->services->setRetryPause(40);
     m->daemon.refuse("retrieve_profile");
     QElapsedTimer time;
     time.start();
     QVERIFY(waitForRequest(m->daemon, "retrieve_profile", 5));
-    QVERIFY2(time.elapsed() >= 130, qPrintable(QString::number(time.elapsed()))); // 10 + 20 + 40 + 80, roughly
+    QVERIFY2(time.elapsed() >= 560, qPrintable(QString::number(time.elapsed()))); // 40 + 80 + 160 + 320, roughly
     QVERIFY(!m->controller->isProfileKnown());
     m->daemon.answers.clear();
     QTRY_COMPARE(m->controller->name(), Car);
@@ -133,6 +135,20 @@ void HotspotControllerTest::doesNotTryAgainWhenOthersHaveRead()
     QCOMPARE(endOf(m->controller->fetch()), QStringLiteral("done"));
     QTRY_VERIFY(later.isProfileKnown());
     QCOMPARE(m->daemon.requests, QStringList({Fetch, Fetch, Fetch, Fetch}));
+}
+
+void HotspotControllerTest::readsOnce()
+{
+    m->services->setRetryPause(50);
+    QVERIFY(m->waitForProfile());
+    m->daemon.refuse("retrieve_profile");
+    NetworkServices others;
+    others.setRetryPause(50);
+    const HotspotController later(&others);
+    QVERIFY(waitForRequest(m->daemon, "retrieve_profile"));
+    m->daemon.answers.clear();
+    QTRY_VERIFY(later.isProfileKnown());
+    QCOMPARE(m->daemon.requests, QStringList({Fetch, Fetch}));
 }
 
 void HotspotControllerTest::isOnFromTheStart()
@@ -279,6 +295,16 @@ void HotspotControllerTest::fetchIsLostWithTheServices()
     QCOMPARE(endOf(m->controller->fetch()), QStringLiteral("NotReady"));
 }
 
+void HotspotControllerTest::servicesEndBeforeAnythingIsRead()
+{
+    m->daemon.silentTo += Fetch;
+    QVERIFY(waitForRequest(m->daemon, "retrieve_profile"));
+    m->services.reset();
+    QCOMPARE(endOf(m->controller->fetch()), QStringLiteral("NotReady")); // after the end of the controller's own
+    QCOMPARE(stateOf(*m->controller), QStringLiteral("NotReady"));
+    QVERIFY(!m->controller->isProfileKnown());
+}
+
 void HotspotControllerTest::fetchIsNotReady()
 {
     const NetworkRequest *request = m->controller->fetch();
@@ -331,9 +357,9 @@ void HotspotControllerTest::formFollowsWhatIsRead()
 
 void HotspotControllerTest::readsAnEmptyProfile()
 {
-    QVERIFY(m->waitForProfile());
     m->daemon.profile = QJsonObject();
-    QCOMPARE(endOf(m->controller->fetch()), QStringLiteral("done"));
+    QSignalSpy changed(m->controller.get(), &HotspotController::profileChanged);
+    QTRY_COMPARE(changed.count(), 1);
     QVERIFY(m->controller->isProfileKnown());
     QVERIFY(m->controller->name().isEmpty());
     QCOMPARE(m->form()->nameFault(), HotspotForm::Missing);
