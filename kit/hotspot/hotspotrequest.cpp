@@ -58,28 +58,23 @@ QString HotspotRequest::early(Failure why, const QString &outlook)
     }
 }
 
+// Its end may be on the way already.
 void HotspotRequest::release()
 {
-    if (m_operation)
-        m_operation->deleteLater();
-    m_operation = nullptr;
+    if (!m_operation)
+        return;
+    m_operation->disconnect(this);
+    m_operation->deleteLater();
 }
 
 template<typename Operation>
 void HotspotRequest::await(Operation *operation, const std::function<void(Operation *operation)> &next)
 {
-    if (m_operation)
-        m_operation->deleteLater();
+    HotspotRequest::release(); // of what has led here
     m_operation = operation;
     operation->setParent(this);
-    const auto unlessEnded = [this, operation](const auto &step) {
-        return [this, operation, step] {
-            if (!hasEnded() && operation == m_operation)
-                step(operation);
-        };
-    };
-    connect(operation, &Operation::success, this, unlessEnded(next));
-    connect(operation, &Operation::failure, this, unlessEnded([this](const Operation *failed) { onFailure(failed); }));
+    connect(operation, &Operation::success, this, [operation, next] { next(operation); });
+    connect(operation, &Operation::failure, this, [this, operation] { onFailure(operation); });
 }
 
 // The library tells a refusal and the death of the daemon with the same words.

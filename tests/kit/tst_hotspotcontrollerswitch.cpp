@@ -33,10 +33,11 @@ private Q_SLOTS:
     void answerOfAnotherKind();
     void neverComesTrue_data();
     void neverComesTrue();
-    void isNeverAnswered_data();
+    void isNeverAnswered_data() { addStages(); }
     void isNeverAnswered();
     void isCancelled();
     void cancelledWhileReadingAsksForNothing();
+    void cancelledWhenTheSettingsAreThere();
     void isOvertakenWhileReading();
     void isOvertakenWhenAsked();
     void isOvertakenOnItsWayOff();
@@ -45,7 +46,7 @@ private Q_SLOTS:
     void isAskedForTwice();
     void waitsForChangesOfTheProfile();
     void switchesOffDuringChangesOfTheProfile();
-    void isLost_data();
+    void isLost_data() { addStages(); }
     void isLost();
     void isLostWhenTheDaemonIsReplacedAtOnce();
     void incompleteProfiles_data();
@@ -54,6 +55,7 @@ private Q_SLOTS:
     void doesNotWriteThatForEver();
 
 private:
+    static void addStages();
     /*! Starts with the hotspot on. */
     void beOn();
 
@@ -219,24 +221,21 @@ void HotspotControllerSwitchTest::neverComesTrue()
     QCOMPARE(request->failure(), NetworkRequest::TimedOut);
 }
 
-void HotspotControllerSwitchTest::isNeverAnswered_data()
+void HotspotControllerSwitchTest::addStages()
 {
     QTest::addColumn<bool>("on");
     QTest::addColumn<QString>("message");
-    QTest::addColumn<QString>("sentence");
-    QTest::addRow("reading") << true << Fetch
-                             << QStringLiteral("The hotspot service does not answer. The hotspot was not switched on.");
-    QTest::addRow("on") << true << QStringLiteral("start")
-                        << QStringLiteral("The hotspot service does not answer. The hotspot may still come on.");
-    QTest::addRow("off") << false << Stop
-                         << QStringLiteral("The hotspot service does not answer. The hotspot may still go off.");
+    QTest::addColumn<QString>("outlook");
+    QTest::addRow("reading") << true << Fetch << QStringLiteral("The hotspot was not switched on.");
+    QTest::addRow("on") << true << QStringLiteral("start") << QStringLiteral("The hotspot may still come on.");
+    QTest::addRow("off") << false << Stop << QStringLiteral("The hotspot may still go off.");
 }
 
 void HotspotControllerSwitchTest::isNeverAnswered()
 {
     QFETCH(bool, on);
     QFETCH(QString, message);
-    QFETCH(QString, sentence);
+    QFETCH(QString, outlook);
     if (!on)
         beOn();
     m->daemon.silentTo += message;
@@ -244,7 +243,7 @@ void HotspotControllerSwitchTest::isNeverAnswered()
     QVERIFY(waitForRequest(m->daemon, qPrintable(message)));
     request->setDeadline(1);
     QCOMPARE(endOf(request), QStringLiteral("TimedOut"));
-    QCOMPARE(request->sentence(), sentence);
+    QCOMPARE(request->sentence(), QStringLiteral("The hotspot service does not answer. ") + outlook);
 }
 
 void HotspotControllerSwitchTest::isCancelled()
@@ -276,6 +275,18 @@ void HotspotControllerSwitchTest::cancelledWhileReadingAsksForNothing()
     QCOMPARE(endOf(request), QStringLiteral("Cancelled"));
     QCOMPARE(request->sentence(), QStringLiteral("Cancelled. The hotspot was not switched on."));
     m->daemon.speak("retrieve_profile");
+    QCOMPARE(endOf(m->controller->fetch()), QStringLiteral("done"));
+    QCOMPARE(m->daemon.requests, QStringList({Fetch, Fetch}));
+}
+
+// The library has the end of its operation on the way.
+void HotspotControllerSwitchTest::cancelledWhenTheSettingsAreThere()
+{
+    m->daemon.change("ssid", QStringLiteral("Theirs"));
+    NetworkRequest *request = m->controller->setOn(true);
+    connect(m->controller.get(), &HotspotController::profileChanged, request, &NetworkRequest::cancel);
+    QCOMPARE(endOf(request), QStringLiteral("Cancelled"));
+    QCOMPARE(request->sentence(), QStringLiteral("Cancelled. The hotspot was not switched on."));
     QCOMPARE(endOf(m->controller->fetch()), QStringLiteral("done"));
     QCOMPARE(m->daemon.requests, QStringList({Fetch, Fetch}));
 }
@@ -389,24 +400,11 @@ void HotspotControllerSwitchTest::switchesOffDuringChangesOfTheProfile()
     QCOMPARE(endOf(apply), QStringLiteral("done"));
 }
 
-void HotspotControllerSwitchTest::isLost_data()
-{
-    QTest::addColumn<bool>("on");
-    QTest::addColumn<QString>("message");
-    QTest::addColumn<QString>("sentence");
-    QTest::addRow("reading") << true << Fetch
-                             << QStringLiteral("The hotspot service has stopped. The hotspot was not switched on.");
-    QTest::addRow("on") << true << QStringLiteral("start")
-                        << QStringLiteral("The hotspot service has stopped. The hotspot may still come on.");
-    QTest::addRow("off") << false << Stop
-                         << QStringLiteral("The hotspot service has stopped. The hotspot may still go off.");
-}
-
 void HotspotControllerSwitchTest::isLost()
 {
     QFETCH(bool, on);
     QFETCH(QString, message);
-    QFETCH(QString, sentence);
+    QFETCH(QString, outlook);
     if (!on)
         beOn();
     m->daemon.silentTo += message;
@@ -414,7 +412,7 @@ void HotspotControllerSwitchTest::isLost()
     QVERIFY(waitForRequest(m->daemon, qPrintable(message)));
     m->daemon.die();
     QCOMPARE(endOf(request), QStringLiteral("Lost"));
-    QCOMPARE(request->sentence(), sentence);
+    QCOMPARE(request->sentence(), QStringLiteral("The hotspot service has stopped. ") + outlook);
     QTRY_COMPARE(m->controller->state(), HotspotController::NotReady);
     m->daemon.silentTo.clear();
     m->daemon.comeBack();
