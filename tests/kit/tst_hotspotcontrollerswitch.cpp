@@ -285,6 +285,7 @@ void HotspotControllerSwitchTest::cancelledWhenTheSettingsAreThere()
     m->daemon.change("ssid", QStringLiteral("Theirs"));
     NetworkRequest *request = m->controller->setOn(true);
     connect(m->controller.get(), &HotspotController::profileChanged, request, &NetworkRequest::cancel);
+    QVERIFY(QSignalSpy(request, &NetworkRequest::finished).wait()); // in an event loop that deletes nothing early
     QCOMPARE(endOf(request), QStringLiteral("Cancelled"));
     QCOMPARE(request->sentence(), QStringLiteral("Cancelled. The hotspot was not switched on."));
     QCOMPARE(endOf(m->controller->fetch()), QStringLiteral("done"));
