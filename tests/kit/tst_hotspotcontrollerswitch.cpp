@@ -41,6 +41,7 @@ private Q_SLOTS:
     void isOvertakenWhileReading();
     void isOvertakenWhenAsked();
     void isOvertakenOnItsWayOff();
+    void goesOffAndOnAgain();
     void overtakingIsRefused();
     void isSwitchedBackAtOnce();
     void isAskedForTwice();
@@ -264,6 +265,15 @@ void HotspotControllerSwitchTest::isCancelled()
     request->cancel();
     QCOMPARE(endOf(request), QStringLiteral("Cancelled"));
     QCOMPARE(request->sentence(), QStringLiteral("Cancelled. The hotspot may still go off."));
+
+    m->daemon.performs = false;
+    m->daemon.silentTo.clear();
+    request = m->controller->setOn(false);
+    QVERIFY(waitForRequest(m->daemon, "stop", 2));
+    QCOMPARE(endOf(m->controller->fetch()), QStringLiteral("done")); // so that was answered, too
+    request->cancel();
+    QCOMPARE(endOf(request), QStringLiteral("Cancelled"));
+    QCOMPARE(request->sentence(), QStringLiteral("Cancelled. The hotspot may still go off."));
 }
 
 void HotspotControllerSwitchTest::cancelledWhileReadingAsksForNothing()
@@ -331,6 +341,24 @@ void HotspotControllerSwitchTest::isOvertakenOnItsWayOff()
     QCOMPARE(off->sentence(), QStringLiteral("The hotspot is to be switched on instead."));
     QCOMPARE(endOf(on), QStringLiteral("done"));
     QCOMPARE(m->daemon.requests, QStringList({Stop, Fetch, Start}));
+}
+
+// What the first request has brought about is no answer to the second.
+void HotspotControllerSwitchTest::goesOffAndOnAgain()
+{
+    beOn();
+    m->daemon.performs = false;
+    m->daemon.silentTo += QStringLiteral("start");
+    m->controller->setOn(false);
+    QVERIFY(waitForRequest(m->daemon, "stop"));
+    const NetworkRequest *on = m->controller->setOn(true);
+    QVERIFY(waitForRequest(m->daemon, "start"));
+    m->daemon.setActive(false);
+    QTRY_VERIFY(!m->controller->isOn());
+    QCOMPARE(m->controller->state(), HotspotController::SwitchingOn);
+    m->daemon.speak("start");
+    m->daemon.setActive(true);
+    QCOMPARE(endOf(on), QStringLiteral("done"));
 }
 
 void HotspotControllerSwitchTest::overtakingIsRefused()
