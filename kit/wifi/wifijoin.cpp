@@ -171,14 +171,13 @@ void WifiJoin::compare()
 {
     if (hasEnded() || !hasStation())
         return;
-    const WifiService &service = *station().service();
-    if (!service.powered()) {
+    if (!station().state().powered) {
         if (m_phase != Looking)
             station().withdraw(); // or it would be joined when the radio is on again
         onRadioOff();
         return;
     }
-    const WifiAccessPoint joined = service.connectedAccessPoint();
+    const WifiAccessPoint joined = station().service()->connectedAccessPoint();
     // The library also takes for the outcome what the former network tells until the station leaves it.
     const bool isFormer = !m_hasLeft && joined.ssid() == m_former;
     if (m_phase == Looking || joined.isEmpty() || isFormer)
@@ -210,7 +209,7 @@ void WifiJoin::onEvent(const QString &event)
 
 void WifiJoin::onFailed()
 {
-    if (hasEnded() || m_phase != Joining)
+    if (hasEnded())
         return;
     const QString text = m_operation->error().message();
     if (text == FailedText && std::exchange(m_anotherHasFailed, false))
@@ -264,16 +263,18 @@ QString WifiJoin::withdraw()
         return QString();
     // Otherwise the daemon would go on trying, and join it some time when nobody expects it any more.
     station().withdraw();
-    if (!station().state().isConnected())
+    const WifiAccessPoint present = station().service()->connectedAccessPoint();
+    if (present.isEmpty())
         return tr("“%1” may still be joined.").arg(named(subject()));
-    return tr("The unit is still connected to “%1”, and may yet leave it.")
-        .arg(named(station().state().accessPoint.ssid()));
+    return tr("The unit is still connected to “%1”, and may yet leave it.").arg(named(present.ssid()));
 }
 
 QString WifiJoin::giveUp(Failure why)
 {
-    if (why == TimedOut && m_phase == Judging)
+    if (why == TimedOut && m_phase == Judging) {
         notLetIn();
+        return QString();
+    }
     if (why == Lost)
         return m_phase == Looking
             ? QString()

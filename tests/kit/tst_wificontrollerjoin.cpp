@@ -30,6 +30,7 @@ private Q_SLOTS:
     void passkeyIsWrong();
     void isNotLetIn_data();
     void isNotLetIn();
+    void isNotLetInWithoutScans_data();
     void isNotLetInWithoutScans();
     void isLetInAfterAll();
     void openOneLetsNobodyIn();
@@ -49,8 +50,10 @@ private Q_SLOTS:
     void isOvertakenByAnotherNetwork();
     void isOvertakenByAnOpenTwin();
     void isOvertakenByTheRadio();
+    void isOvertakenByTheRadioWhileConnected();
     void daemonDies_data();
     void daemonDies();
+    void deathIsNoRefusal();
     void whatADeadDaemonWasAskedIsNotInTheWay();
     void controllerIsDeletedMeanwhile();
 
@@ -352,15 +355,28 @@ void WifiControllerJoinTest::isNotLetIn()
     QCOMPARE(m_unit->endOf(join("Garage", "open sesame 42")), QStringLiteral("done"));
 }
 
+void WifiControllerJoinTest::isNotLetInWithoutScans_data()
+{
+    QTest::addColumn<int>("deadline");
+    QTest::newRow("when there is time") << 1200;
+    QTest::newRow("when there is none") << 1;
+}
+
 void WifiControllerJoinTest::isNotLetInWithoutScans()
 {
+    QFETCH(int, deadline);
     NetworkRequest *request = joinMute();
     QVERIFY(request);
     QVERIFY(fault("refuse", "scan", {{QStringLiteral("err"), 16}}));
+    const int before = m_unit->askedSoFar();
     QVERIFY(act("wifi-event", {{QStringLiteral("text"), QStringLiteral("CTRL-EVENT-SSID-TEMP-DISABLED id=1")}}));
-    request->setDeadline(1200);
+    QVERIFY(m_unit->unit.waitForRequest(QStringLiteral("scan"), {}, before).isValid());
+    request->setDeadline(deadline);
     QCOMPARE(m_unit->endOf(request),
              QString::fromUtf8("WrongPasskey: “Mute” has not let the unit in: the passkey is wrong, as a rule."));
+    QCOMPARE(m_unit->endOf(wifi().setPowered(false)), QStringLiteral("done"));
+    QCOMPARE(m_unit->asked(before),
+             QStringList({QStringLiteral("scan"), QStringLiteral("wnet_disableall"), QStringLiteral("wifi_power")}));
 }
 
 /*! The daemon tries again while it is being looked why it has failed. */
@@ -563,6 +579,17 @@ void WifiControllerJoinTest::isOvertakenByTheRadio()
     QVERIFY(waitFor("wnet_disableall")); // or it would be joined when the radio is on again
 }
 
+/*! It costs the present network, too. */
+void WifiControllerJoinTest::isOvertakenByTheRadioWhileConnected()
+{
+    NetworkRequest *request = joinInVain();
+    QVERIFY(request);
+    QVERIFY(act("radio-off"));
+    QCOMPARE(m_unit->endOf(request), QStringLiteral("Overtaken: Wi-Fi was switched off meanwhile."));
+    QCOMPARE(m_unit->endOf(wifi().setPowered(true)), QStringLiteral("done"));
+    QCOMPARE(m_unit->asked().count(QStringLiteral("wnet_disableall")), 1);
+}
+
 void WifiControllerJoinTest::daemonDies_data()
 {
     QTest::addColumn<QString>("message");
@@ -598,6 +625,17 @@ void WifiControllerJoinTest::daemonDies()
         QVERIFY(act("daemon-back", {{QStringLiteral("daemon"), QStringLiteral("wifi")}}));
     QVERIFY(m_unit->unit.waitForReady(&wifi()));
     QCOMPARE(m_unit->endOf(join("Garage", "open sesame 42")), QStringLiteral("done"));
+}
+
+/*! The library tells both in the same way, and a daemon that is killed is not missed at once. */
+void WifiControllerJoinTest::deathIsNoRefusal()
+{
+    NetworkRequest *request = joinInVain();
+    QVERIFY(request);
+    m_unit->services->setWatchPause(500);
+    m_unit->unit.kill();
+    QCOMPARE(m_unit->endOf(request),
+             QString::fromUtf8("Lost: The Wi-Fi service has stopped; “Garage” may have been joined all the same."));
 }
 
 /*! The library goes on waiting for what it was asked, and would be busy with that for ever. */

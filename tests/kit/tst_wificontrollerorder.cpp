@@ -41,6 +41,8 @@ private Q_SLOTS:
     void leavesAndIsBackAtOnce();
     void oneUpdateIsOneChange();
 
+    void statusComesLater();
+
     void serviceIsBusy();
     void serviceIsToldToLeave();
     void servicesAreDeletedMeanwhile();
@@ -249,6 +251,22 @@ void WifiControllerOrderTest::oneUpdateIsOneChange()
     const NetworkRequest *scan = wifi().scan();
     QCOMPARE(endOf(scan), QStringLiteral("done"));
     QCOMPARE(told.take(), QStringList({QStringLiteral("Off off"), QStringLiteral("Disconnected on")}));
+}
+
+/*! What the library does not tell is looked at as soon as it is there. */
+void WifiControllerOrderTest::statusComesLater()
+{
+    NetworkServices services;
+    const PlainController plain(PlainController::Wifi, &services);
+    QTRY_COMPARE(plain.availability(), NetworkController::Ready);
+    QVERIFY(ZopObject::remove(PlayedDaemon::statusOf(PlayedDaemon::Wifi)));
+    const WifiController late(&services);
+    QTRY_COMPARE(late.state(), WifiController::Disconnected);
+    m->daemon.die();
+    m->daemon.comeBack();
+    QTRY_COMPARE(late.state(), WifiController::Connected);
+    m->daemon.tellConnection("Home", "09");
+    QTRY_COMPARE(late.bssid(), QStringLiteral("02:00:00:00:60:09"));
 }
 
 /*! With something that this kit has not asked for. */
