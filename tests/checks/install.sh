@@ -52,8 +52,11 @@ done
 for library in "$prefix"/lib*/libmorvek-*.so.1; do
     searches "$library" "\$ORIGIN"
 done
+for module in "$prefix"/lib*/qml/Morvek/*/lib*.so; do
+    searches "$module" "\$ORIGIN/../../.."
+done
 
-for example in interfaces statusbar wifitile; do
+for example in first interfaces statusbar wifitile; do
     if ! cmake -S "examples/$example" -B "$work/$example" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null \
         || ! cmake --build "$work/$example" >/dev/null; then
         mistake "examples/$example does not build with CMake"
@@ -122,6 +125,15 @@ $prefix/bin/with-pkg-config $name is
 $work/interfaces/interfaces-example $name is
 $work/statusbar/statusbar-example wlan0 192.168.43.17 |
 END
+
+# QML finds the module and its types there, and the sentences of the kit their translations.
+for file in "$libraries"/qml/Morvek/Network/{qmldir,plugins.qmltypes} \
+    "$prefix"/share/morvek/translations/morvek-network-kit_de.qm; do
+    [[ -s $file ]] || mistake "$file is not installed"
+done
+QT_QPA_PLATFORM=offscreen QML2_IMPORT_PATH=$libraries/qml timeout 20 \
+    "$(pkg-config --variable=host_bins Qt5Core)/qmlscene" --quit examples/first/qml/step1.qml \
+    || mistake "the installed QML module is not found"
 
 # Shells and the manual find what is theirs.
 share=$prefix/share

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick 2.15
+import Morvek.Network 1.0
+
+Rectangle {
+    id: screen
+
+    property NetworkRequest request: null
+
+    width: 800
+    height: 480
+
+    NetworkServices {
+        id: network
+    }
+    WifiController {
+        id: wifi
+        services: network
+        looking: true
+    }
+
+    Text {
+        id: heading
+        text: wifi.stateText
+        font.pixelSize: 32
+    }
+    Text {
+        anchors.top: heading.bottom
+        text: screen.request ? screen.request.sentence : ""
+        textFormat: Text.PlainText
+        font.pixelSize: 24
+    }
+    ListView {
+        anchors.fill: parent
+        anchors.topMargin: 80
+        model: wifi.networks
+        delegate: Text {
+            required property string ssid
+            required property string displayName
+            required property string security
+            required property bool inUse
+
+            height: 80
+            text: displayName + ", " + security
+            textFormat: Text.PlainText
+            font.pixelSize: 32
+            font.bold: inUse
+
+            TapHandler {
+                onTapped: screen.request = wifi.join(parent.ssid)
+            }
+        }
+    }
+}
