@@ -99,11 +99,8 @@ bool InterfaceChange::isApplied(const NetworkInterface &networkInterface, const 
     return config.type() == NetworkInterfaceConfig::Auto || present == config;
 }
 
-void InterfaceChange::onServiceReplaced()
-{
-    if (m_index >= 0)
-        end(Died);
-}
+// It is of no use to one that begins when the service is ready: that one stays.
+void InterfaceChange::onServiceReplaced() { }
 
 void InterfaceChange::onAvailabilityChanged()
 {
@@ -195,13 +192,10 @@ void InterfaceChange::look()
             m_settle.stop();
         else if (!m_settle.isActive())
             m_settle.start();
-    } else {
-        m_settle.stop();
-        if (isLast())
-            end(Applied);
-        else
-            next();
-    }
+    } else if (isLast())
+        end(Applied);
+    else
+        next();
 }
 
 void InterfaceChange::onSettled()
@@ -233,7 +227,6 @@ void InterfaceChange::setHeld(bool held)
 
 void InterfaceChange::end(End end, int code, const QString &text)
 {
-    m_settle.stop();
     if (!std::exchange(m_hasEnded, true))
         Q_EMIT ended(end, code, text);
     if (end != Applied)

@@ -100,7 +100,6 @@ void InterfaceController::onServiceReplaced()
         d->bell = new InterfaceBell(service, this);
         connect(d->bell, &InterfaceBell::rung, this, [this] { d->read(); });
     }
-    d->read();
 }
 
 void InterfaceController::onAvailabilityChanged()
@@ -108,11 +107,11 @@ void InterfaceController::onAvailabilityChanged()
     d->read();
 }
 
-/*! Takes over what the service knows; what it has told last stays when it knows nothing. */
+/*! Takes over what the service knows; what it has told last stays when it is gone. */
 void InterfaceController::Private::read()
 {
     const auto *service = static_cast<NetworkInterfaceService *>(q->service());
-    if (!service || !service->ready())
+    if (!service)
         return;
     const NetworkInterface now = service->preferredInterface();
     const bool hasChanged = now.name() != preferred || now.connected() != isOnline;

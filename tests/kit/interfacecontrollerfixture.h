@@ -65,6 +65,8 @@ protected:
     }
     Model::State state(const char *name) const { return told(name, Model::StateRole).value<Model::State>(); }
     bool isIdle() const { return m_services->isIdle(); }
+    /*! Whether nothing of a request is left that could still do something. */
+    bool isNothingLeft() const { return m_services->findChildren<morvek::NetworkController *>().isEmpty(); }
 
     /*! The requests that the daemon has got, a line each. */
     static QStringList requests()
@@ -112,6 +114,8 @@ protected:
         if (!QTest::qWaitFor([&] { return !request->isRunning(); }, 20000))
             return QStringLiteral("open");
         QString sentence = request->sentence();
+        if (sentence.size() + 24 - int(qstrlen("en0")) > 120)
+            return QStringLiteral("too long with a name of 24 characters: ") + sentence;
         sentence.remove(QChar(0x2068)).remove(QChar(0x2069));
         return request->isDone() ? QStringLiteral("done") + sentence
                                  : QVariant::fromValue(request->failure()).toString() + QStringLiteral(": ") + sentence;

@@ -129,11 +129,14 @@ void TestInterfaceController::followsThePreferred()
     QCOMPARE(m_controller->preferred(), QStringLiteral("en1"));
     QCOMPARE(told("en1", Model::PreferredRole), QVariant(true));
     QCOMPARE(told("en0", Model::PreferredRole), QVariant(false));
+    changeStatus("default_interface", text("en0"));
+    QVERIFY(changed.wait());
+    QCOMPARE(m_controller->preferred(), QStringLiteral("en0"));
     changeStatus("default_interface", text(""));
     QVERIFY(changed.wait());
     QCOMPARE(m_controller->preferred(), QString());
     QVERIFY(!m_controller->isOnline());
-    QCOMPARE(changed.count(), 2);
+    QCOMPARE(changed.count(), 3);
 }
 
 void TestInterfaceController::losesThePreferredSilently()
@@ -224,6 +227,8 @@ void TestInterfaceController::isHealed()
     QTRY_COMPARE(heard, QStringList {QStringLiteral("1en0")});
     addInterface("en1", wired());
     QTRY_COMPARE(controller.interfaces()->count(), 2);
+    // The model, and what listens to the service.
+    QTRY_COMPARE(controller.children().size(), 2);
 }
 
 void TestInterfaceController::sharesItsServices()

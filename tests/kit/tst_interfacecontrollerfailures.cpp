@@ -31,6 +31,7 @@ private Q_SLOTS:
 
     void isOvertaken_data();
     void isOvertaken();
+    void isOvertakenWhileMoreIsTold();
     void isNotOvertakenForAMoment_data();
     void isNotOvertakenForAMoment();
 
@@ -209,6 +210,19 @@ void TestInterfaceControllerFailures::isOvertaken()
     QVERIFY2(timer.elapsed() >= 450 && timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
 }
 
+void TestInterfaceControllerFailures::isOvertakenWhileMoreIsTold()
+{
+    const Request *request = configureManual("en0");
+    releaseInterface("en0");
+    ZopDouble::answer(1);
+    connectInterface("en0", "yes", "10.0.0.8/255.0.0.0", "10.0.0.1");
+    QTimer teller;
+    int mtu = 1000;
+    connect(&teller, &QTimer::timeout, this, [&] { change("en0", "mtu", ZopVariant(++mtu)); });
+    teller.start(50);
+    QVERIFY(InterfaceControllerFixture::end(request).startsWith(QLatin1String("Overtaken")));
+}
+
 void TestInterfaceControllerFailures::isNotOvertakenForAMoment_data()
 {
     QTest::addColumn<QString>("attribute"); // which tells that the other configuration is over
@@ -318,7 +332,7 @@ void TestInterfaceControllerFailures::isCancelledAtItsRelease()
     QVERIFY(!isIdle());
     releaseInterface("en0");
     QVERIFY(!isIdle());
-    QTRY_VERIFY(isIdle());
+    QTRY_VERIFY_WITH_TIMEOUT(isIdle() && isNothingLeft(), 2000); // before it would be given up
     QCOMPARE(ZopDouble::commands().size(), 2);
 }
 
@@ -423,6 +437,9 @@ void TestInterfaceControllerFailures::namesFromOutsideAreShown()
     QTRY_VERIFY(!request->isRunning());
     QCOMPARE(request->sentence(), QStringLiteral(u"\u2068abcdefghijklmnopqrstuvw\u2026\u2069 is not there."));
     QCOMPARE(request->subject(), QStringLiteral("abcdefghijklmnopqrstuvwxyz"));
+    const Request *longest = m_controller->configureAutomatic(QStringLiteral("abcdefghijklmnopqrstuvwx"));
+    QTRY_VERIFY(!longest->isRunning());
+    QCOMPARE(longest->sentence(), QStringLiteral(u"\u2068abcdefghijklmnopqrstuvwx\u2069 is not there."));
 }
 
 QTEST_GUILESS_MAIN(TestInterfaceControllerFailures)

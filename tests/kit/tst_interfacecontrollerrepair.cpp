@@ -95,6 +95,7 @@ void TestInterfaceControllerRepair::choosesTheAddress_data()
     QTest::newRow("one") << QByteArray("en0") << QByteArray("02:00:00:00:00:01") << "169.254.39.95";
     QTest::newRow("another unit's") << QByteArray("en0") << QByteArray("02:00:00:00:00:02") << "169.254.4.146";
     QTest::newRow("another") << QByteArray("en1") << QByteArray("02:00:00:00:00:01") << "169.254.56.214";
+    QTest::newRow("beyond the last") << QByteArray("en18") << QByteArray("02:00:00:00:00:01") << "169.254.1.63";
     QTest::newRow("no hardware address") << QByteArray("tun0") << QByteArray() << "169.254.164.212";
 }
 
@@ -137,7 +138,14 @@ void TestInterfaceControllerRepair::isInvalidForOthers()
 void TestInterfaceControllerRepair::isHelpedByALease()
 {
     const Request *request = m_controller->repair(QStringLiteral("en0"));
-    connectInterface("en0", "no", "10.0.0.5/255.0.0.0", "10.0.0.1");
+    change("en0", "connected", text("true"));
+    settle();
+    QVERIFY(request->isRunning());
+    change("en0", "connected", text("false"));
+    change("en0", "ip_addresses", json(R"(["10.0.0.5/255.0.0.0"])"));
+    settle();
+    QVERIFY(request->isRunning());
+    change("en0", "connected", text("true"));
     QCOMPARE(InterfaceControllerFixture::end(request), QStringLiteral("done"));
 }
 

@@ -60,6 +60,7 @@ private Q_SLOTS:
     void waitsForALease();
     void waitsForALeaseFromItsLoss();
     void waitsForSeveralLeases();
+    void waitsForEachLease();
     void isConfiguring();
     void configuresWhatIsNotThereYet();
     void hasNothingElsewhere();
@@ -417,6 +418,23 @@ void TestInterfaceModel::waitsForSeveralLeases()
     QCOMPARE(state(*m_model, "en1"), InterfaceModel::Obtaining);
     QCOMPARE(state(*m_model, "en0"), InterfaceModel::WithoutAddress);
     QTRY_COMPARE(state(*m_model, "en1"), InterfaceModel::WithoutAddress);
+}
+
+void TestInterfaceModel::waitsForEachLease()
+{
+    m_model->setLeaseTime(300);
+    QElapsedTimer timer;
+    timer.start();
+    addInterface("en0", unplugged());
+    read();
+    QTRY_VERIFY(timer.elapsed() > 100);
+    addInterface("en1", unplugged());
+    read();
+    m_mirror->takeTold();
+    QTRY_COMPARE(state(*m_model, "en1"), InterfaceModel::WithoutAddress);
+    QCOMPARE(
+        m_mirror->takeTold(),
+        (QStringList {QStringLiteral("change 0-0 state stateText"), QStringLiteral("change 1-1 state stateText")}));
 }
 
 void TestInterfaceModel::isConfiguring()
