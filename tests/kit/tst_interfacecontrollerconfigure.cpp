@@ -31,6 +31,7 @@ private Q_SLOTS:
     void waitsForTheConnection();
     void isAppliedInParts();
     void isReleasedInParts();
+    void isReleasedByItsAddresses();
     void isNotReleasedByOthers();
     void releasesOneWithoutAddresses();
     void readsTheFormAtOnce();
@@ -186,6 +187,16 @@ void TestInterfaceControllerConfigure::isReleasedInParts()
     change("en0", "ip_addresses", json("[]"));
     QTRY_VERIFY(isIdle());
     QCOMPARE(requests(), (QStringList {Disconnect, ConnectManual}));
+}
+
+void TestInterfaceControllerConfigure::isReleasedByItsAddresses()
+{
+    addInterface("en0", wired());
+    configureManual("en0");
+    releaseAddresses("en0");
+    QTRY_VERIFY(isIdle());
+    QCOMPARE(requests(), (QStringList {Disconnect, ConnectManual}));
+    QVERIFY(told("en0", Model::ConnectedRole).toBool());
 }
 
 void TestInterfaceControllerConfigure::isNotReleasedByOthers()

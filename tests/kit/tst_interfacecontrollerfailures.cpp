@@ -316,6 +316,14 @@ void TestInterfaceControllerFailures::timesOutUnconnected()
     QCOMPARE(InterfaceControllerFixture::end(request),
              QStringLiteral("TimedOut: en0 has its new settings, but has not connected in time."));
     QCOMPARE(state("en0"), Model::Disconnected);
+
+    change("en0", "manual", text("no"));
+    change("en0", "ip_addresses", json(R"(["10.0.0.5/255.0.0.0"])"));
+    settle();
+    Request *automatic = m_controller->configureAutomatic(QStringLiteral("en0"));
+    automatic->setDeadline(30);
+    QCOMPARE(InterfaceControllerFixture::end(automatic),
+             QStringLiteral("TimedOut: en0 has its new settings, but has not connected in time."));
 }
 
 void TestInterfaceControllerFailures::isCancelledAtItsRelease()
