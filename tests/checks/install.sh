@@ -131,8 +131,8 @@ for file in "$libraries"/qml/Morvek/Network/{qmldir,plugins.qmltypes} \
     "$prefix"/share/morvek/translations/morvek-network-kit_de.qm; do
     [[ -s $file ]] || mistake "$file is not installed"
 done
-QT_QPA_PLATFORM=offscreen QML2_IMPORT_PATH=$libraries/qml timeout 20 \
-    "$(pkg-config --variable=host_bins Qt5Core)/qmlscene" --quit examples/first/qml/step1.qml \
+export QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software XDG_RUNTIME_DIR=$work QML2_IMPORT_PATH=$libraries/qml
+timeout 20 "$(pkg-config --variable=host_bins Qt5Core)/qmlscene" --quit examples/first/qml/step1.qml \
     || mistake "the installed QML module is not found"
 
 # Shells and the manual find what is theirs.
