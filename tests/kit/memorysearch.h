@@ -12,8 +12,9 @@
 #include <unistd.h>
 
 /*!
- * Looks for a text in all of this process's memory that can be written, also where it has been freed. Nothing here
- * holds the text itself: each of its characters is masked.
+ * Looks for a text in all of this process's memory that can be written, also where it has been freed, but not on the
+ * stack: there the loader leaves what registers happen to hold. Nothing here holds the text itself: each of its
+ * characters is masked.
  */
 class MemorySearch
 {
@@ -46,12 +47,16 @@ public:
         if (!readMaps(maps, sizeof maps))
             return -1;
         int found = 0;
-        for (const char *line = maps; *line != 0; line = std::strchr(line, '\n') + 1) {
+        const char *lineEnd = nullptr;
+        for (const char *line = maps; *line != 0; line = lineEnd + 1) {
+            lineEnd = std::strchr(line, '\n');
             char *next = nullptr;
             const quintptr begin = std::strtoul(line, &next, 16);
             const quintptr end = std::strtoul(next + 1, &next, 16);
+            const char *stack = std::strstr(line, "[stack]");
+            const bool isStack = stack && stack < lineEnd;
             // Larger ones are a sanitizer's own books.
-            if (std::strncmp(next, " rw", 3) == 0 && end - begin <= 1 << 28)
+            if (std::strncmp(next, " rw", 3) == 0 && !isStack && end - begin <= 1 << 28)
                 found += countIn(reinterpret_cast<const char *>(begin), reinterpret_cast<const char *>(end));
         }
         return found;
