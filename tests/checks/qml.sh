@@ -27,4 +27,8 @@ done
 while IFS= read -r -d '' file; do
     "$programs/qmllint" "$file" || mistake "$file: qmllint is not content"
 done < <(sources .qml && find "$work" -name '*.qml' -print0)
+
+# What others learn from has nothing that comes from nowhere, either.
+"$programs/qmllint" -U -I "$modules" -I "$("$programs/qmake" -query QT_INSTALL_QML)" \
+    examples/first/qml/*.qml "$work"/qml-*.qml || mistake "qmllint is not content with these"
 finish
