@@ -41,6 +41,7 @@ private Q_SLOTS:
     void leavesAndIsBackAtOnce();
     void oneUpdateIsOneChange();
 
+    void switchesOffAndOn();
     void statusComesLater();
 
     void serviceIsBusy();
@@ -251,6 +252,23 @@ void WifiControllerOrderTest::oneUpdateIsOneChange()
     const NetworkRequest *scan = wifi().scan();
     QCOMPARE(endOf(scan), QStringLiteral("done"));
     QCOMPARE(told.take(), QStringList({QStringLiteral("Off off"), QStringLiteral("Disconnected on")}));
+}
+
+/*! Both come true, one after the other: then there is nothing left to wait for. */
+void WifiControllerOrderTest::switchesOffAndOn()
+{
+    QElapsedTimer timer;
+    timer.start();
+    wifi().setPowered(false);
+    const NetworkRequest *on = wifi().setPowered(true);
+    QVERIFY(m->daemon.waitFor("wifi_power", 2));
+    QVERIFY(isUnmoved(on));
+    m->daemon.tellOff();
+    QTRY_VERIFY(!wifi().isPowered());
+    QVERIFY(on->isRunning());
+    m->daemon.tellOn();
+    QCOMPARE(endOf(on), QStringLiteral("done"));
+    QVERIFY(timer.elapsed() < 1000);
 }
 
 /*! What the library does not tell is looked at as soon as it is there. */
