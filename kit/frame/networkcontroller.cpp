@@ -107,8 +107,10 @@ void NetworkController::followKeeper()
         return;
     if (availability != Ready)
         d->loseRequests();
+    const QPointer<NetworkController> self(this); // a slot may end it
     onAvailabilityChanged();
-    Q_EMIT availabilityChanged();
+    if (self)
+        Q_EMIT availabilityChanged();
 }
 
 void NetworkController::Private::loseRequests()

@@ -24,6 +24,12 @@ KeptService kept(const QString &daemon, const QStringList &objects)
             }};
 }
 
+bool isPause(int milliseconds)
+{
+    constexpr int Hour = 3600000;
+    return milliseconds >= 1 && milliseconds <= Hour;
+}
+
 KeptService keptServiceOf(int daemon)
 {
     // In the order of NetworkController::Daemon.
@@ -66,7 +72,7 @@ int NetworkServices::retryPause() const
 
 void NetworkServices::setRetryPause(int milliseconds)
 {
-    if (milliseconds == d->retryPause || milliseconds < 1)
+    if (milliseconds == d->retryPause || !isPause(milliseconds))
         return;
     d->retryPause = milliseconds;
     for (const auto &keeper : d->keepers) {
@@ -83,7 +89,7 @@ int NetworkServices::watchPause() const
 
 void NetworkServices::setWatchPause(int milliseconds)
 {
-    if (milliseconds == d->watchPause || milliseconds < 1)
+    if (milliseconds == d->watchPause || !isPause(milliseconds))
         return;
     d->watchPause = milliseconds;
     for (const auto &keeper : d->keepers) {

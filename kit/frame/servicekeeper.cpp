@@ -15,7 +15,6 @@ namespace {
 // In milliseconds. What a daemon creates comes at once, and a service may need a turn of the event loop to become
 // ready.
 constexpr int SettleTime = 50;
-constexpr int MostGrowth = 32;
 
 } // namespace
 

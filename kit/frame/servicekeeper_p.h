@@ -9,6 +9,9 @@ namespace morvek {
 
 class ServiceBase;
 
+/*! How many times as long as the first one a pause becomes, where pauses grow. */
+constexpr int MostGrowth = 32;
+
 /*! What there is to know of one of the library's services to keep it. */
 struct KeptService
 {

@@ -5,6 +5,7 @@
 #include "hotspotfetch_p.h"
 #include "hotspotswitch_p.h"
 #include "networkservices.h"
+#include "servicekeeper_p.h"
 
 #include <hotspotservice.h>
 
@@ -12,12 +13,6 @@
 #include <tuple>
 
 namespace morvek {
-
-namespace {
-
-constexpr int MostGrowth = 32;
-
-} // namespace
 
 HotspotController::HotspotController(QObject *parent)
     : NetworkController(Tethering, parent),

@@ -52,12 +52,13 @@ public:
 
     /*!
      * After how many milliseconds a service that is not ready is looked at again for the first time; each further pause
-     * is twice as long, up to 32 times this. 1000 at first.
+     * is twice as long, up to 32 times this. 1000 at first, from 1 to an hour.
      */
     int retryPause() const;
     void setRetryPause(int milliseconds);
 
-    /*! Every how many milliseconds it is looked whether a daemon that ends without a word is still there. 1000 at
+    /*!
+     * Every how many milliseconds it is looked whether a daemon that ends without a word is still there. 1000 at
      * first. */
     int watchPause() const;
     void setWatchPause(int milliseconds);

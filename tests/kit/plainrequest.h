@@ -79,9 +79,16 @@ public:
 
     QStringList called;
 
+Q_SIGNALS:
+    void heard();
+
 protected:
     void onServiceReplaced() override { called += service() ? QStringLiteral("replaced") : QStringLiteral("none"); }
-    void onAvailabilityChanged() override { called += QStringLiteral("availability %1").arg(availability()); }
+    void onAvailabilityChanged() override
+    {
+        called += QStringLiteral("availability %1").arg(availability());
+        Q_EMIT heard();
+    }
 };
 
 #endif

@@ -195,6 +195,17 @@ private Q_SLOTS:
         QCOMPARE(controller.availability(), NetworkController::Waiting);
     }
 
+    void aControllerIsDeletedBySlots()
+    {
+        const PlayedDaemon played(PlayedDaemon::Wifi);
+        NetworkServices services;
+        auto controller = std::make_unique<PlainController>(PlainController::Wifi, &services);
+        QSignalSpy changed(controller.get(), &NetworkController::availabilityChanged);
+        connect(controller.get(), &PlainController::heard, this, [&] { controller.reset(); });
+        QTRY_VERIFY(!controller);
+        QCOMPARE(changed.count(), 0);
+    }
+
     void tellsWhenItIsIdle()
     {
         NetworkServices services;
@@ -228,6 +239,8 @@ private Q_SLOTS:
         services.setRetryPause(0);
         services.setWatchPause(1000);
         services.setWatchPause(0);
+        services.setRetryPause(3600001);
+        services.setWatchPause(3600001);
         QCOMPARE(retry.count() + watch.count(), 0);
         services.setRetryPause(1);
         services.setWatchPause(1);
@@ -235,6 +248,10 @@ private Q_SLOTS:
         QCOMPARE(watch.count(), 1);
         QCOMPARE(services.retryPause(), 1);
         QCOMPARE(services.watchPause(), 1);
+        services.setRetryPause(3600000);
+        services.setWatchPause(3600000);
+        QCOMPARE(services.retryPause(), 3600000);
+        QCOMPARE(services.watchPause(), 3600000);
     }
 
 private:
