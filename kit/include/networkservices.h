@@ -58,8 +58,9 @@ public:
     void setRetryPause(int milliseconds);
 
     /*!
-     * Every how many milliseconds it is looked whether a daemon that ends without a word is still there. 1000 at
-     * first. */
+     * Every how many milliseconds it is looked whether a daemon that ends without a word is still there. 1000 at first,
+     * from 1 to an hour.
+     */
     int watchPause() const;
     void setWatchPause(int milliseconds);
 
