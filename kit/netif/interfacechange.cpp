@@ -180,22 +180,19 @@ void InterfaceChange::look()
     if (m_isOver)
         return;
     const NetworkInterface now = present();
-    if (now.isEmpty())
+    if (now.isEmpty()) {
         end(Vanished);
-    else if (isOtherwiseConnected(now))
-        end(Applied);
-    else if (m_step != Accepted)
         return;
-    else if (!isApplied(now, m_configs.at(m_index))) {
-        // What stands in its place will not go any more when it stays.
-        if (!now.connected() || !hasAddress(now))
-            m_settle.stop();
-        else if (!m_settle.isActive())
-            m_settle.start();
-    } else if (isLast())
+    }
+    const bool isSo = m_step == Accepted && isApplied(now, m_configs.at(m_index));
+    if (isOtherwiseConnected(now) || (isSo && isLast()))
         end(Applied);
-    else
+    else if (isSo)
         next();
+    else if (!now.connected() || !hasAddress(now))
+        m_settle.stop();
+    else if (m_step == Accepted && !m_settle.isActive())
+        m_settle.start(); // what stands in its place will not go any more when it stays
 }
 
 void InterfaceChange::onSettled()
