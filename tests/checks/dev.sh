@@ -90,6 +90,14 @@ for verb in quick "quick wifi" sanitize "test --coverage" test; do
     done
 done
 
+# Nothing is asked for to say that there is nothing to draw on.
+unset DISPLAY WAYLAND_DISPLAY QT_QPA_PLATFORM
+packages=$(asked settings)
+[[ -z $packages ]] || mistake "./dev settings asks for '$packages' where there is no display"
+grep -qxF './dev: settings needs a display, and neither DISPLAY nor WAYLAND_DISPLAY names one' "$work/told" \
+    || mistake "./dev settings says '$(<"$work/told")'"
+DISPLAY=:7 asks settings "${building[@]}" "${screen[@]}"
+
 # What is there is not asked for again.
 cat >"$work/programs/dpkg-query" <<'END'
 #!/bin/sh

@@ -56,7 +56,7 @@ for module in "$prefix"/lib*/qml/Morvek/*/lib*.so; do
     searches "$module" "\$ORIGIN/../../.."
 done
 
-for example in first interfaces statusbar wifitile; do
+for example in first interfaces settings statusbar wifitile; do
     if ! cmake -S "examples/$example" -B "$work/$example" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null \
         || ! cmake --build "$work/$example" >/dev/null; then
         mistake "examples/$example does not build with CMake"

@@ -23,6 +23,7 @@ private Q_SLOTS:
     void tellsWhatMayComeOfACancelledAttempt();
     void tellsOfANetworkThatVanishes();
     void saysThatTheServiceIsAway();
+    void staysOpenUntilAnInterfaceHasItsAddresses();
 
 private:
     bool begin(const char *scenario);
@@ -272,6 +273,24 @@ void tst_NetworksPage::saysThatTheServiceIsAway()
     m_unit->setWithout({QStringLiteral("networking")});
     QVERIFY(begin("headunit"));
     QVERIFY(m_screen->waitForText("networksAway", "The network service has not started yet."));
+}
+
+void tst_NetworksPage::staysOpenUntilAnInterfaceHasItsAddresses()
+{
+    QVERIFY(begin("headunit"));
+    QVERIFY(m_unit->act("late", {{"message", "net_disconnected"}, {"interface", "eth0.5"}, {"delay", 3000}}));
+    QVERIFY(m_screen->click("interface_eth0.5"));
+    QVERIFY(m_screen->click("addressInput"));
+    m_screen->key(Qt::Key_A, Qt::ControlModifier);
+    m_screen->type(QStringLiteral("172.16.5.9"));
+    QVERIFY(m_screen->click("apply"));
+    QVERIFY(m_unit->waitForRequest("net_disconnected").isValid());
+    QTRY_VERIFY(!m_screen->settings()->property("idle").toBool());
+    m_screen->window()->close();
+    QVERIFY(m_screen->window()->isVisible());
+    QVERIFY(m_unit->pass(3000));
+    QTRY_VERIFY(!m_screen->window()->isVisible());
+    QVERIFY(m_unit->waitForRequest("net_connected").isValid());
 }
 
 MORVEK_SCREEN_TEST(tst_NetworksPage)

@@ -24,6 +24,7 @@ private Q_SLOTS:
     void saysWhatCannotBeJoined();
     void saysThatAnOpenTwinIsNotTaken();
     void showsNamesAsPlainText();
+    void manyNetworksAreNoBurden();
     void switchesTheRadio();
     void saysThatTheSwitchWasNotHeard();
     void saysThatTheServiceIsAway();
@@ -290,6 +291,42 @@ void tst_WifiPage::showsNamesAsPlainText()
         }
     }
     QCOMPARE(checked, 4);
+}
+
+void tst_WifiPage::manyNetworksAreNoBurden()
+{
+    QJsonArray accessPoints;
+    for (int i = 0; i < 2000; ++i) {
+        accessPoints += QJsonObject {{"bssid",
+                                      QStringLiteral("02:00:00:00:%1:%2")
+                                          .arg(i / 256, 2, 16, QLatin1Char('0'))
+                                          .arg(i % 256, 2, 16, QLatin1Char('0'))},
+                                     {"ssid", QStringLiteral("Network %1").arg(i, 4, 10, QLatin1Char('0'))},
+                                     {"frequency", 2412},
+                                     {"signal_level", -30 - i / 40},
+                                     {"flags", QJsonArray {"ESS"}}};
+    }
+    const QJsonObject scenario {
+        {"interfaces", QJsonArray {QJsonObject {{"name", "wlan0"}, {"type", "wifi"}, {"up", false}}}},
+        {"wifi", QJsonObject {{"interface", "wlan0"}, {"access_points", accessPoints}}}};
+    QVERIFY(m_unit->start(QString::fromUtf8(QJsonDocument(scenario).toJson())));
+    m_screen = std::make_unique<Screen>();
+    QVERIFY(m_screen->open(1));
+    QTRY_COMPARE(m_screen->property("wifiList", "count").toInt(), 2000);
+    m_screen->picture();
+    // Only what is in sight, and a little around it, is made.
+    const auto rows = [&] {
+        const QVector<QQuickItem *> items = m_screen->items();
+        return std::count_if(items.cbegin(), items.cend(), [](const QQuickItem *item) {
+            return item->objectName().startsWith(QLatin1String("network_"));
+        });
+    };
+    QVERIFY(rows() > 5 && rows() < 40);
+    QVERIFY(m_screen->turnTo("network_Network 0030"));
+    QVERIFY(rows() < 40);
+    QVERIFY(scan());
+    m_screen->picture();
+    QVERIFY(m_screen->item("network_Network 0030")->hasActiveFocus());
 }
 
 void tst_WifiPage::switchesTheRadio()
