@@ -21,6 +21,7 @@ private Q_SLOTS:
     void tellsWhatIsRefused();
     void tellsWhatMayComeOfACancelledAttempt();
     void leaves();
+    void saysThatItCouldNotLeave();
     void saysWhatCannotBeJoined();
     void saysThatAnOpenTwinIsNotTaken();
     void showsNamesAsPlainText();
@@ -226,6 +227,35 @@ void tst_WifiPage::leaves()
     QVERIFY(m_screen->waitForEnd("dialogAction"));
     QTRY_COMPARE(m_screen->property("wifiSwitch", "stateText").toString(), QStringLiteral("Not connected."));
     QCOMPARE(m_screen->property("network_Home", "stateText").toString(), QString());
+}
+
+void tst_WifiPage::saysThatItCouldNotLeave()
+{
+    const char *const sentence = "“Home” has not been left in time; the request may have been refused.";
+    QVERIFY(begin("headunit"));
+    // That it was left and joined before is old.
+    QVERIFY(m_screen->click("network_Home"));
+    QVERIFY(m_screen->click("dialogAction"));
+    QVERIFY(m_screen->waitForEnd("dialogAction"));
+    QTRY_COMPARE(m_screen->property("network_Home", "stateText").toString(), QString());
+    QVERIFY(m_screen->click("network_Home"));
+    QVERIFY(m_screen->waitFor("passkeyInput"));
+    m_screen->type(QStringLiteral("correct horse 7"));
+    m_screen->key(Qt::Key_Return);
+    QVERIFY(m_screen->waitForEnd("dialogAction"));
+
+    QVERIFY(m_unit->act("refuse", {{"message", "wnet_disableall"}, {"err", 16}, {"errmsg", "busy"}}));
+    QVERIFY(m_screen->click("network_Home"));
+    QVERIFY(m_screen->click("dialogAction"));
+    QVERIFY(m_screen->waitForText("dialogAction", "Cancel"));
+    QVERIFY(m_screen->property("wifiPage", "leaving").value<QObject *>()->setProperty("deadline", 1));
+    QVERIFY(m_screen->waitForText("dialogOutcome", sentence));
+    QVERIFY(m_screen->waitForText("dialogAction", "Disconnect"));
+    QVERIFY(m_screen->click("dialogClose"));
+    QVERIFY(m_screen->waitForText("outcome_Home", sentence));
+    QVERIFY(m_screen->click("network_Garage"));
+    QVERIFY(m_screen->waitFor("passkeyInput"));
+    QVERIFY(!m_screen->item("dialogOutcome")); // it is told where it happened only
 }
 
 void tst_WifiPage::saysWhatCannotBeJoined()

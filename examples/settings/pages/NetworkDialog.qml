@@ -20,8 +20,9 @@ CarDialog {
     property bool openTwin: false
     readonly property bool inUse: controller.connected && controller.ssid === ssid
     readonly property NetworkRequest join: joining && joining.subject === ssid ? joining : null
-    readonly property bool running: join !== null && join.running
-    readonly property bool leavingNow: leaving !== null && leaving.running
+    readonly property NetworkRequest leave: leaving && leaving.subject === ssid ? leaving : null
+    readonly property NetworkRequest current: leave && leave.running ? leave : join && join.running ? join : null
+    readonly property bool running: current !== null
     signal joinAsked(string ssid, string passkey)
     signal leaveAsked()
 
@@ -39,7 +40,7 @@ CarDialog {
 
     function act() {
         if (running)
-            join.cancel();
+            current.cancel();
         else if (inUse)
             leaveAsked();
         else
@@ -57,8 +58,8 @@ CarDialog {
         function onFinished() { if (dialog.join.done) dialog.close(); }
     }
     Connections {
-        target: dialog.leaving
-        function onFinished() { if (dialog.leaving.done) dialog.close(); }
+        target: dialog.leave
+        function onFinished() { if (dialog.leave.done) dialog.close(); }
     }
 
     footer: [
@@ -88,13 +89,14 @@ CarDialog {
     }
     SupportText {
         width: parent.width
-        text: dialog.running ? qsTr("Connecting …") : dialog.inUse ? qsTr("Connected · %1").arg(dialog.security)
+        text: dialog.running ? dialog.current === dialog.leave ? qsTr("Disconnecting …") : qsTr("Connecting …")
+            : dialog.inUse ? qsTr("Connected · %1").arg(dialog.security)
             : dialog.security
     }
     Outcome {
         objectName: "dialogOutcome"
         width: parent.width
-        request: dialog.inUse ? dialog.leaving : dialog.join
+        request: dialog.inUse ? dialog.leave : dialog.join
     }
     Away {
         width: parent.width

@@ -162,8 +162,17 @@ FocusScope {
         keyboardHeight: page.keyboardHeight
         joining: page.joining
         leaving: page.leaving
-        onJoinAsked: page.joining = page.controller.join(ssid, passkey)
-        onLeaveAsked: page.leaving = page.controller.leave()
+        // Of one network, what was asked last is told.
+        onJoinAsked: {
+            if (page.leaving && page.leaving.subject === ssid)
+                page.leaving = null;
+            page.joining = page.controller.join(ssid, passkey);
+        }
+        onLeaveAsked: {
+            if (page.joining && page.joining.subject === dialog.ssid)
+                page.joining = null;
+            page.leaving = page.controller.leave();
+        }
         onClosed: Qt.callLater(page.takeFocus) // there may be no row any more
     }
 }

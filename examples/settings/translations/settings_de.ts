@@ -221,6 +221,10 @@
         <source>Close</source>
         <translation>Schließen</translation>
     </message>
+    <message>
+        <source>Disconnecting …</source>
+        <translation>Wird getrennt …</translation>
+    </message>
 </context>
 <context>
     <name>NetworksPage</name>
