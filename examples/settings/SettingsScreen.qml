@@ -52,7 +52,7 @@ FocusScope {
                 required property int index
                 required property string modelData
                 objectName: "place" + index
-                width: screen.wide ? 196 : places.share
+                width: screen.wide ? 204 : places.share
                 text: modelData
                 chosen: screen.page === index
                 focus: index === SettingsScreen.Wifi

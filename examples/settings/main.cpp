@@ -42,6 +42,10 @@ int main(int argc, char *argv[])
     QTranslator words;
     if (words.load(QLocale(), QStringLiteral("settings"), QStringLiteral("_"), QStringLiteral(":/settings")))
         QCoreApplication::installTranslator(&words);
+    QTranslator wordsOfKit;
+    if (wordsOfKit.load(QLocale(), QStringLiteral("morvek-network-kit"), QStringLiteral("_"),
+                        QStringLiteral(KIT_TRANSLATIONS)))
+        QCoreApplication::installTranslator(&wordsOfKit);
 
     QQmlApplicationEngine engine;
     engine.setInitialProperties({{QStringLiteral("night"), parser.isSet(night)},

@@ -33,7 +33,7 @@ T.AbstractButton {
     }
     contentItem: CarText {
         leftPadding: Theme.gap
-        rightPadding: Theme.ring
+        rightPadding: Theme.gap
         verticalAlignment: Text.AlignVCenter
         wrapMode: Text.NoWrap
         text: place.text

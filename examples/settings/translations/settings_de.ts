@@ -191,11 +191,11 @@
     </message>
     <message>
         <source>This network is open: others can read what you send.</source>
-        <translation>Dieses Netz ist offen: Andere können mitlesen.</translation>
+        <translation>Dieses Netzwerk ist offen: Andere können mitlesen.</translation>
     </message>
     <message>
         <source>An open network has the same name. It will not be used.</source>
-        <translation>Ein offenes Netz heißt genauso. Es wird nicht benutzt.</translation>
+        <translation>Ein offenes Netzwerk heißt genauso. Es wird nicht benutzt.</translation>
     </message>
     <message>
         <source>Passkey</source>
@@ -260,11 +260,11 @@
     </message>
     <message>
         <source>Looking for networks …</source>
-        <translation>Netze werden gesucht …</translation>
+        <translation>Netzwerke werden gesucht …</translation>
     </message>
     <message>
         <source>No networks in range.</source>
-        <translation>Keine Netze in Reichweite.</translation>
+        <translation>Keine Netzwerke in Reichweite.</translation>
     </message>
 </context>
 <context>
