@@ -94,6 +94,8 @@ void NetworkController::adopt(NetworkRequest *request, const QMetaObject *kind, 
     std::for_each(old, d->requests.end(), std::mem_fn(&QObject::deleteLater));
     d->requests.erase(old, d->requests.end());
     d->requests.append(request);
+    // QML can destroy whatever a function has returned.
+    connect(request, &QObject::destroyed, this, [this, request] { d->requests.removeOne(request); });
     if (d->availability == Ready)
         request->start();
     else

@@ -131,10 +131,12 @@ template<typename Request>
 NetworkRequest *HotspotController::Private::take(Request *request)
 {
     running.append(request);
-    connect(request, &NetworkRequest::ending, q, [this, request] {
-        running.removeOne(request);
-        update();
-    });
+    const auto onGone = [this, request] {
+        if (running.removeOne(request))
+            update();
+    };
+    connect(request, &NetworkRequest::ending, q, onGone);
+    connect(request, &QObject::destroyed, q, onGone);
     q->take(request);
     update();
     return request;

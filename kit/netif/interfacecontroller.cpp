@@ -8,6 +8,9 @@
 
 #include <networkinterfaceservice.h>
 
+#include <memory>
+#include <utility>
+
 namespace morvek {
 
 namespace {
@@ -128,10 +131,14 @@ NetworkRequest *InterfaceController::Private::follow(InterfaceRequest *request)
     if (!request->isChanging())
         return request;
     model->setConfiguring(request->subject(), true);
-    connect(request, &NetworkRequest::ending, q, [this, request] {
+    const auto onGone = [this, name = request->subject(), isThere = std::make_shared<bool>(true)] {
+        if (!std::exchange(*isThere, false))
+            return;
         read();
-        model->setConfiguring(request->subject(), false);
-    });
+        model->setConfiguring(name, false);
+    };
+    connect(request, &NetworkRequest::ending, q, onGone);
+    connect(request, &QObject::destroyed, q, onGone);
     return request;
 }
 

@@ -24,6 +24,7 @@ public:
     Request *ask(Request *request)
     {
         connect(request, &NetworkRequest::ending, this, &Private::update);
+        connect(request, &QObject::destroyed, this, &Private::update);
         requests.append(request);
         q->take(request);
         refresh();

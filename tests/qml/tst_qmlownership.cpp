@@ -50,6 +50,7 @@ private Q_SLOTS:
     void survivesItsServices();
     void survivesAnEngineThatEnds();
     void takesNoFormAtAll();
+    void survivesAnEarlyEndOfARequest();
 
 private:
     std::unique_ptr<TestUnit> m_unit;
@@ -226,6 +227,28 @@ void TestQmlOwnership::takesNoFormAtAll()
     QVERIFY(m_unit->waitForReady(document.object("unit")));
     document.evaluate("request = unit.configureManual('eth0', null)");
     QTRY_COMPARE(document.evaluate("request.failure === NetworkRequest.Invalid"), QVariant(true));
+}
+
+/*! JavaScript may destroy what a function has returned. */
+void TestQmlOwnership::survivesAnEarlyEndOfARequest()
+{
+    QmlDocument document(Screen);
+    for (const char *asked : {"wifi.scan()", "unit.configureAutomatic('eth0.5')", "hotspot.setOn(true)"}) {
+        QVERIFY(m_unit->waitForReady(document.object("wifi")));
+        QVERIFY(m_unit->waitForReady(document.object("unit")));
+        QVERIFY(m_unit->waitForReady(document.object("hotspot")));
+        const QPointer<QObject> request = document.object(QByteArray("request = ") + asked);
+        QVERIFY(request);
+        document.evaluate("request.destroy()");
+        QTRY_VERIFY(!request);
+        QCOMPARE(document.evaluate("wifi.scanning || hotspot.busy"), QVariant(false));
+        document.evaluate(QByteArray("request = ") + asked);
+        document.evaluate("request.cancel()");
+        QTRY_VERIFY2(!document.evaluate("request.running").toBool(), asked);
+    }
+    m_unit->kill();
+    QTRY_COMPARE(document.evaluate("wifi.availability === NetworkController.Gone"), QVariant(true));
+    QTRY_COMPARE(document.evaluate("hotspot.availability === NetworkController.Gone"), QVariant(true));
 }
 
 QTEST_MAIN(TestQmlOwnership)
