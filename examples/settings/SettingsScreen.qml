@@ -5,7 +5,7 @@ import Morvek.Network 1.0
 import "controls"
 import "pages"
 
-/*! The settings: a place to choose a page, at the side of a wide screen and at the foot of a narrow one, and the page. */
+/*! The settings: the page, and where to choose it, at the side of a wide screen and at the foot of a narrow one. */
 FocusScope {
     id: screen
     objectName: "settings"

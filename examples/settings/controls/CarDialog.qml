@@ -50,7 +50,9 @@ T.Popup {
 
             Flow {
                 id: buttons
-                anchors { left: parent.left; right: parent.right; top: parent.top; margins: 24; topMargin: Theme.gap / 2 }
+                anchors {
+                    left: parent.left; right: parent.right; top: parent.top; margins: 24; topMargin: Theme.gap / 2
+                }
                 spacing: Theme.gap
             }
         }

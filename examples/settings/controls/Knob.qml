@@ -3,8 +3,8 @@ pragma Singleton
 import QtQuick 2.15
 
 /*!
- * Moves the focus by arrow keys, which a rotary knob sends, too. What can be reached stands in one line, in the order of
- * Tab: so Right is onwards whatever the direction of reading, as a knob knows only there and back.
+ * Moves the focus by arrow keys, which a rotary knob sends, too. What can be reached stands in one line, in the order
+ * of Tab: so Right is onwards whatever the direction of reading, as a knob knows only there and back.
  */
 QtObject {
     function turn(event, item) {
