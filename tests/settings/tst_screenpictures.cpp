@@ -29,7 +29,7 @@ private:
     /*! How much of them differs in more than how edges are smoothed, 0 to 1; 1 when they have different sizes. */
     static double difference(const QImage &one, const QImage &other);
 
-    static constexpr double Tolerance = 0.002;
+    static constexpr double Tolerance = 0.001;
 };
 
 namespace {
