@@ -7,6 +7,7 @@ if(MORVEK_QUICK)
     if(NOT CMAKE_CROSSCOMPILING) # of the target's system, nothing that draws is there to build against
         find_package(Qt5Quick 5.15 QUIET)
         find_package(Qt5QuickControls2 5.15 QUIET)
+        find_package(Qt5QuickTest 5.15 QUIET)
     endif()
 endif()
 
