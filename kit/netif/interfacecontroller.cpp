@@ -134,8 +134,10 @@ NetworkRequest *InterfaceController::Private::follow(InterfaceRequest *request)
     const auto onGone = [this, name = request->subject(), isThere = std::make_shared<bool>(true)] {
         if (!std::exchange(*isThere, false))
             return;
+        const QPointer<InterfaceController> self(q); // a slot may end it
         read();
-        model->setConfiguring(name, false);
+        if (self)
+            model->setConfiguring(name, false);
     };
     connect(request, &NetworkRequest::ending, q, onGone);
     connect(request, &QObject::destroyed, q, onGone);

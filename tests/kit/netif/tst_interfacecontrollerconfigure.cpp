@@ -40,6 +40,7 @@ private Q_SLOTS:
     void configuresTwoAtATime();
     void outlivesItsController();
     void replacesWhatHasEnded();
+    void isDeletedInASlot();
 };
 
 void TestInterfaceControllerConfigure::givesAddressesByHand()
@@ -319,6 +320,21 @@ void TestInterfaceControllerConfigure::replacesWhatHasEnded()
     QTRY_VERIFY(first.isNull());
     QVERIFY(other);
     QVERIFY(second->isRunning());
+}
+
+/*! A page that closes as soon as the unit is online, which is told at the end of a request. */
+void TestInterfaceControllerConfigure::isDeletedInASlot()
+{
+    addInterface("en0", unplugged());
+    changeStatus("default_interface", text("en0"));
+    QTRY_COMPARE(m_controller->preferred(), QStringLiteral("en0"));
+    configureManual("en0");
+    connect(m_controller.get(), &InterfaceController::preferredChanged, this, [this] { endController(); });
+    connectInterface("en0", "yes", "10.0.0.7/255.0.0.0", "10.0.0.1");
+    ZopDouble::answer(0);
+    for (int round = 0; m_controller && round < 10; ++round)
+        QCoreApplication::sendPostedEvents(); // before what rings only later
+    QVERIFY(!m_controller);
 }
 
 QTEST_GUILESS_MAIN(TestInterfaceControllerConfigure)
