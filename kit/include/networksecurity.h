@@ -36,7 +36,7 @@ public:
     bool takesPasskey() const;
     bool hasWpa2() const;
 
-    /*! "open", "WPA2/WPA3", "WPA2 Enterprise + WPS", "unknown protection", "unknown" and so on. */
+    /*! "open", "open + WPS", "WPA2/WPA3", "WPA2 Enterprise + WPS", "unknown protection", "unknown" and so on. */
     QString name() const;
 
 private:

@@ -23,7 +23,7 @@ enum Part : unsigned {
     Wpa3Enterprise = 0x80,
     Kinds = 0xff,
     UnknownKind = 0x100, //!< it is protected, nobody knows how
-    Wps = 0x200,         //!< alone it tells nothing of the protection
+    Wps = 0x200,         //!< a way to hand out the passkey, and no protection
     NotTold = 0x400,
 };
 
@@ -142,7 +142,7 @@ NetworkSecurity NetworkSecurity::operator|(NetworkSecurity other) const
 
 bool NetworkSecurity::isOpen() const
 {
-    return m_parts == 0;
+    return (m_parts & ~unsigned(Wps)) == 0;
 }
 
 bool NetworkSecurity::isKnown() const
@@ -162,10 +162,10 @@ bool NetworkSecurity::hasWpa2() const
 
 QString NetworkSecurity::name() const
 {
-    if (isOpen())
-        return QCoreApplication::translate("morvek::NetworkSecurity", "open");
     QString name = kindsOf(m_parts);
-    if (name.isEmpty())
+    if (isOpen())
+        name = QCoreApplication::translate("morvek::NetworkSecurity", "open");
+    else if (name.isEmpty())
         name = m_parts & UnknownKind ? QCoreApplication::translate("morvek::NetworkSecurity", "unknown protection")
                                      : QCoreApplication::translate("morvek::NetworkSecurity", "unknown");
     return m_parts & Wps ? name + QLatin1String(" + WPS") : name;

@@ -47,7 +47,7 @@ WifiChoice::WifiChoice(const QList<WifiAccessPoint> &accessPoints, const Publish
     } else if (open) {
         outcome = withPasskey ? TakesNone : Joinable;
         accessPoint = *open;
-        security = NetworkSecurity(QStringList());
+        security = published.ofScanned(*open);
     }
 }
 

@@ -384,7 +384,7 @@ void TestMorvekctlWifi::scan()
                  "   Future                  02:00:00:00:70:0b  -62 dBm   5890 MHz   -        WPA3\n"
                  "   Newer                   02:00:00:00:70:0c  -63 dBm   5183 MHz   -        WPA3\n"
                  "   Nearly                  02:00:00:00:70:0d  -64 dBm   2438 MHz   -        WPA3\n"
-                 "   Button                  02:00:00:00:70:0e  -65 dBm   2447 MHz   8        unknown + WPS\n"
+                 "   Button                  02:00:00:00:70:0e  -65 dBm   2447 MHz   8        open + WPS\n"
                  "   Both new                02:00:00:00:70:0f  -66 dBm   2452 MHz   9        WPA3 + WPS\n"
                  "   Unreadable              02:00:00:00:70:10  -67 dBm   2457 MHz   10       WPA2\n"
                  "   -                       02:00:00:00:70:11  -68 dBm   2462 MHz   11       WPA2\n"

@@ -129,8 +129,8 @@ void NetworkSecurityTest::flags_data()
     row("WAPI-PSK", "unknown protection");
     row("OSEN-OSEN-CCMP", "unknown protection");
     row("CCMP WPS", "unknown protection + WPS");
-    row("WPS ESS", "unknown + WPS");
-    row("WPS-PBC", "unknown + WPS");
+    row("WPS ESS", "open + WPS: open");
+    row("WPS-PBC", "open + WPS: open");
 }
 
 void NetworkSecurityTest::flags()
@@ -193,6 +193,7 @@ void NetworkSecurityTest::together_data()
     row("WPA2-PSK", "ESS", "WPA2, known, passkey, WPA2");
     row("WPA2-PSK ESS", "WPA3-SAE", "WPA2/WPA3, known, passkey, WPA2");
     row("CCMP", "ESS", "unknown protection");
+    row("WPA3-SAE", "WPS", "WPA3 + WPS, known");
     row("OWE", "CCMP", "OWE, known");
 }
 

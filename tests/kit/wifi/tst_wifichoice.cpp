@@ -52,6 +52,9 @@ void WifiChoiceTest::chooses_data()
     row("no passkey", {wpa, weakWpa2}, false, WifiChoice::NeedsPasskey, "WPA", 0);
     row("open", {"Inn -40 ESS", "Inn -30 ESS", "Inn -50 ESS"}, false, WifiChoice::Joinable, "open", 1);
     row("open, with a passkey", {"Inn -30 ESS"}, true, WifiChoice::TakesNone, "open", 0);
+    row("open with WPS", {"Inn -30 WPS,ESS"}, false, WifiChoice::Joinable, "open + WPS", 0);
+    row("open with WPS, with a passkey", {"Inn -30 WPS,ESS"}, true, WifiChoice::TakesNone, "open + WPS", 0);
+    row("open twin with WPS", {"Inn -30 WPS,ESS", weakWpa2}, true, WifiChoice::Joinable, "WPA2", 1, true);
     row("open twin first", {"Inn -30 ESS", weakWpa2}, true, WifiChoice::Joinable, "WPA2", 1, true);
     row("open twin last", {weakWpa2, "Inn -30 ESS"}, false, WifiChoice::NeedsPasskey, "WPA2", 0, true);
     row("of several kinds", {"Inn -30 WEP,ESS", "Inn -40 WPA2-EAP-CCMP,ESS"}, true, WifiChoice::Unsupported,

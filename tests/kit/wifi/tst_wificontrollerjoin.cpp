@@ -22,6 +22,7 @@ private Q_SLOTS:
     void possiblePasskeys();
     void securityOfNewerKinds_data();
     void securityOfNewerKinds();
+    void openWithWps();
     void unsupportedWithAnOpenTwin();
 
     void isNotInRange();
@@ -256,6 +257,15 @@ void WifiControllerJoinTest::securityOfNewerKinds()
     QCOMPARE(m_unit->endOf(wifi().join(ssid, QStringLiteral("correct horse 7"))), end);
     if (end != QLatin1String("done"))
         QCOMPARE(m_unit->endOf(wifi().join(ssid)), end);
+}
+
+/*! WPS protects nothing by itself. */
+void WifiControllerJoinTest::openWithWps()
+{
+    QVERIFY(m_unit->start(QStringLiteral("air")));
+    QCOMPARE(m_unit->endOf(wifi().join(QStringLiteral("Button"), QStringLiteral("correct horse 7"))),
+             QString::fromUtf8("Invalid: “Button” is open: join it without a passkey, if that is what you want."));
+    QCOMPARE(m_unit->endOf(wifi().join(QStringLiteral("Button"))), QStringLiteral("done"));
 }
 
 void WifiControllerJoinTest::unsupportedWithAnOpenTwin()
