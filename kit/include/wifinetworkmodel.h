@@ -29,11 +29,12 @@ public:
     enum Role {
         SsidRole = Qt::UserRole + 1, //!< "ssid": QString, the name as WifiController::join() takes it
         DisplayNameRole,             //!< "displayName": QString, the name as it can be shown: see displayName()
-        LevelRole,                   //!< "level": int, of the strongest access point in dBm; 0 when it is not known
+        LevelRole,                   //!< "level": int, in dBm, of the strongest of its protected access points, or
+                                     //!< of all when none is protected; 0 when it is not known
         BarsRole,                    //!< "bars": int, for a drawing: 1 from -85 dBm on, 2 from -75, 3 from -65, 4 from
                                      //!< -55; 0 when it is weaker or not known
-        SecurityRole,                //!< "security": QString, in people's words: NetworkSecurity::name() of its
-                                     //!< protected access points, or of all when none is
+        SecurityRole,                //!< "security": QString, in people's words: NetworkSecurity::name() of the same
+                                     //!< access points
         ProtectedRole,               //!< "isProtected": bool, false only for a network that is open for certain
         JoinableRole,                //!< "joinable": bool, whether the library can join it
         NeedsPasskeyRole,            //!< "needsPasskey": bool, whether it is joined with a passkey

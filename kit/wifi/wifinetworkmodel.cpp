@@ -37,9 +37,9 @@ struct Network
 
     const QString ssid;
     int scan = Never;
-    int level = 0;
     int accessPoints = 0;
-    NetworkSecurity protection; //!< that of all its access points that are protected
+    NetworkSecurity protection; //!< that of all its access points that are protected; or of all, when none is
+    int level = 0;              //!< that of the strongest of these
     bool hasOpen = false;
     Told told;
     int place = 0; //!< among the rows, when they are moved
@@ -213,11 +213,18 @@ void WifiNetworkModel::Private::takeFound()
             one->protection = NetworkSecurity(QStringList());
             one->hasOpen = false;
         }
+        ++one->accessPoints;
+        const bool isOpen = accessPoint.security.isOpen();
+        one->hasOpen = one->hasOpen || isOpen;
+        if (isOpen && !one->protection.isOpen())
+            continue;
+        if (!isOpen && one->protection.isOpen()) { // what is open does not count any more
+            one->level = 0;
+            one->protection = accessPoint.security;
+        }
         if (WifiNetworkOrder::isStronger(accessPoint.level, one->level))
             one->level = accessPoint.level;
-        ++one->accessPoints;
         one->protection = one->protection | accessPoint.security;
-        one->hasOpen = one->hasOpen || accessPoint.security.isOpen();
     }
 }
 

@@ -67,6 +67,8 @@ private Q_SLOTS:
     void bars();
     void protection_data();
     void protection();
+    void levelOfWhatIsJoined_data();
+    void levelOfWhatIsJoined();
     void connectionIsOneOfTheAccessPoints_data();
     void connectionIsOneOfTheAccessPoints();
     void connectionTellsNothingOfOthers();
@@ -95,9 +97,9 @@ void TestWifiNetworkModel::rolesHaveNames()
     model.setJoining(home());
     const QVariantList values {home(),
                                QStringLiteral("\u2068Home\u2069"),
-                               -50,
-                               4,
-                               QStringLiteral("WPA/WPA2 + WPS"),
+                               -61,
+                               3,
+                               QStringLiteral("WPA/WPA2"),
                                true,
                                true,
                                true,
@@ -175,6 +177,28 @@ void TestWifiNetworkModel::protection()
     model.setFound(named(home(), accessPoints));
     QTEST(::protection(model), "told");
     mirror.compare();
+}
+
+void TestWifiNetworkModel::levelOfWhatIsJoined_data()
+{
+    QTest::addColumn<QStringList>("accessPoints");
+    QTest::addColumn<int>("level");
+    QTest::newRow("open") << QStringList {"-50 ESS", "-40 WPS", "-60 ESS"} << -40;
+    QTest::newRow("protected") << QStringList {"-70 WPA2-PSK-CCMP", "-60 WPA-PSK-TKIP", "-80 WEP"} << -60;
+    QTest::newRow("open twin first") << QStringList {"-40 ESS", "-60 WPA2-PSK-CCMP"} << -60;
+    QTest::newRow("open twin last") << QStringList {"-60 WPA2-PSK-CCMP", "-40 ESS"} << -60;
+    QTest::newRow("open twin between") << QStringList {"-60 WPA2-PSK-CCMP", "-40 ESS", "-55 WPA2-PSK-CCMP"} << -55;
+    QTest::newRow("not known, with an open twin") << QStringList {"-40 ESS", "0 WPA2-PSK-CCMP"} << 0;
+}
+
+/*! An open twin does not lift the row of what is far away. */
+void TestWifiNetworkModel::levelOfWhatIsJoined()
+{
+    QFETCH(const QStringList, accessPoints);
+    WifiNetworkModel model;
+    model.setFound(named(home(), accessPoints));
+    QTEST(value(model, WifiNetworkModel::LevelRole).toInt(), "level");
+    QCOMPARE(value(model, WifiNetworkModel::AccessPointsRole).toInt(), accessPoints.size());
 }
 
 void TestWifiNetworkModel::connectionIsOneOfTheAccessPoints_data()
