@@ -131,6 +131,8 @@ template<typename Request>
 NetworkRequest *HotspotController::Private::take(Request *request)
 {
     running.append(request);
+    if (q->services())
+        SharedHotspot::of(q->services())->add(request);
     const auto onGone = [this, request] {
         if (running.removeOne(request))
             update();
@@ -167,8 +169,10 @@ void HotspotController::Private::onRead(const WifiHotspot &profile)
 void HotspotController::Private::onEnabledChanged(bool on)
 {
     isOn = on;
-    for (HotspotSwitch *request : open<HotspotSwitch>())
-        request->onEnabledChanged(on);
+    for (HotspotRequest *request : qAsConst(running)) {
+        if (auto *change = qobject_cast<HotspotSwitch *>(request))
+            change->onEnabledChanged(on);
+    }
     update();
 }
 

@@ -32,7 +32,7 @@ public:
     /*! Takes a request of the application, and is the first to hear of its end. */
     template<typename Request>
     NetworkRequest *take(Request *request);
-    /*! The requests of the application that have not ended, the earliest first. */
+    /*! The requests of all controllers of the same services that have not ended, the earliest first. */
     template<typename Request>
     QVector<Request *> open() const;
 

@@ -4,6 +4,7 @@
 
 #include "hotspotcontroller_p.h"
 #include "networkrequest.h"
+#include "sharedhotspot_p.h"
 
 #include <asyncoperationerror.h>
 
@@ -61,9 +62,9 @@ template<typename Request>
 QVector<Request *> HotspotController::Private::open() const
 {
     QVector<Request *> found;
-    for (HotspotRequest *request : running) {
-        auto *fitting = qobject_cast<Request *>(request);
-        if (fitting && !fitting->hasEnded())
+    const QVector<HotspotRequest *> requests = SharedHotspot::of(q->services())->open();
+    for (HotspotRequest *request : requests) {
+        if (auto *fitting = qobject_cast<Request *>(request))
             found += fitting;
     }
     return found;

@@ -85,7 +85,7 @@ public:
      *
      * - Refused: the daemon refuses that, or to tell its profile.
      * - Overtaken: the opposite is asked for meanwhile, or it was switched back at once.
-     * - Busy: it is to be on while apply() is running.
+     * - Busy: it is to be on while apply() is running, of any controller of the same services.
      * - Invalid: it cannot be on with the profile as it is.
      */
     Q_INVOKABLE morvek::NetworkRequest *setOn(bool on);
@@ -96,7 +96,7 @@ public:
      * - Invalid: the form is not valid, or nothing has been read yet.
      * - Refused: the daemon does not take the profile, or does not tell it.
      * - Overtaken: what is read back is something else.
-     * - Busy: setOn(true) or another apply() is running.
+     * - Busy: setOn(true) or another apply() is running, of any controller of the same services.
      */
     Q_INVOKABLE morvek::NetworkRequest *apply();
 

@@ -38,6 +38,7 @@ private Q_SLOTS:
     void endsEarly_data();
     void endsEarly();
     void isBusy();
+    void isBusyForAnotherController();
     void changesAnActiveHotspot();
     void becomesOpenAndProtectedAgain();
     void writesAnOpenOneWithoutPassphrase();
@@ -307,6 +308,32 @@ void HotspotControllerApplyTest::endsEarly()
         QCOMPARE(request->sentence(), beginning + stage.outlook);
         QVERIFY(m->form()->isEdited());
     }
+}
+
+void HotspotControllerApplyTest::isBusyForAnotherController()
+{
+    HotspotController other(m->services.get());
+    QTRY_VERIFY(other.isProfileKnown());
+    other.form()->setMaxClients(3);
+    m->form()->setName(QStringLiteral("Mine"));
+    m->daemon.silentTo += QStringLiteral("update_profile");
+    const NetworkRequest *apply = m->controller->apply();
+    QVERIFY(waitForRequest(m->daemon, "update_profile"));
+    const NetworkRequest *second = other.apply();
+    QCOMPARE(endOf(second), QStringLiteral("Busy"));
+    QCOMPARE(second->sentence(), QStringLiteral("The settings of the hotspot are being changed already."));
+    QCOMPARE(endOf(other.setOn(true)), QStringLiteral("Busy"));
+    m->daemon.speak("update_profile");
+    QCOMPARE(endOf(apply), QStringLiteral("done"));
+    QCOMPARE(endOf(other.apply()), QStringLiteral("done"));
+
+    // Nor is it for ever when its controller is gone.
+    m->daemon.silentTo += QStringLiteral("update_profile");
+    m->form()->setName(QStringLiteral("Ours"));
+    m->controller->apply();
+    QVERIFY(waitForRequest(m->daemon, "update_profile", 3));
+    m->controller.reset();
+    QCOMPARE(endOf(other.setOn(true)), QStringLiteral("done"));
 }
 
 void HotspotControllerApplyTest::isBusy()

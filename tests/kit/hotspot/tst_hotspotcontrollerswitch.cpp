@@ -45,6 +45,7 @@ private Q_SLOTS:
     void overtakingIsRefused();
     void isSwitchedBackAtOnce();
     void isAskedForTwice();
+    void isOvertakenByAnotherController();
     void waitsForChangesOfTheProfile();
     void switchesOffDuringChangesOfTheProfile();
     void isLost_data() { addStages(); }
@@ -401,6 +402,22 @@ void HotspotControllerSwitchTest::isAskedForTwice()
     QCOMPARE(endOf(first), QStringLiteral("done"));
     QCOMPARE(endOf(second), QStringLiteral("done"));
     QCOMPARE(stateOf(*m->controller), QStringLiteral("On, on"));
+}
+
+void HotspotControllerSwitchTest::isOvertakenByAnotherController()
+{
+    m->daemon.performs = false;
+    HotspotController other(m->services.get());
+    QTRY_VERIFY(other.isProfileKnown());
+    m->daemon.requests.clear();
+    const NetworkRequest *on = m->controller->setOn(true);
+    QVERIFY(waitForRequest(m->daemon, "start"));
+    QCOMPARE(stateOf(other), QStringLiteral("Off"));
+    const NetworkRequest *off = other.setOn(false);
+    QCOMPARE(endOf(on), QStringLiteral("Overtaken"));
+    QCOMPARE(on->sentence(), QStringLiteral("The hotspot is to be switched off instead."));
+    QCOMPARE(endOf(off), QStringLiteral("done"));
+    QCOMPARE(m->daemon.requests, QStringList({Fetch, Start, Stop}));
 }
 
 void HotspotControllerSwitchTest::waitsForChangesOfTheProfile()
