@@ -150,6 +150,8 @@ void TestWifiNetworkModel::protection_data()
                                          << "WPA2, protected, joinable, needs passkey, open twin";
     QTest::newRow("open twin, weaker") << QStringList {"-50 WPA2-PSK-CCMP", "-60 ESS"}
                                        << "WPA2, protected, joinable, needs passkey, open twin";
+    QTest::newRow("open twin with WPS") << QStringList {"-50 WPS", "-60 WPA2-PSK-CCMP"}
+                                        << "WPA2, protected, joinable, needs passkey, open twin";
     QTest::newRow("two kinds") << QStringList {"-50 WPA2-PSK-CCMP", "-60 WPA3-SAE-CCMP"}
                                << "WPA2/WPA3, protected, joinable, needs passkey";
     QTest::newRow("enterprise with an open twin")
