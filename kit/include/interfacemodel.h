@@ -28,7 +28,7 @@ public:
         NameRole = Qt::UserRole + 1, //!< "name": QString
         TypeRole,                    //!< "type": int, a NetworkInterface::InterfaceType
         TypeTextRole,                //!< "typeText": QString, in people's words
-        StateRole,                   //!< "state": State
+        StateRole,                   //!< "interfaceState": State; "state" is a delegate's own
         StateTextRole,               //!< "stateText": QString, a sentence for the driver
         ConnectedRole,               //!< "connected": bool
         AvailableRole,               //!< "available": bool

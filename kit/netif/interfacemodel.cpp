@@ -275,7 +275,7 @@ QHash<int, QByteArray> InterfaceModel::roleNames() const
         {NameRole, "name"},
         {TypeRole, "type"},
         {TypeTextRole, "typeText"},
-        {StateRole, "state"},
+        {StateRole, "interfaceState"},
         {StateTextRole, "stateText"},
         {ConnectedRole, "connected"},
         {AvailableRole, "available"},

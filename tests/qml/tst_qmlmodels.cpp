@@ -55,7 +55,7 @@ const char Interfaces[] = R"(
             required property string name
             required property int type
             required property string typeText
-            required property int state
+            required property int interfaceState
             required property string stateText
             required property bool connected
             required property bool available
@@ -70,7 +70,7 @@ const char Interfaces[] = R"(
             required property bool automatic
             required property string parentName
 
-            text: [name, type === InterfaceType.Wired, typeText !== "", state === InterfaceModel.Connected,
+            text: [name, type === InterfaceType.Wired, typeText !== "", interfaceState === InterfaceModel.Connected,
                    stateText !== "", connected, available, preferred, priority, macAddress, mtu, address, prefixLength,
                    netmask, gateway, automatic, parentName].join(" ")
             textFormat: Text.PlainText

@@ -30,7 +30,7 @@ Rectangle {
             id: row
 
             required property string name
-            required property int state
+            required property int interfaceState
             required property string stateText
             property NetworkRequest repair: null
 
@@ -40,7 +40,7 @@ Rectangle {
                 font.pixelSize: 32
             }
             Text {
-                visible: row.state === InterfaceModel.WithoutAddress
+                visible: row.interfaceState === InterfaceModel.WithoutAddress
                 height: 80
                 text: "Repair"
                 color: "blue"

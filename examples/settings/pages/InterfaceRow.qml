@@ -12,7 +12,7 @@ Rectangle {
     required property string typeText
     required property var model
     required property bool preferred
-    readonly property int condition: model.state
+    readonly property int condition: model.interfaceState
     property InterfaceController controller: null
     /*! What was asked for it last. */
     property NetworkRequest request: null

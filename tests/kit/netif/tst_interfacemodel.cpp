@@ -97,8 +97,9 @@ void TestInterfaceModel::namesItsRoles()
     for (int role = InterfaceModel::NameRole; role <= InterfaceModel::ParentRole; ++role)
         roles.append(QString::fromLatin1(names.value(role)));
     QCOMPARE(roles.join(QLatin1Char(' ')),
-             QStringLiteral("name type typeText state stateText connected available preferred priority macAddress mtu "
-                            "address prefixLength netmask gateway automatic parentName"));
+             QStringLiteral(
+                 "name type typeText interfaceState stateText connected available preferred priority macAddress mtu "
+                 "address prefixLength netmask gateway automatic parentName"));
     QCOMPARE(names.size(), roles.size());
 }
 
@@ -282,7 +283,7 @@ void TestInterfaceModel::tellsExactlyWhatHasChanged()
     QCOMPARE(m_mirror->takeTold(), (QStringList {QStringLiteral("change 0-0 address")}));
     change("en0", "connected", text("false"));
     read("en0");
-    QCOMPARE(m_mirror->takeTold(), (QStringList {QStringLiteral("change 0-0 state stateText connected")}));
+    QCOMPARE(m_mirror->takeTold(), (QStringList {QStringLiteral("change 0-0 interfaceState stateText connected")}));
 }
 
 void TestInterfaceModel::tellsRowsTogether()
@@ -377,7 +378,7 @@ void TestInterfaceModel::waitsForALease()
     m_mirror->takeTold();
     QTRY_COMPARE(state(*m_model, "en0"), InterfaceModel::WithoutAddress);
     QVERIFY2(timer.elapsed() >= 300, qPrintable(QString::number(timer.elapsed())));
-    QCOMPARE(m_mirror->takeTold(), (QStringList {QStringLiteral("change 0-0 state stateText")}));
+    QCOMPARE(m_mirror->takeTold(), (QStringList {QStringLiteral("change 0-0 interfaceState stateText")}));
     m_model->setLeaseTime(5000);
     QCOMPARE(state(*m_model, "en0"), InterfaceModel::Obtaining);
     change("en0", "connected", text("true"));
@@ -432,9 +433,9 @@ void TestInterfaceModel::waitsForEachLease()
     read();
     m_mirror->takeTold();
     QTRY_COMPARE(state(*m_model, "en1"), InterfaceModel::WithoutAddress);
-    QCOMPARE(
-        m_mirror->takeTold(),
-        (QStringList {QStringLiteral("change 0-0 state stateText"), QStringLiteral("change 1-1 state stateText")}));
+    QCOMPARE(m_mirror->takeTold(),
+             (QStringList {QStringLiteral("change 0-0 interfaceState stateText"),
+                           QStringLiteral("change 1-1 interfaceState stateText")}));
 }
 
 void TestInterfaceModel::isConfiguring()
@@ -445,11 +446,11 @@ void TestInterfaceModel::isConfiguring()
     m_mirror->takeTold();
     m_model->setConfiguring(QStringLiteral("en1"), true);
     m_model->setConfiguring(QStringLiteral("en1"), true);
-    QCOMPARE(m_mirror->takeTold(), (QStringList {QStringLiteral("change 1-1 state stateText")}));
+    QCOMPARE(m_mirror->takeTold(), (QStringList {QStringLiteral("change 1-1 interfaceState stateText")}));
     QCOMPARE(state(*m_model, "en1"), InterfaceModel::Configuring);
     QCOMPARE(state(*m_model, "en0"), InterfaceModel::Connected);
     m_model->setConfiguring(QStringLiteral("en1"), false);
-    QCOMPARE(m_mirror->takeTold(), (QStringList {QStringLiteral("change 1-1 state stateText")}));
+    QCOMPARE(m_mirror->takeTold(), (QStringList {QStringLiteral("change 1-1 interfaceState stateText")}));
     QCOMPARE(state(*m_model, "en1"), InterfaceModel::Connected);
 }
 
