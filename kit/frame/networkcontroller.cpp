@@ -5,8 +5,6 @@
 #include "networkrequest_p.h"
 #include "networkservices_p.h"
 
-#include <algorithm>
-#include <functional>
 #include <utility>
 
 namespace morvek {
@@ -86,16 +84,12 @@ void NetworkController::endUninterruptible()
 
 void NetworkController::adopt(NetworkRequest *request, const QMetaObject *kind, bool sameSubject)
 {
-    const auto isOld = [&](NetworkRequest *other) {
-        return other->metaObject() == kind && !other->isRunning()
-            && !(sameSubject && other->subject() != request->subject());
-    };
-    const auto old = std::stable_partition(d->requests.begin(), d->requests.end(), std::not_fn(isOld));
-    std::for_each(old, d->requests.end(), std::mem_fn(&QObject::deleteLater));
-    d->requests.erase(old, d->requests.end());
-    d->requests.append(request);
-    // QML can destroy whatever a function has returned.
-    connect(request, &QObject::destroyed, this, [this, request] { d->requests.removeOne(request); });
+    const auto others = findChildren<NetworkRequest *>(QString(), Qt::FindDirectChildrenOnly);
+    for (NetworkRequest *other : others) {
+        if (other->metaObject() == kind && !other->isRunning()
+            && !(sameSubject && other->subject() != request->subject()))
+            other->deleteLater();
+    }
     if (d->availability == Ready)
         request->start();
     else
@@ -108,17 +102,17 @@ void NetworkController::followKeeper()
     if (std::exchange(d->availability, availability) == availability)
         return;
     if (availability != Ready)
-        d->loseRequests();
-    const QPointer<NetworkController> self(this); // a slot may end it
+        loseRequests();
+    const QPointer<NetworkController> self(this); // a slot may end it all
     onAvailabilityChanged();
     if (self)
         Q_EMIT availabilityChanged();
 }
 
-void NetworkController::Private::loseRequests()
+void NetworkController::loseRequests()
 {
-    const QVector<NetworkRequest *> open = requests;
-    for (NetworkRequest *request : open)
+    const auto requests = findChildren<NetworkRequest *>(QString(), Qt::FindDirectChildrenOnly);
+    for (NetworkRequest *request : requests)
         request->d->endEarly(NetworkRequest::Lost);
 }
 

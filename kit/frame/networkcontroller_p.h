@@ -6,20 +6,15 @@
 #include "networkservices.h"
 #include "servicekeeper_p.h"
 
-#include <QtCore/QVector>
-
 namespace morvek {
 
 class NetworkController::Private
 {
 public:
-    void loseRequests();
-
     Daemon daemon;
     QPointer<NetworkServices> services;
     QPointer<ServiceKeeper> keeper;
     Availability availability = Waiting;
-    QVector<NetworkRequest *> requests;
     int uninterruptible = 0;
 };
 

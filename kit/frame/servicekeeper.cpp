@@ -60,8 +60,10 @@ void ServiceKeeper::onReady()
     if (!m_service || !m_service->ready())
         return;
     m_retry.stop();
+    const QPointer<ServiceKeeper> self(this); // a slot may end it all
     m_watch.look(); // the folder may not have told yet that the daemon is there
-    set(m_watch.isThere() ? NetworkController::Ready : NetworkController::Gone);
+    if (self)
+        set(m_watch.isThere() ? NetworkController::Ready : NetworkController::Gone);
 }
 
 void ServiceKeeper::onDied()

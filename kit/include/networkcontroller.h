@@ -86,6 +86,7 @@ private:
     friend class NetworkRequest;
     void adopt(NetworkRequest *request, const QMetaObject *kind, bool sameSubject);
     void followKeeper();
+    void loseRequests();
     class Private;
     std::unique_ptr<Private> d;
 };

@@ -18,7 +18,7 @@ class NetworkController;
  * finished() tells the end, from the event loop and never inside the call that made the request, so that there is time
  * to connect. The controller owns its requests: one that has ended stays as it is until the controller is asked for
  * another one of its kind (for an interface: of that interface), or is deleted itself. So a screen may show the outcome
- * where it happened, and nobody deletes a request.
+ * where it happened, and nobody has to delete a request.
  *
  * A daemon that dies, the end of the controller's services, and a deadline end a request, too.
  */

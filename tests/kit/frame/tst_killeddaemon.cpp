@@ -62,6 +62,25 @@ private Q_SLOTS:
         QTRY_COMPARE(controller.availability(), NetworkController::Gone);
     }
 
+    // Its folder tells that it is another one.
+    void isReplacedBeforeSomebodyLooks()
+    {
+        const QTemporaryDir root;
+        qputenv("ZOP_ROOT", root.path().toLocal8Bit());
+        auto hostd = std::make_unique<HostdProcess>();
+        QVERIFY(hostd->start(root.path(), {QStringLiteral("--hold")}));
+        NetworkServices services;
+        services.setWatchPause(1000000);
+        PlainController controller(PlainController::Wifi, &services);
+        QTRY_COMPARE(controller.availability(), NetworkController::Ready);
+        PlainRequest *request = controller.ask();
+        hostd->kill();
+        hostd = std::make_unique<HostdProcess>();
+        QVERIFY(hostd->start(root.path(), {QStringLiteral("--hold")}));
+        QTRY_COMPARE(request->failure(), NetworkRequest::Lost);
+        QTRY_COMPARE(controller.availability(), NetworkController::Ready);
+    }
+
     // What was made while only the remains of a dead daemon were there.
     void isHealed_data() { isNoticed_data(); }
     void isHealed()

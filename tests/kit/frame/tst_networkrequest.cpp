@@ -224,6 +224,19 @@ private Q_SLOTS:
         QVERIFY(wlan0);
     }
 
+    void mayBeDeleted()
+    {
+        delete m_controller->ask();
+        const QPointer<PlainRequest> ended = m_controller->ask();
+        connect(ended, &NetworkRequest::finished, ended, &QObject::deleteLater);
+        ended->succeed();
+        QTRY_VERIFY(!ended);
+        PlainRequest *request = m_controller->ask();
+        QVERIFY(request->isRunning());
+        m_daemon.reset();
+        QTRY_COMPARE(request->failure(), NetworkRequest::Lost);
+    }
+
     void goesWithItsController()
     {
         const QPointer<PlainRequest> request = m_controller->ask(10);

@@ -158,6 +158,17 @@ private Q_SLOTS:
         QCOMPARE(dropped, madeAt.size());
     }
 
+    void isDeletedByWhoHearsThatItIsReady()
+    {
+        auto keeper = std::make_unique<ServiceKeeper>(stubborn());
+        connect(keeper.get(), &ServiceKeeper::availabilityChanged, this, [&] { keeper.reset(); });
+        const PlayedDaemon played(PlayedDaemon::Tethering); // of which its folder has not told yet
+        latest->isReady = true;
+        Q_EMIT latest->readyChanged(true);
+        QVERIFY(!keeper);
+        QCOMPARE(dropped, 1);
+    }
+
 private:
     static void waitFor(int milliseconds)
     {
