@@ -35,7 +35,6 @@ DaemonWatch::DaemonWatch(const QString &daemon, QObject *parent)
             set(false);
     });
     m_folder.setNameCacheEnabled(true);
-    m_isThere = m_isThere || isServed(daemon);
     m_hasDied = !m_isThere;
     if (m_hasDied)
         QTimer::singleShot(0, this, &DaemonWatch::died);

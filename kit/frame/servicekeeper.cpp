@@ -61,7 +61,8 @@ void ServiceKeeper::onReady()
         return;
     m_retry.stop();
     const QPointer<ServiceKeeper> self(this); // a slot may end it all
-    m_watch.look(); // the folder may not have told yet that the daemon is there
+    // The folder may not have told yet that the daemon is there.
+    m_watch.look();
     if (self)
         set(m_watch.isThere() ? NetworkController::Ready : NetworkController::Gone);
 }
@@ -78,7 +79,7 @@ void ServiceKeeper::onReturned()
     if (m_service->ready())
         set(NetworkController::Ready);
     else
-        m_retry.start(std::min(SettleTime, m_retryPause));
+        m_retry.start(SettleTime);
 }
 
 void ServiceKeeper::lookAgain()

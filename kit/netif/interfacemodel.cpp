@@ -8,6 +8,7 @@
 #include <QtCore/QTimer>
 
 #include <algorithm>
+#include <utility>
 
 namespace morvek {
 
@@ -68,7 +69,6 @@ Values valuesOf(const NetworkInterface &networkInterface, const QString &preferr
 {
     const NetworkInterfaceConfig config = networkInterface.configuration();
     const QNetworkAddressEntry address = config.ipAddresses().value(0);
-    const bool hasAddress = !address.ip().isNull();
     return {
         {InterfaceModel::NameRole, networkInterface.name()},
         {InterfaceModel::TypeRole, int(networkInterface.type())},
@@ -80,8 +80,8 @@ Values valuesOf(const NetworkInterface &networkInterface, const QString &preferr
         {InterfaceModel::MacAddressRole, networkInterface.macAddress()},
         {InterfaceModel::MtuRole, networkInterface.maxTransmissionUnit()},
         {InterfaceModel::AddressRole, address.ip().toString()},
-        {InterfaceModel::PrefixLengthRole, hasAddress ? address.prefixLength() : -1},
-        {InterfaceModel::NetmaskRole, hasAddress ? address.netmask().toString() : QString()},
+        {InterfaceModel::PrefixLengthRole, address.prefixLength()},
+        {InterfaceModel::NetmaskRole, address.netmask().toString()},
         {InterfaceModel::GatewayRole, config.gatewayAddresses().value(0).toString()},
         {InterfaceModel::AutomaticRole, config.type() == NetworkInterfaceConfig::Auto},
         {InterfaceModel::ParentRole, networkInterface.parent().name()},
@@ -101,9 +101,9 @@ class Q_DECL_HIDDEN InterfaceModel::Private
 public:
     explicit Private(InterfaceModel *model);
 
-    void update(const QMap<QString, Values> &next);
-    void updateStates();
+    void update();
 
+    QMap<QString, Values> interfaces; //!< by their names, as they were told last
     QVector<Row> rows;
     QSet<QString> configuring;
     int leaseTime = 5000; // milliseconds
@@ -118,6 +118,8 @@ private:
 
     InterfaceModel *q;
     QTimer m_wait;
+    bool m_isUpdating = false;
+    bool m_isOutdated = false;
 };
 
 InterfaceModel::Private::Private(InterfaceModel *model)
@@ -125,30 +127,29 @@ InterfaceModel::Private::Private(InterfaceModel *model)
 {
     m_wait.setSingleShot(true);
     m_wait.setTimerType(Qt::PreciseTimer);
-    connect(&m_wait, &QTimer::timeout, model, [this] { updateStates(); });
+    connect(&m_wait, &QTimer::timeout, model, [this] { update(); });
 }
 
-void InterfaceModel::Private::update(const QMap<QString, Values> &next)
+/*! What a slot tells in between is taken over after the change that it was called for. */
+void InterfaceModel::Private::update()
 {
-    const int count = rows.size();
-    remove(next);
-    insert(next);
-    QVector<QVector<int>> changes;
-    for (Row &row : rows)
-        changes.append(renew(&row, next[row.name]));
-    awaitAddresses();
-    tell(changes);
-    if (rows.size() != count)
-        emit q->countChanged();
-}
-
-void InterfaceModel::Private::updateStates()
-{
-    QVector<QVector<int>> changes;
-    for (Row &row : rows)
-        changes.append(renew(&row, row.values));
-    awaitAddresses();
-    tell(changes);
+    m_isOutdated = true;
+    if (std::exchange(m_isUpdating, true))
+        return;
+    while (std::exchange(m_isOutdated, false)) {
+        const QMap<QString, Values> next = interfaces;
+        const int count = rows.size();
+        remove(next);
+        insert(next);
+        QVector<QVector<int>> changes;
+        for (Row &row : rows)
+            changes.append(renew(&row, next[row.name]));
+        awaitAddresses();
+        tell(changes);
+        if (rows.size() != count)
+            emit q->countChanged();
+    }
+    m_isUpdating = false;
 }
 
 void InterfaceModel::Private::remove(const QMap<QString, Values> &next)
@@ -314,16 +315,16 @@ void InterfaceModel::setLeaseTime(int milliseconds)
     if (milliseconds == d->leaseTime)
         return;
     d->leaseTime = milliseconds;
-    d->updateStates();
+    d->update();
     emit leaseTimeChanged();
 }
 
 void InterfaceModel::setInterfaces(const QList<NetworkInterface> &interfaces, const QString &preferred)
 {
-    QMap<QString, Values> next;
+    d->interfaces.clear();
     for (const NetworkInterface &networkInterface : interfaces)
-        next.insert(networkInterface.name(), valuesOf(networkInterface, preferred));
-    d->update(next);
+        d->interfaces.insert(networkInterface.name(), valuesOf(networkInterface, preferred));
+    d->update();
 }
 
 void InterfaceModel::setConfiguring(const QString &name, bool configuring)
@@ -332,7 +333,7 @@ void InterfaceModel::setConfiguring(const QString &name, bool configuring)
         d->configuring.insert(name);
     else
         d->configuring.remove(name);
-    d->updateStates();
+    d->update();
 }
 
 } // namespace morvek

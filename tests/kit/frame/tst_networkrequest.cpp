@@ -127,6 +127,10 @@ private Q_SLOTS:
         QCOMPARE(request->failure(), NetworkRequest::TimedOut);
         QCOMPARE(request->sentence(), QStringLiteral("No answer came in time."));
         QVERIFY(m_controller->called.contains(QStringLiteral("giveUp %1").arg(NetworkRequest::TimedOut)));
+
+        PlainRequest *hurried = m_controller->ask(0);
+        QVERIFY(hurried->isRunning());
+        QTRY_COMPARE(hurried->failure(), NetworkRequest::TimedOut);
     }
 
     void deadlineCountsFromTheBeginning()
@@ -227,6 +231,10 @@ private Q_SLOTS:
     void mayBeDeleted()
     {
         delete m_controller->ask();
+        const QPointer<PlainRequest> ending = m_controller->ask();
+        connect(ending, &NetworkRequest::ending, this, [&] { delete ending; });
+        ending->succeed();
+        QTRY_VERIFY(!ending);
         const QPointer<PlainRequest> ended = m_controller->ask();
         connect(ended, &NetworkRequest::finished, ended, &QObject::deleteLater);
         ended->succeed();

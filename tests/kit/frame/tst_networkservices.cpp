@@ -77,6 +77,21 @@ private Q_SLOTS:
         QVERIFY(controller.service()->ready());
     }
 
+    void makesNoneThatWouldFail_data() { addDaemons(); }
+    void makesNoneThatWouldFail()
+    {
+        QFETCH(int, daemon);
+        const auto kind = PlayedDaemon::Kind(daemon);
+        const ZopObject control(PlayedDaemon::controlOf(kind), ZopObject::Publish, true);
+        NetworkServices services;
+        services.setRetryPause(20);
+        PlainController controller(PlainController::Daemon(daemon), &services);
+        waitForSomeTurns();
+        QCOMPARE(controller.called, QStringList({QStringLiteral("replaced")}));
+        const ZopObject status(PlayedDaemon::statusOf(kind), ZopObject::Publish, false);
+        QTRY_COMPARE(controller.availability(), NetworkController::Ready);
+    }
+
     void noticesDeathAndReturn_data() { addDaemons(); }
     void noticesDeathAndReturn()
     {
@@ -217,13 +232,14 @@ private Q_SLOTS:
         QVERIFY(!services.isIdle());
         other.beginUninterruptible();
         one->beginUninterruptible();
+        one->beginUninterruptible();
         QCOMPARE(changed.count(), 1);
         other.endUninterruptible();
         QVERIFY(!services.isIdle());
         one->endUninterruptible();
         QVERIFY(!services.isIdle());
         QCOMPARE(changed.count(), 1);
-        one.reset(); // with what it has left open
+        one.reset(); // with both that it has left open
         QVERIFY(services.isIdle());
         QCOMPARE(changed.count(), 2);
     }

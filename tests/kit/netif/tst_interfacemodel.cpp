@@ -7,6 +7,9 @@
 
 #include <QtTest/QtTest>
 
+#include <algorithm>
+#include <iterator>
+
 using namespace morvek;
 using namespace NetworkingDaemon;
 
@@ -63,6 +66,7 @@ private Q_SLOTS:
     void waitsForEachLease();
     void isConfiguring();
     void configuresWhatIsNotThereYet();
+    void isToldInSlots();
     void hasNothingElsewhere();
 
 private:
@@ -368,6 +372,7 @@ void TestInterfaceModel::waitsForALease()
     QCOMPARE(m_model->leaseTime(), 5000);
     QSignalSpy leaseTimeChanged(m_model.get(), &InterfaceModel::leaseTimeChanged);
     m_model->setLeaseTime(300);
+    m_model->setLeaseTime(300);
     QCOMPARE(leaseTimeChanged.count(), 1);
     addInterface("en0", unplugged());
     QElapsedTimer timer;
@@ -389,7 +394,7 @@ void TestInterfaceModel::waitsForALease()
 /*! What has had an address meanwhile waits anew; a request that is over does not. */
 void TestInterfaceModel::waitsForALeaseFromItsLoss()
 {
-    m_model->setLeaseTime(50);
+    m_model->setLeaseTime(500);
     addInterface("en0", unplugged());
     addInterface("en1", unplugged());
     m_model->setConfiguring(QStringLiteral("en0"), true);
@@ -400,7 +405,6 @@ void TestInterfaceModel::waitsForALeaseFromItsLoss()
     QCOMPARE(state(*m_model, "en0"), InterfaceModel::WithoutAddress);
     change("en0", "connected", text("true"));
     read();
-    m_model->setLeaseTime(86400000);
     change("en0", "connected", text("false"));
     read();
     QCOMPARE(state(*m_model, "en0"), InterfaceModel::Obtaining);
@@ -410,14 +414,18 @@ void TestInterfaceModel::waitsForALeaseFromItsLoss()
 
 void TestInterfaceModel::waitsForSeveralLeases()
 {
-    m_model->setLeaseTime(200);
+    m_model->setLeaseTime(600);
     addInterface("en0", unplugged());
     read();
-    QTRY_COMPARE(state(*m_model, "en0"), InterfaceModel::WithoutAddress);
+    QElapsedTimer timer;
+    timer.start();
+    QTRY_VERIFY(timer.elapsed() >= 300);
     addInterface("en1", unplugged());
     read();
-    QCOMPARE(state(*m_model, "en1"), InterfaceModel::Obtaining);
+    const QSignalSpy changed(m_model.get(), &InterfaceModel::dataChanged);
+    QTRY_COMPARE(changed.count(), 1);
     QCOMPARE(state(*m_model, "en0"), InterfaceModel::WithoutAddress);
+    QCOMPARE(state(*m_model, "en1"), InterfaceModel::Obtaining);
     QTRY_COMPARE(state(*m_model, "en1"), InterfaceModel::WithoutAddress);
 }
 
@@ -461,6 +469,40 @@ void TestInterfaceModel::configuresWhatIsNotThereYet()
     addInterface("en0", wired());
     read();
     QCOMPARE(state(*m_model, "en0"), InterfaceModel::Configuring);
+}
+
+void TestInterfaceModel::isToldInSlots()
+{
+    for (const char *name : {"a", "b", "c", "d", "e", "f"})
+        addInterface(name, wired());
+    const QList<NetworkInterface> all = m_service->interfaces();
+    const auto tell = [&](const QString &some) {
+        QList<NetworkInterface> interfaces;
+        std::copy_if(all.begin(), all.end(), std::back_inserter(interfaces),
+                     [&some](const NetworkInterface &one) { return some.contains(one.name()); });
+        m_model->setInterfaces(interfaces, some.left(1));
+    };
+    tell(QStringLiteral("abcd"));
+    // Each change of rows is answered with something else, once.
+    QStringList answers {QStringLiteral("bf"), QStringLiteral("cd"), QStringLiteral("ef"), QStringLiteral("be")};
+    const auto answer = [&] {
+        if (!answers.isEmpty())
+            tell(answers.takeFirst());
+    };
+    connect(m_model.get(), &InterfaceModel::rowsAboutToBeRemoved, this, answer);
+    connect(m_model.get(), &InterfaceModel::rowsInserted, this, answer);
+    connect(m_model.get(), &InterfaceModel::dataChanged, this, [&] {
+        m_model->setConfiguring(QStringLiteral("b"), true);
+        m_model->setConfiguring(QStringLiteral("e"), true);
+    });
+    tell(QStringLiteral("ef"));
+    QVERIFY(answers.isEmpty());
+    QCOMPARE(names(*m_model), (QStringList {QStringLiteral("b"), QStringLiteral("e")}));
+    QCOMPARE(told(*m_model, "b", InterfaceModel::PreferredRole), QVariant(true));
+    change("b", "mtu", ZopVariant(1400));
+    change("e", "mtu", ZopVariant(1300));
+    read("e");
+    QCOMPARE(state(*m_model, "e"), InterfaceModel::Configuring);
 }
 
 void TestInterfaceModel::hasNothingElsewhere()

@@ -32,7 +32,11 @@ protected:
         *m_called += QStringLiteral("giveUp %1").arg(why);
         return given;
     }
-    void release() override { *m_called += QStringLiteral("release"); }
+    void release() override
+    {
+        *m_called += QStringLiteral("release");
+        fail(Refused, QStringLiteral("What it has let go of refuses.")); // too late
+    }
 
 private:
     QStringList *m_called;
