@@ -81,8 +81,8 @@ public:
     void setJoining(const QString &ssid);
 
     /*!
-     * \a name as it can be shown: what controls the text, breaks the line or turns it around has a visible sign in its
-     * place, one for each, and all stands in directional isolates. Show it as plain text all the same.
+     * \a name as it can be shown: what controls the text, breaks the line, turns it around or cannot be seen has a sign
+     * in its place, one for each, and all stands in directional isolates. Show it as plain text all the same.
      */
     Q_INVOKABLE static QString displayName(const QString &name);
 

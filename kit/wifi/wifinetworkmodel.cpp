@@ -101,9 +101,11 @@ QChar shown(QChar character)
         return QChar(0x2421);
     const bool isControl = isWithin(0x80, 0x9f);
     const bool breaksLine = isWithin(0x2028, 0x2029);
-    const bool turnsLine =
-        code == 0x061c || isWithin(0x200e, 0x200f) || isWithin(0x202a, 0x202e) || isWithin(0x2066, 0x2069);
-    return isControl || breaksLine || turnsLine ? QChar(QChar::ReplacementCharacter) : character;
+    const bool turnsLine = code == 0x061c || isWithin(0x200e, 0x200f) || isWithin(0x202a, 0x202e);
+    // Names that differ by these alone would look alike. What joins letters (U+200C, U+200D) is writing.
+    const bool isInvisible = code == 0x00ad || code == 0x180e || code == 0x200b || isWithin(0x2060, 0x206f)
+        || code == 0xfeff || isWithin(0xfff9, 0xfffb);
+    return isControl || breaksLine || turnsLine || isInvisible ? QChar(QChar::ReplacementCharacter) : character;
 }
 
 } // namespace

@@ -443,7 +443,7 @@ void TestWifiNetworkModel::displayName_data()
     row("plain", QStringLiteral("Home"), QStringLiteral("Home"));
     row("blank", QStringLiteral(" "), QStringLiteral(" "));
     row("markup", QStringLiteral("<b>&amp;"), QStringLiteral("<b>&amp;"));
-    row("other letters", QStringLiteral("Gäste ☕ ביתי \u00a0\u00ad"), QStringLiteral("Gäste ☕ ביתי \u00a0\u00ad"));
+    row("other letters", QStringLiteral("Gäste ☕ ביתי \u00a0\u00ae"), QStringLiteral("Gäste ☕ ביתי \u00a0\u00ae"));
     row("pair", QStringLiteral("a\U0001F600b"), QStringLiteral("a\U0001F600b"));
     row("zero", QString(3, QChar(0)), QStringLiteral("␀␀␀"));
     row("line break", QStringLiteral("a\r\nb\tc\u001f"), QStringLiteral("a␍␊b␉c␟"));
@@ -453,7 +453,11 @@ void TestWifiNetworkModel::displayName_data()
         QStringLiteral("\u061b�\u061d\u200d��\u2010"));
     row("separators and overrides", QStringLiteral("\u2027\u2028\u2029\u202a\u202b\u202c\u202d\u202e\u202f"),
         QStringLiteral("\u2027�������\u202f"));
-    row("isolates", QStringLiteral("\u2065\u2066\u2067\u2068\u2069\u206a"), QStringLiteral("\u2065����\u206a"));
+    row("isolates", QStringLiteral("\u2066\u2067\u2068\u2069"), QStringLiteral("����"));
+    row("invisible", QStringLiteral("\u00ac\u00ad\u00ae\u180d\u180e\u180f\u200a\u200b\u200c\ufefe\ufeff\uff00"),
+        QStringLiteral("\u00ac�\u00ae\u180d�\u180f\u200a�\u200c\ufefe�\uff00"));
+    row("joiners and annotations", QStringLiteral("\u205f\u2060\u2065\u206a\u206f\u2070\ufff8\ufff9\ufffb\ufffc"),
+        QStringLiteral("\u205f����\u2070\ufff8��\ufffc"));
     row("first half alone", QStringLiteral("a") + QChar(0xd83d), QStringLiteral("a�"));
     row("first half before another character", QString(QChar(0xd83d)) + QLatin1Char('b'), QStringLiteral("�b"));
     row("second half alone", QString(QChar(0xde00)) + QLatin1Char('b'), QStringLiteral("�b"));
