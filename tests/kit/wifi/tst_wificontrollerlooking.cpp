@@ -10,7 +10,8 @@ using namespace morvek;
 
 namespace {
 
-constexpr int Pause = 1000; // the shortest
+constexpr int Pause = 1000;     // the shortest
+constexpr int Late = Pause / 4; // by which a test may hear of the end of a scan, on a machine that is busy or emulated
 
 } // namespace
 
@@ -105,9 +106,9 @@ void WifiControllerLookingTest::looksAgainAfterThePause()
     QElapsedTimer timer;
     timer.start();
     QVERIFY(m->daemon.waitFor("scan", 2));
-    QVERIFY(timer.elapsed() >= Pause - 5);
+    QVERIFY(timer.elapsed() >= Pause - Late);
     QVERIFY(m->daemon.waitFor("scan", 3));
-    QVERIFY(timer.elapsed() >= 2 * Pause - 10);
+    QVERIFY(timer.elapsed() >= 2 * Pause - Late);
     QVERIFY(timer.elapsed() < 4 * Pause);
 }
 
@@ -138,7 +139,7 @@ void WifiControllerLookingTest::pauseAfterOneThatNeverCame()
     request->setDeadline(50);
     QVERIFY(m->daemon.waitFor("scan", 2));
     QVERIFY(timer.isValid());
-    QVERIFY(timer.elapsed() >= Pause - 5);
+    QVERIFY(timer.elapsed() >= Pause - Late);
 }
 
 /*! By what happens meanwhile, as somebody who closes the page and opens it again. */
@@ -165,7 +166,7 @@ void WifiControllerLookingTest::pauseIsSharedWithOtherScans()
     timer.start();
     wifi().setLooking(true);
     QVERIFY(m->daemon.waitFor("scan", 2));
-    QVERIFY(timer.elapsed() >= Pause - 5);
+    QVERIFY(timer.elapsed() >= Pause - Late);
 }
 
 void WifiControllerLookingTest::takesTurnsWithAnotherController()
