@@ -36,7 +36,7 @@ public:
         SecurityRole,                //!< "security": QString, in people's words: NetworkSecurity::name() of the same
                                      //!< access points
         ProtectedRole,               //!< "isProtected": bool, false only for a network that is open for certain
-        JoinableRole,                //!< "joinable": bool, whether the library can join it
+        JoinableRole,                //!< "joinable": bool, whether the library can join it, by a name that is UTF-8
         NeedsPasskeyRole,            //!< "needsPasskey": bool, whether it is joined with a passkey
         InUseRole,                   //!< "inUse": bool, whether the station is connected to it
         JoiningRole,                 //!< "joining": bool, whether it is being joined

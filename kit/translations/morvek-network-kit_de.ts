@@ -579,6 +579,10 @@
         <source>Not joined in time. %1</source>
         <translation>Nicht rechtzeitig verbunden. %1</translation>
     </message>
+    <message>
+        <source>The name of this network cannot be read, so it cannot be joined.</source>
+        <translation>Der Name dieses Netzes ist nicht lesbar; es kann daher nicht verbunden werden.</translation>
+    </message>
 </context>
 <context>
     <name>morvek::WifiLeave</name>

@@ -84,6 +84,8 @@ bool WifiJoin::isPossible()
 {
     if (subject().isEmpty())
         fail(Invalid, tr("A network is joined by its name, and there is none."));
+    else if (!isReadable(subject()))
+        fail(Invalid, tr("The name of this network cannot be read, so it cannot be joined."));
     else if (m_hasPasskey && faultOf(m_passkey) != PasskeyFault::None)
         fail(Invalid, tr("A passkey has 8 to 63 plain letters, digits, blanks and signs, or 64 hexadecimal digits."));
     return !hasEnded();

@@ -2,6 +2,7 @@
 #include "wifinetworkmodel.h"
 
 #include "wifinetworkorder_p.h"
+#include "wifitexts_p.h"
 
 #include <algorithm>
 #include <iterator>
@@ -416,7 +417,7 @@ QVariant WifiNetworkModel::data(const QModelIndex &index, int role) const
     case ProtectedRole:
         return !network.told.security.isOpen();
     case JoinableRole:
-        return network.told.isJoinable();
+        return network.told.isJoinable() && isReadable(network.ssid);
     case NeedsPasskeyRole:
         return network.told.security.takesPasskey();
     case InUseRole:

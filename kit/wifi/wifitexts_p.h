@@ -6,6 +6,12 @@
 
 namespace morvek {
 
+/*! Whether \a ssid is what a network calls itself; it is not when that is no UTF-8. */
+inline bool isReadable(const QString &ssid)
+{
+    return ssid.isValidUtf16() && !ssid.contains(QChar::ReplacementCharacter);
+}
+
 /*! The network \a ssid as a sentence names it: one that is longer than names can be does not fill the screen. */
 inline QString named(const QString &ssid)
 {

@@ -96,6 +96,7 @@ CarDialog {
     Outcome {
         objectName: "dialogOutcome"
         width: parent.width
+        controller: dialog.controller
         request: dialog.inUse ? dialog.leave : dialog.join
     }
     Away {
@@ -105,7 +106,9 @@ CarDialog {
     Notice {
         objectName: "unjoinable"
         width: parent.width
-        text: dialog.joinable || dialog.inUse ? "" : qsTr("This car cannot join a network with this protection.")
+        text: dialog.joinable || dialog.inUse ? ""
+            : dialog.ssid.includes("\ufffd") ? qsTr("The name of this network cannot be read, so it cannot be joined.")
+            : qsTr("This car cannot join a network with this protection.")
     }
     Notice {
         objectName: "openNote"

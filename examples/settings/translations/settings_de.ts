@@ -225,6 +225,10 @@
         <source>Disconnecting …</source>
         <translation>Wird getrennt …</translation>
     </message>
+    <message>
+        <source>The name of this network cannot be read, so it cannot be joined.</source>
+        <translation>Der Name dieses Netzes ist nicht lesbar; es kann daher nicht verbunden werden.</translation>
+    </message>
 </context>
 <context>
     <name>NetworksPage</name>

@@ -173,6 +173,8 @@ void WifiControllerJoinTest::isInvalid_data()
     const QString garage = QStringLiteral("Garage");
     const QString cafe = QString::fromUtf8("Café ☕");
     row("no name", QString(), QString(), "A network is joined by its name, and there is none.", false);
+    row("no UTF-8", QString(QChar(0xfffd)) + garage, QString(),
+        "The name of this network cannot be read, so it cannot be joined.", false);
     const char *form = "A passkey has 8 to 63 plain letters, digits, blanks and signs, or 64 hexadecimal digits.";
     row("too short", garage, QStringLiteral("sesame7"), form, false);
     row("too long", garage, QString(64, QLatin1Char('g')), form, false);

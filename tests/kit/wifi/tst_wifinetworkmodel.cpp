@@ -498,6 +498,10 @@ void TestWifiNetworkModel::hostileNames()
             QCOMPARE(value(model, WifiNetworkModel::SsidRole, model.rowOf(name)).toString(), name);
         QCOMPARE(mirror.takeTold(), step == 0 ? QStringList {"insert 0-10"} : QStringList());
     }
+    // Nobody could say which one to join.
+    for (const QString &name : names)
+        QCOMPARE(value(model, WifiNetworkModel::JoinableRole, model.rowOf(name)).toBool(),
+                 name != names.at(0) && name != names.at(7));
     mirror.compare();
 }
 
