@@ -42,6 +42,7 @@ public:
         GatewayRole,                 //!< "gateway": QString; empty when there is none
         AutomaticRole,               //!< "automatic": bool, whether its addresses come by DHCP
         ParentRole,                  //!< "parentName": QString, the interface that carries it; empty when there is none
+        DisplayNameRole,             //!< "displayName": QString, the name as it can be shown
     };
     Q_ENUM(Role)
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "interfacemodel.h"
 
+#include "wifinetworkmodel.h"
+
 #include <networkinterface.h>
 
 #include <QtCore/QElapsedTimer>
@@ -267,7 +269,10 @@ QVariant InterfaceModel::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid() || index.row() >= d->rows.size())
         return QVariant();
-    return d->rows.at(index.row()).values.value(role == Qt::DisplayRole ? NameRole : role);
+    const Values &values = d->rows.at(index.row()).values;
+    if (role == Qt::DisplayRole || role == DisplayNameRole)
+        return WifiNetworkModel::displayName(values.value(NameRole).toString());
+    return values.value(role);
 }
 
 QHash<int, QByteArray> InterfaceModel::roleNames() const
@@ -290,6 +295,7 @@ QHash<int, QByteArray> InterfaceModel::roleNames() const
         {GatewayRole, "gateway"},
         {AutomaticRole, "automatic"},
         {ParentRole, "parentName"},
+        {DisplayNameRole, "displayName"},
     };
 }
 

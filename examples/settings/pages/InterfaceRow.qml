@@ -9,6 +9,7 @@ Rectangle {
     id: row
 
     required property string name
+    required property string displayName
     required property string typeText
     required property var model
     required property bool preferred
@@ -46,7 +47,7 @@ Rectangle {
             focusPolicy: Qt.StrongFocus
             text: row.typeText
             Accessible.role: Accessible.Button
-            Accessible.name: row.typeText + ", " + row.name
+            Accessible.name: row.typeText + ", " + row.displayName
             Accessible.description: button.stateText
             Keys.onReturnPressed: clicked()
             Keys.onEnterPressed: clicked()
@@ -75,7 +76,7 @@ Rectangle {
                     }
                     CarText {
                         width: parent.width
-                        text: row.typeText + " · " + row.name
+                        text: row.typeText + " · " + row.displayName
                         Accessible.ignored: true
                     }
                     SupportText {
@@ -95,6 +96,7 @@ Rectangle {
             objectName: "outcome_" + row.name
             x: Theme.gap
             width: parent.width - 2 * Theme.gap
+            controller: row.controller
             request: row.request
         }
         CarButton {

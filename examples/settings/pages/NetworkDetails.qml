@@ -61,7 +61,7 @@ FocusScope {
             CarText {
                 width: parent.width - back.width - Theme.gap
                 anchors.verticalCenter: parent.verticalCenter
-                text: details.row ? details.row.typeText + " · " + details.row.name : ""
+                text: details.row ? details.row.typeText + " · " + details.row.displayName : ""
             }
         }
         Away {
@@ -151,6 +151,7 @@ FocusScope {
             Outcome {
                 objectName: "detailsOutcome"
                 width: parent.width
+                controller: details.controller
                 request: details.row ? details.row.request : null
             }
             CarButton {

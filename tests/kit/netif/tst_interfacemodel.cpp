@@ -98,12 +98,12 @@ void TestInterfaceModel::namesItsRoles()
 {
     QStringList roles;
     const QHash<int, QByteArray> names = m_model->roleNames();
-    for (int role = InterfaceModel::NameRole; role <= InterfaceModel::ParentRole; ++role)
+    for (int role = InterfaceModel::NameRole; role <= InterfaceModel::DisplayNameRole; ++role)
         roles.append(QString::fromLatin1(names.value(role)));
     QCOMPARE(roles.join(QLatin1Char(' ')),
              QStringLiteral(
                  "name type typeText interfaceState stateText connected available preferred priority macAddress mtu "
-                 "address prefixLength netmask gateway automatic parentName"));
+                 "address prefixLength netmask gateway automatic parentName displayName"));
     QCOMPARE(names.size(), roles.size());
 }
 
@@ -112,7 +112,8 @@ void TestInterfaceModel::tellsAnInterface()
     addInterface("en0", with(wired(), "manual", text("yes")));
     changeStatus("priority", json(R"(["wl0","en0"])"));
     read("en0");
-    QCOMPARE(m_model->data(m_model->index(0)).toString(), QStringLiteral("en0"));
+    QCOMPARE(m_model->data(m_model->index(0)).toString(), QStringLiteral("\u2068en0\u2069"));
+    QCOMPARE(told(*m_model, "en0", InterfaceModel::DisplayNameRole), QVariant(QStringLiteral("\u2068en0\u2069")));
     QCOMPARE(told(*m_model, "en0", InterfaceModel::NameRole), QVariant(QStringLiteral("en0")));
     QCOMPARE(told(*m_model, "en0", InterfaceModel::TypeRole), QVariant(1));
     QCOMPARE(told(*m_model, "en0", InterfaceModel::TypeTextRole), QVariant(QStringLiteral("Ethernet")));
