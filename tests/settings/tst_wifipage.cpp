@@ -25,6 +25,7 @@ private Q_SLOTS:
     void saysWhatCannotBeJoined();
     void saysThatAnOpenTwinIsNotTaken();
     void showsNamesAsPlainText();
+    void saysThatANameCannotBeRead();
     void manyNetworksAreNoBurden();
     void switchesTheRadio();
     void saysThatTheSwitchWasNotHeard();
@@ -199,6 +200,14 @@ void tst_WifiPage::tellsWhatIsRefused()
     QVERIFY(m_screen->click("dialogAction"));
     QVERIFY(
         m_screen->waitForText("dialogOutcome", "“Café am Markt” was not joined: the Wi-Fi service has refused it."));
+    QVERIFY(m_screen->click("dialogClose"));
+    QVERIFY(m_screen->waitFor("outcome_Café am Markt"));
+    // Somebody else joins it.
+    QVERIFY(m_unit->act("faults-end"));
+    QVERIFY(QMetaObject::invokeMethod(wifi(), "join", Q_ARG(QString, QStringLiteral("Café am Markt")),
+                                      Q_ARG(QString, QString())));
+    QTRY_COMPARE(m_screen->property("network_Café am Markt", "stateText").toString(), QStringLiteral("Connected"));
+    QVERIFY(!m_screen->item("outcome_Café am Markt"));
 }
 
 void tst_WifiPage::tellsWhatMayComeOfACancelledAttempt()
@@ -323,6 +332,35 @@ void tst_WifiPage::showsNamesAsPlainText()
     QCOMPARE(checked, 4);
 }
 
+void tst_WifiPage::saysThatANameCannotBeRead()
+{
+    QVERIFY(begin("headunit"));
+    QVERIFY(m_screen->waitFor("network_Garage"));
+    // Somebody else finds what the station was refused to look for.
+    QVERIFY(m_unit->act("refuse", {{"message", "scan"}, {"err", 5}, {"errmsg", "no"}}));
+    QVERIFY(QMetaObject::invokeMethod(wifi(), "scan"));
+    QVERIFY(m_unit->waitForRequest("scan", {}).isValid());
+    QByteArray results;
+    for (const char *byte : {"\xff", "\x80"}) {
+        results += results.isEmpty() ? '[' : ',';
+        results += R"({"bssid":"02:00:00:00:66:)" + QByteArray(byte).toHex() + R"(","ssid":")"
+            + QByteArray(byte).repeated(32) + R"(","signal_level":"-50","frequency":"2412","flags":["ESS"]})";
+    }
+    const QVariantMap bytes {{"base64", QString::fromLatin1((results + ']').toBase64())}};
+    QVERIFY(m_unit->act("set", {{"object", "wifi/status"}, {"attributes", QVariantMap {{"scan_results", bytes}}}}));
+    const QByteArray row = "network_" + QString(32, QChar(0xfffd)).toUtf8();
+    QVERIFY(m_screen->waitFor(row.constData()));
+    QVERIFY(m_screen->waitForEnd("network_Garage"));
+    QVERIFY(m_screen->click(row.constData()));
+    QVERIFY(m_screen->waitForText("unjoinable", "The name of this network cannot be read, so it cannot be joined."));
+    QVERIFY(!m_screen->item("dialogAction"));
+    m_screen->key(Qt::Key_Space);
+    QVERIFY(m_screen->waitForEnd("dialogClose"));
+    QVERIFY(m_unit->act("faults-end"));
+    QVERIFY(scan());
+    QVERIFY(m_screen->waitFor("network_Garage"));
+}
+
 void tst_WifiPage::manyNetworksAreNoBurden()
 {
     QJsonArray accessPoints;
@@ -396,6 +434,9 @@ void tst_WifiPage::saysThatTheSwitchWasNotHeard()
         m_screen->waitForText("powerOutcome", "Wi-Fi has not gone off in time; the request may have been refused."));
     QVERIFY(m_screen->property("wifiSwitch", "on").toBool());
     QVERIFY(!m_screen->property("wifiSwitch", "busy").toBool());
+    QVERIFY(m_unit->act("radio-off")); // late
+    QTRY_VERIFY(!m_screen->property("wifiSwitch", "on").toBool());
+    QVERIFY(!m_screen->item("powerOutcome"));
 }
 
 void tst_WifiPage::saysThatTheServiceIsAway()
@@ -409,6 +450,7 @@ void tst_WifiPage::saysThatTheServiceIsAway()
     QVERIFY(m_screen->waitForText("powerOutcome", "The Wi-Fi service has stopped."));
     QVERIFY(m_unit->act("daemon-back", {{"daemon", "wifi"}}));
     QVERIFY(m_screen->waitForEnd("wifiAway"));
+    QVERIFY(!m_screen->item("powerOutcome"));
 
     m_screen.reset();
     QVERIFY(m_unit->stop());

@@ -59,12 +59,14 @@ FocusScope {
             on: page.controller.on
             busy: page.controller.state === HotspotController.SwitchingOn
                 || page.controller.state === HotspotController.SwitchingOff
+            onOnChanged: if (page.switching && !page.switching.running) page.switching = null // nothing to be told any more
             onClicked: page.switching = page.controller.setOn(
                            page.controller.state === HotspotController.SwitchingOn ? false : !on)
         }
         Outcome {
             objectName: "switchOutcome"
             width: parent.width
+            controller: page.controller
             request: page.switching
         }
         Away {
@@ -75,7 +77,8 @@ FocusScope {
         Outcome {
             objectName: "fetchOutcome"
             width: parent.width
-            request: page.fetching
+            controller: page.controller
+            request: page.controller.profileKnown ? null : page.fetching
         }
         CarButton {
             objectName: "fetch"
@@ -160,6 +163,7 @@ FocusScope {
             Outcome {
                 objectName: "applyOutcome"
                 width: parent.width
+                controller: page.controller
                 request: page.applying
             }
             Flow {

@@ -42,6 +42,7 @@ FocusScope {
         Outcome {
             objectName: "orphanOutcome"
             width: parent.width
+            controller: page.controller
             request: page.orphan
         }
         Repeater {

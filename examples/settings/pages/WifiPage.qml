@@ -32,10 +32,10 @@ FocusScope {
         former = Window.activeFocusItem;
     }
 
-    function outcomeOf(ssid) {
-        const request = joining && joining.subject === ssid ? joining
-            : leaving && leaving.subject === ssid ? leaving : null;
-        return request && !request.running && !request.done ? request : null;
+    /*! Of a network that is in use, nobody has to know why it could not be joined; of another one, not why it was not left. */
+    function outcomeOf(ssid, inUse) {
+        const request = inUse ? leaving : joining;
+        return request && request.subject === ssid && !request.running && !request.done ? request : null;
     }
 
     function inSight(ssid) {
@@ -77,12 +77,14 @@ FocusScope {
             stateText: page.controller.stateText
             on: page.controller.powered
             busy: page.powering !== null && page.powering.running
+            onOnChanged: if (page.powering && !page.powering.running) page.powering = null // nothing to be told any more
             onClicked: page.powering = page.controller.setPowered(
                            page.controller.state === WifiController.SwitchingOn ? false : !on)
         }
         Outcome {
             objectName: "powerOutcome"
             width: parent.width
+            controller: page.controller
             request: page.powering
         }
         Away {
@@ -93,6 +95,7 @@ FocusScope {
         Outcome { // of a network that has no row any more
             objectName: "joinOutcome"
             width: parent.width
+            controller: page.controller
             request: page.joining && !page.inSight(page.joining.subject) ? page.joining : null
         }
         SupportText {
@@ -142,8 +145,9 @@ FocusScope {
         }
 
         delegate: WifiRow {
+            controller: page.controller
             width: list.width
-            outcome: page.changes >= 0 ? page.outcomeOf(ssid) : null
+            outcome: page.changes >= 0 ? page.outcomeOf(ssid, inUse) : null
             onPressedChanged: {
                 if (pressed) {
                     page.touched = this;

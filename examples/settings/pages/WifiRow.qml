@@ -19,6 +19,7 @@ T.AbstractButton {
     required property bool inUse
     required property bool joining
     required property bool openTwin
+    property WifiController controller: null
     /*! What has come of joining or leaving it. */
     property NetworkRequest outcome: null
     readonly property string stateText: joining ? qsTr("Connecting …") : inUse ? qsTr("Connected") : ""
@@ -68,6 +69,7 @@ T.AbstractButton {
                 id: sentence
                 objectName: "outcome_" + row.ssid
                 width: parent.width
+                controller: row.controller
                 request: row.outcome
             }
         }
