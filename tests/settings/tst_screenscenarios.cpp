@@ -15,6 +15,7 @@ private Q_SLOTS:
     void cleanup();
     void staysUsable_data();
     void staysUsable();
+    void staysUsableInAFlood();
     void interfacesComeAndGo();
     void interfacesAreRefused();
     void interfacesAreNotAnswered();
@@ -135,6 +136,50 @@ void tst_ScreenScenarios::staysUsable()
     QVERIFY(m_screen->open(2));
     const QJsonObject hotspot = objects.value(QStringLiteral("/zop/services/tethering/status")).toObject();
     QTRY_COMPARE(m_screen->property("hotspotSwitch", "on").toBool(), hotspot.value("state").toString() == "ACTIVE");
+}
+
+void tst_ScreenScenarios::staysUsableInAFlood()
+{
+    QJsonArray events;
+    for (int i = 0; i < 3000; ++i) {
+        const bool odd = i % 2 == 1;
+        QJsonArray results;
+        for (int row = 0; row < 8; ++row)
+            results += QJsonObject {{"bssid", QStringLiteral("02:00:00:00:77:%1").arg(row + 10)},
+                                    {"ssid", QStringLiteral("Flood %1").arg((i + row) % 40)},
+                                    {"signal_level", QString::number(-30 - (i * 7 + row * 3) % 60)},
+                                    {"frequency", "2412"},
+                                    {"flags", QJsonArray {"ESS"}}};
+        const QString found = QString::fromUtf8(QJsonDocument(results).toJson(QJsonDocument::Compact));
+        const auto set = [&](const char *key, const char *target, const QJsonObject &attributes) {
+            events += QJsonObject {{"at", i + 1}, {"event", "set"}, {key, target}, {"attributes", attributes}};
+        };
+        set("object", "wifi/status", {{"scan_results", found}, {"wifi_power", odd ? "on" : "off"}});
+        set("object", "tethering/status", {{"state", odd ? "INACTIVE" : "ACTIVE"}});
+        set("interface", "eth0", {{"connected", odd}});
+    }
+    QFile file(QStringLiteral(MORVEK_SCENARIOS "/headunit.json"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QJsonObject scenario = QJsonDocument::fromJson(file.readAll()).object();
+    QVERIFY(!scenario.isEmpty());
+    scenario.insert("timeline", events);
+    QVERIFY(begin(QJsonDocument(scenario).toJson(QJsonDocument::Compact).constData(), 0));
+    for (int part = 0; part < 30; ++part) {
+        QVERIFY(m_unit->pass(100));
+        QVERIFY(m_screen->open(part % 3));
+        QTRY_COMPARE(m_screen->property("settings", "page").toInt(), part % 3);
+        m_screen->key(Qt::Key_Right);
+        QVERIFY(m_screen->targets().contains(m_screen->window()->activeFocusItem()));
+    }
+    QVERIFY(m_screen->open(0));
+    QTRY_COMPARE(state("interface_eth0"), QStringLiteral("Connected."));
+    QVERIFY(m_screen->open(2));
+    QTRY_COMPARE(state("hotspotSwitch"), QStringLiteral("The hotspot is off."));
+    QVERIFY(m_screen->open(1));
+    QTRY_VERIFY(m_screen->property("wifiSwitch", "on").toBool());
+    QVERIFY(m_screen->waitFor("network_Garage")); // the flood is over: what is found is shown
+    QVERIFY(join("network_Garage", "open sesame 42"));
+    QTRY_COMPARE(state("network_Garage"), QStringLiteral("Connected"));
 }
 
 void tst_ScreenScenarios::interfacesComeAndGo()
@@ -304,6 +349,9 @@ void tst_ScreenScenarios::hotspotIsNeverActive()
     QVERIFY(m_screen->property("hotspotPage", "switching").value<QObject *>()->setProperty("deadline", 1000));
     QVERIFY(m_screen->waitForText("switchOutcome", "The hotspot has not come on in time. It still may."));
     QCOMPARE(state("hotspotSwitch"), QStringLiteral("The hotspot is off."));
+    QVERIFY(m_unit->act("set", {{"object", "tethering/status"}, {"attributes", QVariantMap {{"state", "ACTIVE"}}}}));
+    QTRY_COMPARE(state("hotspotSwitch"), QStringLiteral("The hotspot is on."));
+    QVERIFY(!m_screen->item("switchOutcome"));
 }
 
 void tst_ScreenScenarios::hotspotStopsByItself()
