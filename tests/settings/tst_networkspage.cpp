@@ -27,6 +27,7 @@ private Q_SLOTS:
 
 private:
     bool begin(const char *scenario);
+    bool applyAnotherAddress();
     /*! What was asked for it last. */
     QObject *request(const char *interface) const;
     QString stateOf(const char *interface) const;
@@ -53,6 +54,16 @@ bool tst_NetworksPage::begin(const char *scenario)
         return false;
     m_screen = std::make_unique<Screen>();
     return m_screen->isThere() && m_screen->open(0);
+}
+
+/*! To eth0.5, which has one by hand. */
+bool tst_NetworksPage::applyAnotherAddress()
+{
+    if (!m_screen->click("interface_eth0.5") || !m_screen->click("addressInput"))
+        return false;
+    m_screen->key(Qt::Key_A, Qt::ControlModifier);
+    m_screen->type(QStringLiteral("172.16.5.9"));
+    return m_screen->click("apply");
 }
 
 QObject *tst_NetworksPage::request(const char *interface) const
@@ -217,11 +228,7 @@ void tst_NetworksPage::tellsARefusal()
     QVERIFY(begin("headunit"));
     QVERIFY(m_unit->act("refuse",
                         {{"message", "net_connected"}, {"interface", "eth0.5"}, {"err", 16}, {"errmsg", "busy"}}));
-    QVERIFY(m_screen->click("interface_eth0.5"));
-    QVERIFY(m_screen->click("addressInput"));
-    m_screen->key(Qt::Key_A, Qt::ControlModifier);
-    m_screen->type(QStringLiteral("172.16.5.9"));
-    QVERIFY(m_screen->click("apply"));
+    QVERIFY(applyAnotherAddress());
     QVERIFY(m_screen->waitForText("detailsOutcome", "eth0.5 was refused its new settings. It has no address now."));
 }
 
@@ -229,11 +236,7 @@ void tst_NetworksPage::tellsWhatMayComeOfACancelledAttempt()
 {
     QVERIFY(begin("headunit"));
     QVERIFY(m_unit->act("no-reply", {{"message", "net_connected"}, {"interface", "eth0.5"}}));
-    QVERIFY(m_screen->click("interface_eth0.5"));
-    QVERIFY(m_screen->click("addressInput"));
-    m_screen->key(Qt::Key_A, Qt::ControlModifier);
-    m_screen->type(QStringLiteral("172.16.5.9"));
-    QVERIFY(m_screen->click("apply"));
+    QVERIFY(applyAnotherAddress());
     QVERIFY(m_screen->waitForText("apply", "Cancel"));
     QVERIFY(m_unit->waitForRequest("net_connected", {{"interface", "eth0.5"}}).isValid());
     QVERIFY(m_screen->click("back"));
@@ -245,11 +248,7 @@ void tst_NetworksPage::tellsOfANetworkThatVanishes()
 {
     QVERIFY(begin("headunit"));
     QVERIFY(m_unit->act("no-reply", {{"message", "net_connected"}, {"interface", "eth0.5"}}));
-    QVERIFY(m_screen->click("interface_eth0.5"));
-    QVERIFY(m_screen->click("addressInput"));
-    m_screen->key(Qt::Key_A, Qt::ControlModifier);
-    m_screen->type(QStringLiteral("172.16.5.9"));
-    QVERIFY(m_screen->click("apply"));
+    QVERIFY(applyAnotherAddress());
     QVERIFY(m_unit->waitForRequest("net_connected", {{"interface", "eth0.5"}}).isValid());
     QVERIFY(m_unit->act("vanish", {{"interface", "eth0.5"}}));
     QVERIFY(m_screen->waitForText("detailsGone", "This network is not there any more."));
@@ -280,11 +279,7 @@ void tst_NetworksPage::staysOpenUntilAnInterfaceHasItsAddresses()
 {
     QVERIFY(begin("headunit"));
     QVERIFY(m_unit->act("late", {{"message", "net_disconnected"}, {"interface", "eth0.5"}, {"delay", 3000}}));
-    QVERIFY(m_screen->click("interface_eth0.5"));
-    QVERIFY(m_screen->click("addressInput"));
-    m_screen->key(Qt::Key_A, Qt::ControlModifier);
-    m_screen->type(QStringLiteral("172.16.5.9"));
-    QVERIFY(m_screen->click("apply"));
+    QVERIFY(applyAnotherAddress());
     QVERIFY(m_unit->waitForRequest("net_disconnected").isValid());
     QTRY_VERIFY(!m_screen->settings()->property("idle").toBool());
     m_screen->window()->close();
