@@ -193,11 +193,15 @@ void Daemon::answerLater(const Task &task, int replies)
 
 void Daemon::answer(const Task &task, int replies)
 {
-    const Answer judgement = task.request.refusal ? Answer {task.request.refusal, {}} : task.judge();
-    for (int i = 0; i < replies; ++i)
-        reply(task.request, judgement);
-    if (!judgement.refusal)
-        task.perform();
+    const QPointer<ZopObject> asked = m_controlObject.get();
+    const AnswerCall answer = [=, request = task.request](const Answer &content) {
+        for (int i = 0; asked && i < replies; ++i)
+            reply(request, content);
+    };
+    if (task.request.refusal)
+        answer({task.request.refusal, {}});
+    else
+        task.carryOut(answer);
 }
 
 void Daemon::reply(const ControlRequest &request, const Answer &answer)

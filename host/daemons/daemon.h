@@ -2,6 +2,7 @@
 #ifndef MORVEK_HOSTD_DAEMON_H
 #define MORVEK_HOSTD_DAEMON_H
 
+#include "answer.h"
 #include "controlrequest.h"
 #include "objectpublisher.h"
 #include "pace.h"
@@ -61,22 +62,14 @@ public:
     void look();
 
 protected:
-    /*! What a request is answered with. */
-    struct Answer
-    {
-        Refusal refusal;
-        ZopVariant dat;
-    };
-
     /*! A request, and what it comes to. */
     struct Task
     {
         ControlRequest request;
-        QString text;                  //!< one line that describes it, for the log
-        QString interface;             //!< that it names, if any
-        QString ssid;                  //!< that it names, if any
-        std::function<Answer()> judge; //!< called when it is well-formed, and before the reply
-        std::function<void()> perform; //!< called when it is not refused, and after the reply
+        QString text;                                           //!< one line that describes it, for the log
+        QString interface;                                      //!< that it names, if any
+        QString ssid;                                           //!< that it names, if any
+        std::function<void(const AnswerCall &answer)> carryOut; //!< called when it is well-formed
     };
 
     /*! Which comes first, the control object or what is published: clients wait for the one and take the other. */

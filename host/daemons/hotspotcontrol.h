@@ -2,6 +2,8 @@
 #ifndef MORVEK_HOSTD_HOTSPOTCONTROL_H
 #define MORVEK_HOSTD_HOTSPOTCONTROL_H
 
+#include "answer.h"
+
 #include <QtCore/QJsonObject>
 
 namespace morvek {
@@ -18,8 +20,8 @@ public:
     virtual void setProfile(const QJsonObject &profile) = 0;
 
     /*! Begins to start it with \a profile, unless it runs or is being started. */
-    virtual void start(const QJsonObject &profile) = 0;
-    virtual void stop() = 0;
+    virtual void start(const QJsonObject &profile, const AnswerCall &answer) = 0;
+    virtual void stop(const AnswerCall &answer) = 0;
 };
 
 } // namespace morvek

@@ -2,7 +2,7 @@
 #ifndef MORVEK_HOSTD_INTERFACECONTROL_H
 #define MORVEK_HOSTD_INTERFACECONTROL_H
 
-#include "refusal.h"
+#include "answer.h"
 
 namespace morvek {
 
@@ -14,10 +14,8 @@ class InterfaceControl
 public:
     virtual ~InterfaceControl() = default;
 
-    /*! Why \a request, which is well-formed, cannot be carried out now. */
-    virtual Refusal refuses(const NetworkingRequest &request) const = 0;
-    /*! Begins to carry \a request out. */
-    virtual void perform(const NetworkingRequest &request) = 0;
+    /*! Carries \a request out, which is well-formed, or begins to, or refuses it. */
+    virtual void carryOut(const NetworkingRequest &request, const AnswerCall &answer) = 0;
 };
 
 } // namespace morvek

@@ -32,8 +32,7 @@ Daemon::Task NetworkingDaemon::read(const ZopChangeset &changes)
     task.request = request;
     task.text = request.toString();
     task.interface = request.interface;
-    task.judge = [this, request] { return Answer {m_control->refuses(request), {}}; };
-    task.perform = [this, request] { m_control->perform(request); };
+    task.carryOut = [this, request](const AnswerCall &answer) { m_control->carryOut(request, answer); };
     return task;
 }
 

@@ -2,11 +2,10 @@
 #ifndef MORVEK_HOSTD_RADIOCONTROL_H
 #define MORVEK_HOSTD_RADIOCONTROL_H
 
-#include "refusal.h"
+#include "answer.h"
 
 namespace morvek {
 
-struct WifiNetwork;
 struct WifiRequest;
 
 /*! What carries out the Wi-Fi daemon's requests. */
@@ -15,12 +14,11 @@ class RadioControl
 public:
     virtual ~RadioControl() = default;
 
-    /*! Why \a request, which is well-formed, cannot be carried out now. */
-    virtual Refusal refuses(const WifiRequest &request) const = 0;
-    /*! Makes a network known; its identifier. */
-    virtual QString addNetwork(const WifiNetwork &network) = 0;
-    /*! Begins to carry \a request out; one for a new network is done by addNetwork(). */
-    virtual void perform(const WifiRequest &request) = 0;
+    /*!
+     * Carries \a request out, which is well-formed, or begins to, or refuses it. That for a new network is answered
+     * with its identifier.
+     */
+    virtual void carryOut(const WifiRequest &request, const AnswerCall &answer) = 0;
 };
 
 } // namespace morvek

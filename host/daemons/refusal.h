@@ -18,6 +18,14 @@ struct Refusal
         ReadOnly = 6,
         RadioOff = 7,
         NotStored = 8,
+        // Of a machine's network manager:
+        NotPermitted = 9,
+        ManagerGone = 10,
+        Unmanaged = 11,
+        Protected = 12, //!< it carries the user's remote session, or is none of those that may be touched
+        ManagerRefused = 13,
+        // Of a recording:
+        Recording = 14,
     };
 
     int code = 0;

@@ -25,38 +25,39 @@ Daemon::Task TetheringDaemon::read(const ZopChangeset &changes)
     Task task;
     task.request = request;
     task.text = request.toString();
-    task.judge = [this, request] { return judge(request); };
-    task.perform = [this, request] { perform(request); };
+    task.carryOut = [this, request](const AnswerCall &answer) { carryOut(request, answer); };
     return task;
 }
 
-Daemon::Answer TetheringDaemon::judge(const TetheringRequest &request) const
-{
-    if (request.kind == TetheringRequest::RetrieveProfile)
-        return {{}, m_control->profile()};
-    // Who is told of a success can rely on it.
-    QString error;
-    if (request.kind == TetheringRequest::UpdateProfile && !m_store->save(request.profile, &error))
-        return {{Refusal::NotStored, QStringLiteral("cannot store the profile: ") + error}, {}};
-    return {};
-}
-
-void TetheringDaemon::perform(const TetheringRequest &request)
+void TetheringDaemon::carryOut(const TetheringRequest &request, const AnswerCall &answer)
 {
     switch (request.kind) {
+    case TetheringRequest::RetrieveProfile:
+        answer({{}, m_control->profile()});
+        break;
     case TetheringRequest::UpdateProfile:
-        m_control->setProfile(request.profile);
+        setProfile(request.profile, answer);
         break;
     case TetheringRequest::Start:
-        m_control->start(request.profile);
+        m_control->start(request.profile, answer);
         break;
     case TetheringRequest::Stop:
-        m_control->stop();
+        m_control->stop(answer);
         break;
-    case TetheringRequest::RetrieveProfile:
     case TetheringRequest::Unknown:
         break;
     }
+}
+
+void TetheringDaemon::setProfile(const QJsonObject &profile, const AnswerCall &answer)
+{
+    // Who is told of a success can rely on it.
+    QString error;
+    const bool stored = m_store->save(profile, &error);
+    answer(
+        {stored ? Refusal() : Refusal {Refusal::NotStored, QStringLiteral("cannot store the profile: ") + error}, {}});
+    if (stored)
+        m_control->setProfile(profile);
 }
 
 bool TetheringDaemon::publish(QString *error)

@@ -28,8 +28,8 @@ protected:
 
 private:
     Q_DISABLE_COPY(TetheringDaemon)
-    Answer judge(const TetheringRequest &request) const;
-    void perform(const TetheringRequest &request);
+    void carryOut(const TetheringRequest &request, const AnswerCall &answer);
+    void setProfile(const QJsonObject &profile, const AnswerCall &answer);
 
     HotspotControl *m_control;
     const HotspotStore *m_store;

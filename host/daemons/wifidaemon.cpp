@@ -23,14 +23,7 @@ Daemon::Task WifiDaemon::read(const ZopChangeset &changes)
     task.request = request;
     task.text = request.toString();
     task.ssid = request.network.ssid;
-    task.judge = [this, request] {
-        const Refusal refusal = m_control->refuses(request);
-        // The reply carries the identifier, so the network must be known before it.
-        if (!refusal && request.kind == WifiRequest::NewNetwork)
-            return Answer {{}, m_control->addNetwork(request.network)};
-        return Answer {refusal, {}};
-    };
-    task.perform = [this, request] { m_control->perform(request); };
+    task.carryOut = [this, request](const AnswerCall &answer) { m_control->carryOut(request, answer); };
     return task;
 }
 

@@ -4,7 +4,9 @@
 #include "eventplayer.h"
 #include "formerobjects.h"
 #include "hostdoptions.h"
+#include "hotspotcontrol.h"
 #include "hotspotprofile.h"
+#include "managedmachine.h"
 #include "networkingdaemon.h"
 #include "rootlock.h"
 #include "simulatedhotspot.h"
@@ -37,42 +39,74 @@ Hostd::Hostd(const HostdOptions &options, const Scenario &scenario)
       m_without(options.without),
       m_isFresh(options.fresh)
 {
-    const DaemonTools tools {
-        &m_world, &m_faults, &m_pace, &m_log, [this](QString *reason) { return mayPublish(reason); }, &m_requests};
     if (options.hold)
         m_pace.hold();
-    InterfaceControl *control = nullptr;
-    if (options.system) {
+    switch (options.network) {
+    case NetworkSource::Manager: // what there is, it tells when it is asked
+        m_machine = std::make_unique<ManagedMachine>(options.manager, &m_world, &m_log);
+        return;
+    case NetworkSource::Kernel:
         m_system = std::make_unique<SystemNetwork>(&m_world, &m_log);
-        control = m_system.get();
-    } else {
-        m_simulated = std::make_unique<SimulatedNetwork>(scenario, &m_world, &m_pace);
-        control = m_simulated.get();
+        makeDaemons(m_system.get(), nullptr, nullptr);
+        break;
+    case NetworkSource::Scenario:
+        makeScenario(scenario);
+        break;
     }
-    m_daemons[Service::Networking] = std::make_unique<NetworkingDaemon>(control, tools);
-    if (!scenario.wifi.interface.isEmpty()) {
-        m_radio = std::make_unique<SimulatedRadio>(scenario, &m_world, m_simulated.get(), &m_pace);
-        m_daemons[Service::Wifi] = std::make_unique<WifiDaemon>(m_radio.get(), tools);
-    }
-    if (!scenario.hotspot.profile.isEmpty()) {
-        m_hotspot = std::make_unique<SimulatedHotspot>(scenario, &m_world, &m_pace);
-        m_daemons[Service::Tethering] = std::make_unique<TetheringDaemon>(m_hotspot.get(), &m_store, tools);
-    }
-    QMap<Service, Daemon *> daemons;
-    for (const auto &daemon : m_daemons) {
-        daemon.second->setReplyDelay(scenario.delays.reply);
-        daemons.insert(daemon.first, m_without.contains(daemon.first) ? nullptr : daemon.second.get());
-    }
-    if (m_simulated) {
-        m_events = std::make_unique<EventPlayer>(
-            PlayedWorld {&m_world, m_simulated.get(), m_radio.get(), m_hotspot.get(), &m_faults, daemons}, &m_log);
-        m_player = std::make_unique<TimelinePlayer>(scenario.timeline, &m_pace, m_events.get());
-    }
-    m_stage = std::make_unique<Stage>(scenario,
-                                      StageTools {m_events.get(), &m_faults, &m_pace, &m_requests, &m_log, daemons});
+    makeStage(scenario);
 }
 
 Hostd::~Hostd() = default;
+
+void Hostd::makeScenario(const Scenario &scenario)
+{
+    m_simulated = std::make_unique<SimulatedNetwork>(scenario, &m_world, &m_pace);
+    if (!scenario.wifi.interface.isEmpty())
+        m_radio = std::make_unique<SimulatedRadio>(scenario, &m_world, m_simulated.get(), &m_pace);
+    if (!scenario.hotspot.profile.isEmpty())
+        m_hotspot = std::make_unique<SimulatedHotspot>(scenario, &m_world, &m_pace);
+    makeDaemons(m_simulated.get(), m_radio.get(), m_hotspot.get());
+    for (const auto &daemon : m_daemons)
+        daemon.second->setReplyDelay(scenario.delays.reply);
+    m_events = std::make_unique<EventPlayer>(
+        PlayedWorld {&m_world, m_simulated.get(), m_radio.get(), m_hotspot.get(), &m_faults, servedDaemons()}, &m_log);
+    m_player = std::make_unique<TimelinePlayer>(scenario.timeline, &m_pace, m_events.get());
+}
+
+void Hostd::makeDaemons(InterfaceControl *interfaces, RadioControl *radio, HotspotControl *hotspot)
+{
+    const DaemonTools tools {
+        &m_world, &m_faults, &m_pace, &m_log, [this](QString *reason) { return mayPublish(reason); }, &m_requests};
+    m_daemons[Service::Networking] = std::make_unique<NetworkingDaemon>(interfaces, tools);
+    if (radio)
+        m_daemons[Service::Wifi] = std::make_unique<WifiDaemon>(radio, tools);
+    if (hotspot)
+        m_daemons[Service::Tethering] = std::make_unique<TetheringDaemon>(hotspot, &m_store, tools);
+    m_hotspotControl = hotspot;
+}
+
+QMap<Service, Daemon *> Hostd::servedDaemons() const
+{
+    QMap<Service, Daemon *> daemons;
+    for (const auto &daemon : m_daemons)
+        daemons.insert(daemon.first, m_without.contains(daemon.first) ? nullptr : daemon.second.get());
+    return daemons;
+}
+
+void Hostd::makeStage(const Scenario &scenario)
+{
+    m_stage = std::make_unique<Stage>(
+        scenario, StageTools {m_events.get(), &m_faults, &m_pace, &m_requests, &m_log, servedDaemons()});
+}
+
+bool Hostd::startMachine(QString *error)
+{
+    if (!m_machine->start(error))
+        return false;
+    makeDaemons(m_machine->interfaces(), m_machine->radio(), m_machine->hotspot());
+    makeStage(Scenario());
+    return true;
+}
 
 HostdExitCode Hostd::start(QString *error)
 {
@@ -90,9 +124,10 @@ HostdExitCode Hostd::start(QString *error)
         return HostdExitCode::AlreadyRunning;
     }
     m_store.setRoot(root());
-    if ((m_isFresh && !forgetFormerRuns(served, error)) || (m_system && !m_system->start(error)))
+    if ((m_isFresh && !forgetFormerRuns(served, error)) || (m_system && !m_system->start(error))
+        || (m_machine && !startMachine(error)))
         return HostdExitCode::CannotPublish;
-    if (m_hotspot && served.contains(Service::Tethering))
+    if (m_hotspotControl && served.contains(Service::Tethering))
         restoreHotspot();
     if (!startDaemons(error))
         return HostdExitCode::CannotPublish;
@@ -165,11 +200,11 @@ void Hostd::restoreHotspot()
         m_log.trouble(error);
     if (profile.isEmpty())
         return;
-    if (!HotspotProfile::isSame(profile, m_hotspot->profile()))
+    if (!HotspotProfile::isSame(profile, m_hotspotControl->profile()))
         m_log.trouble(QStringLiteral("the hotspot's profile is the one that is stored in \"%1\", not the scenario's: "
                                      "--fresh forgets it")
                           .arg(m_store.file()));
-    m_hotspot->setProfile(profile);
+    m_hotspotControl->setProfile(profile);
 }
 
 bool Hostd::startDaemons(QString *error)

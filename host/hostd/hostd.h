@@ -20,6 +20,10 @@ namespace morvek {
 
 class Daemon;
 class EventPlayer;
+class HotspotControl;
+class InterfaceControl;
+class ManagedMachine;
+class RadioControl;
 class RootLock;
 class SimulatedHotspot;
 class SimulatedNetwork;
@@ -44,6 +48,11 @@ public:
 private:
     Q_DISABLE_COPY(Hostd)
 
+    void makeScenario(const Scenario &scenario);
+    void makeDaemons(InterfaceControl *interfaces, RadioControl *radio, HotspotControl *hotspot);
+    QMap<Service, Daemon *> servedDaemons() const;
+    void makeStage(const Scenario &scenario);
+    bool startMachine(QString *error);
     bool forgetFormerRuns(const QVector<Service> &services, QString *error) const;
     void restoreHotspot();
     bool startDaemons(QString *error);
@@ -58,10 +67,12 @@ private:
     World m_world;
     FaultPlan m_faults;
     RequestBook m_requests;
-    std::unique_ptr<SystemNetwork> m_system;
-    std::unique_ptr<SimulatedNetwork> m_simulated;
-    std::unique_ptr<SimulatedRadio> m_radio;     // none without Wi-Fi
-    std::unique_ptr<SimulatedHotspot> m_hotspot; // none without a hotspot
+    std::unique_ptr<ManagedMachine> m_machine;     // none, unless the machine's manager is asked
+    std::unique_ptr<SystemNetwork> m_system;       // none, unless the machine is shown
+    std::unique_ptr<SimulatedNetwork> m_simulated; // none without a scenario
+    std::unique_ptr<SimulatedRadio> m_radio;       // none without Wi-Fi
+    std::unique_ptr<SimulatedHotspot> m_hotspot;   // none without a hotspot
+    HotspotControl *m_hotspotControl = nullptr;    // of whichever there is
     HotspotStore m_store;
     std::map<Service, std::unique_ptr<Daemon>> m_daemons; // of what there is in this world
     std::unique_ptr<EventPlayer> m_events;                // none without a scenario

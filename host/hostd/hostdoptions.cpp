@@ -40,9 +40,23 @@ struct Switches
                                  QStringLiteral("The world to publish: a shipped scenario's name, or a file."),
                                  QStringLiteral("NAME|FILE"), QStringLiteral("headunit")};
     QCommandLineOption list {QStringLiteral("list-scenarios"), QStringLiteral("Lists the shipped scenarios.")};
+    QCommandLineOption network {QStringLiteral("network"),
+                                QStringLiteral("Publishes the scenario's networks, shows this machine's interfaces as "
+                                               "its kernel does, or carries requests out by its network manager."),
+                                QStringLiteral("scenario|kernel|manager"), QStringLiteral("scenario")};
     QCommandLineOption interfaces {QStringLiteral("interfaces"),
-                                   QStringLiteral("Publishes the scenario's interfaces, or shows this machine's own."),
+                                   QStringLiteral("The older name of --network; \"system\" stands for kernel."),
                                    QStringLiteral("scenario|system"), QStringLiteral("scenario")};
+    QCommandLineOption only {QStringLiteral("only"),
+                             QStringLiteral("With the network manager: shows and touches this interface and no other; "
+                                            "may be given more than once."),
+                             QStringLiteral("IFACE")};
+    QCommandLineOption force {
+        QStringLiteral("force"),
+        QStringLiteral("With the network manager: touches the interface that carries your remote session, too.")};
+    QCommandLineOption remember {
+        QStringLiteral("remember"),
+        QStringLiteral("With the network manager: keeps networks that are joined, with their passkeys.")};
     QCommandLineOption without {QStringLiteral("without"),
                                 QStringLiteral("Leaves out a daemon, but not its world; may be given more than once."),
                                 serviceNames(QStringLiteral("|"))};
@@ -70,8 +84,8 @@ struct Switches
     /*! In the order of the help. */
     QList<QCommandLineOption> all() const
     {
-        return {scenario, list, interfaces, without, root,    speed, seed,
-                fresh,    hold, timeout,    check,   verbose, help,  version};
+        return {scenario, list, network, interfaces, only,    force, remember, without, root,
+                speed,    seed, fresh,   hold,       timeout, check, verbose,  help,    version};
     }
 };
 
@@ -143,13 +157,22 @@ QString repetition(const QCommandLineParser &parser, const Switches &switches)
         }
         return QString();
     };
-    const QString daemon = firstTwice(parser.values(switches.without));
-    if (!daemon.isEmpty())
-        return QStringLiteral("--without %1").arg(daemon);
     QStringList names = parser.optionNames();
-    names.removeAll(switches.without.names().constFirst());
+    for (const QCommandLineOption &several : {switches.without, switches.only}) {
+        const QString value = firstTwice(parser.values(several));
+        if (!value.isEmpty())
+            return nameOf(several) + QLatin1Char(' ') + value;
+        names.removeAll(several.names().constFirst());
+    }
     const QString name = firstTwice(names);
     return name.isEmpty() ? QString() : QString(name.size() == 1 ? 1 : 2, QLatin1Char('-')) + name;
+}
+
+/*! The option and the value that say where networks come from, as they were given. */
+QString givenNetwork(const QCommandLineParser &parser, const Switches &switches)
+{
+    const QCommandLineOption &given = parser.isSet(switches.interfaces) ? switches.interfaces : switches.network;
+    return nameOf(given) + QLatin1Char(' ') + parser.value(given);
 }
 
 bool readNumbers(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
@@ -194,18 +217,38 @@ bool readWithout(const QCommandLineParser &parser, const Switches &switches, Hos
     return true;
 }
 
+bool readNetwork(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
+{
+    const QMap<QString, NetworkSource> sources {{QStringLiteral("scenario"), NetworkSource::Scenario},
+                                                {QStringLiteral("kernel"), NetworkSource::Kernel},
+                                                {QStringLiteral("manager"), NetworkSource::Manager}};
+    const QString network = parser.value(switches.network);
+    const QString interfaces = parser.value(switches.interfaces);
+    options->network = interfaces == QLatin1String("system") ? NetworkSource::Kernel : sources.value(network);
+    if (!sources.contains(network))
+        *error = QStringLiteral("--network: \"%1\" is none of scenario, kernel, manager").arg(network);
+    else if (interfaces != QLatin1String("system") && interfaces != QLatin1String("scenario"))
+        *error = QStringLiteral("--interfaces: \"%1\" is neither scenario nor system").arg(interfaces);
+    else if (parser.isSet(switches.network) && parser.isSet(switches.interfaces))
+        *error = QStringLiteral("--interfaces is the older name of --network: give one of them");
+    else if (options->network != NetworkSource::Scenario
+             && (parser.isSet(switches.scenario) || parser.isSet(switches.check)))
+        *error = QStringLiteral("%1 has this machine's networks: it goes with neither --scenario nor --check")
+                     .arg(givenNetwork(parser, switches));
+    if (!error->isEmpty())
+        return false;
+    for (const QCommandLineOption &one : {switches.only, switches.force, switches.remember}) {
+        if (parser.isSet(one) && options->network != NetworkSource::Manager) {
+            *error = QStringLiteral("%1 goes with --network manager only").arg(nameOf(one));
+            return false;
+        }
+    }
+    options->manager = {parser.values(switches.only), parser.isSet(switches.force), parser.isSet(switches.remember)};
+    return true;
+}
+
 bool readPlace(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
 {
-    const QString interfaces = parser.value(switches.interfaces);
-    options->system = interfaces == QLatin1String("system");
-    if (!options->system && interfaces != QLatin1String("scenario")) {
-        *error = QStringLiteral("--interfaces: \"%1\" is neither scenario nor system").arg(interfaces);
-        return false;
-    }
-    if (options->system && (parser.isSet(switches.scenario) || parser.isSet(switches.check))) {
-        *error = QStringLiteral("--interfaces system shows this machine: it goes with neither --scenario nor --check");
-        return false;
-    }
     if (parser.isSet(switches.root)) {
         if (parser.value(switches.root).isEmpty()) {
             *error = QStringLiteral("--root: needs a directory");
@@ -219,10 +262,9 @@ bool readPlace(const QCommandLineParser &parser, const Switches &switches, Hostd
 bool readHold(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
 {
     options->hold = parser.isSet(switches.hold);
-    if (options->hold && (options->system || parser.isSet(switches.speed)))
-        *error =
-            QStringLiteral("--hold has a scenario's time stand still: it goes with neither --interfaces system nor "
-                           "--speed");
+    if (options->hold && (options->network != NetworkSource::Scenario || parser.isSet(switches.speed)))
+        *error = QStringLiteral(
+            "--hold has a scenario's time stand still: it goes with --network scenario only, and not with --speed");
     return error->isEmpty();
 }
 
@@ -286,8 +328,8 @@ bool HostdOptions::parse(const QStringList &arguments, HostdOptions *options, QS
     options->fresh = parser.isSet(switches.fresh);
     options->verbose = parser.isSet(switches.verbose);
     return readWords(parser, switches, options, error) && readNumbers(parser, switches, options, error)
-        && readWithout(parser, switches, options, error) && readPlace(parser, switches, options, error)
-        && readHold(parser, switches, options, error);
+        && readWithout(parser, switches, options, error) && readNetwork(parser, switches, options, error)
+        && readPlace(parser, switches, options, error) && readHold(parser, switches, options, error);
 }
 
 Candidates HostdOptions::candidates(const QStringList &words)
@@ -313,7 +355,8 @@ Candidates HostdOptions::candidates(const QStringList &words)
             return attachedTo(typed, valuesOf(option));
         if (asks && name != nameOf(switches.root) && name != nameOf(switches.timeout))
             continue;
-        if (name == nameOf(switches.without) || !words.mid(0, words.size() - 1).contains(name))
+        if (name == nameOf(switches.without) || name == nameOf(switches.only)
+            || !words.mid(0, words.size() - 1).contains(name))
             names.words += name;
     }
     return names;

@@ -3,9 +3,13 @@
 #define MORVEK_HOSTD_HOSTDOPTIONS_H
 
 #include "candidates.h"
+#include "manageroptions.h"
 #include "scenario.h"
 
 namespace morvek {
+
+/*! Where the networks come from. */
+enum class NetworkSource { Scenario, Kernel, Manager };
 
 /*! What the program was asked for. */
 struct HostdOptions
@@ -22,7 +26,8 @@ struct HostdOptions
     QString text; //!< of Tell: what to write to standard output
     QString scenario;
     QString root; //!< an absolute path, or empty: as the environment says
-    bool system = false;
+    NetworkSource network = NetworkSource::Scenario;
+    ManagerOptions manager;
     QVector<Service> without; //!< daemons that are left out
     bool fresh = false;       //!< forgets what former runs left
     bool verbose = false;

@@ -122,7 +122,7 @@ int main(int argc, char *argv[])
     }
 
     Scenario scenario;
-    if (!options.system && !ScenarioFiles::load(options.scenario, &scenario, &error))
+    if (options.network == NetworkSource::Scenario && !ScenarioFiles::load(options.scenario, &scenario, &error))
         return fail(HostdExitCode::BadScenario, error);
     const QStringList warnings = warningsOf(scenario);
     for (const QString &warning : warnings)

@@ -33,6 +33,18 @@ void SimulatedHotspot::setProfile(const QJsonObject &profile)
         countInactivity();
 }
 
+void SimulatedHotspot::start(const QJsonObject &profile, const AnswerCall &answer)
+{
+    answer({});
+    start(profile);
+}
+
+void SimulatedHotspot::stop(const AnswerCall &answer)
+{
+    answer({});
+    stop();
+}
+
 void SimulatedHotspot::start(const QJsonObject &profile)
 {
     if (m_wanted)

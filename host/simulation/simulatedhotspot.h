@@ -23,8 +23,11 @@ public:
 
     QJsonObject profile() const override { return m_profile; }
     void setProfile(const QJsonObject &profile) override;
-    void start(const QJsonObject &profile) override;
-    void stop() override;
+    void start(const QJsonObject &profile, const AnswerCall &answer) override;
+    void stop(const AnswerCall &answer) override;
+    /*! The same without anybody who has asked. */
+    void start(const QJsonObject &profile);
+    void stop();
 
     /*! Whether it is active when all that is under way is done. */
     bool isWanted() const { return m_wanted; }

@@ -35,6 +35,14 @@ SimulatedNetwork::SimulatedNetwork(const Scenario &scenario, World *world, Pace 
 
 SimulatedNetwork::~SimulatedNetwork() = default;
 
+void SimulatedNetwork::carryOut(const NetworkingRequest &request, const AnswerCall &answer)
+{
+    const Refusal refusal = refuses(request);
+    answer({refusal, {}});
+    if (!refusal)
+        perform(request);
+}
+
 Refusal SimulatedNetwork::refuses(const NetworkingRequest &request) const
 {
     const auto found = m_stations.find(request.interface);

@@ -28,8 +28,7 @@ public:
     SimulatedNetwork(const Scenario &scenario, World *world, Pace *pace, QObject *parent = nullptr);
     ~SimulatedNetwork() override;
 
-    Refusal refuses(const NetworkingRequest &request) const override;
-    void perform(const NetworkingRequest &request) override;
+    void carryOut(const NetworkingRequest &request, const AnswerCall &answer) override;
 
     void vanish(const QString &interface);
     /*! Brings an interface that is not there: up, not connected yet, and configured as it was last. */
@@ -46,6 +45,9 @@ public:
     void setPriority(const QStringList &order);
 
 private:
+    Refusal refuses(const NetworkingRequest &request) const;
+    void perform(const NetworkingRequest &request);
+
     struct Station
     {
         ScenarioInterface state;

@@ -70,6 +70,17 @@ SimulatedRadio::SimulatedRadio(const Scenario &scenario, World *world, Simulated
 
 SimulatedRadio::~SimulatedRadio() = default;
 
+void SimulatedRadio::carryOut(const WifiRequest &request, const AnswerCall &answer)
+{
+    const Refusal refusal = refuses(request);
+    if (!refusal && request.kind == WifiRequest::NewNetwork)
+        answer({{}, addNetwork(request.network)});
+    else
+        answer({refusal, {}});
+    if (!refusal)
+        perform(request);
+}
+
 Refusal SimulatedRadio::refuses(const WifiRequest &request) const
 {
     const bool selects = request.kind == WifiRequest::SelectNetwork;

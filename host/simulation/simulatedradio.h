@@ -30,9 +30,9 @@ public:
                    QObject *parent = nullptr);
     ~SimulatedRadio() override;
 
-    Refusal refuses(const WifiRequest &request) const override;
-    QString addNetwork(const WifiNetwork &network) override;
-    void perform(const WifiRequest &request) override;
+    void carryOut(const WifiRequest &request, const AnswerCall &answer) override;
+    /*! Makes a network known; its identifier. */
+    QString addNetwork(const WifiNetwork &network);
 
     void setPower(bool power);
     /*! An access point comes into range or goes out of it; the station roams, or loses or regains its connection. */
@@ -55,6 +55,8 @@ public:
     QString refusesToRoam(const QString &bssid) const;
 
 private:
+    Refusal refuses(const WifiRequest &request) const;
+    void perform(const WifiRequest &request);
     void scan();
     void finishScan();
     void select(int network);

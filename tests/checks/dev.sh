@@ -60,7 +60,7 @@ asks() {
     [[ $words == "$(printf '%s\n' "${@:2}" | sort -u | tr '\n' ' ')" ]] || mistake "./dev $1 asks for '$words'"
 }
 
-building=(cmake g++ ninja-build qtbase5-dev zlib1g-dev)
+building=(cmake g++ libnm-dev ninja-build pkg-config qtbase5-dev zlib1g-dev)
 screen=(fonts-dejavu-core fonts-noto-core qml-module-qtquick-controls2 qml-module-qtquick-layouts
     qml-module-qtquick-templates2 qml-module-qtquick-window2 qml-module-qtquick2 qml-module-qttest qtdeclarative5-dev
     qtdeclarative5-dev-tools qtquickcontrols2-5-dev qttools5-dev-tools xvfb)
@@ -104,7 +104,7 @@ cat >"$work/programs/dpkg-query" <<'END'
 printf '%s installed\n' g++ cmake ninja-build
 echo 'qtbase5-dev config-files'
 END
-asks demo qtbase5-dev zlib1g-dev
+asks demo libnm-dev pkg-config qtbase5-dev zlib1g-dev
 
 # A program that is built runs as it is.
 mkdir -p "$work/project/build/tools"
@@ -137,7 +137,7 @@ for program in cmake ctest; do
 done
 cat >"$work/programs/dpkg-query" <<'END'
 #!/bin/sh
-printf '%s installed\n' g++ cmake ninja-build qtbase5-dev zlib1g-dev "$@"
+printf '%s installed\n' g++ cmake libnm-dev ninja-build pkg-config qtbase5-dev zlib1g-dev "$@"
 END
 
 # quick_runs TARGET FOLDER WORDS [FOLDER-OF-TESTS]

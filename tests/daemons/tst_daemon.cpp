@@ -65,8 +65,10 @@ protected:
     {
         Task task;
         task.request = ControlRequest(changes);
-        task.judge = [] { return Answer(); };
-        task.perform = [this, message = task.request.message] { performed += message; };
+        task.carryOut = [this, message = task.request.message](const AnswerCall &answer) {
+            answer({});
+            performed += message;
+        };
         return task;
     }
 

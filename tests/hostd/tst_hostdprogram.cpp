@@ -35,8 +35,8 @@ void HostdProgramTest::badArguments_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QByteArray>("line");
 
-    const auto row = [](const char *name, const QStringList &arguments, const char *line) {
-        QTest::addRow("%s", name) << arguments << QByteArray(line);
+    const auto row = [](const char *name, const QStringList &arguments, const QByteArray &line) {
+        QTest::addRow("%s", name) << arguments << line;
     };
     row("option", {QStringLiteral("--nonsense")},
         "morvek-hostd: Unknown option 'nonsense'. (--help lists the options)\n");
@@ -59,11 +59,43 @@ void HostdProgramTest::badArguments_data()
     row("both worlds",
         {QStringLiteral("--interfaces"), QStringLiteral("system"), QStringLiteral("--scenario"),
          QStringLiteral("headunit")},
-        "morvek-hostd: --interfaces system shows this machine: it goes with neither --scenario nor --check (--help "
+        "morvek-hostd: --interfaces system has this machine's networks: it goes with neither --scenario nor --check "
+        "(--help "
         "lists the options)\n");
     row("system, checked", {QStringLiteral("--interfaces"), QStringLiteral("system"), QStringLiteral("--check")},
-        "morvek-hostd: --interfaces system shows this machine: it goes with neither --scenario nor --check (--help "
+        "morvek-hostd: --interfaces system has this machine's networks: it goes with neither --scenario nor --check "
+        "(--help "
         "lists the options)\n");
+    row("network", {QStringLiteral("--network"), QStringLiteral("mine")},
+        "morvek-hostd: --network: \"mine\" is none of scenario, kernel, manager (--help lists the options)\n");
+    row("network twice",
+        {QStringLiteral("--network"), QStringLiteral("kernel"), QStringLiteral("--interfaces"),
+         QStringLiteral("system")},
+        "morvek-hostd: --interfaces is the older name of --network: give one of them (--help lists the options)\n");
+    for (const char *network : {"kernel", "manager"}) {
+        row(qPrintable(QLatin1String(network) + QStringLiteral(", and a scenario")),
+            {QStringLiteral("--network"), QLatin1String(network), QStringLiteral("--scenario"),
+             QStringLiteral("headunit")},
+            QByteArray("morvek-hostd: --network ") + network
+                + " has this machine's networks: it goes with neither --scenario nor --check (--help lists the "
+                  "options)\n");
+        row(qPrintable(QLatin1String(network) + QStringLiteral(", held")),
+            {QStringLiteral("--network"), QLatin1String(network), QStringLiteral("--hold")},
+            "morvek-hostd: --hold has a scenario's time stand still: it goes with --network scenario only, and not "
+            "with "
+            "--speed (--help lists the options)\n");
+    }
+    row("only, without the manager",
+        {QStringLiteral("--network"), QStringLiteral("kernel"), QStringLiteral("--only"), QStringLiteral("eth0")},
+        "morvek-hostd: --only goes with --network manager only (--help lists the options)\n");
+    row("forced, without the manager", {QStringLiteral("--force")},
+        "morvek-hostd: --force goes with --network manager only (--help lists the options)\n");
+    row("remembered, without the manager", {QStringLiteral("--remember")},
+        "morvek-hostd: --remember goes with --network manager only (--help lists the options)\n");
+    row("only one twice",
+        {QStringLiteral("--network"), QStringLiteral("manager"), QStringLiteral("--only"), QStringLiteral("eth0"),
+         QStringLiteral("--only"), QStringLiteral("wlan0"), QStringLiteral("--only"), QStringLiteral("eth0")},
+        "morvek-hostd: --only eth0 is given twice: give it once (--help lists the options)\n");
     row("daemon that there is none", {QStringLiteral("--without"), QStringLiteral("cellular")},
         "morvek-hostd: --without: \"cellular\" is none of networking, wifi, tethering (--help lists the options)\n");
     row("a value twice", {QStringLiteral("--speed"), QStringLiteral("2"), QStringLiteral("--speed=2")},
@@ -96,9 +128,10 @@ void HostdProgramTest::informs()
     const auto help = HostdProcess::run({QStringLiteral("--help")});
     QCOMPARE(help.code, 0);
     QCOMPARE(help.errors, QByteArray());
-    for (const char *option : {"--scenario", "--list-scenarios", "--interfaces", "--without", "--root", "--speed",
-                               "--seed", "--fresh", "--hold", "--timeout", "--check", "--verbose", "--help",
-                               "--version", "  act ", "  look ", "  pass ", "  wait "})
+    for (const char *option : {"--scenario", "--list-scenarios", "--network", "--interfaces", "--only", "--force",
+                               "--remember", "--without",        "--root",    "--speed",      "--seed", "--fresh",
+                               "--hold",     "--timeout",        "--check",   "--verbose",    "--help", "--version",
+                               "  act ",     "  look ",          "  pass ",   "  wait "})
         QVERIFY2(help.output.contains(option), option);
 
     QVERIFY(help.output.startsWith("Usage: morvek-hostd [OPTION]... [WORD]...\n\nPlays the daemons "));

@@ -271,8 +271,8 @@ void StageCommandTest::badHold()
     QFETCH(QByteArray, words);
     const auto ended = run(words.constData());
     QCOMPARE(ended.errors,
-             QByteArray("morvek-hostd: --hold has a scenario's time stand still: it goes with neither --interfaces "
-                        "system nor --speed (--help lists the options)\n"));
+             QByteArray("morvek-hostd: --hold has a scenario's time stand still: it goes with --network scenario "
+                        "only, and not with --speed (--help lists the options)\n"));
     QCOMPARE(ended.code, 2);
 }
 

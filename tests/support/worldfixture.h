@@ -46,20 +46,20 @@ struct WorldFixture
     int request(const char *message, const char *dat)
     {
         const auto request = morvek::NetworkingRequest::read(makeUpdate(message, dat));
-        const morvek::Refusal refusal = request.refusal ? request.refusal : network->refuses(request);
-        if (!refusal)
-            network->perform(request);
-        return refusal.code;
+        int code = request.refusal.code;
+        if (!request.refusal)
+            network->carryOut(request, [&code](const morvek::Answer &answer) { code = answer.refusal.code; });
+        return code;
     }
 
     /*! The same for the radio. */
     int wifiRequest(const char *message, const char *dat = "")
     {
         const auto request = morvek::WifiRequest::read(makeUpdate(message, dat));
-        const morvek::Refusal refusal = request.refusal ? request.refusal : radio->refuses(request);
-        if (!refusal)
-            radio->perform(request);
-        return refusal.code;
+        int code = request.refusal.code;
+        if (!request.refusal)
+            radio->carryOut(request, [&code](const morvek::Answer &answer) { code = answer.refusal.code; });
+        return code;
     }
 
     /*! Lets those things happen that are due. */

@@ -136,16 +136,12 @@ bool SystemNetwork::start(QString *error)
     return m_bell.hang(error) && mirror(error);
 }
 
-Refusal SystemNetwork::refuses(const NetworkingRequest &request) const
+void SystemNetwork::carryOut(const NetworkingRequest &request, const AnswerCall &answer)
 {
+    Refusal refusal {Refusal::ReadOnly, QStringLiteral("the machine's own interfaces are only shown, not configured")};
     if (!m_world->hasInterface(request.interface))
-        return {Refusal::NotFound, QStringLiteral("no interface \"%1\"").arg(request.interface)};
-    return {Refusal::ReadOnly, QStringLiteral("the machine's own interfaces are only shown, not configured")};
-}
-
-void SystemNetwork::perform(const NetworkingRequest &)
-{
-    Q_UNREACHABLE();
+        refusal = {Refusal::NotFound, QStringLiteral("no interface \"%1\"").arg(request.interface)};
+    answer({refusal, {}});
 }
 
 void SystemNetwork::onBell()

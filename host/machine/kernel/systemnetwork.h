@@ -26,8 +26,7 @@ public:
     /*! Fills the world, and follows the machine from then on. */
     bool start(QString *error);
 
-    Refusal refuses(const NetworkingRequest &request) const override;
-    void perform(const NetworkingRequest &request) override;
+    void carryOut(const NetworkingRequest &request, const AnswerCall &answer) override;
 
 private:
     Q_DISABLE_COPY(SystemNetwork)

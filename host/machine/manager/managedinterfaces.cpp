@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "managedinterfaces.h"
+
+#include "managerclient.h"
+
+namespace morvek {
+
+ManagedInterfaces::ManagedInterfaces(ManagerClient *client, World *world, const EventLog *log, QObject *parent)
+    : QObject(parent),
+      m_client(client),
+      m_world(world),
+      m_log(log)
+{
+}
+
+ManagedInterfaces::~ManagedInterfaces() = default;
+
+void ManagedInterfaces::carryOut(const NetworkingRequest &, const AnswerCall &answer)
+{
+    answer({{Refusal::ReadOnly, QStringLiteral("not yet")}, {}});
+}
+
+} // namespace morvek

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_MANAGEDMACHINE_H
+#define MORVEK_HOSTD_MANAGEDMACHINE_H
+
+#include "manageroptions.h"
+
+#include <memory>
+
+namespace morvek {
+
+class EventLog;
+class HotspotControl;
+class InterfaceControl;
+class RadioControl;
+class World;
+
+/*! The world that is this machine, and that its network manager changes as applications ask. */
+class ManagedMachine
+{
+public:
+    /*! \a world and \a log must outlive the machine. */
+    ManagedMachine(const ManagerOptions &options, World *world, const EventLog *log);
+    ~ManagedMachine();
+
+    /*! Fills the world, and follows the manager from then on. False, with the reason, when there is none to follow. */
+    bool start(QString *error);
+
+    // From then on:
+    InterfaceControl *interfaces() const;
+    RadioControl *radio() const;     //!< null when the machine has none
+    HotspotControl *hotspot() const; //!< null when no radio of the machine can be one
+
+private:
+    Q_DISABLE_COPY(ManagedMachine)
+
+    struct Parts;
+    std::unique_ptr<Parts> m_parts;
+};
+
+} // namespace morvek
+
+#endif

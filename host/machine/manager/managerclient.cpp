@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "managerclient.h"
+
+#include "zoppath.h"
+
+#include <QtCore/QAbstractEventDispatcher>
+#include <QtCore/QVersionNumber>
+
+namespace morvek {
+
+namespace {
+
+// The first in which a connection can end with the process that has asked for it.
+const QVersionNumber EarliestManager {1, 20};
+
+bool isKnownKind(NMDevice *device)
+{
+    switch (nm_device_get_device_type(device)) {
+    case NM_DEVICE_TYPE_LOOPBACK:
+    case NM_DEVICE_TYPE_WIFI_P2P:
+    case NM_DEVICE_TYPE_OVS_INTERFACE:
+    case NM_DEVICE_TYPE_OVS_PORT:
+    case NM_DEVICE_TYPE_OVS_BRIDGE:
+    case NM_DEVICE_TYPE_DUMMY:
+    case NM_DEVICE_TYPE_UNKNOWN:
+        return false;
+    default:
+        return true;
+    }
+}
+
+} // namespace
+
+ManagerClient::ManagerClient(const QStringList &only, QObject *parent)
+    : QObject(parent),
+      m_only(only)
+{
+    m_bell.setSingleShot(true);
+    m_bell.setInterval(0);
+    connect(&m_bell, &QTimer::timeout, this, [this] {
+        watchAll();
+        Q_EMIT changed();
+    });
+}
+
+ManagerClient::~ManagerClient() = default;
+
+bool ManagerClient::start(QString *error)
+{
+    // Only then its signals are heard.
+    if (!QAbstractEventDispatcher::instance()->inherits("QEventDispatcherGlib")) {
+        *error = QStringLiteral("the network manager is heard in GLib's event loop only: do not set QT_NO_GLIB");
+        return false;
+    }
+    GErrorKeeper failure;
+    m_client.reset(nm_client_new(nullptr, &failure));
+    if (!m_client) {
+        *error = QStringLiteral("no system bus: ") + QString::fromUtf8(failure.get()->message);
+        return false;
+    }
+    if (!isRunning()) {
+        *error = QStringLiteral("no network manager runs on this machine");
+        return false;
+    }
+    const QString version = QString::fromUtf8(nm_client_get_version(get()));
+    if (QVersionNumber::fromString(version) < EarliestManager) {
+        *error =
+            QStringLiteral("the network manager has version %1, and %2 is the first that can do what is asked of it")
+                .arg(version, EarliestManager.toString());
+        return false;
+    }
+    m_notify = SignalConnection::make<GParamSpec *>(get(), "notify", [this](GParamSpec *) { ring(); });
+    m_running = SignalConnection::make<GParamSpec *>(get(), "notify::" NM_CLIENT_NM_RUNNING, [this](GParamSpec *) {
+        Q_EMIT runningChanged(isRunning());
+        ring();
+    });
+    // At once: a state that a new device takes is heard.
+    m_added = SignalConnection::make<NMDevice *>(get(), NM_CLIENT_DEVICE_ADDED, [this](NMDevice *device) {
+        watch(&m_watches, device);
+        ring();
+    });
+    m_removed = SignalConnection::make<NMDevice *>(get(), NM_CLIENT_DEVICE_REMOVED, [this](NMDevice *) { ring(); });
+    watchAll();
+    return true;
+}
+
+bool ManagerClient::isRunning() const
+{
+    return nm_client_get_nm_running(get());
+}
+
+QVector<NMDevice *> ManagerClient::devices() const
+{
+    QVector<NMDevice *> shown;
+    const GPtrArray *all = nm_client_get_devices(get());
+    for (guint i = 0; all && i < all->len; ++i) {
+        auto *device = static_cast<NMDevice *>(all->pdata[i]);
+        if (isShown(device))
+            shown += device;
+    }
+    return shown;
+}
+
+NMDevice *ManagerClient::device(const QString &interface) const
+{
+    const QVector<NMDevice *> shown = devices();
+    const auto found = std::find_if(shown.begin(), shown.end(),
+                                    [&interface](NMDevice *device) { return nameOf(device) == interface; });
+    return found == shown.end() ? nullptr : *found;
+}
+
+NMDeviceWifi *ManagerClient::radio() const
+{
+    const QVector<NMDevice *> shown = devices();
+    const auto found =
+        std::find_if(shown.begin(), shown.end(), [](NMDevice *device) { return NM_IS_DEVICE_WIFI(device); });
+    return found == shown.end() ? nullptr : NM_DEVICE_WIFI(*found);
+}
+
+QString ManagerClient::nameOf(NMDevice *device)
+{
+    // A modem's own name is that of its control port.
+    const char *name = nm_device_get_ip_iface(device);
+    return QString::fromUtf8(name ? name : nm_device_get_iface(device));
+}
+
+bool ManagerClient::isShown(NMDevice *device) const
+{
+    const QString name = nameOf(device);
+    return isKnownKind(device) && ZopPath::isObjectName(name.toUtf8()) && (m_only.isEmpty() || m_only.contains(name));
+}
+
+void ManagerClient::ring()
+{
+    if (!m_bell.isActive())
+        m_bell.start();
+}
+
+/*! Hears whatever is there now, and nothing else any more. */
+void ManagerClient::watchAll()
+{
+    std::map<GObject *, Watch> kept;
+    const GPtrArray *all = nm_client_get_devices(get());
+    for (guint i = 0; all && i < all->len; ++i) {
+        auto *device = static_cast<NMDevice *>(all->pdata[i]);
+        watch(&kept, device);
+        watch(&kept, nm_device_get_ip4_config(device));
+        watch(&kept, nm_device_get_ip6_config(device));
+        watch(&kept, nm_device_get_active_connection(device));
+    }
+    m_watches = std::move(kept);
+}
+
+void ManagerClient::watch(std::map<GObject *, Watch> *kept, void *object)
+{
+    if (!object)
+        return;
+    auto *key = G_OBJECT(object);
+    if (const auto known = m_watches.find(key); known != m_watches.end()) {
+        if (kept != &m_watches)
+            (*kept)[key] = std::move(known->second);
+        return;
+    }
+    Watch &watch = (*kept)[key];
+    watch.notify = SignalConnection::make<GParamSpec *>(object, "notify", [this](GParamSpec *) { ring(); });
+    if (!NM_IS_DEVICE(object))
+        return;
+    watch.state = SignalConnection::make<guint, guint, guint>(
+        object, "state-changed", [this, object](guint now, guint before, guint reason) {
+            Q_EMIT stateChanged(NM_DEVICE(object), NMDeviceState(now), NMDeviceState(before),
+                                NMDeviceStateReason(reason));
+        });
+}
+
+} // namespace morvek

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_MANAGERCLIENT_H
+#define MORVEK_HOSTD_MANAGERCLIENT_H
+
+#include "gobject.h"
+
+#include <QtCore/QObject>
+#include <QtCore/QStringList>
+#include <QtCore/QTimer>
+#include <QtCore/QVector>
+
+#include <map>
+
+namespace morvek {
+
+/*!
+ * The network manager of this machine and what it knows, kept up to date from the event loop, also when it ends and
+ * comes back.
+ */
+class ManagerClient : public QObject
+{
+    Q_OBJECT
+
+public:
+    /*! Shows the interfaces of these names, or, when there are none, all. */
+    explicit ManagerClient(const QStringList &only, QObject *parent = nullptr);
+    ~ManagerClient() override;
+
+    /*! Finds the manager; false, with the reason, when there is none that can be used. */
+    bool start(QString *error);
+
+    NMClient *get() const { return m_client.get(); }
+    bool isRunning() const;
+
+    /*! Those that are shown: of kinds that applications know, with names that objects can have. */
+    QVector<NMDevice *> devices() const;
+    /*! The one of this name that is shown, or null. */
+    NMDevice *device(const QString &interface) const;
+    /*! The first radio that is shown, or null. */
+    NMDeviceWifi *radio() const;
+
+    /*! The name that the kernel gives to what addresses of \a device are on. */
+    static QString nameOf(NMDevice *device);
+
+Q_SIGNALS:
+    /*! Something has become different: a device or its settings, addresses or connection. Once for what comes at once.
+     */
+    void changed();
+    /*! The manager has ended or is back; after that comes changed(). */
+    void runningChanged(bool running);
+    /*! As the manager tells it, at once and with its reason. */
+    void stateChanged(NMDevice *device, NMDeviceState now, NMDeviceState before, NMDeviceStateReason reason);
+
+private:
+    Q_DISABLE_COPY(ManagerClient)
+
+    struct Watch
+    {
+        SignalConnection notify;
+        SignalConnection state;
+    };
+
+    bool isShown(NMDevice *device) const;
+    void ring();
+    void watchAll();
+    void watch(std::map<GObject *, Watch> *kept, void *object);
+
+    QStringList m_only;
+    GRef<NMClient> m_client;
+    std::map<GObject *, Watch> m_watches; // of all objects that changed() tells of
+    SignalConnection m_notify;
+    SignalConnection m_running;
+    SignalConnection m_added;
+    SignalConnection m_removed;
+    QTimer m_bell;
+};
+
+} // namespace morvek
+
+#endif

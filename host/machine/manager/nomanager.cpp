@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+// In the place of everything else here where libnm was not there to build with.
+#include "managedmachine.h"
+
+namespace morvek {
+
+struct ManagedMachine::Parts
+{
+};
+
+ManagedMachine::ManagedMachine(const ManagerOptions &, World *, const EventLog *) { }
+
+ManagedMachine::~ManagedMachine() = default;
+
+bool ManagedMachine::start(QString *error)
+{
+    *error = QStringLiteral("--network manager is not part of this build, which was made without libnm");
+    return false;
+}
+
+InterfaceControl *ManagedMachine::interfaces() const
+{
+    return nullptr;
+}
+
+RadioControl *ManagedMachine::radio() const
+{
+    return nullptr;
+}
+
+HotspotControl *ManagedMachine::hotspot() const
+{
+    return nullptr;
+}
+
+} // namespace morvek
