@@ -59,6 +59,7 @@ public:
     QVector<qint64> times; // of publishing
     Attributes state;
     QStringList performed;
+    std::vector<AnswerCall> undecided; // of requests "undecided"
 
 protected:
     Task read(const ZopChangeset &changes) override
@@ -66,6 +67,8 @@ protected:
         Task task;
         task.request = ControlRequest(changes);
         task.carryOut = [this, message = task.request.message](const AnswerCall &answer) {
+            if (message == QLatin1String("undecided"))
+                return undecided.push_back(answer);
             answer({});
             performed += message;
         };
@@ -299,6 +302,8 @@ private Q_SLOTS:
     void servesNothingWhenItCannotPublish();
     void answersNothingOfAFormerLife_data();
     void answersNothingOfAFormerLife();
+    void answersWhenItIsDecided();
+    void decidesNothingOfAFormerLife();
     void repliesTakeTheirTime_data() { addSlowRows(); }
     void repliesTakeTheirTime();
     void deadDaemonDoesNotDie();
@@ -418,6 +423,41 @@ void DaemonTest::answersNothingOfAFormerLife()
         QCOMPARE(fixture.replies.size(), 3);
         QCOMPARE(fixture.daemon.performed, QStringList {QStringLiteral("next")});
     }
+}
+
+void DaemonTest::answersWhenItIsDecided()
+{
+    Fault twice;
+    twice.kind = Fault::Double;
+    twice.skip = 1;
+    twice.times = 1;
+    twice.message = QStringLiteral("undecided");
+    PlainFixture fixture({twice});
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    QVERIFY(fixture.ask("undecided") && fixture.ask("undecided") && fixture.ask("next"));
+    QTRY_COMPARE(fixture.replies, QStringList {QStringLiteral("next 0")});
+    QCOMPARE(fixture.daemon.undecided.size(), std::size_t(2));
+    // In whatever order it comes to that.
+    fixture.daemon.undecided.at(1)({});
+    fixture.daemon.undecided.at(0)({{Refusal::ManagerRefused, QStringLiteral("no")}, {}});
+    QTRY_COMPARE(fixture.replies,
+                 QStringList({QStringLiteral("next 0"), QStringLiteral("undecided 0"), QStringLiteral("undecided 0"),
+                              QStringLiteral("undecided 13")}));
+}
+
+void DaemonTest::decidesNothingOfAFormerLife()
+{
+    PlainFixture fixture;
+    QVERIFY2(fixture.start(), qPrintable(fixture.error));
+    QVERIFY(fixture.ask("undecided"));
+    QTRY_COMPARE(fixture.daemon.undecided.size(), std::size_t(1));
+    fixture.daemon.die(-1);
+    QTRY_COMPARE(fixture.replies, QStringList {QStringLiteral("undecided -1")});
+    fixture.daemon.undecided.at(0)({}); // while it is dead
+    fixture.daemon.comeBack();
+    fixture.daemon.undecided.at(0)({}); // and when it is back
+    QVERIFY(QTest::qWaitFor([&fixture] { return fixture.ask("next"); }));
+    QTRY_COMPARE(fixture.replies, QStringList({QStringLiteral("undecided -1"), QStringLiteral("next 0")}));
 }
 
 void DaemonTest::repliesTakeTheirTime()
