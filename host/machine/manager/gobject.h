@@ -8,6 +8,10 @@
 // A keyword of Qt's is a member's name there.
 #pragma push_macro("signals")
 #undef signals
+#include <gio/gio.h>
+extern "C" { // which this one does not say
+#include <nm-errors.h>
+}
 #include <NetworkManager.h>
 #pragma pop_macro("signals")
 

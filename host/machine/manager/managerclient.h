@@ -11,6 +11,9 @@
 
 #include <map>
 
+// Nobody but the manager's library knows what is in one: signals carry pointers to it.
+Q_DECLARE_OPAQUE_POINTER(NMDevice *)
+
 namespace morvek {
 
 /*!
