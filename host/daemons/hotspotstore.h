@@ -2,6 +2,8 @@
 #ifndef MORVEK_HOSTD_HOTSPOTSTORE_H
 #define MORVEK_HOSTD_HOTSPOTSTORE_H
 
+#include "privatefile.h"
+
 #include <QtCore/QJsonObject>
 
 namespace morvek {
@@ -21,7 +23,7 @@ public:
     bool forget(QString *error) const;
 
 private:
-    QByteArray m_file;
+    PrivateFile m_file;
 };
 
 } // namespace morvek
