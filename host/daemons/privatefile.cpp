@@ -3,6 +3,7 @@
 
 #include "filedescriptor.h"
 #include "fileplace.h"
+#include "zoppath.h"
 
 #include <QtCore/QFile>
 

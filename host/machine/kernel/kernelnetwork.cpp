@@ -38,6 +38,7 @@ KernelLink readLink(const NetlinkAttributes &attributes)
     KernelLink link;
     link.kind = text(NetlinkDump::attributes(attributes.value(IFLA_LINKINFO)).value(IFLA_INFO_KIND));
     link.bus = text(attributes.value(IFLA_PARENT_DEV_BUS_NAME));
+    link.masterIndex = number<int>(attributes.value(IFLA_MASTER));
     // A parent in another namespace has an index of that one, and the other end of a veth pair is no parent.
     if (!attributes.contains(IFLA_LINK_NETNSID) && link.kind != "veth")
         link.parentIndex = number<int>(attributes.value(IFLA_LINK));

@@ -13,6 +13,7 @@ namespace morvek {
 struct KernelLink
 {
     int parentIndex = 0; //!< the interface that carries this one; 0 when there is none in this namespace
+    int masterIndex = 0; //!< the bridge or bond that this is a port of; 0 when there is none
     QByteArray kind;     //!< such as "vlan", "bridge" or "wireguard"; empty for hardware
     QByteArray bus;      //!< such as "pci" or "usb"; empty when it is on none
 };

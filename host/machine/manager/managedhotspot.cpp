@@ -5,9 +5,11 @@
 
 namespace morvek {
 
-ManagedHotspot::ManagedHotspot(ManagerClient *client, World *world, const EventLog *log, QObject *parent)
+ManagedHotspot::ManagedHotspot(ManagerClient *client, Restoration *restoration, World *world, const EventLog *log,
+                               QObject *parent)
     : QObject(parent),
       m_client(client),
+      m_restoration(restoration),
       m_world(world),
       m_log(log)
 {

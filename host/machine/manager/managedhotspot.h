@@ -10,6 +10,7 @@ namespace morvek {
 
 class EventLog;
 class ManagerClient;
+class Restoration;
 class World;
 
 /*! Has the network manager make a radio an access point. */
@@ -19,7 +20,8 @@ class ManagedHotspot : public QObject, public HotspotControl
 
 public:
     /*! All of them must outlive this. */
-    ManagedHotspot(ManagerClient *client, World *world, const EventLog *log, QObject *parent = nullptr);
+    ManagedHotspot(ManagerClient *client, Restoration *restoration, World *world, const EventLog *log,
+                   QObject *parent = nullptr);
     ~ManagedHotspot() override;
 
     QJsonObject profile() const override { return m_profile; }
@@ -32,6 +34,7 @@ private:
 
     QJsonObject m_profile;
     ManagerClient *m_client;
+    Restoration *m_restoration;
     World *m_world;
     const EventLog *m_log;
 };

@@ -5,9 +5,11 @@
 
 namespace morvek {
 
-ManagedInterfaces::ManagedInterfaces(ManagerClient *client, World *world, const EventLog *log, QObject *parent)
+ManagedInterfaces::ManagedInterfaces(ManagerClient *client, Restoration *restoration, World *world, const EventLog *log,
+                                     QObject *parent)
     : QObject(parent),
       m_client(client),
+      m_restoration(restoration),
       m_world(world),
       m_log(log)
 {

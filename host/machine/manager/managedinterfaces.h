@@ -10,6 +10,7 @@ namespace morvek {
 
 class EventLog;
 class ManagerClient;
+class Restoration;
 class World;
 
 /*! Keeps the world's interfaces like the network manager's devices, and has it configure them. */
@@ -19,7 +20,8 @@ class ManagedInterfaces : public QObject, public InterfaceControl
 
 public:
     /*! All of them must outlive this. */
-    ManagedInterfaces(ManagerClient *client, World *world, const EventLog *log, QObject *parent = nullptr);
+    ManagedInterfaces(ManagerClient *client, Restoration *restoration, World *world, const EventLog *log,
+                      QObject *parent = nullptr);
     ~ManagedInterfaces() override;
 
     void carryOut(const NetworkingRequest &request, const AnswerCall &answer) override;
@@ -28,6 +30,7 @@ private:
     Q_DISABLE_COPY(ManagedInterfaces)
 
     ManagerClient *m_client;
+    Restoration *m_restoration;
     World *m_world;
     const EventLog *m_log;
 };

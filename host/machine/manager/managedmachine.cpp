@@ -4,23 +4,33 @@
 #include "managedhotspot.h"
 #include "managedinterfaces.h"
 #include "managedradio.h"
-#include "managerclient.h"
+#include "restoration.h"
 
 namespace morvek {
 
 struct ManagedMachine::Parts
 {
-    ManagerOptions options;
-    World *world;
-    const EventLog *log;
+    Parts(const ManagerOptions &asked, World *published, const EventLog *lines)
+        : options(asked),
+          world(published),
+          log(lines),
+          client(asked.only),
+          restoration(&client, asked.remember, lines)
+    {
+    }
+
+    const ManagerOptions options;
+    World *const world;
+    const EventLog *const log;
     ManagerClient client;
+    Restoration restoration;
     std::unique_ptr<ManagedInterfaces> interfaces {};
     std::unique_ptr<ManagedRadio> radio {};
     std::unique_ptr<ManagedHotspot> hotspot {};
 };
 
 ManagedMachine::ManagedMachine(const ManagerOptions &options, World *world, const EventLog *log)
-    : m_parts(new Parts {options, world, log, ManagerClient(options.only)})
+    : m_parts(std::make_unique<Parts>(options, world, log))
 {
 }
 
@@ -31,10 +41,10 @@ bool ManagedMachine::start(QString *error)
     Parts &parts = *m_parts;
     if (!parts.client.start(error))
         return false;
-    parts.interfaces = std::make_unique<ManagedInterfaces>(&parts.client, parts.world, parts.log);
+    parts.interfaces = std::make_unique<ManagedInterfaces>(&parts.client, &parts.restoration, parts.world, parts.log);
     if (parts.client.radio()) {
-        parts.radio = std::make_unique<ManagedRadio>(&parts.client, parts.world, parts.log);
-        parts.hotspot = std::make_unique<ManagedHotspot>(&parts.client, parts.world, parts.log);
+        parts.radio = std::make_unique<ManagedRadio>(&parts.client, &parts.restoration, parts.world, parts.log);
+        parts.hotspot = std::make_unique<ManagedHotspot>(&parts.client, &parts.restoration, parts.world, parts.log);
     }
     return true;
 }

@@ -5,9 +5,11 @@
 
 namespace morvek {
 
-ManagedRadio::ManagedRadio(ManagerClient *client, World *world, const EventLog *log, QObject *parent)
+ManagedRadio::ManagedRadio(ManagerClient *client, Restoration *restoration, World *world, const EventLog *log,
+                           QObject *parent)
     : QObject(parent),
       m_client(client),
+      m_restoration(restoration),
       m_world(world),
       m_log(log)
 {

@@ -10,6 +10,7 @@ namespace morvek {
 
 class EventLog;
 class ManagerClient;
+class Restoration;
 class World;
 
 /*! Keeps the Wi-Fi status of the world like the first radio of the network manager, and has that one scan and join. */
@@ -19,7 +20,8 @@ class ManagedRadio : public QObject, public RadioControl
 
 public:
     /*! All of them must outlive this. */
-    ManagedRadio(ManagerClient *client, World *world, const EventLog *log, QObject *parent = nullptr);
+    ManagedRadio(ManagerClient *client, Restoration *restoration, World *world, const EventLog *log,
+                 QObject *parent = nullptr);
     ~ManagedRadio() override;
 
     void carryOut(const WifiRequest &request, const AnswerCall &answer) override;
@@ -28,6 +30,7 @@ private:
     Q_DISABLE_COPY(ManagedRadio)
 
     ManagerClient *m_client;
+    Restoration *m_restoration;
     World *m_world;
     const EventLog *m_log;
 };

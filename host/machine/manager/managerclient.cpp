@@ -117,6 +117,51 @@ NMDeviceWifi *ManagerClient::radio() const
     return found == shown.end() ? nullptr : NM_DEVICE_WIFI(*found);
 }
 
+Refusal ManagerClient::refusesToTouch(NMDevice *device) const
+{
+    const QString name = nameOf(device);
+    if (!m_only.isEmpty() && !m_only.contains(name))
+        return {Refusal::Protected, QStringLiteral("\"%1\" is not among what --only names").arg(name)};
+    if (m_protected.contains(name))
+        return {Refusal::Protected,
+                QStringLiteral("\"%1\" carries your remote session: --force has it touched").arg(name)};
+    return {};
+}
+
+Refusal ManagerClient::refusesToTouchRadios() const
+{
+    const GPtrArray *all = nm_client_get_devices(get());
+    for (guint i = 0; all && i < all->len; ++i) {
+        auto *device = static_cast<NMDevice *>(all->pdata[i]);
+        const Refusal refusal = NM_IS_DEVICE_WIFI(device) ? refusesToTouch(device) : Refusal();
+        if (refusal)
+            return refusal;
+    }
+    return {};
+}
+
+void ManagerClient::setAutoconnect(NMDevice *device, bool autoconnect, QObject *context, const ErrorCall &answer)
+{
+    set(nm_object_get_path(NM_OBJECT(device)), NM_DBUS_INTERFACE_DEVICE, "Autoconnect", autoconnect, context, answer);
+}
+
+void ManagerClient::setPower(bool on, QObject *context, const ErrorCall &answer)
+{
+    set(NM_DBUS_PATH, NM_DBUS_INTERFACE, "WirelessEnabled", on, context, answer);
+}
+
+void ManagerClient::set(const char *path, const char *interface, const char *property, bool value, QObject *context,
+                        const ErrorCall &answer)
+{
+    const auto ended = [answer](GObject *source, GAsyncResult *result) {
+        GErrorKeeper error;
+        nm_client_dbus_set_property_finish(NM_CLIENT(source), result, &error);
+        answer(error.get());
+    };
+    nm_client_dbus_set_property(get(), path, interface, property, g_variant_new_boolean(value), -1, nullptr,
+                                AsyncCall::ready, AsyncCall::make(context, ended));
+}
+
 QString ManagerClient::nameOf(NMDevice *device)
 {
     // A modem's own name is that of its control port.

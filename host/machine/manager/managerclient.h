@@ -3,6 +3,7 @@
 #define MORVEK_HOSTD_MANAGERCLIENT_H
 
 #include "gobject.h"
+#include "refusal.h"
 
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
@@ -42,6 +43,20 @@ public:
     /*! The first radio that is shown, or null. */
     NMDeviceWifi *radio() const;
 
+    /*! From now on the interfaces of these names are not to be touched, as they carry the user's remote session. */
+    void protect(const QStringList &interfaces) { m_protected = interfaces; }
+    /*! Why \a device is not to be touched. */
+    Refusal refusesToTouch(NMDevice *device) const;
+    /*! Why what concerns all radios at once, their power, is not to be touched. */
+    Refusal refusesToTouchRadios() const;
+
+    /*! Called with null, or with why the manager has refused. */
+    using ErrorCall = std::function<void(const GError *error)>;
+    /*! Switches off and on again what \a device does by itself. Restoration does it for whoever wants it. */
+    void setAutoconnect(NMDevice *device, bool autoconnect, QObject *context, const ErrorCall &answer);
+    /*! Likewise the power of all radios. */
+    void setPower(bool on, QObject *context, const ErrorCall &answer);
+
     /*! The name that the kernel gives to what addresses of \a device are on. */
     static QString nameOf(NMDevice *device);
 
@@ -68,7 +83,11 @@ private:
     void watchAll();
     void watch(std::map<GObject *, Watch> *kept, void *object);
 
+    void set(const char *path, const char *interface, const char *property, bool value, QObject *context,
+             const ErrorCall &answer);
+
     QStringList m_only;
+    QStringList m_protected;
     GRef<NMClient> m_client;
     std::map<GObject *, Watch> m_watches; // of all objects that changed() tells of
     SignalConnection m_notify;
