@@ -53,10 +53,10 @@ QVariant native(QVariant value)
             makeNative(&map);
         return QVariant::fromValue(maps);
     }
-    if (!take<BusPaths>(&value, signature, "ao") && !take<QList<uint>>(&value, signature, "au")
-        && !take<QList<QList<uint>>>(&value, signature, "aau") && !take<QList<QByteArray>>(&value, signature, "aay")
-        && !take<QMap<QString, QString>>(&value, signature, "a{ss}"))
-        qFatal("the objects of tests do not know the type %s", qPrintable(signature));
+    // Others stay what they are: they can be sent again, too.
+    take<BusPaths>(&value, signature, "ao") || take<QList<uint>>(&value, signature, "au")
+        || take<QList<QList<uint>>>(&value, signature, "aau") || take<QList<QByteArray>>(&value, signature, "aay")
+        || take<QMap<QString, QString>>(&value, signature, "a{ss}");
     return value;
 }
 

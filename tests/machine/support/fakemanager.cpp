@@ -139,6 +139,33 @@ QVariantMap deviceProperties(const QString &interface, uint type, const QString 
             {QStringLiteral("HwAddress"), address}};
 }
 
+QVariantMap ip4Properties(const QStringList &addresses, const QString &gateway, uint metric,
+                          const QStringList &nameservers)
+{
+    QList<QVariantMap> addressData;
+    QList<QVariantMap> routes;
+    QList<QVariantMap> nameserverData;
+    for (const QString &address : addresses) {
+        const QPair<QHostAddress, int> subnet = QHostAddress::parseSubnet(address);
+        addressData.append({{QStringLiteral("address"), address.section(QLatin1Char('/'), 0, 0)},
+                            {QStringLiteral("prefix"), uint(subnet.second)}});
+        routes.append({{QStringLiteral("dest"), subnet.first.toString()},
+                       {QStringLiteral("prefix"), uint(subnet.second)},
+                       {QStringLiteral("metric"), metric}});
+    }
+    if (!gateway.isEmpty())
+        routes.append({{QStringLiteral("dest"), QStringLiteral("0.0.0.0")},
+                       {QStringLiteral("prefix"), 0U},
+                       {QStringLiteral("next-hop"), gateway},
+                       {QStringLiteral("metric"), metric}});
+    for (const QString &nameserver : nameservers)
+        nameserverData.append({{QStringLiteral("address"), nameserver}});
+    return {{QStringLiteral("AddressData"), QVariant::fromValue(addressData)},
+            {QStringLiteral("Gateway"), gateway},
+            {QStringLiteral("RouteData"), QVariant::fromValue(routes)},
+            {QStringLiteral("NameserverData"), QVariant::fromValue(nameserverData)}};
+}
+
 } // namespace
 
 Q_DECLARE_METATYPE(StateReason)
@@ -174,6 +201,7 @@ FakeManager::FakeManager(const QString &version)
         setHandler(QLatin1String(member), &FakeManager::endCheckpoint);
     for (const auto *member : {"GetAccessPoints", "GetAllAccessPoints"})
         setHandler(QLatin1String(member), &FakeManager::getAccessPoints);
+    setHandler(QStringLiteral("GetDeviceByIpIface"), &FakeManager::getDevice);
     setHandler(QStringLiteral("GetPermissions"), &FakeManager::getPermissions);
     for (const auto *member : {"RequestScan", "CheckpointAdjustRollbackTimeout", "ClearSecrets", "Save", "Enable",
                                "Sleep", "Register", "RegisterWithCapabilities", "Unregister", "SetLogging", "Reload"})
@@ -448,45 +476,27 @@ void FakeManager::setIp4(const QString &device, const QStringList &addresses, co
                          const QStringList &nameservers)
 {
     const QMutexLocker locker(mutex());
-    const QString before = pathValue(device, QStringLiteral("Ip4Config"));
-    QList<QVariantMap> addressData;
-    QList<QVariantMap> routes;
-    QList<QVariantMap> nameserverData;
-    for (const QString &address : addresses) {
-        const QPair<QHostAddress, int> subnet = QHostAddress::parseSubnet(address);
-        addressData.append({{QStringLiteral("address"), address.section(QLatin1Char('/'), 0, 0)},
-                            {QStringLiteral("prefix"), uint(subnet.second)}});
-        routes.append({{QStringLiteral("dest"), subnet.first.toString()},
-                       {QStringLiteral("prefix"), uint(subnet.second)},
-                       {QStringLiteral("metric"), metric}});
-    }
-    if (!gateway.isEmpty())
-        routes.append({{QStringLiteral("dest"), QStringLiteral("0.0.0.0")},
-                       {QStringLiteral("prefix"), 0U},
-                       {QStringLiteral("next-hop"), gateway},
-                       {QStringLiteral("metric"), metric}});
-    for (const QString &nameserver : nameservers)
-        nameserverData.append({{QStringLiteral("address"), nameserver}});
-
-    QString path = slash();
-    if (!addresses.isEmpty()) {
-        path = next(QStringLiteral("IP4Config"));
-        add(path,
-            {{Manager + QStringLiteral(".IP4Config"),
-              {{QStringLiteral("AddressData"), QVariant::fromValue(addressData)},
-               {QStringLiteral("Gateway"), gateway},
-               {QStringLiteral("RouteData"), QVariant::fromValue(routes)},
-               {QStringLiteral("NameserverData"), QVariant::fromValue(nameserverData)},
-               {QStringLiteral("Domains"), QStringList()},
-               {QStringLiteral("Searches"), QStringList()},
-               {QStringLiteral("DnsOptions"), QStringList()},
-               {QStringLiteral("DnsPriority"), 100},
-               {QStringLiteral("WinsServerData"), QStringList()}}}});
-    }
     const QString active = pathValue(device, QStringLiteral("ActiveConnection"));
+    QString path = pathValue(device, QStringLiteral("Ip4Config"));
+    const QVariantMap properties = ip4Properties(addresses, gateway, metric, nameservers);
+    if (contains(active))
+        change(active, {{QStringLiteral("Default"), !gateway.isEmpty()}});
+    if (contains(path) && !addresses.isEmpty()) {
+        change(path, properties);
+        return;
+    }
+    const QString before = path;
+    path = addresses.isEmpty() ? slash() : next(QStringLiteral("IP4Config"));
+    if (!addresses.isEmpty()) {
+        QVariantMap all = properties;
+        for (const auto *name : {"Domains", "Searches", "DnsOptions", "WinsServerData"})
+            all.insert(QLatin1String(name), QStringList());
+        all.insert(QStringLiteral("DnsPriority"), 100);
+        add(path, {{Manager + QStringLiteral(".IP4Config"), all}});
+    }
     change(device, {{QStringLiteral("Ip4Config"), object(path)}});
     if (contains(active))
-        change(active, {{QStringLiteral("Ip4Config"), object(path)}, {QStringLiteral("Default"), !gateway.isEmpty()}});
+        change(active, {{QStringLiteral("Ip4Config"), object(path)}});
     if (contains(before))
         remove(before);
 }
@@ -669,6 +679,15 @@ BusAnswer FakeManager::endCheckpoint(const BusCall &call)
 BusAnswer FakeManager::getAccessPoints(const BusCall &call)
 {
     return {{value(call.path, QStringLiteral("AccessPoints"))}, {}, {}};
+}
+
+BusAnswer FakeManager::getDevice(const BusCall &call)
+{
+    const QString path = device(call.text(0));
+    if (path.isEmpty())
+        return {
+            {}, Manager + QStringLiteral(".UnknownDevice"), QStringLiteral("No device found for the requested iface.")};
+    return {{object(path)}, {}, {}};
 }
 
 BusAnswer FakeManager::getPermissions(const BusCall &)

@@ -72,7 +72,10 @@ public:
      */
     void setState(const QString &device, uint state, uint reason = 0);
 
-    /*! "10.0.0.2/24"...; a default route through \a gateway unless that is empty. None for no addresses. */
+    /*!
+     * "10.0.0.2/24"...; a default route through \a gateway unless that is empty. One configuration is told anew;
+     * without addresses it goes.
+     */
     void setIp4(const QString &device, const QStringList &addresses, const QString &gateway = QString(),
                 uint metric = 100, const QStringList &nameservers = {});
     /*! The DHCP client's options; none for no client. */
@@ -112,6 +115,7 @@ private:
     BusAnswer createCheckpoint(const BusCall &call);
     BusAnswer endCheckpoint(const BusCall &call);
     BusAnswer getAccessPoints(const BusCall &call);
+    BusAnswer getDevice(const BusCall &call);
     BusAnswer getPermissions(const BusCall &call);
     BusAnswer nothing(const BusCall &call);
 
