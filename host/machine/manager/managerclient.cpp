@@ -4,7 +4,10 @@
 #include "zoppath.h"
 
 #include <QtCore/QAbstractEventDispatcher>
+#include <QtCore/QEventLoop>
 #include <QtCore/QVersionNumber>
+
+#include <chrono>
 
 namespace morvek {
 
@@ -12,6 +15,8 @@ namespace {
 
 // The first in which a connection can end with the process that has asked for it.
 const QVersionNumber EarliestManager {1, 20};
+// It is asked for all that it knows.
+constexpr std::chrono::seconds Patience {10};
 
 bool isKnownKind(NMDevice *device)
 {
@@ -52,12 +57,8 @@ bool ManagerClient::start(QString *error)
         *error = QStringLiteral("the network manager is heard in GLib's event loop only: do not set QT_NO_GLIB");
         return false;
     }
-    GErrorKeeper failure;
-    m_client.reset(nm_client_new(nullptr, &failure));
-    if (!m_client) {
-        *error = QStringLiteral("no system bus: ") + QString::fromUtf8(failure.get()->message);
+    if (!makeClient(error))
         return false;
-    }
     if (!isRunning()) {
         *error = QStringLiteral("no network manager runs on this machine");
         return false;
@@ -82,6 +83,25 @@ bool ManagerClient::start(QString *error)
     m_removed = SignalConnection::make<NMDevice *>(get(), NM_CLIENT_DEVICE_REMOVED, [this](NMDevice *) { ring(); });
     watchAll();
     return true;
+}
+
+/*! From the event loop: what asks the program to end is heard, whatever the manager does. */
+bool ManagerClient::makeClient(QString *error)
+{
+    *error = QStringLiteral("the network manager has not answered");
+    const GRef<GCancellable> wait(g_cancellable_new());
+    QEventLoop loop;
+    const auto made = [&](GObject *, GAsyncResult *result) {
+        GErrorKeeper failure;
+        m_client.reset(nm_client_new_finish(result, &failure));
+        if (failure && !g_cancellable_is_cancelled(wait.get()))
+            *error = QStringLiteral("no system bus: ") + QString::fromUtf8(failure.get()->message);
+        loop.quit();
+    };
+    nm_client_new_async(wait.get(), AsyncCall::ready, AsyncCall::make(&loop, made));
+    QTimer::singleShot(Patience, &loop, [&wait] { g_cancellable_cancel(wait.get()); });
+    loop.exec();
+    return m_client != nullptr;
 }
 
 bool ManagerClient::isRunning() const

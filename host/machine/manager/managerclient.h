@@ -78,6 +78,7 @@ private:
         SignalConnection state;
     };
 
+    bool makeClient(QString *error);
     bool isShown(NMDevice *device) const;
     void ring();
     void watchAll();

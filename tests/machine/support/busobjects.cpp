@@ -9,6 +9,8 @@
 #include <QtDBus/QDBusServiceWatcher>
 #include <QtDBus/QDBusVirtualObject>
 
+#include <numeric>
+
 using Tree = QMap<QDBusObjectPath, BusSettings>;
 Q_DECLARE_METATYPE(Tree)
 
@@ -309,6 +311,19 @@ void BusObjects::release(const QString &member)
         respond(message, read(message));
 }
 
+void BusObjects::holdAfter(int count)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_answersLeft = count;
+}
+
+int BusObjects::heldCalls() const
+{
+    const QMutexLocker locker(&m_mutex);
+    return std::accumulate(m_held.begin(), m_held.end(), 0,
+                           [](int sum, const QVector<QDBusMessage> &messages) { return sum + messages.size(); });
+}
+
 BusCall BusObjects::read(const QDBusMessage &message)
 {
     BusCall call {message.service(), message.path(), message.interface(), message.member(), {}};
@@ -325,6 +340,10 @@ void BusObjects::receive(const QDBusMessage &message)
         call.interface == ObjectManager || (call.interface == Properties && call.member != QLatin1String("Set"));
     if (!looks)
         m_calls.append(call);
+    if (!looks && m_answersLeft == 0)
+        m_held[call.member];
+    else if (!looks && m_answersLeft > 0)
+        --m_answersLeft;
     const auto held = m_held.find(call.member);
     if (held != m_held.end())
         held->append(message);

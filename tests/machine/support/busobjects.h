@@ -73,6 +73,10 @@ public:
     /*! Leaves calls of \a member without an answer until release(), which answers them as if they came then. */
     void hold(const QString &member);
     void release(const QString &member);
+    /*! Answers so many calls more, of whatever member, and leaves all others without an answer. */
+    void holdAfter(int count);
+    /*! How many calls have no answer. */
+    int heldCalls() const;
 
 Q_SIGNALS:
     void called(const BusCall &call);
@@ -110,6 +114,7 @@ private:
     QHash<QString, Answer> m_answers;
     QHash<QString, Refusal> m_refusals;
     QHash<QString, QVector<QDBusMessage>> m_held;
+    int m_answersLeft = -1; // or any number
 };
 
 #endif
