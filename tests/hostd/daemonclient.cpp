@@ -102,10 +102,14 @@ void DaemonFixture::kill()
     m_process = std::make_unique<HostdProcess>();
 }
 
+bool DaemonFixture::serve(const QStringList &arguments)
+{
+    return m_process->start(root(), QStringList {QStringLiteral("--verbose")} + arguments);
+}
+
 bool DaemonFixture::start(const QString &scenario, const QStringList &arguments)
 {
-    return m_process->start(
-        root(), QStringList {QStringLiteral("--verbose"), QStringLiteral("--scenario"), scenario} + arguments);
+    return serve(QStringList {QStringLiteral("--scenario"), scenario} + arguments);
 }
 
 bool DaemonFixture::startWith(const char *scenario, const QStringList &arguments)

@@ -11,7 +11,9 @@
 
 #include <memory>
 
-constexpr int Patience = 20000;
+/*! Milliseconds; MORVEK_PATIENCE is for where everything is slower. */
+inline const int Patience =
+    qEnvironmentVariableIsSet("MORVEK_PATIENCE") ? qEnvironmentVariableIntValue("MORVEK_PATIENCE") : 20000;
 const char Interfaces[] = "/zop/services/networking/all/interfaces";
 const char Status[] = "/zop/services/networking/all/status_public";
 const char Control[] = "/zop/services/networking/control";
@@ -69,6 +71,8 @@ public:
     /*! Kills the process, if it runs; the next start is another process. */
     void kill();
 
+    /*! Starts with these arguments behind those of every daemon. */
+    bool serve(const QStringList &arguments);
     bool start(const QString &scenario, const QStringList &arguments = {});
     /*! Starts with a scenario given as text; single quotes stand for double ones. */
     bool startWith(const char *scenario, const QStringList &arguments = {});
