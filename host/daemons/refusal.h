@@ -34,6 +34,14 @@ struct Refusal
     explicit operator bool() const { return code != 0; }
 
     static Refusal malformed(const QString &text) { return {MalformedDat, text}; }
+    static Refusal noInterface(const QString &name)
+    {
+        return {NotFound, QStringLiteral("no interface \"%1\"").arg(name)};
+    }
+    static Refusal noLink(const QString &interface)
+    {
+        return {NoLink, QStringLiteral("\"%1\" has no link").arg(interface)};
+    }
 };
 
 } // namespace morvek

@@ -25,6 +25,14 @@ inline const QString Priority = QStringLiteral("priority");
 inline const QString Type = QStringLiteral("type");
 inline const QString Up = QStringLiteral("up");
 
+inline const QString TypeBluetooth = QStringLiteral("bluetooth_dun");
+inline const QString TypeCellular = QStringLiteral("cellular");
+inline const QString TypeUnknown = QStringLiteral("unknown");
+inline const QString TypeUsb = QStringLiteral("usb");
+inline const QString TypeVpn = QStringLiteral("vpn");
+inline const QString TypeWifi = QStringLiteral("wifi");
+inline const QString TypeWired = QStringLiteral("wired");
+
 inline const QString NetConnected = QStringLiteral("net_connected");
 inline const QString NetDisconnected = QStringLiteral("net_disconnected");
 

@@ -47,9 +47,9 @@ Refusal SimulatedNetwork::refuses(const NetworkingRequest &request) const
 {
     const auto found = m_stations.find(request.interface);
     if (found == m_stations.end() || !found->state.present)
-        return {Refusal::NotFound, QStringLiteral("no interface \"%1\"").arg(request.interface)};
+        return Refusal::noInterface(request.interface);
     if (request.kind == NetworkingRequest::Connect && !hasLink(*found))
-        return {Refusal::NoLink, QStringLiteral("\"%1\" has no link").arg(request.interface)};
+        return Refusal::noLink(request.interface);
     return {};
 }
 

@@ -2,6 +2,7 @@
 #include "systemnetwork.h"
 
 #include "eventlog.h"
+#include "interfacemirror.h"
 #include "kernelnetwork.h"
 #include "networkingrequest.h"
 #include "wirenames.h"
@@ -17,20 +18,20 @@ namespace {
 QString typeOf(const QNetworkInterface &interface, const KernelLink &link)
 {
     if (link.kind == "wwan")
-        return QStringLiteral("cellular");
+        return Wire::TypeCellular;
     if (link.kind == "wireguard" || link.kind == "tun")
-        return QStringLiteral("vpn");
+        return Wire::TypeVpn;
     if (link.bus == "bluetooth")
-        return QStringLiteral("bluetooth_dun");
+        return Wire::TypeBluetooth;
     switch (interface.type()) {
     case QNetworkInterface::Wifi:
-        return QStringLiteral("wifi");
+        return Wire::TypeWifi;
     case QNetworkInterface::Ethernet:
-        return link.bus == "usb" ? QStringLiteral("usb") : QStringLiteral("wired");
+        return link.bus == "usb" ? Wire::TypeUsb : Wire::TypeWired;
     case QNetworkInterface::Loopback:
         return QStringLiteral("loopback");
     default:
-        return QStringLiteral("unknown");
+        return Wire::TypeUnknown;
     }
 }
 
@@ -102,20 +103,14 @@ QMap<int, QString> publishableNames(const QList<QNetworkInterface> &interfaces)
     return names;
 }
 
-/*!
- * Interfaces that default routes lead to come first, the preferred one of them is the default; the rest follows, as
- * a client keeps the old rank of an interface that is not listed.
- */
-Attributes statusOf(const QMap<int, QString> &names, const QVector<KernelRoute> &routes)
+/*! The names of those that default routes lead to, the preferred one first. */
+QStringList routed(const QMap<int, QString> &names, const QVector<KernelRoute> &routes)
 {
     QStringList order;
     for (const KernelRoute &route : routes)
         order += names.value(route.interfaceIndex);
     order.removeAll(QString());
-    const QString preferred = order.value(0);
-    order += names.values();
-    order.removeDuplicates();
-    return {{Wire::DefaultInterface, preferred}, {Wire::Priority, textList(order)}};
+    return order;
 }
 
 } // namespace
@@ -140,7 +135,7 @@ void SystemNetwork::carryOut(const NetworkingRequest &request, const AnswerCall 
 {
     Refusal refusal {Refusal::ReadOnly, QStringLiteral("the machine's own interfaces are only shown, not configured")};
     if (!m_world->hasInterface(request.interface))
-        refusal = {Refusal::NotFound, QStringLiteral("no interface \"%1\"").arg(request.interface)};
+        refusal = Refusal::noInterface(request.interface);
     answer({refusal, {}});
 }
 
@@ -165,28 +160,9 @@ bool SystemNetwork::mirror(QString *error)
         if (names.contains(interface.index()))
             interfaces.insert(interface.name(), attributesOf(interface, link, names.value(link.parentIndex), routes));
     }
-    mirrorInterfaces(interfaces);
-    m_world->updateStatus(Service::Networking, statusOf(names, routes));
+    InterfaceMirror::show(interfaces, m_world, m_log);
+    m_world->updateStatus(Service::Networking, InterfaceMirror::ranking(routed(names, routes), names.values()));
     return true;
-}
-
-void SystemNetwork::mirrorInterfaces(const QMap<QString, Attributes> &interfaces)
-{
-    const QStringList known = m_world->interfaces();
-    for (const QString &name : known) {
-        if (!interfaces.contains(name)) {
-            m_log->happened("system", name + QStringLiteral(" is gone"));
-            m_world->removeInterface(name);
-        }
-    }
-    for (auto it = interfaces.begin(); it != interfaces.end(); ++it) {
-        if (m_world->hasInterface(it.key())) {
-            m_world->updateInterface(it.key(), it.value());
-        } else {
-            m_log->happened("system", it.key() + QStringLiteral(" is there"));
-            m_world->addInterface(it.key(), it.value());
-        }
-    }
 }
 
 } // namespace morvek

@@ -32,7 +32,6 @@ private:
     Q_DISABLE_COPY(SystemNetwork)
     void onBell();
     bool mirror(QString *error);
-    void mirrorInterfaces(const QMap<QString, Attributes> &interfaces);
 
     World *m_world;
     const EventLog *m_log;
