@@ -2,6 +2,8 @@
 #include "zopcommands.h"
 
 #include "journalcheck.h"
+#include "recordcommand.h"
+#include "recorder.h"
 #include "visibletext.h"
 #include "zopdirwatcher.h"
 #include "zopobject.h"
@@ -187,41 +189,62 @@ ExitCode check(const QStringList &words)
 }
 
 const QStringList Options {QStringLiteral("--help"), QStringLiteral("--version"), QStringLiteral("-h")};
-const QString Directories = QStringLiteral("[DIRECTORY]");
+const QString Redact = QStringLiteral("--redact");
+const QString Path = QStringLiteral("PATH");
+const QString File = QStringLiteral("FILE");
+const QString Changes = QStringLiteral("CHANGE...");
+const QString Directory = QStringLiteral("[DIRECTORY]");
+const QString Directories = QStringLiteral("[DIRECTORY]...");
+
+ExitCode record(const QStringList &words)
+{
+    QStringList directories = words.mid(2);
+    const bool redacts = directories.removeAll(Redact) > 0;
+    if (directories.isEmpty())
+        directories = Recorder::ownDirectories();
+    RecordCommand command(words.at(1), redacts, fail);
+    return command.run(directories) ? Done : Failed;
+}
 
 struct ZopCommand
 {
     QString name;
     QStringList words; //!< as the help calls them; those in brackets may be left out, "..." stands for any number
     QString help;
-    ExitCode (*run)(const QStringList &words);
+    ExitCode (*run)(const QStringList &words); //!< options come last
+    QStringList options = {};
 };
 
 const std::vector<ZopCommand> &commands()
 {
-    const QString path = QStringLiteral("PATH");
     static const std::vector<ZopCommand> table {
         {QStringLiteral("list"),
-         {Directories},
+         {Directory},
          QStringLiteral("the paths of all objects below DIRECTORY, or below /zop"),
          list},
         {QStringLiteral("show"),
-         {path},
+         {Path},
          QStringLiteral("the attributes of a state object, each with its encoding"),
          show},
         {QStringLiteral("watch"),
-         {path},
+         {Path},
          QStringLiteral("the same, and then each update as it comes, until interrupted"),
          watch},
         {QStringLiteral("set"),
-         {path, QStringLiteral("CHANGE...")},
+         {Path, Changes},
          QStringLiteral("writes one update; an object that is not there is created"),
          set},
-        {QStringLiteral("remove"), {path}, QStringLiteral("removes a state object"), remove},
+        {QStringLiteral("remove"), {Path}, QStringLiteral("removes a state object"), remove},
         {QStringLiteral("check"),
-         {path},
+         {Path},
          QStringLiteral("what is wrong with a state object's file, and what is in it"),
          check},
+        {QStringLiteral("record"),
+         {File, Directories},
+         QStringLiteral("writes what happens to the state objects of the DIRECTORYs, or of the three services, to FILE, "
+                        "until interrupted; --redact replaces names and addresses"),
+         record,
+         {Redact}},
     };
     return table;
 }
@@ -235,7 +258,17 @@ const ZopCommand *findCommand(const QString &name)
 
 QString usageOf(const ZopCommand &command)
 {
-    return command.name + QLatin1Char(' ') + command.words.join(QLatin1Char(' '));
+    QStringList words {command.name};
+    for (const QString &option : command.options)
+        words += QStringLiteral("[%1]").arg(option);
+    return (words + command.words).join(QLatin1Char(' '));
+}
+
+/*! What the help calls the word of that number behind the name of \a command; empty when there is none. */
+QString wordOf(const ZopCommand &command, int number)
+{
+    const bool isAny = command.words.constLast().endsWith(QLatin1String("..."));
+    return command.words.value(isAny ? qMin(number, command.words.size() - 1) : number);
 }
 
 /*! What is wrong with \a words, those that follow the name of \a command; empty when nothing is. */
@@ -247,9 +280,11 @@ QString mistakeIn(const QStringList &words, const ZopCommand &command)
         return QStringLiteral("%1 is missing: %2").arg(missing, usage);
     if (words.size() > command.words.size() && !command.words.constLast().endsWith(QLatin1String("...")))
         return QStringLiteral("\"%1\" is too much: %2").arg(words.at(command.words.size()), usage);
-    const QString path = words.value(0);
-    if (!words.isEmpty() && !path.startsWith(QLatin1Char('/')))
-        return QStringLiteral("\"%1\" lacks the \"/\" that a path begins with: write /%1").arg(path);
+    for (int i = 0; i < words.size(); ++i) {
+        const QString &path = words.at(i);
+        if (wordOf(command, i) != File && wordOf(command, i) != Changes && !path.startsWith(QLatin1Char('/')))
+            return QStringLiteral("\"%1\" lacks the \"/\" that a path begins with: write /%1").arg(path);
+    }
     return QString();
 }
 
@@ -262,7 +297,7 @@ QStringList pathsThatFit(const QString &word)
     if (!QFileInfo(folder).isDir())
         return {};
     QStringList directories = directoriesBelow(top, folder);
-    if (word == Directories)
+    if (word != Path)
         return directories;
     QStringList objects;
     for (const QString &directory : qAsConst(directories)) {
@@ -292,30 +327,45 @@ Candidates zopCandidates(const QStringList &words)
         for (const ZopCommand &command : commands())
             candidates.words += command.name;
         candidates.words += Options;
-    } else if (const ZopCommand *command = words.size() == 2 ? findCommand(words.constFirst()) : nullptr) {
-        candidates.words = pathsThatFit(command->words.constFirst());
+    } else if (const ZopCommand *command = findCommand(words.constFirst())) {
+        QStringList before = words.mid(1);
+        before.removeLast();
+        for (const QString &option : command->options) {
+            if (before.removeAll(option) == 0)
+                candidates.words += option;
+        }
+        const QString word = wordOf(*command, before.size());
+        if (word == File)
+            candidates.files = Candidates::AllFiles;
+        else if (word == Path || word == Directory || word == Directories)
+            candidates.words += pathsThatFit(word);
     }
     return candidates;
 }
 
-ExitCode runZopCommand(const QStringList &words)
+ExitCode runZopCommand(QStringList words)
 {
     const QString seeHelp = QStringLiteral("see 'morvek-zop --help'");
     if (words.isEmpty())
         return refuse(QStringLiteral("a command is missing: ") + seeHelp);
-    const QString &name = words.constFirst();
+    const QString name = words.constFirst();
     if (Options.contains(name))
         return refuse(QStringLiteral("\"%1\" is too much: morvek-zop %2").arg(words.at(1), name));
+    const ZopCommand *command = findCommand(name);
+    QStringList options = {};
+    for (const QString &option : command ? command->options : QStringList()) {
+        if (words.removeAll(option) > 0)
+            options += option;
+    }
     for (const QString &word : words.mid(0, 2)) { // what follows may be the removal of an attribute
         if (word.startsWith(QLatin1Char('-')))
             return refuse(QStringLiteral("there is no option \"%1\": %2").arg(word, seeHelp));
     }
-    const ZopCommand *command = findCommand(name);
     if (!command)
         return refuse(QStringLiteral("there is no command \"%1\": %2").arg(name, seeHelp));
     const QString mistake = mistakeIn(words.mid(1), *command);
     if (!mistake.isEmpty())
         return refuse(mistake);
     const ZopRoot root = ZopRoot::look();
-    return root.state == ZopRoot::Unusable ? fail(root.reason, root.mend) : command->run(words);
+    return root.state == ZopRoot::Unusable ? fail(root.reason, root.mend) : command->run(words + options);
 }

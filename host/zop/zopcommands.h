@@ -14,6 +14,6 @@ morvek::HelpEntries zopCommandEntries();
 morvek::Candidates zopCandidates(const QStringList &words);
 
 /*! Runs the command that \a words begin with; WrongUsage, and said why, when they make no sense. */
-ExitCode runZopCommand(const QStringList &words);
+ExitCode runZopCommand(QStringList words);
 
 #endif

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef MORVEK_HOSTD_SIGNALWATCHER_H
-#define MORVEK_HOSTD_SIGNALWATCHER_H
+#ifndef MORVEK_USAGE_SIGNALWATCHER_H
+#define MORVEK_USAGE_SIGNALWATCHER_H
 
 #include <QtCore/QObject>
 
