@@ -8,6 +8,7 @@
 #include "hotspotprofile.h"
 #include "managedmachine.h"
 #include "networkingdaemon.h"
+#include "recordedworld.h"
 #include "rootlock.h"
 #include "simulatedhotspot.h"
 #include "simulatednetwork.h"
@@ -31,7 +32,7 @@ constexpr std::chrono::seconds LookInterval {1};
 
 } // namespace
 
-Hostd::Hostd(const HostdOptions &options, const Scenario &scenario)
+Hostd::Hostd(const HostdOptions &options, const Scenario &scenario, const Recording &recording)
     : m_lock(std::make_unique<RootLock>()),
       m_log(options.verbose),
       m_pace(options.speed, options.seed == -1 ? scenario.seed : static_cast<quint32>(options.seed)),
@@ -52,6 +53,9 @@ Hostd::Hostd(const HostdOptions &options, const Scenario &scenario)
     case NetworkSource::Scenario:
         makeScenario(scenario);
         break;
+    case NetworkSource::Recording:
+        makeRecording(recording);
+        break;
     }
     makeStage(scenario);
 }
@@ -70,18 +74,40 @@ void Hostd::makeScenario(const Scenario &scenario)
         daemon.second->setReplyDelay(scenario.delays.reply);
     m_events = std::make_unique<EventPlayer>(
         PlayedWorld {&m_world, m_simulated.get(), m_radio.get(), m_hotspot.get(), &m_faults, servedDaemons()}, &m_log);
-    m_player = std::make_unique<TimelinePlayer>(scenario.timeline, &m_pace, m_events.get());
+    m_player = std::make_unique<TimelinePlayer>(
+        &m_pace, [this, timeline = scenario.timeline](int number) { m_events->play(timeline.at(number)); });
+    QVector<int> times;
+    for (const TimelineEvent &event : scenario.timeline)
+        times += event.at;
+    m_player->setTimes(times);
+}
+
+/*! Every request meets the refusal first: what carries requests out is never asked. */
+void Hostd::makeRecording(const Recording &recording)
+{
+    m_faults = FaultPlan({RecordedWorld::refusal()});
+    m_recorded = std::make_unique<RecordedWorld>(recording, &m_world, &m_pace, &m_log);
+    const DaemonTools daemonTools = tools();
+    m_daemons[Service::Networking] = std::make_unique<NetworkingDaemon>(nullptr, daemonTools);
+    if (m_recorded->services().count(Service::Wifi) > 0)
+        m_daemons[Service::Wifi] = std::make_unique<WifiDaemon>(nullptr, daemonTools);
+    if (m_recorded->services().count(Service::Tethering) > 0)
+        m_daemons[Service::Tethering] = std::make_unique<TetheringDaemon>(nullptr, &m_store, daemonTools);
+}
+
+DaemonTools Hostd::tools()
+{
+    return {&m_world, &m_faults, &m_pace, &m_log, [this](QString *reason) { return mayPublish(reason); }, &m_requests};
 }
 
 void Hostd::makeDaemons(InterfaceControl *interfaces, RadioControl *radio, HotspotControl *hotspot)
 {
-    const DaemonTools tools {
-        &m_world, &m_faults, &m_pace, &m_log, [this](QString *reason) { return mayPublish(reason); }, &m_requests};
-    m_daemons[Service::Networking] = std::make_unique<NetworkingDaemon>(interfaces, tools);
+    const DaemonTools daemonTools = tools();
+    m_daemons[Service::Networking] = std::make_unique<NetworkingDaemon>(interfaces, daemonTools);
     if (radio)
-        m_daemons[Service::Wifi] = std::make_unique<WifiDaemon>(radio, tools);
+        m_daemons[Service::Wifi] = std::make_unique<WifiDaemon>(radio, daemonTools);
     if (hotspot)
-        m_daemons[Service::Tethering] = std::make_unique<TetheringDaemon>(hotspot, &m_store, tools);
+        m_daemons[Service::Tethering] = std::make_unique<TetheringDaemon>(hotspot, &m_store, daemonTools);
     m_hotspotControl = hotspot;
 }
 
@@ -96,7 +122,9 @@ QMap<Service, Daemon *> Hostd::servedDaemons() const
 void Hostd::makeStage(const Scenario &scenario)
 {
     m_stage = std::make_unique<Stage>(
-        scenario, StageTools {m_events.get(), &m_faults, &m_pace, &m_requests, &m_log, servedDaemons()});
+        scenario, StageTools {m_events.get(), &m_faults, &m_pace, &m_requests, &m_log, servedDaemons(),
+                              m_recorded ? QStringLiteral("a recording is played: nothing else can be")
+                                         : QStringLiteral("this machine's own interfaces are shown: nothing can be played")});
 }
 
 bool Hostd::startMachine(QString *error)
@@ -133,6 +161,8 @@ HostdExitCode Hostd::start(QString *error)
         return HostdExitCode::CannotPublish;
     if (m_player)
         m_player->start();
+    if (m_recorded)
+        m_recorded->start();
     keepStage();
     QObject::connect(&m_looks, &QTimer::timeout, &m_looks, [this] { look(); });
     m_looks.setTimerType(Qt::VeryCoarseTimer);

@@ -7,6 +7,7 @@
 #include "hostdexitcode.h"
 #include "hotspotstore.h"
 #include "pace.h"
+#include "recording.h"
 #include "requestbook.h"
 #include "service.h"
 #include "world.h"
@@ -24,6 +25,7 @@ class HotspotControl;
 class InterfaceControl;
 class ManagedMachine;
 class RadioControl;
+class RecordedWorld;
 class RootLock;
 class SimulatedHotspot;
 class SimulatedNetwork;
@@ -31,6 +33,7 @@ class SimulatedRadio;
 class Stage;
 class SystemNetwork;
 class TimelinePlayer;
+struct DaemonTools;
 struct HostdOptions;
 struct Scenario;
 
@@ -38,7 +41,8 @@ struct Scenario;
 class Hostd
 {
 public:
-    Hostd(const HostdOptions &options, const Scenario &scenario);
+    /*! Of \a scenario and \a recording, the one that \a options ask for counts. */
+    Hostd(const HostdOptions &options, const Scenario &scenario, const Recording &recording = {});
     ~Hostd();
 
     /*! Takes the root and publishes. \a error says why when that did not succeed. */
@@ -49,6 +53,8 @@ private:
     Q_DISABLE_COPY(Hostd)
 
     void makeScenario(const Scenario &scenario);
+    void makeRecording(const Recording &recording);
+    DaemonTools tools();
     void makeDaemons(InterfaceControl *interfaces, RadioControl *radio, HotspotControl *hotspot);
     QMap<Service, Daemon *> servedDaemons() const;
     void makeStage(const Scenario &scenario);
@@ -73,6 +79,7 @@ private:
     std::unique_ptr<SimulatedRadio> m_radio;       // none without Wi-Fi
     std::unique_ptr<SimulatedHotspot> m_hotspot;   // none without a hotspot
     HotspotControl *m_hotspotControl = nullptr;    // of whichever there is
+    std::unique_ptr<RecordedWorld> m_recorded;     // none without a recording
     HotspotStore m_store;
     std::map<Service, std::unique_ptr<Daemon>> m_daemons; // of what there is in this world
     std::unique_ptr<EventPlayer> m_events;                // none without a scenario

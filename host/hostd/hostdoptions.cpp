@@ -57,6 +57,9 @@ struct Switches
     QCommandLineOption remember {
         QStringLiteral("remember"),
         QStringLiteral("With the network manager: keeps networks that are joined, with their passkeys.")};
+    QCommandLineOption replay {QStringLiteral("replay"),
+                               QStringLiteral("Plays what morvek-zop record has written, and refuses requests."),
+                               QStringLiteral("FILE")};
     QCommandLineOption without {QStringLiteral("without"),
                                 QStringLiteral("Leaves out a daemon, but not its world; may be given more than once."),
                                 serviceNames(QStringLiteral("|"))};
@@ -84,7 +87,7 @@ struct Switches
     /*! In the order of the help. */
     QList<QCommandLineOption> all() const
     {
-        return {scenario, list, network, interfaces, only,    force, remember, without, root,
+        return {scenario, list, network, interfaces, only, force, remember, replay, without, root,
                 speed,    seed, fresh,   hold,       timeout, check, verbose,  help,    version};
     }
 };
@@ -217,6 +220,17 @@ bool readWithout(const QCommandLineParser &parser, const Switches &switches, Hos
     return true;
 }
 
+void readReplay(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
+{
+    options->network = NetworkSource::Recording;
+    options->recording = parser.value(switches.replay);
+    for (const QCommandLineOption &one :
+         {switches.network, switches.interfaces, switches.scenario, switches.seed, switches.check}) {
+        if (parser.isSet(one))
+            *error = QStringLiteral("--replay plays what was recorded: it does not go with %1").arg(nameOf(one));
+    }
+}
+
 bool readNetwork(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
 {
     const QMap<QString, NetworkSource> sources {{QStringLiteral("scenario"), NetworkSource::Scenario},
@@ -235,6 +249,8 @@ bool readNetwork(const QCommandLineParser &parser, const Switches &switches, Hos
              && (parser.isSet(switches.scenario) || parser.isSet(switches.check)))
         *error = QStringLiteral("%1 has this machine's networks: it goes with neither --scenario nor --check")
                      .arg(givenNetwork(parser, switches));
+    else if (parser.isSet(switches.replay))
+        readReplay(parser, switches, options, error);
     if (!error->isEmpty())
         return false;
     for (const QCommandLineOption &one : {switches.only, switches.force, switches.remember}) {
@@ -262,9 +278,10 @@ bool readPlace(const QCommandLineParser &parser, const Switches &switches, Hostd
 bool readHold(const QCommandLineParser &parser, const Switches &switches, HostdOptions *options, QString *error)
 {
     options->hold = parser.isSet(switches.hold);
-    if (options->hold && (options->network != NetworkSource::Scenario || parser.isSet(switches.speed)))
-        *error = QStringLiteral(
-            "--hold has a scenario's time stand still: it goes with --network scenario only, and not with --speed");
+    const bool isPlayed = options->network == NetworkSource::Scenario || options->network == NetworkSource::Recording;
+    if (options->hold && (!isPlayed || parser.isSet(switches.speed)))
+        *error = QStringLiteral("--hold has a scenario's time stand still: it goes with --network scenario or --replay "
+                                "only, and not with --speed");
     return error->isEmpty();
 }
 

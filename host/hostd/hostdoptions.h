@@ -9,7 +9,7 @@
 namespace morvek {
 
 /*! Where the networks come from. */
-enum class NetworkSource { Scenario, Kernel, Manager };
+enum class NetworkSource { Scenario, Kernel, Manager, Recording };
 
 /*! What the program was asked for. */
 struct HostdOptions
@@ -25,6 +25,7 @@ struct HostdOptions
     Action action = Run;
     QString text; //!< of Tell: what to write to standard output
     QString scenario;
+    QString recording; //!< the file
     QString root; //!< an absolute path, or empty: as the environment says
     NetworkSource network = NetworkSource::Scenario;
     ManagerOptions manager;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostd.h"
 #include "hostdoptions.h"
+#include "recording.h"
 #include "scenariofiles.h"
 #include "scenariowarnings.h"
 #include "signalwatcher.h"
@@ -72,14 +73,15 @@ int complete(const QStringList &words)
     explicit_bzero(left, sizeof(left));
 }
 
-int run(const HostdOptions &options, Scenario scenario)
+int run(const HostdOptions &options, Scenario scenario, Recording recording)
 {
     SignalWatcher signalWatcher;
     QObject::connect(&signalWatcher, &SignalWatcher::terminationAsked, qApp, &QCoreApplication::quit);
 
     QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, wipeStack);
 
-    Hostd hostd(options, scenario);
+    Hostd hostd(options, scenario, recording);
+    recording = Recording();
     scenario = Scenario(); // nor does it keep what is replaced later
     QString error;
     const HostdExitCode code = hostd.start(&error);
@@ -124,6 +126,9 @@ int main(int argc, char *argv[])
     Scenario scenario;
     if (options.network == NetworkSource::Scenario && !ScenarioFiles::load(options.scenario, &scenario, &error))
         return fail(HostdExitCode::BadScenario, error);
+    Recording recording;
+    if (options.network == NetworkSource::Recording && !Recording::load(options.recording, &recording, &error))
+        return fail(HostdExitCode::BadScenario, error);
     const QStringList warnings = warningsOf(scenario);
     for (const QString &warning : warnings)
         EventLog::write(QStringLiteral("%1: warning: %2").arg(options.scenario, warning));
@@ -131,5 +136,5 @@ int main(int argc, char *argv[])
         print(QStringLiteral("ok: %1\n").arg(options.scenario));
         return static_cast<int>(HostdExitCode::Success);
     }
-    return run(options, std::move(scenario));
+    return run(options, std::move(scenario), std::move(recording));
 }

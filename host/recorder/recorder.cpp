@@ -102,17 +102,20 @@ void Recorder::onRemoved(const QString &path)
 {
     if (m_objects.erase(path) == 0)
         return;
-    // The removal has been told by the object as well, and perhaps what has come in its place, which is opened anew.
-    const auto end = std::find_if(m_held.begin(), m_held.end(), [&path](const Held &held) {
-        return held.mayBeTheEnd && held.event.object == path;
-    });
-    m_held.erase(
-        std::remove_if(end, m_held.end(), [&path](const Held &held) { return held.event.object == path; }),
-        m_held.end());
     RecordedEvent event;
     event.kind = RecordedEvent::Gone;
     event.object = path;
-    tell(std::move(event));
+    const auto isOfObject = [&path](const Held &held) { return held.event.object == path; };
+    const auto end = std::find_if(m_held.begin(), m_held.end(),
+                                  [&](const Held &held) { return held.mayBeTheEnd && isOfObject(held); });
+    if (end == m_held.end()) {
+        tell(std::move(event));
+        return;
+    }
+    // The object has told its removal itself, and perhaps what has come in its place, which is opened anew.
+    event.time = end->event.time;
+    *end = {std::move(event), false};
+    m_held.erase(std::remove_if(end + 1, m_held.end(), isOfObject), m_held.end());
 }
 
 /*! An update that may be part of its object's removal waits until that is known, and so does what comes after it. */

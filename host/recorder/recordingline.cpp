@@ -77,7 +77,7 @@ QJsonObject whatHappened(const RecordedEvent &event)
 
 QByteArray RecordingLine::first(const QDateTime &start, bool isRedacted)
 {
-    return joined({{Recording, Version}}, {{Start, start.toUTC().toString(Qt::ISODateWithMs)}},
+    return joined({{Mark, Version}}, {{Start, start.toUTC().toString(Qt::ISODateWithMs)}},
                   {{Redacted, isRedacted}});
 }
 

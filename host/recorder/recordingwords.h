@@ -9,7 +9,7 @@ namespace morvek {
 /*! The words of a recording's lines. */
 namespace RecordingWords {
 
-inline const QString Recording = QStringLiteral("recording"); // holds the version
+inline const QString Mark = QStringLiteral("recording"); // holds the version
 inline const QString Start = QStringLiteral("start");
 inline const QString Redacted = QStringLiteral("redacted");
 

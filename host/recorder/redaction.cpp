@@ -250,7 +250,7 @@ QString Redaction::address(const QString &text)
 
 QString Redaction::interface(const QString &name)
 {
-    const char *usual = "|lo|(eth|wlan|usb|wwan|rmnet|rmnet_data|ccmni|ppp|tun|tap|br|bnep|bond|veth|dummy|p2p|ap|uap|can|ib)"
+    const char *usual = "|lo|(eth|wlan|usb|cell|wwan|rmnet|rmnet_data|ccmni|ppp|tun|tap|br|bnep|bond|veth|dummy|p2p|ap|uap|can|ib)"
                         "-?[0-9]{1,4}([.:][0-9]{1,4})?|(en|wl|ww)([psfuiodnc][0-9]{1,4}){1,6}(\\.[0-9]{1,4})?";
     if (matches(name, usual))
         return name;

@@ -1,16 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "timelineplayer.h"
 
-#include "eventplayer.h"
-
 namespace morvek {
 
-TimelinePlayer::TimelinePlayer(const QVector<TimelineEvent> &timeline, Pace *pace, const EventPlayer *player,
-                               QObject *parent)
+TimelinePlayer::TimelinePlayer(Pace *pace, std::function<void(int number)> play, QObject *parent)
     : QObject(parent),
-      m_timeline(timeline),
       m_pace(pace),
-      m_player(player)
+      m_play(std::move(play))
 {
     m_timer.setSingleShot(true);
     m_timer.setTimerType(Qt::PreciseTimer);
@@ -26,18 +22,18 @@ void TimelinePlayer::start()
         playDue();
         return;
     }
-    for (const TimelineEvent &event : qAsConst(m_timeline))
-        m_pace->after(event.at, this, [this, &event] { m_player->play(event); });
+    for (int i = 0; i < m_times.size(); ++i)
+        m_pace->after(m_times.at(i), this, [this, i] { m_play(i); });
     m_pace->pass(0);
 }
 
 void TimelinePlayer::playDue()
 {
     // One timer for all, so that no time factor can reorder them.
-    while (m_next < m_timeline.size() && m_pace->real(m_timeline.at(m_next).at) <= m_since.elapsed())
-        m_player->play(m_timeline.at(m_next++));
-    if (m_next < m_timeline.size())
-        m_timer.start(qMax(0, m_pace->real(m_timeline.at(m_next).at) - static_cast<int>(m_since.elapsed())));
+    while (m_next < m_times.size() && m_pace->real(m_times.at(m_next)) <= m_since.elapsed())
+        m_play(m_next++);
+    if (m_next < m_times.size())
+        m_timer.start(qMax(0, m_pace->real(m_times.at(m_next)) - static_cast<int>(m_since.elapsed())));
 }
 
 } // namespace morvek

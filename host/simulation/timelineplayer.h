@@ -2,27 +2,29 @@
 #ifndef MORVEK_HOSTD_TIMELINEPLAYER_H
 #define MORVEK_HOSTD_TIMELINEPLAYER_H
 
-#include "scenario.h"
+#include "pace.h"
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QObject>
 #include <QtCore/QTimer>
+#include <QtCore/QVector>
+
+#include <functional>
 
 namespace morvek {
 
-class EventPlayer;
-
-/*! Plays a scenario's events, one after the other, each at its time or as soon after it as the machine can. */
+/*! Plays events, one after the other, each at its time or as soon after it as the machine can. */
 class TimelinePlayer : public QObject
 {
     Q_OBJECT
 
 public:
-    /*! Everything that is passed must outlive the player. */
-    TimelinePlayer(const QVector<TimelineEvent> &timeline, Pace *pace, const EventPlayer *player,
-                   QObject *parent = nullptr);
+    /*! Has \a play called with the numbers of the events, from 0 on. \a pace must outlive the player. */
+    TimelinePlayer(Pace *pace, std::function<void(int number)> play, QObject *parent = nullptr);
     ~TimelinePlayer() override;
 
+    /*! The events' times, in milliseconds of the scenario and in order. */
+    void setTimes(const QVector<int> &times) { m_times = times; }
     /*! From this moment on the events' times count. */
     void start();
 
@@ -31,12 +33,12 @@ private:
 
     void playDue();
 
-    QVector<TimelineEvent> m_timeline;
+    QVector<int> m_times;
     int m_next = 0;
     QTimer m_timer;
     QElapsedTimer m_since;
     Pace *m_pace;
-    const EventPlayer *m_player;
+    std::function<void(int number)> m_play;
 };
 
 } // namespace morvek

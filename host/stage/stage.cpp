@@ -81,8 +81,8 @@ QJsonObject Stage::treat(const JsonNode &request)
         request.expectObject({});
     else if (request.has(StageWords::Look))
         return look(request);
-    else if (!m_tools.player)
-        request.fail(QStringLiteral("this machine's own interfaces are shown: nothing can be played"));
+    else if (!m_tools.player && !(request.has(StageWords::Pass) && m_tools.pace->isHeld()))
+        request.fail(m_tools.unplayable);
     else if (request.has(StageWords::Pass))
         pass(request);
     else if (request.has(StageWords::Fault) || request.has(StageWords::Event))

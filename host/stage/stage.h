@@ -25,6 +25,7 @@ struct StageTools
     const RequestBook *requests;
     const EventLog *log;
     QMap<Service, Daemon *> daemons; //!< those of the world; null for one that is left out
+    QString unplayable;              //!< why nothing can be played, without a player
 };
 
 /*! Lets clients on a local socket play events and faults, and look at what has come of them. */
