@@ -122,9 +122,10 @@ QMap<Service, Daemon *> Hostd::servedDaemons() const
 void Hostd::makeStage(const Scenario &scenario)
 {
     m_stage = std::make_unique<Stage>(
-        scenario, StageTools {m_events.get(), &m_faults, &m_pace, &m_requests, &m_log, servedDaemons(),
-                              m_recorded ? QStringLiteral("a recording is played: nothing else can be")
-                                         : QStringLiteral("this machine's own interfaces are shown: nothing can be played")});
+        scenario,
+        StageTools {m_events.get(), &m_faults, &m_pace, &m_requests, &m_log, servedDaemons(),
+                    m_recorded ? QStringLiteral("a recording is played: nothing else can be")
+                               : QStringLiteral("this machine's own interfaces are shown: nothing can be played")});
 }
 
 bool Hostd::startMachine(QString *error)

@@ -87,8 +87,8 @@ struct Switches
     /*! In the order of the help. */
     QList<QCommandLineOption> all() const
     {
-        return {scenario, list, network, interfaces, only, force, remember, replay, without, root,
-                speed,    seed, fresh,   hold,       timeout, check, verbose,  help,    version};
+        return {scenario, list, network, interfaces, only,    force, remember, replay, without, root,
+                speed,    seed, fresh,   hold,       timeout, check, verbose,  help,   version};
     }
 };
 

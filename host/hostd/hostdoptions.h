@@ -26,7 +26,7 @@ struct HostdOptions
     QString text; //!< of Tell: what to write to standard output
     QString scenario;
     QString recording; //!< the file
-    QString root; //!< an absolute path, or empty: as the environment says
+    QString root;      //!< an absolute path, or empty: as the environment says
     NetworkSource network = NetworkSource::Scenario;
     ManagerOptions manager;
     QVector<Service> without; //!< daemons that are left out

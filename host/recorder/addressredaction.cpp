@@ -132,10 +132,8 @@ QString AddressRedaction::replace(const QString &text)
     if (address.isEmpty())
         return {};
     const QString netmask = slash == -1 ? QString() : text.mid(slash + 1);
-    int prefix = address.size() == V4Size ? 24 : 64;
-    if (slash != -1)
-        prefix = prefixOf(netmask, address.size());
-    if (prefix == -1)
+    const int prefix = slash == -1 ? -1 : prefixOf(netmask, address.size());
+    if (slash != -1 && prefix == -1)
         return {};
     return toText(substituteOf(address, prefix)) + (slash == -1 ? QString() : QLatin1Char('/') + netmask);
 }
@@ -170,14 +168,24 @@ AddressRedaction::Network *AddressRedaction::networkOf(const QByteArray &address
 {
     int local = 0;
     const QByteArray linkNetwork = linkLocal(address, &local);
-    prefix = linkNetwork.isEmpty() ? std::max(prefix, LeastPrefix) : local;
-    const auto found = std::find_if(m_networks.begin(), m_networks.end(), [&address, prefix](const Network &one) {
-        const int shorter = std::min(one.prefix, prefix);
-        return one.bits.size() == address.size() && masked(address, shorter) == masked(one.bits, shorter);
+    const auto holds = [&address](const Network &one, int length) {
+        return one.bits.size() == address.size() && masked(address, length) == masked(one.bits, length);
+    };
+    auto found = std::find_if(m_networks.begin(), m_networks.end(),
+                              [&holds](const Network &one) { return holds(one, one.prefix); });
+    if (found != m_networks.end())
+        return &*found;
+    // A netmask may show that a network is wider than it seemed.
+    const bool isTold = prefix != -1;
+    prefix = isTold ? std::max(prefix, LeastPrefix) : address.size() == V4Size ? 24 : 64;
+    if (!linkNetwork.isEmpty())
+        prefix = local;
+    found = std::find_if(m_networks.begin(), m_networks.end(), [&holds, isTold, prefix](const Network &one) {
+        return isTold && one.prefix > prefix && holds(one, prefix);
     });
     if (found != m_networks.end()) {
-        found->prefix = std::min(found->prefix, prefix);
-        found->bits = masked(found->bits, found->prefix);
+        found->prefix = prefix;
+        found->bits = masked(found->bits, prefix);
         return &*found;
     }
     const QByteArray bits = masked(address, prefix);

@@ -18,7 +18,8 @@ class AddressRedaction
 {
 public:
     /*!
-     * \a text is an address, which may be followed by a slash and a netmask or a prefix's length. Empty when it is none.
+     * \a text is an address, which may be followed by a slash and a netmask or a prefix's length. Empty when it is
+     * none.
      */
     QString replace(const QString &text);
 
@@ -31,6 +32,7 @@ private:
         int hosts; // that have got an address
     };
 
+    // No prefix, -1, is told.
     QByteArray substituteOf(const QByteArray &address, int prefix);
     Network *networkOf(const QByteArray &address, int prefix);
     QByteArray freeBlock(const QByteArray &bits, int prefix) const;

@@ -17,8 +17,8 @@ struct RecordedEvent
     };
 
     Kind kind = Present;
-    qint64 time = 0; //!< in milliseconds since the recording began
-    QString object;  //!< its path
+    qint64 time = 0;      //!< in milliseconds since the recording began
+    QString object;       //!< its path
     ZopChangeset changes; //!< all that it holds, of Present and Created; of Updated, the update
 };
 

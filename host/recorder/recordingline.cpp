@@ -21,7 +21,7 @@ QJsonValue textOf(const QByteArray &bytes)
 
 QJsonObject valueOf(const ZopVariant &value)
 {
-    QJsonObject object {{Encoding, QString::fromLatin1(value.encoding())}};
+    QJsonObject object {{Encoding, QString::fromUtf8(value.encoding())}};
     const QByteArray bytes = value.bytes();
     const QJsonValue text = textOf(bytes);
     if (text.isString())
@@ -77,8 +77,7 @@ QJsonObject whatHappened(const RecordedEvent &event)
 
 QByteArray RecordingLine::first(const QDateTime &start, bool isRedacted)
 {
-    return joined({{Mark, Version}}, {{Start, start.toUTC().toString(Qt::ISODateWithMs)}},
-                  {{Redacted, isRedacted}});
+    return joined({{Mark, Version}}, {{Start, start.toUTC().toString(Qt::ISODateWithMs)}}, {{Redacted, isRedacted}});
 }
 
 QByteArray RecordingLine::of(const RecordedEvent &event)

@@ -41,11 +41,10 @@ const QStringList Words {QString(),
                          QStringLiteral("loopback"),
                          QStringLiteral("unknown")};
 
-const QStringList OtherAttributes {QStringLiteral("default_interface"), QStringLiteral("ip_addresses"),
-                                   QStringLiteral("ip_gateway"),        QStringLiteral("last_event"),
-                                   QStringLiteral("link_address"),      QStringLiteral("parent_interface"),
-                                   QStringLiteral("priority"),          QStringLiteral("scan_results"),
-                                   QStringLiteral("wifi_status")};
+const QStringList OtherAttributes {
+    QStringLiteral("default_interface"), QStringLiteral("ip_addresses"), QStringLiteral("ip_gateway"),
+    QStringLiteral("last_event"),        QStringLiteral("link_address"), QStringLiteral("parent_interface"),
+    QStringLiteral("priority"),          QStringLiteral("scan_results"), QStringLiteral("wifi_status")};
 
 const QList<QByteArray> Encodings {"text", "json", "number"};
 
@@ -73,8 +72,9 @@ QString knownWord(const QString &text)
 /*! What an access point says of its security and such, which is made of a few words. */
 QString knownFlag(const QString &text)
 {
-    const char *flag = "(\\[?((WPA[23]?|RSN|PSK|SAE|EAP|OWE|FT|SUITE|B|192|SHA256|SHA384|CCMP|GCMP|TKIP|256|128|WEP|WPS|PIN|"
-                       "PBC|AUTH|ESS|IBSS|MESH|P2P|NONE|TRANS|preauth|IEEE|802\\.1X)[-+/ ]?)*\\]?)*";
+    const char *flag =
+        "(\\[?((WPA[23]?|RSN|PSK|SAE|EAP|OWE|FT|SUITE|B|192|SHA256|SHA384|CCMP|GCMP|TKIP|256|128|WEP|WPS|PIN|"
+        "PBC|AUTH|ESS|IBSS|MESH|P2P|NONE|TRANS|preauth|IEEE|802\\.1X)[-+/ ]?)*\\]?)*";
     return matches(text, flag) ? text : Unknown;
 }
 
@@ -218,8 +218,9 @@ QJsonValue Redaction::accessPoint(const QJsonValue &value)
 
 QString Redaction::event(const QString &text)
 {
-    static const QRegularExpression piece(QStringLiteral("\"((?:[^\"\\\\]|\\\\.)*)\"|'([^']*)'|[^\\s=\\[\\]\"']+|[\\s=\\[\\]]|."),
-                                          QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression piece(
+        QStringLiteral("\"((?:[^\"\\\\]|\\\\.)*)\"|'([^']*)'|[^\\s=\\[\\]\"']+|[\\s=\\[\\]]|."),
+        QRegularExpression::DotMatchesEverythingOption);
     QString result;
     for (auto it = piece.globalMatch(text); it.hasNext();) {
         const QRegularExpressionMatch match = it.next();
@@ -250,8 +251,9 @@ QString Redaction::address(const QString &text)
 
 QString Redaction::interface(const QString &name)
 {
-    const char *usual = "|lo|(eth|wlan|usb|cell|wwan|rmnet|rmnet_data|ccmni|ppp|tun|tap|br|bnep|bond|veth|dummy|p2p|ap|uap|can|ib)"
-                        "-?[0-9]{1,4}([.:][0-9]{1,4})?|(en|wl|ww)([psfuiodnc][0-9]{1,4}){1,6}(\\.[0-9]{1,4})?";
+    const char *usual =
+        "|lo|(eth|wlan|usb|cell|wwan|rmnet|rmnet_data|ccmni|ppp|tun|tap|br|bnep|bond|veth|dummy|p2p|ap|uap|can|ib)"
+        "-?[0-9]{1,4}([.:][0-9]{1,4})?|(en|wl|ww)([psfuiodnc][0-9]{1,4}){1,6}(\\.[0-9]{1,4})?";
     if (matches(name, usual))
         return name;
     if (matches(name, "[a-z]{2}x[0-9a-f]{12}"))

@@ -11,9 +11,9 @@ namespace morvek {
 
 /*!
  * Makes of what happened something that can be given away. Names of networks, hardware addresses and IP addresses are
- * replaced, the same ones always by the same ones, and so are interfaces' names that are no usual ones. Of all else only
- * what is known to be no name stays: texts that are not understood become "?", objects and attributes that are none of
- * the three services' are left out.
+ * replaced, the same ones always by the same ones, and so are interfaces' names that are no usual ones. Of all else
+ * only what is known to be no name stays: texts that are not understood become "?", objects and attributes that are
+ * none of the three services' are left out.
  */
 class Redaction
 {

@@ -6,14 +6,12 @@
 #include "wirenames.h"
 #include "world.h"
 
-#include <QtCore/QThread>
-
 namespace morvek {
 
 namespace {
 
 // What clients take to hear of something, generously.
-constexpr int Pause = 5; // milliseconds
+constexpr qint64 Pause = 20; // milliseconds
 
 const QString InterfacePrefix = Wire::InterfacesDirectory + QLatin1Char('/');
 
@@ -46,8 +44,8 @@ RecordedWorld::RecordedWorld(const Recording &recording, World *world, Pace *pac
     : m_world(world),
       m_log(log),
       m_player(pace, [this](int number) {
-          leaveTime(m_events.at(number));
-          play(m_events.at(number));
+          m_last = m_events.at(number);
+          play(m_last);
           m_sinceLast.start();
       })
 {
@@ -65,8 +63,10 @@ RecordedWorld::RecordedWorld(const Recording &recording, World *world, Pace *pac
             m_events += event;
     }
     if (!others.isEmpty())
-        m_log->trouble(QStringLiteral("not played, as they are no daemon's: %1 of the recording's objects").arg(others.size()));
+        m_log->trouble(
+            QStringLiteral("not played, as they are no daemon's: %1 of the recording's objects").arg(others.size()));
     m_player.setTimes(timesOf(m_events));
+    m_player.setPause([this](int number) { return pauseBefore(m_events.at(number)); });
 }
 
 Fault RecordedWorld::refusal()
@@ -79,23 +79,16 @@ Fault RecordedWorld::refusal()
 }
 
 /*!
- * Whoever hears of an object reads all that has come to it, and finds a new one as it has become. So nothing comes to
- * an object until what was recorded between, or its creation, has been heard of.
+ * However fast time passes: whoever hears of an object reads all that has come to it, hears of a new one at once, and
+ * finds it as it has become. So clients have time between two events, unless both are one object's and came together.
  */
-void RecordedWorld::leaveTime(const RecordedEvent &event)
+int RecordedWorld::pauseBefore(const RecordedEvent &event) const
 {
-    const bool returns = m_burst.contains(event.object) && m_lastObject != event.object;
-    const qint64 passed = m_sinceLast.isValid() ? m_sinceLast.elapsed() : Pause;
-    if (passed < Pause && (returns || m_created.contains(event.object)))
-        QThread::msleep(ulong(Pause - passed));
-    if (passed >= Pause || returns || m_created.contains(event.object)) {
-        m_burst.clear();
-        m_created.clear();
-    }
-    m_lastObject = event.object;
-    m_burst.insert(event.object);
-    if (event.kind == RecordedEvent::Created)
-        m_created.insert(event.object);
+    if (!m_sinceLast.isValid())
+        return 0;
+    const bool isNext =
+        event.object == m_last.object && event.kind == RecordedEvent::Updated && m_last.kind == RecordedEvent::Updated;
+    return int(qMax<qint64>(0, (isNext ? qMin(Pause, event.time - m_last.time) : Pause) - m_sinceLast.elapsed()));
 }
 
 void RecordedWorld::play(const RecordedEvent &event)

@@ -7,7 +7,6 @@
 #include "timelineplayer.h"
 
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QSet>
 
 #include <set>
 
@@ -35,7 +34,7 @@ private:
     Q_DISABLE_COPY(RecordedWorld)
 
     void play(const RecordedEvent &event);
-    void leaveTime(const RecordedEvent &event);
+    int pauseBefore(const RecordedEvent &event) const;
 
     QVector<RecordedEvent> m_events; // of what happened after the beginning
     std::set<Service> m_services;
@@ -43,9 +42,7 @@ private:
     const EventLog *m_log;
     TimelinePlayer m_player;
     QElapsedTimer m_sinceLast;
-    QString m_lastObject;
-    QSet<QString> m_burst;   // objects that were written without a pause
-    QSet<QString> m_created; // those of them that are new
+    RecordedEvent m_last;
 };
 
 } // namespace morvek

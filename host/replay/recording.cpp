@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "recording.h"
 
+#include "attributereader.h"
 #include "duplicatekey.h"
 #include "jsonnode.h"
 #include "recordingwords.h"
@@ -48,28 +49,13 @@ void readFirst(const JsonNode &line)
         line.fail(QStringLiteral("version %1 is too new: this one knows version %2").arg(version).arg(Version));
 }
 
-ZopVariant readValue(const JsonNode &node)
-{
-    node.expectObject({Encoding, Text, Base64});
-    const QByteArray encoding = node.member(Encoding).text().toLatin1();
-    if (node.has(Text) == node.has(Base64))
-        node.fail(QStringLiteral("needs either \"text\" or \"base64\""));
-    if (node.has(Text))
-        return {node.member(Text).text().toUtf8(), encoding};
-    const QByteArray base64 = node.textOr(Base64, QString()).toLatin1();
-    const auto decoded = QByteArray::fromBase64Encoding(base64, QByteArray::AbortOnBase64DecodingErrors);
-    if (!decoded)
-        node.fail(QStringLiteral("is not base64"));
-    return {*decoded, encoding};
-}
-
 void readValues(const JsonNode &node, ZopChangeset *changes)
 {
     if (!node.value().isObject())
         node.fail(QStringLiteral("must be an object"));
     const QVector<JsonNode> members = node.members();
     for (const JsonNode &member : members)
-        changes->assignments.insert(member.key(), readValue(member));
+        changes->assignments.insert(member.key(), readAttributeValue(member));
 }
 
 RecordedEvent readEvent(const JsonNode &line)
@@ -109,7 +95,8 @@ QString contradiction(const RecordedEvent &event, const RecordedEvent *last, QSe
     if (last && event.kind == RecordedEvent::Present && last->kind != RecordedEvent::Present)
         return QStringLiteral("\"present\" comes before everything else");
     if (begins == present->contains(event.object))
-        return QStringLiteral("\"%1\" is %2").arg(event.object, begins ? QStringLiteral("there already") : QStringLiteral("not there"));
+        return QStringLiteral("\"%1\" is %2")
+            .arg(event.object, begins ? QStringLiteral("there already") : QStringLiteral("not there"));
     if (begins)
         present->insert(event.object);
     else if (event.kind == RecordedEvent::Gone)

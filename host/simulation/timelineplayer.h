@@ -25,6 +25,8 @@ public:
 
     /*! The events' times, in milliseconds of the scenario and in order. */
     void setTimes(const QVector<int> &times) { m_times = times; }
+    /*! \a pauseBefore says how many real milliseconds of rest an event still needs before it, which count anyway. */
+    void setPause(std::function<int(int number)> pauseBefore) { m_pauseBefore = std::move(pauseBefore); }
     /*! From this moment on the events' times count. */
     void start();
 
@@ -32,6 +34,7 @@ private:
     Q_DISABLE_COPY(TimelinePlayer)
 
     void playDue();
+    int pauseBefore(int number) const { return m_pauseBefore ? m_pauseBefore(number) : 0; }
 
     QVector<int> m_times;
     int m_next = 0;
@@ -39,6 +42,7 @@ private:
     QElapsedTimer m_since;
     Pace *m_pace;
     std::function<void(int number)> m_play;
+    std::function<int(int number)> m_pauseBefore;
 };
 
 } // namespace morvek

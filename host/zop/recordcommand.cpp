@@ -35,7 +35,8 @@ bool RecordCommand::run(const QStringList &directories)
     QObject::connect(&signalWatcher, &SignalWatcher::terminationAsked, qApp, &QCoreApplication::quit);
     Recorder recorder(directories);
     recorder.leaveOut(isControl);
-    QObject::connect(&recorder, &Recorder::happened, &recorder, [this](const RecordedEvent &event) { onHappened(event); });
+    QObject::connect(&recorder, &Recorder::happened, &recorder,
+                     [this](const RecordedEvent &event) { onHappened(event); });
     QObject::connect(&recorder, &Recorder::missed, &recorder, m_complain);
     if (!open())
         return false;

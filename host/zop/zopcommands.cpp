@@ -241,8 +241,9 @@ const std::vector<ZopCommand> &commands()
          check},
         {QStringLiteral("record"),
          {File, Directories},
-         QStringLiteral("writes what happens to the state objects of the DIRECTORYs, or of the three services, to FILE, "
-                        "until interrupted; --redact replaces names and addresses"),
+         QStringLiteral(
+             "writes what happens to the state objects of the DIRECTORYs, or of the three services, to FILE, "
+             "until interrupted; --redact replaces names and addresses"),
          record,
          {Redact}},
     };

@@ -18,6 +18,10 @@ sources .cpp | grep -z '^src/' | xargs -0 -n 4 -P "${JOBS:-$(nproc)}" clang++ "$
 sources .cpp | grep -z '^kit/' | xargs -0 -n 4 -P "${JOBS:-$(nproc)}" clang++ "${flags[@]}" -DFOR_APPLICATIONS \
     || mistake "a source of the kit asks for more"
 
+# The recorder asks for values' bytes besides, as it can be built on a unit.
+sources .cpp | grep -z '^host/recorder/' | xargs -0 -n 4 -P "${JOBS:-$(nproc)}" \
+    clang++ "${flags[@]}" -Ihost/recorder -DFOR_RECORDER || mistake "the recorder asks for more"
+
 # Of the tool, what asks for the stand-in's own header does without it.
 clang++ "${flags[@]}" -Iplatform tools/commandline/rootstate.cpp || mistake "the tool needs the stand-in"
 finish

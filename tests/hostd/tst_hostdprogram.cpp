@@ -81,10 +81,18 @@ void HostdProgramTest::badArguments_data()
                   "options)\n");
         row(qPrintable(QLatin1String(network) + QStringLiteral(", held")),
             {QStringLiteral("--network"), QLatin1String(network), QStringLiteral("--hold")},
-            "morvek-hostd: --hold has a scenario's time stand still: it goes with --network scenario only, and not "
+            "morvek-hostd: --hold has a scenario's time stand still: it goes with --network scenario or --replay only, "
+            "and not "
             "with "
             "--speed (--help lists the options)\n");
     }
+    for (const char *option : {"--network", "--interfaces", "--scenario"})
+        row(qPrintable(QStringLiteral("replay, and ") + QLatin1String(option)),
+            {QStringLiteral("--replay"), QStringLiteral("x"), QLatin1String(option), QStringLiteral("scenario")},
+            QByteArray("morvek-hostd: --replay plays what was recorded: it does not go with ") + option
+                + " (--help lists the options)\n");
+    row("replay, checked", {QStringLiteral("--replay"), QStringLiteral("x"), QStringLiteral("--check")},
+        "morvek-hostd: --replay plays what was recorded: it does not go with --check (--help lists the options)\n");
     row("only, without the manager",
         {QStringLiteral("--network"), QStringLiteral("kernel"), QStringLiteral("--only"), QStringLiteral("eth0")},
         "morvek-hostd: --only goes with --network manager only (--help lists the options)\n");

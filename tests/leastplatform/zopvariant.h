@@ -18,6 +18,11 @@ public:
     ZopVariant(int number);
     ZopVariant(const QJsonObject &object);
 
+#ifdef FOR_RECORDER
+    ZopVariant(const QByteArray &bytes, const QByteArray &encoding);
+    QByteArray bytes() const;
+#endif
+
     bool isValid() const;
     QByteArray encoding() const;
     QString toString() const;

@@ -272,7 +272,7 @@ void StageCommandTest::badHold()
     const auto ended = run(words.constData());
     QCOMPARE(ended.errors,
              QByteArray("morvek-hostd: --hold has a scenario's time stand still: it goes with --network scenario "
-                        "only, and not with --speed (--help lists the options)\n"));
+                        "or --replay only, and not with --speed (--help lists the options)\n"));
     QCOMPARE(ended.code, 2);
 }
 
