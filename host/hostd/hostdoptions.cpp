@@ -134,7 +134,7 @@ HelpEntries exitCodeEntries()
         entry(HostdExitCode::Success, QStringLiteral("ended as asked")),
         entry(HostdExitCode::CannotPublish, QStringLiteral("cannot publish")),
         entry(HostdExitCode::BadArguments, QStringLiteral("bad arguments")),
-        entry(HostdExitCode::BadScenario, QStringLiteral("bad scenario")),
+        entry(HostdExitCode::BadScenario, QStringLiteral("bad scenario or recording")),
         entry(HostdExitCode::UnusableRoot, QStringLiteral("unusable root")),
         entry(HostdExitCode::AlreadyRunning, QStringLiteral("another morvek-hostd publishes below the root")),
         entry(HostdExitCode::NotDone, QStringLiteral("the running one refuses")),

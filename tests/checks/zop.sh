@@ -97,4 +97,26 @@ for line in 'x = 1  (text)' -- 'x = 2  (text)' 'y = 3  (text)' --; do
 done
 # shellcheck disable=SC2154 # set by coproc
 kill "$watch_PID"
+
+# record writes lines until it is interrupted; the file is its owner's.
+expect 2 'morvek-zop: FILE is missing: morvek-zop record [--redact] FILE [DIRECTORY]...' record
+expect 2 'morvek-zop: FILE is missing: morvek-zop record [--redact] FILE [DIRECTORY]...' record --redact
+expect 2 'morvek-zop: "zop/a" lacks the "/" that a path begins with: write /zop/a' record x /zop zop/a
+expect 1 "morvek-zop: $ZOP_ROOT/none/x: No such file or directory" record "$ZOP_ROOT/none/x"
+expect 1 "morvek-zop: $ZOP_ROOT/x: /../x: \"/../x\" is not a path of names" record "$ZOP_ROOT/x" /../x
+expect 1 'morvek-zop: /dev/full: No space left on device' record /dev/full
+"$zop" record "$ZOP_ROOT/lines" /zop/a /zop/a/b &
+recorder=$!
+for ((i = 0; i < 200; i++)); do
+    [[ $(cat "$ZOP_ROOT/lines" 2>/dev/null) != */zop/a/b/two* ]] || break
+    sleep 0.1
+done
+kill -INT $recorder
+code=0
+wait $recorder || code=$?
+((code == 0)) || mistake "morvek-zop record: code $code"
+[[ $(stat -c %a "$ZOP_ROOT/lines") == 600 ]] || mistake "morvek-zop record: others may read the file"
+[[ $(sed '1s/20[^"]*Z/TIME/' "$ZOP_ROOT/lines") == '{"recording":1,"start":"TIME","redacted":false}
+{"t":'*',"object":"/zop/a/b/two","present":{"x":{"encoding":"text","text":"2"},"y":{"encoding":"text","text":"3"}}}' ]] ||
+    mistake "morvek-zop record: $(cat "$ZOP_ROOT/lines")"
 finish
