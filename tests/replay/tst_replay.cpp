@@ -11,6 +11,7 @@ namespace {
 
 // It begins when everybody is there. The last event, and nothing else, makes an MTU of 1999.
 const char Story[] = R"({
+    'delays': { 'lease': 1500, 'associate': 1500, 'manual': 1500, 'release': 500 },
     'interfaces': [
         { 'name': 'eth0', 'type': 'wired', 'link_address': '02:00:00:00:10:01',
           'lease': { 'ip_addresses': ['10.20.0.40/255.255.0.0'], 'ip_gateway': ['10.20.0.1'] } },
@@ -130,7 +131,7 @@ void ReplayTest::initTestCase()
 {
     qRegisterMetaType<QProcess::ExitStatus>();
     DaemonFixture daemon;
-    QVERIFY(daemon.startWith(Story, {QStringLiteral("--speed"), QStringLiteral("8")}));
+    QVERIFY(daemon.startWith(Story, {QStringLiteral("--speed"), QStringLiteral("4")}));
     RecordProcess recorder(file("story"));
     Listener listener;
     QVERIFY(QTest::qWaitFor([&] { return listener.isReady(); }, Patience));
