@@ -73,6 +73,8 @@ bool RealManager::start()
          QStringLiteral("--config-dir=%1empty").arg(prefix), QStringLiteral("--system-config-dir=%1empty").arg(prefix),
          QStringLiteral("--intern-config=%1intern.conf").arg(prefix),
          QStringLiteral("--state-file=%1state").arg(prefix), QStringLiteral("--pid-file=%1manager.pid").arg(prefix)});
+    if (!m_process->waitForStarted(Patience))
+        return false;
     int code = -1; // also that of nmcli while there is no manager
     const auto isReady = [&code] { return shell("nmcli --terse --fields STARTUP general", &code) == "started"; };
     return QTest::qWaitFor(isReady, Patience) && m_process->state() == QProcess::Running;

@@ -1,0 +1,245 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "daemonclient.h"
+#include "fakemanager.h"
+#include "privatebus.h"
+
+#include <QtTest/QtTest>
+
+using namespace morvek;
+
+/*! What is published of a manager's devices, and what comes of requests that it refuses. */
+class ManagedInterfacesTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void publishes();
+    void types_data();
+    void types();
+    void refusals_data();
+    void refusals();
+    void triesAgainWhenSomebodyElseWasFaster();
+    void sendsSettings();
+    void tellsReleaseAlsoWhereNothingIs();
+    void sparesThePreferredForAMomentOnly();
+
+private:
+    std::unique_ptr<PrivateBus> m_bus;
+    std::unique_ptr<FakeManager> m_manager;
+    std::unique_ptr<DaemonFixture> m_daemon;
+    std::unique_ptr<ZopObject> m_control;
+    QString m_device;
+
+    bool connectDevice();
+    bool start();
+};
+
+namespace {
+
+const char *const Manual = "['eth0',{'manual':'yes','manual6':'off','ip_address':'10.0.0.7','netmask':'255.255.255.0',"
+                           "'gateway':'10.0.0.1'}]";
+
+} // namespace
+
+void ManagedInterfacesTest::initTestCase()
+{
+    m_bus = std::make_unique<PrivateBus>();
+    QVERIFY2(m_bus->errorString().isEmpty(), qPrintable(m_bus->errorString()));
+}
+
+void ManagedInterfacesTest::init()
+{
+    m_manager = std::make_unique<FakeManager>();
+    m_device = m_manager->addEthernet(QStringLiteral("eth0"));
+    m_daemon = std::make_unique<DaemonFixture>();
+}
+
+void ManagedInterfacesTest::cleanup()
+{
+    m_control.reset();
+    m_daemon.reset();
+    m_manager.reset();
+}
+
+bool ManagedInterfacesTest::connectDevice()
+{
+    const QString profile = m_manager->addProfile(
+        {{QStringLiteral("connection"),
+          {{QStringLiteral("id"), QStringLiteral("house")},
+           {QStringLiteral("uuid"), QStringLiteral("6a8e5ea9-6b3e-4d1f-9c39-0d3a4bb1c001")},
+           {QStringLiteral("type"), QStringLiteral("802-3-ethernet")}}},
+         {QStringLiteral("802-3-ethernet"), {}},
+         {QStringLiteral("ipv4"), {{QStringLiteral("method"), QStringLiteral("auto")}}},
+         {QStringLiteral("ipv6"), {{QStringLiteral("method"), QStringLiteral("auto")}}}});
+    m_manager->beginActivation(m_device, profile);
+    m_manager->activate(m_device);
+    m_manager->setIp4(m_device, {QStringLiteral("10.0.0.2/24"), QStringLiteral("10.0.0.3/24")},
+                      QStringLiteral("10.0.0.1"));
+    m_manager->setLease(m_device, {{QStringLiteral("ip_address"), QStringLiteral("10.0.0.2")}});
+    return start();
+}
+
+bool ManagedInterfacesTest::start()
+{
+    if (!m_manager->start()
+        || !m_daemon->process().start(m_daemon->root(),
+                                      {QStringLiteral("--verbose"), QStringLiteral("--network"), QStringLiteral("manager")}))
+        return false;
+    m_control = std::make_unique<ZopObject>(QLatin1String(Control), ZopObject::SubscribeAndPublish, true);
+    return m_control->isValid();
+}
+
+void ManagedInterfacesTest::publishes()
+{
+    QVERIFY(connectDevice());
+    const Seen eth0(interfacePath("eth0"));
+    // Clients keep the last of them: the manager's first.
+    QCOMPARE(eth0.text("ip_addresses"), QStringLiteral("[\"10.0.0.3/255.255.255.0\",\"10.0.0.2/255.255.255.0\"]"));
+    QCOMPARE(eth0.text("ip_gateway"), QStringLiteral("[\"10.0.0.1\"]"));
+    QCOMPARE(eth0.text("manual"), QStringLiteral("no"));
+    QCOMPARE(eth0.text("connected"), QStringLiteral("true"));
+    QCOMPARE(eth0.text("up"), QStringLiteral("true"));
+    const Seen status {QLatin1String(Status)};
+    QCOMPARE(status.text("default_interface"), QStringLiteral("eth0"));
+    m_manager->setLease(m_device, {});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("manual"), QStringLiteral("yes"), Patience);
+    m_manager->setState(m_device, 20, 40);
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("up"), QStringLiteral("false"), Patience);
+    QCOMPARE(eth0.text("connected"), QStringLiteral("false"));
+    m_manager->setState(m_device, 30);
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("up"), QStringLiteral("true"), Patience);
+}
+
+void ManagedInterfacesTest::types_data()
+{
+    QTest::addColumn<uint>("type");
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("udi");
+    QTest::addColumn<QString>("word");
+
+    QTest::addRow("wired") << 1U << QStringLiteral("Wired") << QStringLiteral("/sys/devices/pci0/net/x0")
+                           << QStringLiteral("wired");
+    QTest::addRow("usb") << 1U << QStringLiteral("Wired") << QStringLiteral("/sys/devices/pci0/usb1/1-1/net/x0")
+                         << QStringLiteral("usb");
+    QTest::addRow("vlan") << 11U << QStringLiteral("Vlan") << QString() << QStringLiteral("wired");
+    QTest::addRow("bridge") << 13U << QStringLiteral("Bridge") << QString() << QStringLiteral("wired");
+    QTest::addRow("modem") << 8U << QStringLiteral("Modem") << QString() << QStringLiteral("cellular");
+    QTest::addRow("bluetooth") << 5U << QStringLiteral("Bluetooth") << QString() << QStringLiteral("bluetooth_dun");
+    QTest::addRow("tunnel") << 16U << QStringLiteral("Tun") << QString() << QStringLiteral("vpn");
+    QTest::addRow("wireguard") << 29U << QStringLiteral("WireGuard") << QString() << QStringLiteral("vpn");
+    QTest::addRow("infiniband") << 9U << QStringLiteral("Infiniband") << QString() << QStringLiteral("unknown");
+}
+
+void ManagedInterfacesTest::types()
+{
+    QFETCH(uint, type);
+    QFETCH(QString, kind);
+    QFETCH(QString, udi);
+    QFETCH(QString, word);
+    QVariantMap own;
+    if (kind == QLatin1String("Vlan"))
+        own.insert(QStringLiteral("Parent"), QVariant::fromValue(QDBusObjectPath(m_device)));
+    m_manager->addDevice(QStringLiteral("x0"), type, kind, own, {{QStringLiteral("Udi"), udi}});
+    QVERIFY(start());
+    const Seen x0(interfacePath("x0"));
+    QCOMPARE(x0.text("type"), word);
+    QCOMPARE(x0.text("parent_interface"), own.isEmpty() ? QString() : QStringLiteral("eth0"));
+    QVERIFY(!Seen(interfacePath("eth0")).has("parent_interface"));
+}
+
+void ManagedInterfacesTest::refusals_data()
+{
+    QTest::addColumn<QString>("member");
+    QTest::addColumn<QString>("error");
+    QTest::addColumn<QString>("outcome");
+
+    const QString nm = QStringLiteral("org.freedesktop.NetworkManager.");
+    QTest::addRow("permission") << QStringLiteral("Reapply") << nm + QStringLiteral("Device.PermissionDenied")
+                                << QStringLiteral("9 the manager's text");
+    QTest::addRow("permission to look") << QStringLiteral("GetAppliedConnection")
+                                        << nm + QStringLiteral("PermissionDenied")
+                                        << QStringLiteral("9 the manager's text");
+    QTest::addRow("bus policy") << QStringLiteral("Reapply") << QStringLiteral("org.freedesktop.DBus.Error.AccessDenied")
+                                << QStringLiteral("9 the manager's text");
+    QTest::addRow("settings") << QStringLiteral("Reapply")
+                              << nm + QStringLiteral("Settings.Connection.InvalidProperty")
+                              << QStringLiteral("4 the manager's text");
+    QTest::addRow("something else") << QStringLiteral("Reapply") << nm + QStringLiteral("Device.IncompatibleConnection")
+                                    << QStringLiteral("13 the manager's text");
+}
+
+void ManagedInterfacesTest::refusals()
+{
+    QFETCH(QString, member);
+    QFETCH(QString, error);
+    QFETCH(QString, outcome);
+    m_manager->refuse(member, error, QStringLiteral("the manager's text"));
+    QVERIFY(connectDevice());
+    const Seen eth0(interfacePath("eth0"));
+    const QString addresses = eth0.text("ip_addresses");
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), outcome);
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), outcome);
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'nowhere'").outcome(),
+             QStringLiteral("3 no interface \"nowhere\""));
+    QCOMPARE(eth0.text("ip_addresses"), addresses);
+    QCOMPARE(eth0.text("connected"), QStringLiteral("true"));
+}
+
+void ManagedInterfacesTest::triesAgainWhenSomebodyElseWasFaster()
+{
+    const QString changed = QStringLiteral("org.freedesktop.NetworkManager.Device.VersionIdMismatch");
+    m_manager->refuse(QStringLiteral("Reapply"), changed, QStringLiteral("too late"), 1);
+    QVERIFY(connectDevice());
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+    m_manager->refuse(QStringLiteral("Reapply"), changed, QStringLiteral("too late"), 2);
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("13 too late"));
+}
+
+void ManagedInterfacesTest::sendsSettings()
+{
+    QVERIFY(connectDevice());
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    BusSettings applied = m_manager->applied(m_device);
+    QCOMPARE(applied[QStringLiteral("ipv4")][QStringLiteral("method")].toString(), QStringLiteral("disabled"));
+    // Only IPv4 is taken.
+    QCOMPARE(applied[QStringLiteral("ipv6")][QStringLiteral("method")].toString(), QStringLiteral("auto"));
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+    applied = m_manager->applied(m_device);
+    QCOMPARE(applied[QStringLiteral("ipv4")][QStringLiteral("method")].toString(), QStringLiteral("manual"));
+    QCOMPARE(applied[QStringLiteral("ipv4")][QStringLiteral("gateway")].toString(), QStringLiteral("10.0.0.1"));
+    QCOMPARE(Request(m_control.get(), "net_connected", "['eth0',{'manual':'no','manual6':'off'}]").outcome(),
+             QStringLiteral("ok"));
+    applied = m_manager->applied(m_device);
+    QCOMPARE(applied[QStringLiteral("ipv4")][QStringLiteral("method")].toString(), QStringLiteral("auto"));
+    QVERIFY(!applied[QStringLiteral("ipv4")].contains(QStringLiteral("gateway")));
+}
+
+void ManagedInterfacesTest::tellsReleaseAlsoWhereNothingIs()
+{
+    QVERIFY(start());
+    const Seen eth0(interfacePath("eth0"));
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.lines(),
+                              QStringList {QStringLiteral("connected=false ip_addresses=[] ip_gateway=[]")}, Patience);
+}
+
+void ManagedInterfacesTest::sparesThePreferredForAMomentOnly()
+{
+    QVERIFY(connectDevice());
+    const Seen status {QLatin1String(Status)};
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    const Seen eth0(interfacePath("eth0"));
+    m_manager->setIp4(m_device, {});
+    m_manager->setLease(m_device, {});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("connected"), QStringLiteral("false"), Patience);
+    QCOMPARE(eth0.text("manual"), QStringLiteral("no"));
+    QCOMPARE(status.text("default_interface"), QStringLiteral("eth0"));
+    QTRY_COMPARE_WITH_TIMEOUT(status.text("default_interface"), QString(), Patience);
+}
+
+QTEST_GUILESS_MAIN(ManagedInterfacesTest)
+
+#include "tst_managedinterfaces.moc"
