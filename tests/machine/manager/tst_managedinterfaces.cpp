@@ -66,14 +66,14 @@ void ManagedInterfacesTest::cleanup()
 
 bool ManagedInterfacesTest::connectDevice()
 {
-    const QString profile = m_manager->addProfile(
-        {{QStringLiteral("connection"),
-          {{QStringLiteral("id"), QStringLiteral("house")},
-           {QStringLiteral("uuid"), QStringLiteral("6a8e5ea9-6b3e-4d1f-9c39-0d3a4bb1c001")},
-           {QStringLiteral("type"), QStringLiteral("802-3-ethernet")}}},
-         {QStringLiteral("802-3-ethernet"), {}},
-         {QStringLiteral("ipv4"), {{QStringLiteral("method"), QStringLiteral("auto")}}},
-         {QStringLiteral("ipv6"), {{QStringLiteral("method"), QStringLiteral("auto")}}}});
+    const QString profile =
+        m_manager->addProfile({{QStringLiteral("connection"),
+                                {{QStringLiteral("id"), QStringLiteral("house")},
+                                 {QStringLiteral("uuid"), QStringLiteral("6a8e5ea9-6b3e-4d1f-9c39-0d3a4bb1c001")},
+                                 {QStringLiteral("type"), QStringLiteral("802-3-ethernet")}}},
+                               {QStringLiteral("802-3-ethernet"), {}},
+                               {QStringLiteral("ipv4"), {{QStringLiteral("method"), QStringLiteral("auto")}}},
+                               {QStringLiteral("ipv6"), {{QStringLiteral("method"), QStringLiteral("auto")}}}});
     m_manager->beginActivation(m_device, profile);
     m_manager->activate(m_device);
     m_manager->setIp4(m_device, {QStringLiteral("10.0.0.2/24"), QStringLiteral("10.0.0.3/24")},
@@ -85,10 +85,10 @@ bool ManagedInterfacesTest::connectDevice()
 bool ManagedInterfacesTest::start()
 {
     if (!m_manager->start()
-        || !m_daemon->process().start(m_daemon->root(),
-                                      {QStringLiteral("--verbose"), QStringLiteral("--network"), QStringLiteral("manager")}))
+        || !m_daemon->process().start(
+            m_daemon->root(), {QStringLiteral("--verbose"), QStringLiteral("--network"), QStringLiteral("manager")}))
         return false;
-    m_control = std::make_unique<ZopObject>(QLatin1String(Control), ZopObject::SubscribeAndPublish, true);
+    m_control = std::make_unique<ZopObject>(QLatin1String(Control), ZopObject::ReadWrite, true);
     return m_control->isValid();
 }
 
@@ -157,15 +157,15 @@ void ManagedInterfacesTest::refusals_data()
     QTest::addColumn<QString>("outcome");
 
     const QString nm = QStringLiteral("org.freedesktop.NetworkManager.");
-    QTest::addRow("permission") << QStringLiteral("Reapply") << nm + QStringLiteral("Device.PermissionDenied")
+    QTest::addRow("permission") << QStringLiteral("Reapply") << nm + QStringLiteral("PermissionDenied")
                                 << QStringLiteral("9 the manager's text");
     QTest::addRow("permission to look") << QStringLiteral("GetAppliedConnection")
                                         << nm + QStringLiteral("PermissionDenied")
                                         << QStringLiteral("9 the manager's text");
-    QTest::addRow("bus policy") << QStringLiteral("Reapply") << QStringLiteral("org.freedesktop.DBus.Error.AccessDenied")
+    QTest::addRow("bus policy") << QStringLiteral("Reapply")
+                                << QStringLiteral("org.freedesktop.DBus.Error.AccessDenied")
                                 << QStringLiteral("9 the manager's text");
-    QTest::addRow("settings") << QStringLiteral("Reapply")
-                              << nm + QStringLiteral("Settings.Connection.InvalidProperty")
+    QTest::addRow("settings") << QStringLiteral("Reapply") << nm + QStringLiteral("Settings.Connection.InvalidProperty")
                               << QStringLiteral("4 the manager's text");
     QTest::addRow("something else") << QStringLiteral("Reapply") << nm + QStringLiteral("Device.IncompatibleConnection")
                                     << QStringLiteral("13 the manager's text");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "watched.h"
 #include "asyncnetworkinterfaceoperation.h"
 #include "vethcase.h"
+#include "watched.h"
 
 #include <csignal>
 
@@ -122,14 +122,16 @@ void VethInterfacesTest::refusesBadSettings()
 {
     // The daemon's own check, then one that only the manager makes.
     auto stranger = configure("vt0", byHand("10.9.0.77", "10.8.0.1"));
-    QCOMPARE(stranger->outcome(), QStringLiteral("4 The system was unable to configure the interface. "
-                                                 "(the gateway 10.8.0.1 is not a neighbour of "
-                                                 "10.9.0.77/255.255.255.0)"));
+    QCOMPARE(stranger->outcome(),
+             QStringLiteral("4 The system was unable to configure the interface. "
+                            "(the gateway 10.8.0.1 is not a neighbour of "
+                            "10.9.0.77/255.255.255.0)"));
     shell("nmcli device set vt1 managed no");
     QTRY_VERIFY_WITH_TIMEOUT(!interface("vt1").available(), Patience);
     auto unmanaged = configure("vt1", byHand("10.9.1.77", "10.9.1.1"));
-    QCOMPARE(unmanaged->outcome(), QStringLiteral("11 The system was unable to configure the interface. "
-                                                  "(the network manager leaves \"vt1\" alone)"));
+    QCOMPARE(unmanaged->outcome(),
+             QStringLiteral("11 The system was unable to configure the interface. "
+                            "(the network manager leaves \"vt1\" alone)"));
     shell("nmcli device set vt1 managed yes");
     QTRY_VERIFY_WITH_TIMEOUT(interface("vt1").available(), Patience);
 }
@@ -139,8 +141,9 @@ void VethInterfacesTest::refusesWithoutLink()
     shell("ip -n peer link set vp1 down");
     QTRY_VERIFY_WITH_TIMEOUT(!interface("vt1").available(), Patience);
     auto unlinked = configure("vt1", byHand("10.9.1.77", "10.9.1.1"));
-    QCOMPARE(unlinked->outcome(), QStringLiteral("5 The system was unable to configure the interface. "
-                                                 "(\"vt1\" has no link)"));
+    QCOMPARE(unlinked->outcome(),
+             QStringLiteral("5 The system was unable to configure the interface. "
+                            "(\"vt1\" has no link)"));
     shell("ip -n peer link set vp1 up");
     QTRY_VERIFY_WITH_TIMEOUT(interface("vt1").available(), Patience);
 }

@@ -99,7 +99,8 @@ NetworkInterfaceConfig VethCase::byHand(const char *address, const char *gateway
 
 QStringList VethCase::kernelAddresses(const char *interface)
 {
-    const QJsonArray links = QJsonDocument::fromJson(shell(QByteArray("ip -j -4 address show dev ") + interface)).array();
+    const QJsonArray links =
+        QJsonDocument::fromJson(shell(QByteArray("ip -j -4 address show dev ") + interface)).array();
     QStringList addresses;
     const QJsonArray entries = links.at(0).toObject().value(QLatin1String("addr_info")).toArray();
     for (const QJsonValue &entry : entries)
