@@ -6,9 +6,39 @@
 #include <QtCore/QElapsedTimer>
 #include <QtTest/QTest>
 
+using namespace morvek;
+
 namespace {
 
 const QStringList OverManager {QStringLiteral("--network"), QStringLiteral("manager")};
+
+/*! A unit with a cable that has an address, and a radio with one network in its range, and the daemon over them. */
+class Unit
+{
+public:
+    explicit Unit(const QString &version = QStringLiteral("1.42.4"))
+        : manager(version)
+    {
+        wired = manager.addEthernet(QStringLiteral("eth0"));
+        radio = manager.addWifi(QStringLiteral("wlan0"));
+        point = manager.addAccessPoint(radio, "Garage",
+                                       {{QStringLiteral("Flags"), 1}, {QStringLiteral("RsnFlags"), FakeManager::Wpa2}});
+        manager.beginActivation(
+            wired,
+            manager.addProfile({{QStringLiteral("ipv4"), {{QStringLiteral("method"), QStringLiteral("auto")}}}}));
+        manager.activate(wired);
+        manager.setLease(wired, {{QStringLiteral("ip_address"), QStringLiteral("10.0.0.2")}});
+        manager.setIp4(wired, {QStringLiteral("10.0.0.2/24")}, QStringLiteral("10.0.0.1"));
+    }
+
+    bool start() { return manager.start() && daemon.process().start(daemon.root(), OverManager); }
+
+    FakeManager manager;
+    DaemonFixture daemon;
+    QString wired;
+    QString radio;
+    QString point;
+};
 
 } // namespace
 
@@ -23,6 +53,8 @@ private Q_SLOTS:
     void noManager();
     void doesNotAnswer();
     void endsWhileTheManagerDoesNotAnswer();
+    void goesDuringARequest_data();
+    void goesDuringARequest();
 
 private:
     std::unique_ptr<PrivateBus> m_bus;
@@ -105,6 +137,53 @@ void ManagerFaultsTest::endsWhileTheManagerDoesNotAnswer()
     QVERIFY(sinceStart.elapsed() < 8000); // it would wait for 10 s
     QCOMPARE(daemon.exitCode(), 1);
     QCOMPARE(daemon.readAllStandardError(), QByteArray("morvek-hostd: the network manager has not answered\n"));
+}
+
+void ManagerFaultsTest::goesDuringARequest_data()
+{
+    QTest::addColumn<QByteArray>("object");
+    QTest::addColumn<QByteArrayList>("before"); // a message and its payload each
+    QTest::addColumn<QByteArray>("message");
+    QTest::addColumn<QByteArray>("dat");
+
+    const QByteArrayList nothing;
+    const auto row = [](const char *name, const char *object, const QByteArrayList &before, const char *message,
+                        const QByteArray &dat) {
+        QTest::addRow("%s", name) << QByteArray(object) << before << QByteArray(message) << dat;
+    };
+    row("to manual", Control, nothing, "net_connected",
+        "['eth0',{'manual':'yes','ip_address':'10.0.0.9','netmask':'255.255.255.0','gateway':'10.0.0.1'}]");
+    row("to automatic", Control, nothing, "net_connected", "['eth0',{'manual':'no'}]");
+    row("disconnect", Control, nothing, "net_disconnected", "'eth0'");
+}
+
+void ManagerFaultsTest::goesDuringARequest()
+{
+    QFETCH(QByteArray, object);
+    QFETCH(QByteArrayList, before);
+    QFETCH(QByteArray, message);
+    QFETCH(QByteArray, dat);
+    // At each of the calls that the request makes.
+    int answered = 0;
+    for (bool all = false; !all; ++answered) {
+        Unit unit;
+        QVERIFY(unit.start());
+        ZopObject control(QString::fromLatin1(object), ZopObject::ReadWrite, true);
+        if (!before.isEmpty())
+            QCOMPARE(Request(&control, before.at(0), before.at(1).constData()).outcome(), QStringLiteral("ok"));
+        unit.manager.holdAfter(answered);
+        Request request(&control, message, dat.isEmpty() ? nullptr : dat.constData());
+        QTRY_VERIFY_WITH_TIMEOUT(!request.finished.isEmpty() || unit.manager.heldCalls() > 0, Patience);
+        all = !request.finished.isEmpty();
+        if (all)
+            break;
+        unit.manager.stop();
+        const QString outcome = request.outcome();
+        QVERIFY2(outcome.startsWith(QLatin1String("10 ")), qPrintable(outcome));
+        unit.manager.holdAfter(-1);
+        QVERIFY(unit.manager.start());
+    }
+    QVERIFY(answered > 0);
 }
 
 QTEST_GUILESS_MAIN(ManagerFaultsTest)
