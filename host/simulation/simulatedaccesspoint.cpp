@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulatedaccesspoint.h"
 
+#include "stationtext.h"
 #include "wifirequest.h"
 #include "wifitext.h"
 #include "wirenames.h"
-
-#include <QtCore/QJsonArray>
 
 namespace morvek {
 
@@ -56,13 +55,7 @@ bool SimulatedAccessPoint::accepts(const WifiNetwork &network) const
 
 QJsonObject SimulatedAccessPoint::scanResult() const
 {
-    return {
-        {Wire::Bssid, m_settings.bssid},
-        {Wire::Ssid, m_settings.ssid},
-        {Wire::SignalLevel, QString::number(m_level)},
-        {Wire::Frequency, QString::number(m_settings.frequency)},
-        {Wire::Flags, QJsonArray::fromStringList(m_settings.flags)},
-    };
+    return StationText::scanResult(m_settings.bssid, m_settings.ssid, m_level, m_settings.frequency, m_settings.flags);
 }
 
 QJsonObject SimulatedAccessPoint::status() const
@@ -74,12 +67,7 @@ QJsonObject SimulatedAccessPoint::status() const
         const QStringList own = m_settings.flags.filter(protocol + QLatin1Char('-'));
         cipher = own.isEmpty() || own.join(QLatin1Char(' ')).contains(Wire::Ccmp) ? Wire::Ccmp : Wire::Tkip;
     }
-    return {
-        {Wire::Bssid, m_settings.bssid},
-        {Wire::Ssid, m_settings.ssid},
-        {Wire::KeyMgmt, protocol},
-        {Wire::PairwiseCipher, cipher},
-    };
+    return StationText::status(m_settings.bssid, m_settings.ssid, protocol, cipher);
 }
 
 /*! The best of what it offers; and what an access point of today has, when its flags do not tell. */

@@ -2,47 +2,11 @@
 #include "simulatedradio.h"
 
 #include "simulatednetwork.h"
-#include "wifitext.h"
+#include "stationtext.h"
 #include "wirenames.h"
 #include "world.h"
 
 namespace morvek {
-
-namespace {
-
-// What the station says when it leaves by itself, and when it hears its access point no more.
-constexpr int LeftByItself = 3;
-constexpr int LostFromSight = 4;
-
-// The words end with a blank.
-const QString ScanStarted = QStringLiteral("CTRL-EVENT-SCAN-STARTED ");
-const QString ScanFinished = QStringLiteral("CTRL-EVENT-SCAN-RESULTS ");
-const QString NetworkNotFound = QStringLiteral("CTRL-EVENT-NETWORK-NOT-FOUND ");
-
-QString connectedEvent(const QString &bssid, int identifier)
-{
-    return QStringLiteral("CTRL-EVENT-CONNECTED - Connection to %1 completed [id=%2 id_str=]")
-        .arg(bssid)
-        .arg(identifier);
-}
-
-QString disconnectedEvent(const QString &bssid, int reason)
-{
-    return QStringLiteral("CTRL-EVENT-DISCONNECTED bssid=%1 reason=%2").arg(bssid).arg(reason);
-}
-
-QString wrongKeyEvent(int identifier, const QString &ssid)
-{
-    return QStringLiteral("CTRL-EVENT-SSID-TEMP-DISABLED id=%1 ssid=%2 auth_failures=1 duration=10 reason=WRONG_KEY")
-        .arg(QString::number(identifier), WifiText::quoted(ssid));
-}
-
-QString powerWord(bool power)
-{
-    return power ? Wire::On : Wire::Off;
-}
-
-} // namespace
 
 SimulatedRadio::SimulatedRadio(const Scenario &scenario, World *world, SimulatedNetwork *network, Pace *pace,
                                QObject *parent)
@@ -57,7 +21,7 @@ SimulatedRadio::SimulatedRadio(const Scenario &scenario, World *world, Simulated
       m_pace(pace)
 {
     ZopChangeset start;
-    start.assignments.insert(Wire::WifiPower, powerWord(m_power));
+    start.assignments.insert(Wire::WifiPower, StationText::power(m_power));
     if (const SimulatedAccessPoint *current = m_air.find(m_current)) {
         m_networks += current->network();
         m_selected = 0;
@@ -124,7 +88,7 @@ void SimulatedRadio::setPower(bool power)
         return;
     m_power = power;
     ZopChangeset changes;
-    changes.assignments.insert(Wire::WifiPower, powerWord(power));
+    changes.assignments.insert(Wire::WifiPower, StationText::power(power));
     if (power) {
         m_world->changeStatus(Service::Wifi, changes);
         join();
@@ -132,7 +96,7 @@ void SimulatedRadio::setPower(bool power)
     }
     ++m_scan;
     m_scanning = false;
-    leave(LeftByItself, changes);
+    leave(StationText::LeftByItself, changes);
 }
 
 void SimulatedRadio::setInRange(const QString &bssid, bool inRange)
@@ -148,7 +112,7 @@ void SimulatedRadio::setInRange(const QString &bssid, bool inRange)
                 m_air.strongest([this](const SimulatedAccessPoint &one) { return admits(one); }))
             associate(*other);
         else
-            leave(LostFromSight);
+            leave(StationText::LostFromSight);
     }
 }
 
@@ -196,7 +160,7 @@ void SimulatedRadio::scan()
     if (m_scanning)
         return;
     m_scanning = true;
-    tellEvent(ScanStarted);
+    tellEvent(StationText::ScanStarted);
     m_pace->after(m_delays.scan, this, [this, scan = ++m_scan] {
         if (scan == m_scan)
             finishScan();
@@ -209,16 +173,14 @@ void SimulatedRadio::finishScan()
     // Without its interface the station hears nothing.
     const QJsonArray results = isUsable() ? m_air.scan(m_pace) : QJsonArray();
     ZopChangeset changes;
-    changes.assignments.insert(Wire::LastEvent, ScanFinished);
-    // Text, unlike all other JSON of the daemons.
-    changes.assignments.insert(Wire::ScanResults,
-                               QString::fromUtf8(QJsonDocument(results).toJson(QJsonDocument::Compact)));
+    changes.assignments.insert(Wire::LastEvent, StationText::ScanFinished);
+    changes.assignments.insert(Wire::ScanResults, StationText::scanResults(results));
     m_world->changeStatus(Service::Wifi, changes);
 }
 
 void SimulatedRadio::select(int network)
 {
-    leave(LeftByItself);
+    leave(StationText::LeftByItself);
     m_selected = network;
     join();
 }
@@ -239,10 +201,10 @@ void SimulatedRadio::finishJoining()
     const SimulatedAccessPoint *found =
         m_air.strongest([&network](const SimulatedAccessPoint &one) { return one.belongsTo(network); });
     if (!found) {
-        tellEvent(NetworkNotFound);
+        tellEvent(StationText::NetworkNotFound);
     } else if (found->answers() && isRefused(*found, network)) {
         // Whoever wants to try this network again has to select it.
-        const QString event = wrongKeyEvent(m_selected, network.ssid);
+        const QString event = StationText::wrongKeyEvent(m_selected, network.ssid);
         m_selected = None;
         tellEvent(event);
     } else if (found->answers()) {
@@ -259,7 +221,7 @@ void SimulatedRadio::associate(const SimulatedAccessPoint &accessPoint)
 {
     m_current = accessPoint.bssid();
     ZopChangeset changes;
-    changes.assignments.insert(Wire::LastEvent, connectedEvent(m_current, m_selected));
+    changes.assignments.insert(Wire::LastEvent, StationText::connectedEvent(m_current, m_selected));
     changes.assignments.insert(Wire::WifiStatus, accessPoint.status());
     m_world->changeStatus(Service::Wifi, changes);
     // Whoever has roamed has its link already, and keeps its addresses.
@@ -273,7 +235,7 @@ void SimulatedRadio::leave(int reason, ZopChangeset changes)
     ++m_attempt;
     const bool connected = !m_current.isEmpty();
     if (connected) {
-        changes.assignments.insert(Wire::LastEvent, disconnectedEvent(m_current, reason));
+        changes.assignments.insert(Wire::LastEvent, StationText::disconnectedEvent(m_current, reason));
         changes.removals.insert(Wire::WifiStatus);
         m_current.clear();
     }
@@ -292,7 +254,7 @@ void SimulatedRadio::onInterfaceAdded(const QString &name)
 void SimulatedRadio::onInterfaceRemoved(const QString &name)
 {
     if (name == m_interface)
-        leave(LeftByItself);
+        leave(StationText::LeftByItself);
 }
 
 int SimulatedRadio::networkOf(const QString &identifier) const
