@@ -43,7 +43,8 @@ bool ManagedMachine::start(QString *error)
         return false;
     parts.interfaces = std::make_unique<ManagedInterfaces>(&parts.client, &parts.restoration, parts.world, parts.log);
     if (parts.client.radio()) {
-        parts.radio = std::make_unique<ManagedRadio>(&parts.client, &parts.restoration, parts.world, parts.log);
+        parts.radio = std::make_unique<ManagedRadio>(&parts.client, &parts.restoration, parts.world, parts.log,
+                                                     parts.options.remember);
         parts.hotspot = std::make_unique<ManagedHotspot>(&parts.client, &parts.restoration, parts.world, parts.log);
     }
     return true;

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "managedradiocase.h"
+
+using namespace morvek;
+
+namespace {
+
+const char Passkey[] = "a passkey of House";
+const char HouseBssid[] = "0a:00:00:00:00:01";
+
+} // namespace
+
+/*! The manager restarts, the radio is pulled and put back, the machine sleeps: the world follows, what is wanted stays.
+ */
+class ManagedRadioFaultsTest : public ManagedRadioCase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void managerAway();
+    void managerRestartsWhileJoining();
+    void managerDiesWhileAsked();
+    void radioIsPulled();
+    void radioIsSwitchedOff();
+    void sleepAndWake();
+    void comesIntoSightAgain();
+    void othersLeaveTheRadio();
+
+private:
+    /*! Joins House. */
+    void becomeConnected();
+    void restart()
+    {
+        m_manager->stop();
+        QVERIFY(m_manager->start());
+    }
+};
+
+void ManagedRadioFaultsTest::becomeConnected()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    forget();
+}
+
+void ManagedRadioFaultsTest::managerAway()
+{
+    becomeConnected();
+    m_manager->stop();
+    const QString gone = QStringLiteral("10 the network manager does not run");
+    QTRY_COMPARE(request("scan"), gone);
+    QCOMPARE(request("wifi_power", "off"), gone);
+    QCOMPARE(request("wnet_select", "0"), gone);
+    QCOMPARE(request("wnet_disableall"), gone);
+    // The world stays as it was.
+    QVERIFY(m_service->powered());
+    QVERIFY(m_service->connected());
+    QCOMPARE(m_status->lines(), QStringList());
+    // It comes back without the connection.
+    m_manager->setState(m_wifi, 30);
+    QVERIFY(m_manager->start());
+    QCOMPARE(told(1), QStringList {disconnected(HouseBssid)});
+    QCOMPARE(join().pathAt(2), m_house);
+    m_manager->activate(m_wifi);
+    QCOMPARE(told(2).constLast(), connected(HouseBssid, 0));
+}
+
+void ManagedRadioFaultsTest::managerRestartsWhileJoining()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_manager->setState(m_wifi, 50);
+    m_manager->stop();
+    m_manager->setState(m_wifi, 30);
+    QVERIFY(m_manager->start());
+    join(2);
+    QVERIFY(connect.isOpen());
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+}
+
+/*! Every request is answered. */
+void ManagedRadioFaultsTest::managerDiesWhileAsked()
+{
+    startDaemons();
+    m_manager->hold(QStringLiteral("AddAndActivateConnection2"));
+    m_manager->hold(QStringLiteral("RequestScan"));
+    Connect connect(connectTo("House", Passkey));
+    join();
+    ZopObject control(QLatin1String(WifiControl), ZopObject::ReadWrite, false);
+    Request scan(&control, "scan");
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
+    m_manager->stop();
+    QVERIFY(connect.outcome().startsWith(QLatin1String("-1 ")));
+    QVERIFY2(scan.outcome().startsWith(QLatin1String("10 ")), qPrintable(scan.outcome()));
+}
+
+void ManagedRadioFaultsTest::radioIsPulled()
+{
+    becomeConnected();
+    m_manager->removeDevice(m_wifi);
+    QTRY_VERIFY(!m_service->powered());
+    QTRY_VERIFY(!m_service->connected());
+    QCOMPARE(request("scan"), QStringLiteral("7 the radio is off"));
+    QCOMPARE(request("wifi_power", "on"), QStringLiteral("7 there is no radio"));
+    m_wifi = m_manager->addWifi(QStringLiteral("wlan0"));
+    m_house = addAccessPoint("House", 2, FakeManager::Wpa2);
+    QTRY_VERIFY(m_service->powered());
+    QCOMPARE(join().pathAt(2), m_house);
+    m_manager->activate(m_wifi);
+    QTRY_VERIFY(m_service->connected());
+    QTRY_COMPARE(autoconnects(), QList<bool> {false});
+}
+
+void ManagedRadioFaultsTest::radioIsSwitchedOff()
+{
+    becomeConnected();
+    m_manager->change(FakeManager::managerPath(), {{QStringLiteral("WirelessEnabled"), false}});
+    m_manager->setState(m_wifi, 20);
+    QTRY_VERIFY(!m_service->powered());
+    QTRY_VERIFY(!m_service->connected());
+    m_manager->change(FakeManager::managerPath(), {{QStringLiteral("WirelessEnabled"), true}});
+    m_manager->setState(m_wifi, 30, 42);
+    QTRY_VERIFY(m_service->powered());
+    join();
+    m_manager->activate(m_wifi);
+    QTRY_VERIFY(m_service->connected());
+}
+
+void ManagedRadioFaultsTest::sleepAndWake()
+{
+    becomeConnected();
+    m_manager->setState(m_wifi, 110, 37);
+    m_manager->setState(m_wifi, 10, 37);
+    QTRY_VERIFY(!m_service->connected());
+    QVERIFY(m_service->powered());
+    for (const uint state : {20U, 30U})
+        m_manager->setState(m_wifi, state);
+    join();
+    m_manager->activate(m_wifi);
+    QTRY_VERIFY(m_service->connected());
+}
+
+void ManagedRadioFaultsTest::comesIntoSightAgain()
+{
+    becomeConnected();
+    m_manager->removeAccessPoint(m_house);
+    fail(53);
+    QTRY_VERIFY(!m_service->connected());
+    m_manager->finishScan(m_wifi);
+    told(2);
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);
+    addAccessPoint("House", 2, FakeManager::Wpa2);
+    m_manager->finishScan(m_wifi);
+    join();
+    m_manager->activate(m_wifi);
+    QTRY_VERIFY(m_service->connected());
+    // Nobody waits for that, so nobody is told that it was not found.
+    QCOMPARE(m_status->lines().filter(QStringLiteral("NOT-FOUND")), QStringList());
+}
+
+/*! What somebody joins by hand is told, and not fought. */
+void ManagedRadioFaultsTest::othersLeaveTheRadio()
+{
+    becomeConnected();
+    joinAsTheUser("Guest", m_guest);
+    QCOMPARE(told(2).constLast(), connected("0a:00:00:00:00:03", -1, "Guest", "NONE", "NONE"));
+    m_manager->finishScan(m_wifi);
+    told(3);
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);
+    m_manager->deactivate(m_wifi);
+    QCOMPARE(join().pathAt(2), m_house);
+}
+
+QTEST_GUILESS_MAIN(ManagedRadioFaultsTest)
+
+#include "tst_managedradio_faults.moc"

@@ -1,0 +1,414 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "managedradiocase.h"
+
+using namespace morvek;
+
+namespace {
+
+const char Passkey[] = "a passkey of House";
+const QString NotFound = QStringLiteral("last_event=CTRL-EVENT-NETWORK-NOT-FOUND ");
+const char HouseBssid[] = "0a:00:00:00:00:01";
+const char GuestBssid[] = "0a:00:00:00:00:03";
+
+} // namespace
+
+/*! Networks of a real manager are joined: what it is asked for, and what an application sees of what it does. */
+class ManagedRadioJoiningTest : public ManagedRadioCase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void joins();
+    void profileByProtection_data();
+    void profileByProtection();
+    void networkOutOfSight();
+    void wrongPasskey();
+    void oneFailureIsNoWrongPasskey();
+    void wrongPasskeyBeforeTheAssociation();
+    void wrongPasskeyThatTheSupplicantTells();
+    void outOfRange();
+    void openNetworkFails();
+    void fallbackComesAfterTheEvent();
+    void othersTakeTheRadio();
+    void otherNetworkCompletesNothing();
+    void refusal();
+    void leaves();
+    void leavesWhileJoining();
+    void selectsAnother();
+    void passkeyStaysSecret();
+    void remembers();
+
+private:
+    void finishScan() { m_manager->finishScan(m_wifi); }
+    QString last(const char *name) { return m_status->text(name); }
+};
+
+void ManagedRadioJoiningTest::joins()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    const BusCall call = join();
+    QCOMPARE(call.pathAt(1), m_wifi);
+    QCOMPARE(call.pathAt(2), m_house);
+    const BusSettings profile = call.settings(0);
+    QCOMPARE(profile[QStringLiteral("connection")][QStringLiteral("type")].toString(),
+             QStringLiteral("802-11-wireless"));
+    QCOMPARE(profile[QStringLiteral("connection")][QStringLiteral("autoconnect")], QVariant(false));
+    QCOMPARE(profile[QStringLiteral("802-11-wireless")][QStringLiteral("ssid")].toByteArray(), QByteArray("House"));
+    QVERIFY(!profile[QStringLiteral("802-11-wireless")].contains(QStringLiteral("hidden")));
+    const QVariantMap options = call.map(3);
+    QCOMPARE(options.size(), 2);
+    QCOMPARE(options[QStringLiteral("persist")].toString(), QStringLiteral("volatile"));
+    QCOMPARE(options[QStringLiteral("bind-activation")].toString(), QStringLiteral("dbus-client"));
+    QCOMPARE(autoconnects(), QList<bool> {false});
+    // It is in the network as soon as it has been let in.
+    for (const uint state : {50U, 60U, 40U, 50U})
+        m_manager->setState(m_wifi, state);
+    QVERIFY(connect.isOpen());
+    QCOMPARE(m_status->lines(), QStringList());
+    m_manager->setState(m_wifi, 70);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    QCOMPARE(connect.operation->results().first().bssid(), QLatin1String(HouseBssid));
+    QVERIFY(m_service->connected());
+    m_manager->activate(m_wifi);
+    m_manager->setState(m_wifi, 110);
+    m_manager->setState(m_wifi, 30);
+    QCOMPARE(told(2), (QStringList {connected(HouseBssid, 0), disconnected(HouseBssid)}));
+    // Still the manager joins nothing by itself: the network is wanted.
+    QCOMPARE(autoconnects(), QList<bool> {false});
+}
+
+void ManagedRadioJoiningTest::profileByProtection_data()
+{
+    QTest::addColumn<uint>("rsn");
+    QTest::addColumn<bool>("hasPasskey");
+    QTest::addColumn<QString>("keyManagement");
+    QTest::addColumn<QString>("status");
+    QTest::newRow("WPA2") << uint(FakeManager::Wpa2) << true << QStringLiteral("wpa-psk")
+                          << connected("0a:00:00:00:00:05", 0, "Other");
+    QTest::newRow("WPA2 and WPA3") << uint(FakeManager::Wpa2Wpa3) << true << QStringLiteral("wpa-psk")
+                                   << connected("0a:00:00:00:00:05", 0, "Other");
+    QTest::newRow("WPA3") << uint(FakeManager::Wpa3) << true << QStringLiteral("sae")
+                          << connected("0a:00:00:00:00:05", 0, "Other", "WPA3-SAE");
+    QTest::newRow("OWE") << uint(FakeManager::Owe) << false << QStringLiteral("owe")
+                         << connected("0a:00:00:00:00:05", 0, "Other", "OWE");
+    QTest::newRow("open") << 0U << false << QString() << connected("0a:00:00:00:00:05", 0, "Other", "NONE", "NONE");
+}
+
+void ManagedRadioJoiningTest::profileByProtection()
+{
+    QFETCH(const bool, hasPasskey);
+    QFETCH(const uint, rsn);
+    const QString other = addAccessPoint("Other", 5, rsn, 60);
+    addAccessPoint("Other", 6, rsn, 40);
+    // Stronger, and nothing for this passkey, or for none.
+    addAccessPoint("Other", 7, hasPasskey ? 0U : uint(FakeManager::Wpa2), 90);
+    startDaemons();
+    Connect connect(connectTo("Other", hasPasskey ? Passkey : nullptr));
+    const BusCall call = join();
+    QCOMPARE(call.pathAt(2), other);
+    const QVariantMap security = call.settings(0)[QStringLiteral("802-11-wireless-security")];
+    QTEST(security[QStringLiteral("key-mgmt")].toString(), "keyManagement");
+    QCOMPARE(security[QStringLiteral("psk")].toString(), hasPasskey ? QLatin1String(Passkey) : QLatin1String());
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    QTEST(told(1).first(), "status");
+}
+
+/*! Perhaps it does not tell its name. */
+void ManagedRadioJoiningTest::networkOutOfSight()
+{
+    startDaemons();
+    Connect connect(connectTo("Hidden", Passkey));
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);
+    finishScan();
+    const BusCall call = join();
+    QCOMPARE(call.pathAt(2), QStringLiteral("/"));
+    QCOMPARE(call.settings(0)[QStringLiteral("802-11-wireless")][QStringLiteral("hidden")], QVariant(true));
+    QCOMPARE(call.settings(0)[QStringLiteral("802-11-wireless-security")][QStringLiteral("key-mgmt")].toString(),
+             QStringLiteral("wpa-psk"));
+}
+
+void ManagedRadioJoiningTest::wrongPasskey()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_manager->setState(m_wifi, 50);
+    m_manager->setState(m_wifi, 60);
+    m_manager->setState(m_wifi, 40);
+    m_manager->setState(m_wifi, 50);
+    // The manager would ask somebody for another passkey, and wait.
+    m_manager->setState(m_wifi, 60, 8);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("DeactivateConnection")));
+    join(2);
+    QVERIFY(connect.isOpen());
+    refusePasskey();
+    QCOMPARE(connect.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
+    QCOMPARE(told(1), QStringList {wrongKey(0)});
+    // Nothing is wanted any longer.
+    QTRY_COMPARE(autoconnects(), (QList<bool> {false, true}));
+    finishScan();
+    told(2);
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 2);
+}
+
+void ManagedRadioJoiningTest::oneFailureIsNoWrongPasskey()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    refusePasskey();
+    join(2);
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    QCOMPARE(told(1), QStringList {connected(HouseBssid, 0)});
+    // It does not count for later.
+    m_manager->deactivate(m_wifi, 53);
+    told(2);
+    finishScan();
+    join(3);
+    refusePasskey();
+    join(4);
+    m_manager->activate(m_wifi);
+    QCOMPARE(told(4).at(3), connected(HouseBssid, 0));
+}
+
+/*! With WPA3 the manager says that it has not found the network. */
+void ManagedRadioJoiningTest::wrongPasskeyBeforeTheAssociation()
+{
+    addAccessPoint("Safe", 5, FakeManager::Wpa3);
+    startDaemons();
+    Connect connect(connectTo("Safe", Passkey));
+    for (int attempt = 1; attempt <= 2; ++attempt) {
+        join(attempt);
+        m_manager->setState(m_wifi, 50);
+        fail(53);
+        QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan"), attempt));
+        QVERIFY(connect.isOpen());
+        finishScan();
+    }
+    QCOMPARE(connect.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
+    QStringList events = told(3);
+    events = events.filter(QStringLiteral("TEMP"));
+    QCOMPARE(events, QStringList {wrongKey(0, "Safe")});
+}
+
+void ManagedRadioJoiningTest::wrongPasskeyThatTheSupplicantTells()
+{
+    BusObjects supplicant(QStringLiteral("fi.w1.wpa_supplicant1"), QStringLiteral("/fi/w1/wpa_supplicant1"));
+    const QString interface = QStringLiteral("/fi/w1/wpa_supplicant1/Interfaces/0");
+    supplicant.add(interface,
+                   {{QStringLiteral("fi.w1.wpa_supplicant1.Interface"), {{QStringLiteral("AuthStatusCode"), 0}}}});
+    QVERIFY(supplicant.start());
+    addAccessPoint("Safe", 5, FakeManager::Wpa3);
+    startDaemons();
+    Connect connect(connectTo("Safe", Passkey));
+    for (int attempt = 1; attempt <= 2; ++attempt) {
+        join(attempt);
+        m_manager->setState(m_wifi, 50);
+        // The supplicant tells it again and again.
+        const bool left = QTest::qWaitFor(
+            [&] {
+                supplicant.change(interface, {{QStringLiteral("AuthStatusCode"), 0}});
+                supplicant.change(interface, {{QStringLiteral("AuthStatusCode"), 1}});
+                return m_manager->calls(QStringLiteral("DeactivateConnection")).size() == attempt;
+            },
+            Patience);
+        QVERIFY(left);
+    }
+    QCOMPARE(connect.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
+    QCOMPARE(told(1), QStringList {wrongKey(0, "Safe")});
+}
+
+void ManagedRadioJoiningTest::outOfRange()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_manager->removeAccessPoint(m_house);
+    fail(53);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
+    finishScan();
+    QTRY_COMPARE(told(2).count(NotFound), 1);
+    QVERIFY(connect.isOpen());
+    // It is joined when it comes into sight.
+    addAccessPoint("House", 2, FakeManager::Wpa2);
+    finishScan();
+    join(2);
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    QCOMPARE(m_status->lines().constLast(), connected("0a:00:00:00:00:02", 0));
+}
+
+void ManagedRadioJoiningTest::openNetworkFails()
+{
+    startDaemons();
+    Connect connect(connectTo("Guest", nullptr));
+    join();
+    m_manager->setState(m_wifi, 50);
+    fail(11);
+    QCOMPARE(told(1), QStringList {NotFound});
+    QVERIFY(connect.isOpen());
+    finishScan();
+    join(2);
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+}
+
+void ManagedRadioJoiningTest::fallbackComesAfterTheEvent()
+{
+    const QString users = joinAsTheUser("Guest", m_guest);
+    startDaemons();
+    QVERIFY(m_service->connected());
+    Connect connect(connectTo("House", Passkey));
+    join();
+    QTRY_VERIFY(!m_service->connected());
+    refusePasskey();
+    join(2);
+    refusePasskey();
+    // At once, as the manager does when it may.
+    m_manager->beginActivation(m_wifi, users, m_guest);
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
+    QCOMPARE(told(3),
+             (QStringList {disconnected(GuestBssid), wrongKey(0), connected(GuestBssid, -1, "Guest", "NONE", "NONE")}));
+    QTRY_VERIFY(m_service->connected());
+}
+
+/*! Somebody has the radio join another network while an application waits for its own. */
+void ManagedRadioJoiningTest::othersTakeTheRadio()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    joinAsTheUser("Guest", m_guest);
+    QCOMPARE(connect.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
+    QCOMPARE(told(2), (QStringList {wrongKey(0), connected(GuestBssid, -1, "Guest", "NONE", "NONE")}));
+}
+
+/*! What the radio was in goes on until the manager has taken the new one up; that may be a while. */
+void ManagedRadioJoiningTest::otherNetworkCompletesNothing()
+{
+    joinAsTheUser("Guest", m_guest);
+    startDaemons();
+    Connect connect(connectTo("Far", Passkey));
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
+    const QString other = addAccessPoint("Guest", 4, 0);
+    m_manager->change(m_wifi, {{QStringLiteral("ActiveAccessPoint"), QVariant::fromValue(QDBusObjectPath(other))}});
+    finishScan();
+    join();
+    QVERIFY(connect.isOpen());
+    QCOMPARE(told(2).filter(QStringLiteral("wifi_status=")), QStringList());
+    QCOMPARE(told(2).constLast(), disconnected(GuestBssid));
+}
+
+void ManagedRadioJoiningTest::refusal()
+{
+    joinAsTheUser("Guest", m_guest);
+    startDaemons();
+    m_manager->refuse(QStringLiteral("AddAndActivateConnection2"),
+                      QStringLiteral("org.freedesktop.NetworkManager.PermissionDenied"),
+                      QStringLiteral("Not authorized to control networking."));
+    Connect connect(connectTo("House", Passkey));
+    QCOMPARE(connect.outcome(), QStringLiteral("-1 Not authorized to control networking."));
+    QTRY_COMPARE(autoconnects(), (QList<bool> {false, true}));
+    QVERIFY(m_service->connected());
+    QCOMPARE(request("wnet_select", "0"), QStringLiteral("9 Not authorized to control networking."));
+    QCOMPARE(m_status->lines(), QStringList());
+    m_manager->allow(QStringLiteral("AddAndActivateConnection2"));
+    QCOMPARE(request("wnet_select", "1"), QStringLiteral("3 no such network"));
+    QCOMPARE(request("wnet_select", "00"), QStringLiteral("3 no such network"));
+}
+
+void ManagedRadioJoiningTest::leaves()
+{
+    joinAsTheUser("Guest", m_guest);
+    startDaemons();
+    QCOMPARE(request("wnet_disableall"), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(QStringLiteral("Disconnect")).size(), 1);
+    QCOMPARE(told(1), QStringList {disconnected(GuestBssid)});
+    QCOMPARE(autoconnects(), QList<bool> {false});
+    // There is nothing to be left.
+    QCOMPARE(request("wnet_disableall"), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(QStringLiteral("Disconnect")).size(), 1);
+}
+
+void ManagedRadioJoiningTest::leavesWhileJoining()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_service->disconnectAccessPoint();
+    QCOMPARE(connect.outcome(), QStringLiteral("-1 Cancelling connect operation, due to issued disconnect command"));
+    QTRY_COMPARE(m_manager->value<uint>(m_wifi, QStringLiteral("State")), 30U);
+    finishScan();
+    told(1);
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 1);
+    QCOMPARE(m_status->lines().filter(QStringLiteral("wifi_status")), QStringList());
+}
+
+void ManagedRadioJoiningTest::selectsAnother()
+{
+    startDaemons();
+    Connect first(connectTo("House", Passkey));
+    join();
+    m_manager->activate(m_wifi);
+    QCOMPARE(first.outcome(), QStringLiteral("ok"));
+    Connect second(connectTo("Guest", nullptr));
+    QCOMPARE(join(2).pathAt(2), m_guest);
+    m_manager->activate(m_wifi);
+    QCOMPARE(second.outcome(), QStringLiteral("ok"));
+    QCOMPARE(told(3),
+             (QStringList {connected(HouseBssid, 0), disconnected(HouseBssid),
+                           connected(GuestBssid, 1, "Guest", "NONE", "NONE")}));
+    // The other one is not wanted any more.
+    m_manager->deactivate(m_wifi, 53);
+    told(4);
+    finishScan();
+    QCOMPARE(join(3).pathAt(2), m_guest);
+}
+
+void ManagedRadioJoiningTest::passkeyStaysSecret()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    refusePasskey();
+    join(2);
+    m_manager->refuse(QStringLiteral("AddAndActivateConnection2"), QStringLiteral("org.freedesktop.DBus.Error.Failed"),
+                      QStringLiteral("no"));
+    refusePasskey();
+    QCOMPARE(connect.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
+    QByteArrayList places = everythingReadable(m_daemon->root(), m_daemon->process().processId());
+    places += m_daemon->process().errors();
+    places += m_daemon->process().output();
+    QVERIFY(places.join().contains("House"));
+    for (const QByteArray &place : places)
+        QVERIFY(!place.contains(Passkey));
+}
+
+void ManagedRadioJoiningTest::remembers()
+{
+    startDaemons({QStringLiteral("--remember")});
+    Connect connect(connectTo("House", Passkey));
+    const BusCall call = join();
+    QCOMPARE(call.map(3), (QVariantMap {{QStringLiteral("persist"), QStringLiteral("volatile")}}));
+    refusePasskey();
+    join(2);
+    // Only what has been right.
+    QCOMPARE(m_manager->calls(QStringLiteral("Update2")).size(), 0);
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("Update2")));
+    const BusCall stored = m_manager->calls(QStringLiteral("Update2")).first();
+    QVERIFY(!stored.settings(0)[QStringLiteral("connection")].contains(QStringLiteral("autoconnect")));
+    QCOMPARE(stored.settings(0)[QStringLiteral("802-11-wireless-security")][QStringLiteral("psk")].toString(),
+             QLatin1String(Passkey));
+    QCOMPARE(stored.arguments.at(1).toUInt(), 1U);
+}
+
+QTEST_GUILESS_MAIN(ManagedRadioJoiningTest)
+
+#include "tst_managedradio_joining.moc"
