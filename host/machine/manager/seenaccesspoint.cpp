@@ -5,9 +5,8 @@ namespace morvek {
 
 namespace {
 
-// The manager keeps access points for minutes. A scan takes some seconds, and hears each access point at some time of
-// it.
-constexpr qint64 LongestScan = 10;
+// In seconds. The manager keeps access points for minutes; a scan takes some seconds, and may miss one that is there.
+constexpr qint64 LongestUnseen = 20;
 
 QString nameOf(NMAccessPoint *accessPoint)
 {
@@ -21,7 +20,7 @@ QString nameOf(NMAccessPoint *accessPoint)
 bool isSeen(NMAccessPoint *accessPoint, qint64 lastScan)
 {
     const qint64 lastSeen = nm_access_point_get_last_seen(accessPoint);
-    return lastSeen >= 0 && lastSeen >= lastScan / 1000 - LongestScan
+    return lastSeen >= 0 && lastSeen >= lastScan / 1000 - LongestUnseen
         && nm_access_point_get_mode(accessPoint) != NM_802_11_MODE_AP;
 }
 

@@ -90,6 +90,7 @@ void NetworkSecurityTest::flags_data()
     row("SAE", "WPA3, known");
     row("WPA2-PSK+SAE-CCMP", "WPA2/WPA3, known, passkey, WPA2");
     row("WPA2-PSK-CCMP WPA3-SAE-CCMP", "WPA2/WPA3, known, passkey, WPA2");
+    row("WPA2-PSK-CCMP WPA2-SAE-CCMP ESS", "WPA2/WPA3, known, passkey, WPA2");
     row("WPA2-SAE-CCMP WPS", "WPA3 + WPS, known");
     row("WPA2-OWE-CCMP", "OWE, known");
     row("RSN-OWE-CCMP", "OWE, known");

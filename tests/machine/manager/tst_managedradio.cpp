@@ -195,8 +195,8 @@ void ManagedRadioTest::whatIsNotSeen()
     m_manager->finishScan(m_wifi);
     told(1);
     const qlonglong finished = m_manager->value<qlonglong>(m_wifi, QStringLiteral("LastScan")) / 1000;
-    m_manager->change(m_house, {{QStringLiteral("LastSeen"), int(finished - 12)}});
-    m_manager->change(m_guest, {{QStringLiteral("LastSeen"), int(finished - 8)}});
+    m_manager->change(m_house, {{QStringLiteral("LastSeen"), int(finished - 22)}});
+    m_manager->change(m_guest, {{QStringLiteral("LastSeen"), int(finished - 18)}});
     m_manager->change(addAccessPoint("Wanted", 4, 0), {{QStringLiteral("LastSeen"), -1}});
     m_manager->change(addAccessPoint("Own", 5, 0), {{QStringLiteral("Mode"), 3U}});
     m_manager->change(m_wifi, {{QStringLiteral("LastScan"), finished * 1000 + 1}});
