@@ -116,8 +116,8 @@ void JoinAttempt::look()
 
 void JoinAttempt::giveUp()
 {
-    m_failure = NotLetIn;
-    leave();
+    if (std::exchange(m_failure, NotLetIn) != NotLetIn)
+        leave();
 }
 
 void JoinAttempt::abandon()
