@@ -101,7 +101,7 @@ private:
             return QStringLiteral("not there: %1 daemon; ").arg(missing.join(QLatin1String(" daemon, ")))
                 + (missing.size() == int(m_parts.size())
                        ? QStringLiteral("start morvek-hostd, or set ZOP_ROOT to its root")
-                       : QStringLiteral("its scenario may lack that, or --without may leave it out"));
+                       : QStringLiteral("its scenario or machine may lack that, or --without may leave it out"));
         return stuck.isEmpty() ? QString()
                                : QStringLiteral("there, but of no use to an application: %1 daemon; it may be starting")
                                      .arg(stuck.join(QLatin1String(" daemon, ")));
