@@ -103,7 +103,8 @@ DaemonTools Hostd::tools()
 void Hostd::makeDaemons(InterfaceControl *interfaces, RadioControl *radio, HotspotControl *hotspot)
 {
     const DaemonTools daemonTools = tools();
-    m_daemons[Service::Networking] = std::make_unique<NetworkingDaemon>(interfaces, daemonTools);
+    if (interfaces)
+        m_daemons[Service::Networking] = std::make_unique<NetworkingDaemon>(interfaces, daemonTools);
     if (radio)
         m_daemons[Service::Wifi] = std::make_unique<WifiDaemon>(radio, daemonTools);
     if (hotspot)
@@ -128,13 +129,17 @@ void Hostd::makeStage(const Scenario &scenario)
                                : QStringLiteral("this machine's own interfaces are shown: nothing can be played")});
 }
 
-bool Hostd::startMachine(QString *error)
+HostdExitCode Hostd::startMachine(QString *error)
 {
-    if (!m_machine->start(error))
-        return false;
+    if (!m_machine->start(root(), error))
+        return HostdExitCode::NoManager;
     makeDaemons(m_machine->interfaces(), m_machine->radio(), m_machine->hotspot());
     makeStage(Scenario());
-    return true;
+    const QList<Daemon *> served = servedDaemons().values();
+    if (std::any_of(served.begin(), served.end(), [](const Daemon *daemon) { return daemon != nullptr; }))
+        return HostdExitCode::Success;
+    *error = QStringLiteral("no daemon is left to serve");
+    return HostdExitCode::NothingToServe;
 }
 
 HostdExitCode Hostd::start(QString *error)
@@ -153,9 +158,13 @@ HostdExitCode Hostd::start(QString *error)
         return HostdExitCode::AlreadyRunning;
     }
     m_store.setRoot(root());
-    if ((m_isFresh && !forgetFormerRuns(served, error)) || (m_system && !m_system->start(error))
-        || (m_machine && !startMachine(error)))
+    if ((m_isFresh && !forgetFormerRuns(served, error)) || (m_system && !m_system->start(error)))
         return HostdExitCode::CannotPublish;
+    if (m_machine) {
+        const HostdExitCode code = startMachine(error);
+        if (code != HostdExitCode::Success || m_isEnding)
+            return code;
+    }
     if (m_hotspotControl && served.contains(Service::Tethering))
         restoreHotspot();
     if (!startDaemons(error))
@@ -171,6 +180,28 @@ HostdExitCode Hostd::start(QString *error)
     return HostdExitCode::Success;
 }
 
+void Hostd::end(HostdExitCode code)
+{
+    if (std::exchange(m_isEnding, true) || !m_looks.isActive())
+        QCoreApplication::exit(static_cast<int>(code));
+    else
+        giveBack(code);
+}
+
+void Hostd::giveBack(HostdExitCode code)
+{
+    const auto quit = [code] { QCoreApplication::exit(static_cast<int>(code)); };
+    if (!m_machine) {
+        quit();
+        return;
+    }
+    // Nobody asks for anything any more.
+    m_looks.stop();
+    m_stage.reset();
+    m_daemons.clear();
+    m_machine->giveBack(quit);
+}
+
 /*!
  * The root may have been removed or exchanged: then it is taken anew, unless another morvek-hostd was faster. No reason
  * means that this one ends.
@@ -181,7 +212,8 @@ bool Hostd::mayPublish(QString *reason)
     if (result == RootLock::Held) {
         if (!std::exchange(m_isEnding, true)) {
             m_log.trouble(*reason);
-            QCoreApplication::exit(static_cast<int>(HostdExitCode::AlreadyRunning));
+            // Not here, where one of the daemons that end with this has asked.
+            QTimer::singleShot(0, &m_looks, [this] { giveBack(HostdExitCode::AlreadyRunning); });
         }
         reason->clear();
     }

@@ -49,6 +49,13 @@ public:
     HostdExitCode start(QString *error);
     QString root() const;
 
+    /*!
+     * Has the event loop end with \a code when the machine is as it was before; at once when that is asked for again,
+     * or before start() has returned.
+     */
+    void end(HostdExitCode code);
+    bool isEnding() const { return m_isEnding; }
+
 private:
     Q_DISABLE_COPY(Hostd)
 
@@ -58,10 +65,11 @@ private:
     void makeDaemons(InterfaceControl *interfaces, RadioControl *radio, HotspotControl *hotspot);
     QMap<Service, Daemon *> servedDaemons() const;
     void makeStage(const Scenario &scenario);
-    bool startMachine(QString *error);
+    HostdExitCode startMachine(QString *error);
     bool forgetFormerRuns(const QVector<Service> &services, QString *error) const;
     void restoreHotspot();
     bool startDaemons(QString *error);
+    void giveBack(HostdExitCode code);
     bool mayPublish(QString *reason);
     void look();
     void keepStage();

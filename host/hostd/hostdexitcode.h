@@ -14,6 +14,8 @@ enum class HostdExitCode {
     AlreadyRunning = 5, //!< another morvek-hostd holds the root
     NotDone = 6,        //!< the running one has refused what was to be played or looked at
     NotRunning = 7,     //!< there is none that answers
+    NoManager = 8,      //!< --network manager, and there is none that can be used
+    NothingToServe = 9, //!< and no daemon is left, as there is no such interface, or no radio
 };
 
 } // namespace morvek

@@ -139,6 +139,8 @@ HelpEntries exitCodeEntries()
         entry(HostdExitCode::AlreadyRunning, QStringLiteral("another morvek-hostd publishes below the root")),
         entry(HostdExitCode::NotDone, QStringLiteral("the running one refuses")),
         entry(HostdExitCode::NotRunning, QStringLiteral("none runs or answers")),
+        entry(HostdExitCode::NoManager, QStringLiteral("no network manager that can be used")),
+        entry(HostdExitCode::NothingToServe, QStringLiteral("no such interface, or no radio, and so nothing to serve")),
     };
 }
 

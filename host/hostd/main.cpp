@@ -6,6 +6,7 @@
 #include "scenariowarnings.h"
 #include "signalwatcher.h"
 #include "stagecommand.h"
+#include "supervisor.h"
 
 #include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QCoreApplication>
@@ -76,19 +77,24 @@ int complete(const QStringList &words)
 int run(const HostdOptions &options, Scenario scenario, Recording recording)
 {
     SignalWatcher signalWatcher;
-    QObject::connect(&signalWatcher, &SignalWatcher::terminationAsked, qApp, &QCoreApplication::quit);
-
     QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, wipeStack);
 
     Hostd hostd(options, scenario, recording);
     recording = Recording();
+    QObject::connect(&signalWatcher, &SignalWatcher::terminationAsked, qApp, [&hostd] {
+        Supervisor::tell(Supervisor::Stopping);
+        hostd.end(HostdExitCode::Success);
+    });
     scenario = Scenario(); // nor does it keep what is replaced later
     QString error;
     const HostdExitCode code = hostd.start(&error);
     wipeStack();
     if (code != HostdExitCode::Success)
         return fail(code, error, options);
+    if (hostd.isEnding())
+        return static_cast<int>(code);
     print(QStringLiteral("ready: %1\n").arg(hostd.root()));
+    Supervisor::tell(Supervisor::Ready);
     return QCoreApplication::exec();
 }
 

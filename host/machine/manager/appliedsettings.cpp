@@ -81,6 +81,14 @@ QStringList AppliedSettings::addressesOf(const QByteArray &ipv4)
     return addresses;
 }
 
+bool AppliedSettings::givesAddresses(const QByteArray &ipv4)
+{
+    const Variant settings = parse(ipv4, nullptr);
+    const char *method = nullptr;
+    return settings && g_variant_lookup(settings.get(), "method", "&s", &method)
+        && qstrcmp(method, NM_SETTING_IP4_CONFIG_METHOD_DISABLED) != 0;
+}
+
 void AppliedSettings::read(NMDevice *device, QObject *context, const Taker &taker)
 {
     readConnection(device, context, [taker](NMConnection *applied, guint64, const GError *error) {

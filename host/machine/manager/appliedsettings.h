@@ -15,6 +15,9 @@ QByteArray ipv4Of(NMConnection *connection);
 /*! The addresses that \a ipv4 gives by hand. */
 QStringList addressesOf(const QByteArray &ipv4);
 
+/*! Whether there are addresses to come with \a ipv4. */
+bool givesAddresses(const QByteArray &ipv4);
+
 /*! Called with the settings, or with an empty text and the reason. */
 using Taker = std::function<void(const QByteArray &ipv4, const GError *error)>;
 void read(NMDevice *device, QObject *context, const Taker &taker);

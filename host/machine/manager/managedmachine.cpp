@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "managedmachine.h"
 
+#include "eventlog.h"
 #include "managedhotspot.h"
 #include "managedinterfaces.h"
 #include "managedradio.h"
+#include "remotesession.h"
 #include "restoration.h"
+
+#include <QtCore/QEventLoop>
+
+#include <algorithm>
 
 namespace morvek {
 
@@ -19,6 +25,9 @@ struct ManagedMachine::Parts
     {
     }
 
+    bool protect(QString *error);
+    void tellWhatIsMissing() const;
+
     const ManagerOptions options;
     World *const world;
     const EventLog *const log;
@@ -29,6 +38,35 @@ struct ManagedMachine::Parts
     std::unique_ptr<ManagedHotspot> hotspot {};
 };
 
+bool ManagedMachine::Parts::protect(QString *error)
+{
+    QStringList names;
+    if (options.force)
+        return true;
+    if (!RemoteSession::read(&names, error))
+        return false;
+    client.protect(names);
+    if (!names.isEmpty())
+        log->trouble(QStringLiteral("not touched without --force, as your remote session comes by it: ")
+                     + names.join(QLatin1String(", ")));
+    return true;
+}
+
+void ManagedMachine::Parts::tellWhatIsMissing() const
+{
+    for (const QString &name : options.only) {
+        if (!client.device(name))
+            log->trouble(
+                QStringLiteral("--only: no interface \"%1\" here, as long as the manager knows none").arg(name));
+    }
+    if (!client.radio())
+        log->trouble(QStringLiteral("no radio here: neither Wi-Fi nor a hotspot is served"));
+    const NMClientPermissionResult may =
+        nm_client_get_permission_result(client.get(), NM_CLIENT_PERMISSION_NETWORK_CONTROL);
+    if (may == NM_CLIENT_PERMISSION_RESULT_NO || may == NM_CLIENT_PERMISSION_RESULT_AUTH)
+        log->trouble(QStringLiteral("you may not change networks here, the manager says: requests will be refused"));
+}
+
 ManagedMachine::ManagedMachine(const ManagerOptions &options, World *world, const EventLog *log)
     : m_parts(std::make_unique<Parts>(options, world, log))
 {
@@ -36,18 +74,36 @@ ManagedMachine::ManagedMachine(const ManagerOptions &options, World *world, cons
 
 ManagedMachine::~ManagedMachine() = default;
 
-bool ManagedMachine::start(QString *error)
+bool ManagedMachine::start(const QString &root, QString *error)
 {
     Parts &parts = *m_parts;
-    if (!parts.client.start(error))
+    if (!parts.client.start(error) || !m_parts->protect(error))
         return false;
-    parts.interfaces = std::make_unique<ManagedInterfaces>(&parts.client, &parts.restoration, parts.world, parts.log);
+    parts.tellWhatIsMissing();
+    parts.restoration.setRoot(root);
+    QEventLoop loop; // nothing is published yet that could wait
+    bool isBack = false;
+    giveBack([&loop, &isBack] {
+        isBack = true;
+        loop.quit();
+    });
+    if (!isBack)
+        loop.exec();
+    const auto isThere = [&parts](const QString &name) { return parts.client.device(name) != nullptr; };
+    if (parts.options.only.isEmpty() || std::any_of(parts.options.only.begin(), parts.options.only.end(), isThere))
+        parts.interfaces =
+            std::make_unique<ManagedInterfaces>(&parts.client, &parts.restoration, parts.world, parts.log);
     if (parts.client.radio()) {
         parts.radio = std::make_unique<ManagedRadio>(&parts.client, &parts.restoration, parts.world, parts.log,
                                                      parts.options.remember);
         parts.hotspot = std::make_unique<ManagedHotspot>(&parts.client, &parts.restoration, parts.world, parts.log);
     }
     return true;
+}
+
+void ManagedMachine::giveBack(const std::function<void()> &done)
+{
+    m_parts->restoration.giveBack(done);
 }
 
 InterfaceControl *ManagedMachine::interfaces() const

@@ -4,6 +4,7 @@
 
 #include "manageroptions.h"
 
+#include <functional>
 #include <memory>
 
 namespace morvek {
@@ -22,13 +23,18 @@ public:
     ManagedMachine(const ManagerOptions &options, World *world, const EventLog *log);
     ~ManagedMachine();
 
-    /*! Fills the world, and follows the manager from then on. False, with the reason, when there is none to follow. */
-    bool start(QString *error);
+    /*!
+     * Gives back what a run below \a root has changed that was killed, fills the world, and follows the manager from
+     * then on. False, with the reason, when there is none to follow.
+     */
+    bool start(const QString &root, QString *error);
+    /*! Gives back what this one has changed; \a done is called when that is so, or cannot be within some seconds. */
+    void giveBack(const std::function<void()> &done);
 
     // From then on:
-    InterfaceControl *interfaces() const;
-    RadioControl *radio() const;     //!< null when the machine has none
-    HotspotControl *hotspot() const; //!< null when no radio of the machine can be one
+    InterfaceControl *interfaces() const; //!< null when there is none of those that are to be shown
+    RadioControl *radio() const;          //!< null when the machine has none
+    HotspotControl *hotspot() const;      //!< null when no radio of the machine can be one
 
 private:
     Q_DISABLE_COPY(ManagedMachine)

@@ -189,6 +189,12 @@ QString ManagerClient::nameOf(NMDevice *device)
     return QString::fromUtf8(name ? name : nm_device_get_iface(device));
 }
 
+QString ManagerClient::profileOf(NMDevice *device)
+{
+    NMActiveConnection *active = nm_device_get_active_connection(device);
+    return active ? QString::fromUtf8(nm_active_connection_get_uuid(active)) : QString();
+}
+
 bool ManagerClient::isShown(NMDevice *device) const
 {
     const QString name = nameOf(device);

@@ -59,6 +59,8 @@ public:
 
     /*! The name that the kernel gives to what addresses of \a device are on. */
     static QString nameOf(NMDevice *device);
+    /*! The profile of the active connection of \a device; empty when there is none. */
+    static QString profileOf(NMDevice *device);
 
 Q_SIGNALS:
     /*! Something has become different: a device or its settings, addresses or connection. Once for what comes at once.

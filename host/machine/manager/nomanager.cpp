@@ -12,10 +12,15 @@ ManagedMachine::ManagedMachine(const ManagerOptions &, World *, const EventLog *
 
 ManagedMachine::~ManagedMachine() = default;
 
-bool ManagedMachine::start(QString *error)
+bool ManagedMachine::start(const QString &, QString *error)
 {
     *error = QStringLiteral("--network manager is not part of this build, which was made without libnm");
     return false;
+}
+
+void ManagedMachine::giveBack(const std::function<void()> &done)
+{
+    done();
 }
 
 InterfaceControl *ManagedMachine::interfaces() const

@@ -2,10 +2,14 @@
 #include "restoration.h"
 
 #include "appliedsettings.h"
+#include "devicerestoration.h"
 #include "eventlog.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
+
+#include <chrono>
+#include <utility>
 
 namespace morvek {
 
@@ -14,12 +18,8 @@ namespace {
 // No object's name begins with a dot.
 const char FileName[] = "/.morvek-hostd-session.json";
 
-/*! The profile of the active connection of \a device; empty when there is none. */
-QString profileOf(NMDevice *device)
-{
-    NMActiveConnection *active = nm_device_get_active_connection(device);
-    return active ? QString::fromUtf8(nm_active_connection_get_uuid(active)) : QString();
-}
+// A DHCP server answers within a second or so; a manager that is busy, or a radio, takes some.
+constexpr std::chrono::seconds Limit {10};
 
 } // namespace
 
@@ -33,6 +33,17 @@ Restoration::Restoration(ManagerClient *client, bool remember, const EventLog *l
             [this](NMDevice *device, NMDeviceState now, NMDeviceState, NMDeviceStateReason reason) {
                 onStateChanged(device, now, reason);
             });
+    connect(client, &ManagerClient::runningChanged, this, [this](bool running) {
+        if (running)
+            m_again = m_notes.devices.keys();
+    });
+    connect(client, &ManagerClient::changed, this, &Restoration::takeUpAgain);
+    m_limit.setSingleShot(true);
+    m_limit.setInterval(Limit);
+    connect(&m_limit, &QTimer::timeout, this, [this] {
+        m_log->trouble(QStringLiteral("not everything is as it was yet: the next start goes on"));
+        end();
+    });
 }
 
 Restoration::~Restoration() = default;
@@ -40,21 +51,26 @@ Restoration::~Restoration() = default;
 void Restoration::setRoot(const QString &root)
 {
     m_file = PrivateFile(QFile::encodeName(root) + FileName);
+    QString error;
+    m_notes = SessionNotes::fromJson(QJsonDocument::fromJson(m_file.read(&error)).object());
+    if (!error.isEmpty())
+        m_log->trouble(
+            QStringLiteral("how the machine was before cannot be read from \"%1\": %2").arg(m_file.path(), error));
 }
 
 void Restoration::reapplies(NMDevice *device, NMConnection *present, NMConnection *next)
 {
     if (m_remembers)
         return;
-    m_notes.devices[ManagerClient::nameOf(device)].reapplies(profileOf(device), AppliedSettings::ipv4Of(present),
-                                                             AppliedSettings::ipv4Of(next));
+    m_notes.devices[ManagerClient::nameOf(device)].reapplies(
+        ManagerClient::profileOf(device), AppliedSettings::ipv4Of(present), AppliedSettings::ipv4Of(next));
     keep();
 }
 
 void Restoration::activates(NMDevice *device, const QString &uuid)
 {
     DeviceNotes &notes = m_notes.devices[ManagerClient::nameOf(device)];
-    notes.connects(profileOf(device), uuid);
+    notes.connects(ManagerClient::profileOf(device), uuid);
     // The manager lets it connect by itself again if only "disconnect" has forbidden it.
     if (!notes.autoconnect)
         Changed<bool>::note(&notes.autoconnect, nm_device_get_autoconnect(device), true);
@@ -66,7 +82,7 @@ void Restoration::disconnects(NMDevice *device)
     if (m_remembers)
         return;
     DeviceNotes &notes = m_notes.devices[ManagerClient::nameOf(device)];
-    notes.connects(profileOf(device), QString());
+    notes.connects(ManagerClient::profileOf(device), QString());
     // The manager switches it off then.
     Changed<bool>::note(&notes.autoconnect, nm_device_get_autoconnect(device), false);
     keep();
@@ -90,18 +106,129 @@ void Restoration::setPower(bool on, const ManagerClient::ErrorCall &answer)
         const QVector<NMDevice *> devices = m_client->devices();
         for (NMDevice *device : devices) {
             if (NM_IS_DEVICE_WIFI(device) && !on)
-                m_notes.devices[ManagerClient::nameOf(device)].connects(profileOf(device), QString());
+                m_notes.devices[ManagerClient::nameOf(device)].connects(ManagerClient::profileOf(device), QString());
         }
         keep();
     }
     m_client->setPower(on, this, answer);
 }
 
-void Restoration::giveConnectionBack(NMDevice *) { }
+void Restoration::giveConnectionBack(NMDevice *device)
+{
+    const QString interface = ManagerClient::nameOf(device);
+    DeviceNotes noted = m_notes.devices.value(interface);
+    noted.ipv4.reset();
+    auto *restoration = new DeviceRestoration(m_client, interface, noted, m_log, this);
+    connect(restoration, &DeviceRestoration::finished, this, [this, restoration, interface, noted] {
+        restoration->deleteLater();
+        const auto notes = m_notes.devices.find(interface);
+        // Something else may be wanted by now.
+        if (notes == m_notes.devices.end() || notes->ours != noted.ours)
+            return;
+        notes->connection.reset();
+        notes->autoconnect.reset();
+        keep();
+    });
+    restoration->start();
+}
 
 void Restoration::giveBack(const std::function<void()> &done)
 {
-    done();
+    m_done = done;
+    if (m_notes.isEmpty() || !m_client->isRunning()) {
+        end();
+        return;
+    }
+    m_limit.start();
+    // The radio first when it is to be on, and last when it is to be off: it is needed for the rest.
+    if (m_notes.power && m_notes.power->former)
+        givePowerBack([this] { giveDevicesBack(); });
+    else
+        giveDevicesBack();
+}
+
+void Restoration::giveDevicesBack()
+{
+    m_open = m_notes.devices.size();
+    for (auto it = m_notes.devices.begin(); it != m_notes.devices.end(); ++it) {
+        auto *restoration = new DeviceRestoration(m_client, it.key(), *it, m_log, this);
+        if (m_notes.power && m_notes.power->former)
+            restoration->waitForRadio();
+        connect(restoration, &DeviceRestoration::finished, this, [this, restoration] {
+            restoration->deleteLater();
+            if (--m_open == 0)
+                giveLastBack();
+        });
+        restoration->start();
+    }
+    if (m_open == 0)
+        giveLastBack();
+}
+
+void Restoration::giveLastBack()
+{
+    if (m_notes.power && !m_notes.power->former)
+        givePowerBack([this] { forget(); });
+    else
+        forget();
+}
+
+void Restoration::givePowerBack(const std::function<void()> &done)
+{
+    if (bool(nm_client_wireless_get_enabled(m_client->get())) != m_notes.power->ours) {
+        done(); // somebody else has switched it
+        return;
+    }
+    m_client->setPower(m_notes.power->former, this, [this, done](const GError *error) {
+        if (error)
+            m_log->trouble(QString::fromUtf8(error->message));
+        done();
+    });
+}
+
+void Restoration::forget()
+{
+    m_notes = SessionNotes();
+    keep();
+    end();
+}
+
+void Restoration::end()
+{
+    m_limit.stop();
+    const auto left = findChildren<DeviceRestoration *>();
+    for (DeviceRestoration *restoration : left) {
+        restoration->disconnect(this);
+        restoration->deleteLater();
+    }
+    if (const auto done = std::exchange(m_done, nullptr))
+        done();
+}
+
+/*! A manager that was started again has applied profiles' own settings; what applications have asked for still counts.
+ */
+void Restoration::takeUpAgain()
+{
+    const QStringList interfaces = m_done ? QStringList() : m_again;
+    for (const QString &interface : interfaces) {
+        NMDevice *device = m_client->device(interface);
+        const DeviceNotes notes = m_notes.devices.value(interface);
+        if (!notes.ipv4)
+            m_again.removeAll(interface);
+        if (!notes.ipv4 || !device || nm_device_get_state(device) != NM_DEVICE_STATE_ACTIVATED)
+            continue;
+        m_again.removeAll(interface);
+        if (ManagerClient::profileOf(device) != notes.reapplied)
+            continue;
+        AppliedSettings::read(device, this, [this, interface, notes](const QByteArray &applied, const GError *) {
+            NMDevice *present = m_client->device(interface);
+            if (present && applied == notes.ipv4->former)
+                AppliedSettings::replace(present, notes.ipv4->ours, this, [this](const GError *error) {
+                    if (error)
+                        m_log->trouble(QString::fromUtf8(error->message));
+                });
+        });
+    }
 }
 
 /*! When a connection of ours is ended by somebody else, that is to stay so. */

@@ -7,6 +7,7 @@
 #include "sessionnotes.h"
 
 #include <QtCore/QObject>
+#include <QtCore/QTimer>
 
 #include <functional>
 
@@ -55,6 +56,12 @@ public:
 private:
     Q_DISABLE_COPY(Restoration)
 
+    void giveDevicesBack();
+    void giveLastBack();
+    void givePowerBack(const std::function<void()> &done);
+    void forget();
+    void end();
+    void takeUpAgain();
     void keep();
     void onStateChanged(NMDevice *device, NMDeviceState now, NMDeviceStateReason reason);
 
@@ -63,6 +70,10 @@ private:
     const EventLog *m_log;
     PrivateFile m_file;
     SessionNotes m_notes;
+    QStringList m_again;          // interfaces whose settings the manager has forgotten
+    std::function<void()> m_done; // while everything is being given back
+    int m_open = 0;               // devices that are not yet
+    QTimer m_limit;
 };
 
 } // namespace morvek

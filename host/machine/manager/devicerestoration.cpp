@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "devicerestoration.h"
+
+#include "appliedsettings.h"
+#include "eventlog.h"
+
+#include <algorithm>
+
+namespace morvek {
+
+namespace {
+
+QStringList addressesOf(NMDevice *device)
+{
+    QStringList addresses;
+    NMIPConfig *config = nm_device_get_ip4_config(device);
+    const GPtrArray *all = config ? nm_ip_config_get_addresses(config) : nullptr;
+    for (guint i = 0; all && i < all->len; ++i)
+        addresses += QString::fromLatin1(nm_ip_address_get_address(static_cast<NMIPAddress *>(all->pdata[i])));
+    return addresses;
+}
+
+} // namespace
+
+DeviceRestoration::DeviceRestoration(ManagerClient *client, const QString &interface, const DeviceNotes &notes,
+                                     const EventLog *log, QObject *parent)
+    : QObject(parent),
+      m_client(client),
+      m_interface(interface),
+      m_notes(notes),
+      m_log(log)
+{
+}
+
+DeviceRestoration::~DeviceRestoration() = default;
+
+void DeviceRestoration::start()
+{
+    connect(m_client, &ManagerClient::changed, this, &DeviceRestoration::goOn);
+    QMetaObject::invokeMethod(this, &DeviceRestoration::goOn, Qt::QueuedConnection);
+}
+
+/*! As far as it goes now; the rest when something has changed. */
+void DeviceRestoration::goOn()
+{
+    if (m_isAsking)
+        return;
+    // One that is gone takes with it what was changed.
+    NMDevice *device = m_client->device(m_interface);
+    const auto isDone = [this, device](auto *noted, Progress (DeviceRestoration::*step)(NMDevice *)) {
+        if (!*noted)
+            return true;
+        if (!m_hasFailed && (this->*step)(device) == Progress::Waits)
+            return false;
+        noted->reset();
+        m_hasAsked = m_hasFailed = false;
+        return true;
+    };
+    if (device
+        && !(isDone(&m_notes.connection, &DeviceRestoration::giveConnectionBack)
+             && isDone(&m_notes.ipv4, &DeviceRestoration::giveSettingsBack)
+             && isDone(&m_notes.autoconnect, &DeviceRestoration::giveAutoconnectBack)))
+        return;
+    m_client->disconnect(this);
+    Q_EMIT finished();
+}
+
+void DeviceRestoration::ask()
+{
+    m_isAsking = true;
+    m_hasAsked = true;
+}
+
+void DeviceRestoration::answered(const GError *error)
+{
+    m_isAsking = false;
+    m_hasFailed = error != nullptr;
+    if (error)
+        m_log->trouble(
+            QStringLiteral("\"%1\" is not as it was: %2").arg(m_interface, QString::fromUtf8(error->message)));
+    goOn();
+}
+
+DeviceRestoration::Progress DeviceRestoration::giveConnectionBack(NMDevice *device)
+{
+    if (m_active)
+        return nm_active_connection_get_state(m_active.get()) == NM_ACTIVE_CONNECTION_STATE_ACTIVATING ? Progress::Waits
+                                                                                                       : Progress::Done;
+    const QString present = ManagerClient::profileOf(device);
+    if (!m_notes.isOurs(present) || present == *m_notes.connection) {
+        m_active = refTo(nm_device_get_active_connection(device));
+        return m_active ? giveConnectionBack(device) : Progress::Done;
+    }
+    NMRemoteConnection *former =
+        nm_client_get_connection_by_uuid(m_client->get(), m_notes.connection->toUtf8().constData());
+    const bool mayActivate = nm_device_get_state(device) >= NM_DEVICE_STATE_DISCONNECTED;
+    if (former && !mayActivate && m_waitsForRadio)
+        return Progress::Waits;
+    if (m_hasAsked) // the answer is that it cannot be, or what has ended goes in a moment
+        return former || present.isEmpty() ? Progress::Done : Progress::Waits;
+    if (former && mayActivate) {
+        activate(device, former);
+        return Progress::Waits;
+    }
+    if (present.isEmpty())
+        return Progress::Done;
+    deactivate(device);
+    return Progress::Waits;
+}
+
+void DeviceRestoration::activate(NMDevice *device, NMRemoteConnection *profile)
+{
+    ask();
+    const auto ended = [this](GObject *source, GAsyncResult *result) {
+        GErrorKeeper error;
+        m_active.reset(nm_client_activate_connection_finish(NM_CLIENT(source), result, &error));
+        answered(error.get());
+    };
+    nm_client_activate_connection_async(m_client->get(), NM_CONNECTION(profile), device, nullptr, nullptr,
+                                        AsyncCall::ready, AsyncCall::make(this, ended));
+}
+
+void DeviceRestoration::deactivate(NMDevice *device)
+{
+    ask();
+    const auto ended = [this](GObject *source, GAsyncResult *result) {
+        GErrorKeeper error;
+        nm_client_deactivate_connection_finish(NM_CLIENT(source), result, &error);
+        answered(error.get());
+    };
+    nm_client_deactivate_connection_async(m_client->get(), nm_device_get_active_connection(device), nullptr,
+                                          AsyncCall::ready, AsyncCall::make(this, ended));
+}
+
+DeviceRestoration::Progress DeviceRestoration::giveSettingsBack(NMDevice *device)
+{
+    if (ManagerClient::profileOf(device) != m_notes.reapplied)
+        return Progress::Done;
+    if (!m_hasAsked) {
+        ask();
+        AppliedSettings::read(device, this, [this](const QByteArray &applied, const GError *error) {
+            if (error)
+                answered(error);
+            else
+                replaceSettings(applied);
+        });
+        return Progress::Waits;
+    }
+    // Addresses come a moment later, and those of before go.
+    const QStringList present = addressesOf(device);
+    const QStringList ours = AppliedSettings::addressesOf(m_notes.ipv4->ours);
+    const QStringList former = AppliedSettings::addressesOf(m_notes.ipv4->former);
+    const bool isGone = std::all_of(ours.begin(), ours.end(), [&present, &former](const QString &address) {
+        return former.contains(address) || !present.contains(address);
+    });
+    return isGone && (!present.isEmpty() || !AppliedSettings::givesAddresses(m_notes.ipv4->former)) ? Progress::Done
+                                                                                                    : Progress::Waits;
+}
+
+/*!
+ * A manager that was started again has applied the profile's own settings, and leaves addresses of ours beside them:
+ * they go when it gets to know them once more.
+ */
+void DeviceRestoration::replaceSettings(const QByteArray &applied)
+{
+    NMDevice *device = m_client->device(m_interface);
+    const auto giveFormer = [this](const GError *error) {
+        NMDevice *present = m_client->device(m_interface);
+        if (error || !present)
+            answered(error);
+        else
+            AppliedSettings::replace(present, m_notes.ipv4->former, this, [this](const GError *why) { answered(why); });
+    };
+    const QStringList present = device ? addressesOf(device) : QStringList();
+    const QStringList ours = AppliedSettings::addressesOf(m_notes.ipv4->ours);
+    const bool hasOurs =
+        std::any_of(ours.begin(), ours.end(), [&present](const QString &address) { return present.contains(address); });
+    if (applied == m_notes.ipv4->ours) {
+        giveFormer(nullptr);
+    } else if (applied == m_notes.ipv4->former && hasOurs) {
+        AppliedSettings::replace(device, m_notes.ipv4->ours, this, giveFormer);
+    } else {
+        m_notes.ipv4.reset(); // somebody else has applied them
+        m_hasAsked = false;
+        answered(nullptr);
+    }
+}
+
+DeviceRestoration::Progress DeviceRestoration::giveAutoconnectBack(NMDevice *device)
+{
+    if (m_hasAsked || bool(nm_device_get_autoconnect(device)) != m_notes.autoconnect->ours)
+        return Progress::Done;
+    ask();
+    m_client->setAutoconnect(device, m_notes.autoconnect->former, this,
+                             [this](const GError *error) { answered(error); });
+    return Progress::Waits;
+}
+
+} // namespace morvek
