@@ -11,6 +11,7 @@
 #include <QtCore/QEventLoop>
 
 #include <algorithm>
+#include <utility>
 
 namespace morvek {
 
@@ -26,13 +27,16 @@ struct ManagedMachine::Parts
     }
 
     bool protect(QString *error);
-    void tellWhatIsMissing() const;
+    void tellWhatIsMissing();
+    void tellPermission();
 
     const ManagerOptions options;
     World *const world;
     const EventLog *const log;
     ManagerClient client;
     Restoration restoration;
+    SignalConnection permission {};
+    bool hasToldPermission = false;
     std::unique_ptr<ManagedInterfaces> interfaces {};
     std::unique_ptr<ManagedRadio> radio {};
     std::unique_ptr<ManagedHotspot> hotspot {};
@@ -47,24 +51,32 @@ bool ManagedMachine::Parts::protect(QString *error)
         return false;
     client.protect(names);
     if (!names.isEmpty())
-        log->trouble(QStringLiteral("not touched without --force, as your remote session comes by it: ")
-                     + names.join(QLatin1String(", ")));
+        log->trouble(QStringLiteral("your remote session is carried by %1, which is not touched without --force")
+                         .arg(names.join(QLatin1String(", "))));
     return true;
 }
 
-void ManagedMachine::Parts::tellWhatIsMissing() const
+void ManagedMachine::Parts::tellWhatIsMissing()
 {
     for (const QString &name : options.only) {
         if (!client.device(name))
-            log->trouble(
-                QStringLiteral("--only: no interface \"%1\" here, as long as the manager knows none").arg(name));
+            log->trouble(QStringLiteral("--only: the manager knows no interface \"%1\"").arg(name));
     }
     if (!client.radio())
-        log->trouble(QStringLiteral("no radio here: neither Wi-Fi nor a hotspot is served"));
+        log->trouble(QStringLiteral("no radio: neither Wi-Fi nor a hotspot is served"));
+    tellPermission();
+    permission = SignalConnection::make<guint, guint>(client.get(), "permission-changed",
+                                                      [this](guint, guint) { tellPermission(); });
+}
+
+/*! The manager says it some time after everything else. */
+void ManagedMachine::Parts::tellPermission()
+{
     const NMClientPermissionResult may =
         nm_client_get_permission_result(client.get(), NM_CLIENT_PERMISSION_NETWORK_CONTROL);
-    if (may == NM_CLIENT_PERMISSION_RESULT_NO || may == NM_CLIENT_PERMISSION_RESULT_AUTH)
-        log->trouble(QStringLiteral("you may not change networks here, the manager says: requests will be refused"));
+    const bool isRefused = may == NM_CLIENT_PERMISSION_RESULT_NO || may == NM_CLIENT_PERMISSION_RESULT_AUTH;
+    if (isRefused && !std::exchange(hasToldPermission, true))
+        log->trouble(QStringLiteral("the manager does not let you change networks: requests will be refused"));
 }
 
 ManagedMachine::ManagedMachine(const ManagerOptions &options, World *world, const EventLog *log)
