@@ -182,6 +182,7 @@ HostdExitCode Hostd::start(QString *error)
 
 void Hostd::end(HostdExitCode code)
 {
+    m_isAskedToEnd = true;
     if (std::exchange(m_isEnding, true) || !m_looks.isActive())
         QCoreApplication::exit(static_cast<int>(code));
     else

@@ -54,7 +54,7 @@ public:
      * or before start() has returned.
      */
     void end(HostdExitCode code);
-    bool isEnding() const { return m_isEnding; }
+    bool isAskedToEnd() const { return m_isAskedToEnd; }
 
 private:
     Q_DISABLE_COPY(Hostd)
@@ -99,6 +99,7 @@ private:
     bool m_isTroubled = false; // and has said so
     bool m_hasNoStage = false; // likewise
     bool m_isEnding = false;
+    bool m_isAskedToEnd = false;
 };
 
 } // namespace morvek

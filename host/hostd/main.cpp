@@ -89,10 +89,10 @@ int run(const HostdOptions &options, Scenario scenario, Recording recording)
     QString error;
     const HostdExitCode code = hostd.start(&error);
     wipeStack();
+    if (hostd.isAskedToEnd())
+        return static_cast<int>(HostdExitCode::Success);
     if (code != HostdExitCode::Success)
         return fail(code, error, options);
-    if (hostd.isEnding())
-        return static_cast<int>(code);
     print(QStringLiteral("ready: %1\n").arg(hostd.root()));
     Supervisor::tell(Supervisor::Ready);
     return QCoreApplication::exec();

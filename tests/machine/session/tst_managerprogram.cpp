@@ -67,8 +67,6 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanup();
-    void noManager();
-    void oldManager();
     void noSuchInterface();
     void noRadio();
     void noPermission();
@@ -101,24 +99,6 @@ void ManagerProgramTest::init()
 void ManagerProgramTest::cleanup()
 {
     m_manager.reset();
-}
-
-void ManagerProgramTest::noManager()
-{
-    const HostdProcess::Ended ended = HostdProcess::run(Managed, root());
-    QCOMPARE(ended.errors, QByteArray("morvek-hostd: no network manager runs on this machine\n"));
-    QCOMPARE(ended.code, 8);
-}
-
-void ManagerProgramTest::oldManager()
-{
-    m_manager = std::make_unique<FakeManager>(QStringLiteral("1.18.9"));
-    QVERIFY(m_manager->start());
-    const HostdProcess::Ended ended = HostdProcess::run(Managed, root());
-    QCOMPARE(ended.errors,
-             QByteArray("morvek-hostd: the network manager has version 1.18.9, and 1.20 is the first that can do what "
-                        "is asked of it\n"));
-    QCOMPARE(ended.code, 8);
 }
 
 /*! One that is not there is told; it ends when none is. */
