@@ -175,7 +175,7 @@ void DeviceRestoration::replaceSettings(const QByteArray &applied)
     const QStringList ours = AppliedSettings::addressesOf(m_notes.ipv4->ours);
     const bool hasOurs =
         std::any_of(ours.begin(), ours.end(), [&present](const QString &address) { return present.contains(address); });
-    if (applied == m_notes.ipv4->ours) {
+    if (m_notes.isOurs(applied)) {
         giveFormer(nullptr);
     } else if (applied == m_notes.ipv4->former && hasOurs) {
         AppliedSettings::replace(device, m_notes.ipv4->ours, this, giveFormer);

@@ -193,6 +193,7 @@ void ManagedInterfaces::activate(const QString &name, NMDevice *device)
         else
             m_stations[name].isActivating = true;
     };
+    m_restoration->activates(device, QString::fromUtf8(nm_connection_get_uuid(NM_CONNECTION(profile))));
     nm_client_activate_connection_async(m_client->get(), NM_CONNECTION(profile), device, nullptr, nullptr,
                                         &AsyncCall::ready, AsyncCall::make(this, call));
 }

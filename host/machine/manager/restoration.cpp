@@ -33,11 +33,6 @@ Restoration::Restoration(ManagerClient *client, bool remember, const EventLog *l
             [this](NMDevice *device, NMDeviceState now, NMDeviceState, NMDeviceStateReason reason) {
                 onStateChanged(device, now, reason);
             });
-    connect(client, &ManagerClient::runningChanged, this, [this](bool running) {
-        if (running)
-            m_again = m_notes.devices.keys();
-    });
-    connect(client, &ManagerClient::changed, this, &Restoration::takeUpAgain);
     m_limit.setSingleShot(true);
     m_limit.setInterval(Limit);
     connect(&m_limit, &QTimer::timeout, this, [this] {
@@ -203,32 +198,6 @@ void Restoration::end()
     }
     if (const auto done = std::exchange(m_done, nullptr))
         done();
-}
-
-/*! A manager that was started again has applied profiles' own settings; what applications have asked for still counts.
- */
-void Restoration::takeUpAgain()
-{
-    const QStringList interfaces = m_done ? QStringList() : m_again;
-    for (const QString &interface : interfaces) {
-        NMDevice *device = m_client->device(interface);
-        const DeviceNotes notes = m_notes.devices.value(interface);
-        if (!notes.ipv4)
-            m_again.removeAll(interface);
-        if (!notes.ipv4 || !device || nm_device_get_state(device) != NM_DEVICE_STATE_ACTIVATED)
-            continue;
-        m_again.removeAll(interface);
-        if (ManagerClient::profileOf(device) != notes.reapplied)
-            continue;
-        AppliedSettings::read(device, this, [this, interface, notes](const QByteArray &applied, const GError *) {
-            NMDevice *present = m_client->device(interface);
-            if (present && applied == notes.ipv4->former)
-                AppliedSettings::replace(present, notes.ipv4->ours, this, [this](const GError *error) {
-                    if (error)
-                        m_log->trouble(QString::fromUtf8(error->message));
-                });
-        });
-    }
 }
 
 /*! When a connection of ours is ended by somebody else, that is to stay so. */

@@ -61,7 +61,6 @@ private:
     void givePowerBack(const std::function<void()> &done);
     void forget();
     void end();
-    void takeUpAgain();
     void keep();
     void onStateChanged(NMDevice *device, NMDeviceState now, NMDeviceStateReason reason);
 
@@ -70,7 +69,6 @@ private:
     const EventLog *m_log;
     PrivateFile m_file;
     SessionNotes m_notes;
-    QStringList m_again;          // interfaces whose settings the manager has forgotten
     std::function<void()> m_done; // while everything is being given back
     int m_open = 0;               // devices that are not yet
     QTimer m_limit;

@@ -9,6 +9,7 @@ namespace {
 
 const QString Former = QStringLiteral("former");
 const QString Ours = QStringLiteral("ours");
+const QString Earlier = QStringLiteral("earlier");
 const QString Connection = QStringLiteral("connection");
 const QString Ipv4 = QStringLiteral("ipv4");
 const QString Profile = QStringLiteral("profile");
@@ -38,7 +39,8 @@ QJsonObject toJson(const DeviceNotes &notes)
         json.insert(Ipv4,
                     QJsonObject {{Profile, notes.reapplied},
                                  {Former, QString::fromUtf8(notes.ipv4->former)},
-                                 {Ours, QString::fromUtf8(notes.ipv4->ours)}});
+                                 {Ours, QString::fromUtf8(notes.ipv4->ours)},
+                                 {Earlier, QString::fromUtf8(notes.earlier)}});
     if (notes.autoconnect)
         json.insert(Autoconnect, toJson(*notes.autoconnect));
     return json;
@@ -57,6 +59,7 @@ DeviceNotes deviceFrom(const QJsonObject &json)
     const QJsonObject ipv4 = json.value(Ipv4).toObject();
     if (!ipv4.isEmpty()) {
         notes.reapplied = ipv4.value(Profile).toString();
+        notes.earlier = ipv4.value(Earlier).toString().toUtf8();
         notes.ipv4 = {ipv4.value(Former).toString().toUtf8(), ipv4.value(Ours).toString().toUtf8()};
     }
     notes.autoconnect = switchFrom(json.value(Autoconnect).toObject());
@@ -91,7 +94,11 @@ void DeviceNotes::reapplies(const QString &present, const QByteArray &former, co
     if (reapplied != present)
         ipv4.reset();
     reapplied = present;
+    const bool wereOurs = isOurs(former);
+    if (wereOurs)
+        ipv4->ours = former;
     Changed<QByteArray>::note(&ipv4, former, next);
+    earlier = ipv4 && wereOurs ? former : QByteArray();
 }
 
 QJsonObject SessionNotes::toJson() const

@@ -35,6 +35,11 @@ struct DeviceNotes
     bool isOurs(const QString &present) const;
     /*! The profile \a present has the IPv4 settings \a former applied, and gets \a next. */
     void reapplies(const QString &present, const QByteArray &former, const QByteArray &next);
+    /*! Whether the IPv4 settings \a applied come from the session. */
+    bool isOurs(const QByteArray &applied) const
+    {
+        return ipv4 && !applied.isEmpty() && (applied == ipv4->ours || applied == earlier);
+    }
     bool isEmpty() const { return !connection && !ipv4 && !autoconnect; }
 
     std::optional<QString> connection; //!< the profile that was active; empty: none
@@ -43,6 +48,7 @@ struct DeviceNotes
 
     QString reapplied; //!< the profile that has not its own IPv4 settings
     std::optional<Changed<QByteArray>> ipv4;
+    QByteArray earlier; //!< our own ones before those: they stay when the manager refuses the others
 
     std::optional<Changed<bool>> autoconnect;
 };

@@ -33,6 +33,7 @@ private Q_SLOTS:
     void notesNewConnections();
     void leavesItsOwnConnections();
     void notesSettingsOfTheProfile();
+    void knowsItsSettings();
     void forgetsSettingsWithTheirConnection();
     void passesThroughAFile();
     void readsNonsense();
@@ -102,6 +103,24 @@ void SessionNotesTest::notesNewConnections()
     QCOMPARE(notes.ours, QStringList(Second));
 }
 
+/*! The manager may refuse the last ones: then those before are still applied. */
+void SessionNotesTest::knowsItsSettings()
+{
+    DeviceNotes notes;
+    QVERIFY(!notes.isOurs(QByteArray("automatic")));
+    notes.reapplies(House, "automatic", "none");
+    QVERIFY(notes.isOurs(QByteArray("none")));
+    QVERIFY(!notes.isOurs(QByteArray("automatic")));
+    QVERIFY(!notes.isOurs(QByteArray()));
+    notes.reapplies(House, "none", "refused");
+    QVERIFY(notes.isOurs(QByteArray("none")));
+    QVERIFY(notes.isOurs(QByteArray("refused")));
+    notes.reapplies(House, "none", "manual");
+    QCOMPARE(notes.ipv4->former, QByteArray("automatic"));
+    QVERIFY(notes.isOurs(QByteArray("manual")));
+    QVERIFY(!notes.isOurs(QByteArray("refused")));
+}
+
 /*! Settings of what goes with the session need not be given back. */
 void SessionNotesTest::leavesItsOwnConnections()
 {
@@ -144,7 +163,7 @@ void SessionNotesTest::passesThroughAFile()
     wired.reapplies(House, "{'method': <'auto'>}", "{'method': <'disabled'>}");
     notes.power = Changed<bool> {false, true};
     QCOMPARE(QJsonDocument(notes.toJson()).toJson(QJsonDocument::Compact),
-             QByteArray(R"({"devices":{"eth0":{"ipv4":{"former":"{'method': <'auto'>}",)"
+             QByteArray(R"({"devices":{"eth0":{"ipv4":{"earlier":"","former":"{'method': <'auto'>}",)"
                         R"("ours":"{'method': <'disabled'>}","profile":"house"}},)"
                         R"("wlan0":{"autoconnect":{"former":true,"ours":false},)"
                         R"("connection":{"former":"house","ours":["first of ours"]}}},)"
