@@ -18,10 +18,10 @@ struct Watched
     }
 
     bool isOpen() const { return success.isEmpty() && failure.isEmpty(); }
-    /*! "ok", "CODE MESSAGE", or "open" when it does not end. */
-    QString outcome()
+    /*! "ok", "CODE MESSAGE", or "open" when it does not end within \a patience. */
+    QString outcome(int patience = Patience)
     {
-        if (!QTest::qWaitFor([this] { return !isOpen(); }, Patience))
+        if (!QTest::qWaitFor([this] { return !isOpen(); }, patience))
             return QStringLiteral("open");
         if (!success.isEmpty())
             return QStringLiteral("ok");

@@ -37,21 +37,34 @@ inline qint64 statusOf(const QString &process, const QByteArray &field)
     return start == -1 ? 0 : status.mid(start + field.size() + 3).split('\n').first().toLongLong();
 }
 
+/*! The processes of this machine. */
+inline QStringList allProcesses()
+{
+    return QDir(QStringLiteral("/proc")).entryList({QStringLiteral("[1-9]*")}, QDir::Dirs);
+}
+
+/*! What others may read of a process. */
+inline QByteArray processText(const QString &process)
+{
+    QByteArray text;
+    for (const char *name : {"cmdline", "environ", "comm"}) {
+        QFile file(QStringLiteral("/proc/%1/%2").arg(process, QLatin1String(name)));
+        if (file.open(QIODevice::ReadOnly))
+            text += file.readAll() + '\n';
+    }
+    return text;
+}
+
 /*! What others may read of this process, of the daemon, and of what either has started. */
 inline QByteArray processList(qint64 daemon)
 {
     const QSet<qint64> family {QCoreApplication::applicationPid(), daemon};
     QByteArray list;
-    const QStringList processes = QDir(QStringLiteral("/proc")).entryList({QStringLiteral("[1-9]*")}, QDir::Dirs);
+    const QStringList processes = allProcesses();
     for (const QString &process : processes) {
         const qint64 parent = statusOf(process, "PPid");
-        if (!family.contains(process.toLongLong()) && (parent == 0 || !family.contains(parent)))
-            continue;
-        for (const char *name : {"cmdline", "environ", "comm"}) {
-            QFile file(QStringLiteral("/proc/%1/%2").arg(process, QLatin1String(name)));
-            if (file.open(QIODevice::ReadOnly))
-                list += file.readAll() + '\n';
-        }
+        if (family.contains(process.toLongLong()) || (parent != 0 && family.contains(parent)))
+            list += processText(process);
     }
     return list;
 }

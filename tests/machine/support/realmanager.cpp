@@ -20,7 +20,7 @@ hostname-mode=none
 auth-polkit=false
 [keyfile]
 path=%1/profiles
-unmanaged-devices=*,except:interface-name:vt*
+unmanaged-devices=*%2
 [connectivity]
 enabled=false
 )";
@@ -40,13 +40,16 @@ void end(ChildProcess *process)
 
 } // namespace
 
-RealManager::RealManager()
+RealManager::RealManager(const QStringList &interfaces)
 {
     if (folder().isEmpty())
         qFatal("run this by namespaces.sh: it changes networks");
     QDir(folder()).mkpath(QStringLiteral("profiles"));
     QDir(folder()).mkpath(QStringLiteral("empty"));
-    write(folder() + QStringLiteral("/manager.conf"), QString::fromLatin1(Configuration).arg(folder()));
+    QString managed;
+    for (const QString &interface : interfaces)
+        managed += QStringLiteral(",except:interface-name:") + interface;
+    write(folder() + QStringLiteral("/manager.conf"), QString::fromLatin1(Configuration).arg(folder(), managed));
     write(folder() + QStringLiteral("/intern.conf"), QString());
 }
 

@@ -8,17 +8,18 @@
 #include <memory>
 
 /*!
- * A real network manager on a bus of its own, and a DHCP server at the other ends of its interfaces vt0 and vt1, which
- * are those of namespaces.sh: a program with this fixture runs there and nowhere else. The server gives the addresses
- * 10.9.0.100 to 10.9.0.110 on vt0, and 10.9.1.100 to 10.9.1.110 on vt1, and itself as gateway.
+ * A real network manager on a bus of its own, and a DHCP server at the other ends of vt0 and vt1, which are those of
+ * namespaces.sh: a program with this fixture runs there, or in a guest of its own, and nowhere else. The server gives
+ * the addresses 10.9.0.100 to 10.9.0.110 on vt0, and 10.9.1.100 to 10.9.1.110 on vt1, and itself as gateway.
  *
- * The manager has no profiles, connects nothing by itself, keeps its files below folder(), and leaves interfaces alone
- * whose names do not begin with "vt".
+ * The manager has no profiles, connects nothing by itself, keeps its files below folder(), and leaves other interfaces
+ * alone.
  */
 class RealManager
 {
 public:
-    RealManager();
+    /*! With \a interfaces, which may end with a star. */
+    explicit RealManager(const QStringList &interfaces = {QStringLiteral("vt*")});
     ~RealManager();
 
     /*! Starts it, and waits until it knows its interfaces. */
