@@ -2,12 +2,13 @@
 # SPDX-License-Identifier: Apache-2.0
 # the daemons over a real manager among simulated radios, in an emulated guest
 #
-#     tests/machine/radio/run.sh BUILD [CASE]...
+#     tests/machine/radio/run.sh [CASE]...
 #
-# BUILD/radio keeps the guest's kernel, and what the last run has left: its console, results and logs.
+# The folder radio of the build keeps the guest's kernel, and what the last run has left: its console, results and logs.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../../.."
-BUILD=$(realpath "$1")
+PATH=$PATH:/usr/sbin:/sbin
+BUILD=$(realpath "${BUILD:-build}")
 export BUILD
 work=$BUILD/radio
 mkdir -p "$work"
@@ -18,7 +19,7 @@ skip() {
 }
 for program in NetworkManager apt-get busybox cpio dbus-daemon depmod dnsmasq hostapd ip iw nft nmcli \
     qemu-system-x86_64 wpa_supplicant; do
-    PATH=$PATH:/usr/sbin:/sbin command -v "$program" >/dev/null || skip "$program is not installed"
+    command -v "$program" >/dev/null || skip "$program is not installed"
 done
 programs=(tst_radiostation tst_radiohotspot)
 for program in "${programs[@]}"; do
@@ -33,13 +34,13 @@ if [[ ! -e $work/kernel/complete ]]; then
     (cd "$work" && [[ -n $image ]] && apt-get download "$image" && dpkg -x "$image"_*.deb kernel) >"$work/fetch.log" 2>&1 \
         || skip "the kernel of linux-image-amd64 cannot be fetched"
     rm -f "$work/$image"_*.deb
-    PATH=$PATH:/sbin depmod -b "$work/kernel" "$(ls "$work/kernel/lib/modules")"
+    depmod -b "$work/kernel" "$(ls "$work/kernel/lib/modules")"
     touch "$work/kernel/complete"
 fi
 
 code=0
 rm -rf "$work/results"
-tests/machine/radio/guest.sh "$work" "$work/kernel" tests/machine/radio/cases.sh "$BUILD" "${@:2}" \
+tests/machine/radio/guest.sh "$work" "$work/kernel" tests/machine/radio/cases.sh "$BUILD" "$@" \
     >"$work/output" 2>&1 || code=$?
 for program in "${programs[@]}"; do
     results=$work/results/$program.txt
