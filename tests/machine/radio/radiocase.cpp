@@ -87,7 +87,7 @@ QString RadioCase::join(const char *ssid, const char *passkey)
 
 void RadioCase::cleanup()
 {
-    QCOMPARE(m_traces, QByteArrayList());
+    QCOMPARE(m_traces.join(' '), QByteArray());
 }
 
 void RadioCase::leave()
