@@ -11,16 +11,20 @@
 
 // Where a secret could leave a trace.
 
-/*! The contents of every file below \a folder but those whose names begin with \a known, with their names. */
-inline QByteArray filesBelow(const QString &folder, const QString &known = QString())
+/*!
+ * The contents of every file below \a folder but those whose names begin with \a known and those in the folder
+ * \a passedBy, with their names.
+ */
+inline QByteArray filesBelow(const QString &folder, const QString &known = QString(),
+                             const QString &passedBy = QString())
 {
     QByteArray contents;
     QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         QFile file(it.next());
         contents += QFile::encodeName(file.fileName()) + '\n';
-        if ((known.isEmpty() || !it.fileName().startsWith(known)) && QFileInfo(file).isFile()
-            && file.open(QIODevice::ReadOnly))
+        if ((known.isEmpty() || !it.fileName().startsWith(known)) && it.fileInfo().path() != passedBy
+            && QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly))
             contents += file.readAll();
     }
     return contents;

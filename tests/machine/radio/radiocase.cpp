@@ -17,6 +17,8 @@ const QString Radio = QStringLiteral("wlan0");
 const char *const Written[] = {"/run", "/tmp", "/var/tmp", "/dev/shm", "/guest/written"};
 /*! How the names of the files begin that hold the passkeys of those around the unit. */
 const QString OwnFiles = QStringLiteral("own-");
+/*! Where the manager keeps profiles that are not for the disk, with their secrets. */
+const QString ManagersMemory = QStringLiteral("/run/NetworkManager/system-connections");
 
 bool holdsOneOf(const QByteArrayList &secrets, const QByteArray &text)
 {
@@ -85,8 +87,15 @@ QString RadioCase::join(const char *ssid, const char *passkey)
     return connect.outcome(0);
 }
 
+RadioCase::~RadioCase()
+{
+    m_supplicant.kill();
+    m_supplicant.waitForFinished();
+}
+
 void RadioCase::cleanup()
 {
+    QCOMPARE(shell("find /run/NetworkManager/system-connections -type f ! -perm 600"), QByteArray());
     QCOMPARE(m_traces.join(' '), QByteArray());
 }
 
@@ -130,7 +139,7 @@ QByteArrayList RadioCase::placesOf(const QByteArrayList &secrets)
             places += process.toLatin1();
     }
     for (const char *folder : Written) {
-        if (holdsOneOf(secrets, filesBelow(QLatin1String(folder), OwnFiles)))
+        if (holdsOneOf(secrets, filesBelow(QLatin1String(folder), OwnFiles, ManagersMemory)))
             places += folder;
     }
     return places;

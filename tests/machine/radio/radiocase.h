@@ -20,6 +20,10 @@ class RadioCase : public QObject
 {
     Q_OBJECT
 
+public:
+    RadioCase() = default;
+    ~RadioCase() override;
+
 protected Q_SLOTS:
     /*! No passkey has left a trace while a network was joined. */
     void cleanup();

@@ -262,6 +262,7 @@ void RadioStationTest::passkeysLeaveNoTrace()
     // The search does find what is there: what the manager writes on a disk, its log, and a process's arguments.
     for (const char *there : {"seen-bssids", "NetworkManager (version", "--intern-config=intern.conf"})
         QVERIFY2(!placesOf({there}).isEmpty(), there);
+    QCOMPARE(shell("ls /run/NetworkManager/system-connections"), QByteArray());
     QCOMPARE(placesOf({"passkey-of-wpa2", "passkey-of-mixed", "passkey-of-wpa3", "passkey-of-house", Unfitting}),
              QByteArrayList());
 }
