@@ -8,6 +8,8 @@
 #include <QtCore/QRegularExpression>
 #include <QtCore/QVector>
 
+#include <tuple>
+
 namespace morvek {
 
 namespace {
@@ -31,7 +33,10 @@ const auto PrivacyKey = QLatin1String("privacy");
 const auto BlockConnectionsKey = QLatin1String("block_conn");
 
 const auto Bridge = QLatin1String("bridge");
-const auto NoSecurity = QLatin1String("none");
+const QVector<QString> Securities {QStringLiteral("none"), QStringLiteral("wpa"), QStringLiteral("wpa2"),
+                                   QStringLiteral("wpa_mixed")}; // as HotspotProfile::Security has them
+const auto LowBand = QLatin1String("2.4");
+const auto HighBand = QLatin1String("5.0");
 
 constexpr int MostClients = 32;
 constexpr int LongestInactivity = 86400;
@@ -108,11 +113,10 @@ Refusal checkLanConfig(const QJsonObject &config)
 
 Refusal checkSecurity(const QJsonObject &lanProfile)
 {
-    const QString security = lanProfile.value(SecurityKey).toString();
-    if (security == NoSecurity)
+    const int security = Securities.indexOf(lanProfile.value(SecurityKey).toString());
+    if (security == HotspotProfile::None)
         return {};
-    static const QRegularExpression known(QStringLiteral("\\A(?:wpa|wpa2|wpa_mixed)\\z"));
-    if (!known.match(security).hasMatch())
+    if (security == -1)
         return bad(QStringLiteral("\"security_type\" must be none, wpa, wpa2 or wpa_mixed"));
     if (!WifiText::isPasskey(lanProfile.value(PassphraseKey).toString()))
         return bad(
@@ -167,7 +171,7 @@ Refusal HotspotProfile::checkLanProfile(const QJsonObject &lanProfile)
     if (ssid.isEmpty() || !WifiText::isSsid(ssid))
         return bad(QStringLiteral("\"ssid\" must have 1 to 32 bytes"));
     const QString band = read.value(BandKey).toString();
-    if (band != QLatin1String("2.4") && band != QLatin1String("5.0"))
+    if (band != LowBand && band != HighBand)
         return bad(QStringLiteral("\"mhs_band\" must be 2.4 or 5.0"));
     if (!isWhole(read.value(MaxClientsKey), 1, MostClients))
         return bad(QStringLiteral("\"max_num_sta\" must be a whole number from 1 to %1").arg(MostClients));
@@ -190,6 +194,18 @@ QJsonObject HotspotProfile::document(const QJsonObject &lanProfile)
     };
 }
 
+QJsonObject HotspotProfile::first(const QString &ssid, const QString &passphrase)
+{
+    return document({{Wire::Ssid, ssid},
+                     {PassphraseKey, passphrase},
+                     {BandKey, LowBand},
+                     {MaxClientsKey, 10},
+                     {SecurityKey, Securities[Wpa2]},
+                     {InactivityTimeKey, 600},
+                     {PrivacyKey, false},
+                     {BlockConnectionsKey, false}});
+}
+
 bool HotspotProfile::isSame(const QJsonObject &document, const QJsonObject &other)
 {
     const auto read = [](QJsonObject whole) {
@@ -199,6 +215,28 @@ bool HotspotProfile::isSame(const QJsonObject &document, const QJsonObject &othe
         return whole;
     };
     return read(document) == read(other);
+}
+
+bool HotspotProfile::Network::operator==(const Network &other) const
+{
+    const auto all = [](const Network &network) {
+        return std::tie(network.ssid, network.passphrase, network.security, network.in5GHz, network.isolated,
+                        network.address, network.netmask);
+    };
+    return all(*this) == all(other);
+}
+
+HotspotProfile::Network HotspotProfile::network(const QJsonObject &document)
+{
+    const QJsonObject lanProfile = document.value(LanProfileKey).toObject();
+    const QJsonObject config = document.value(LanConfigKey).toObject();
+    return {lanProfile.value(Wire::Ssid).toString(),
+            lanProfile.value(PassphraseKey).toString(),
+            Security(Securities.indexOf(lanProfile.value(SecurityKey).toString())),
+            lanProfile.value(BandKey).toString() == HighBand,
+            lanProfile.value(PrivacyKey).toBool(),
+            config.value(GatewayAddressKey).toString(),
+            config.value(GatewaySubnetKey).toString()};
 }
 
 QString HotspotProfile::summary(const QJsonObject &document)

@@ -25,8 +25,8 @@ enum class Part { More, Last, Changed, Failed };
 class Socket
 {
 public:
-    Socket()
-        : m_fd(socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE))
+    explicit Socket(int protocol)
+        : m_fd(socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, protocol))
     {
     }
     ~Socket()
@@ -41,14 +41,13 @@ private:
     int m_fd;
 };
 
-bool sendRequest(const Socket &socket, quint16 type, unsigned char family, int headerSize)
+bool sendRequest(const Socket &socket, quint16 type, const QByteArray &body)
 {
     nlmsghdr header = {};
-    header.nlmsg_len = quint32(NLMSG_LENGTH(headerSize));
+    header.nlmsg_len = quint32(NLMSG_LENGTH(body.size()));
     header.nlmsg_type = type;
     header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
-    QByteArray request(reinterpret_cast<const char *>(&header), NLMSG_HDRLEN);
-    request.append(char(family)).append(headerSize - 1, '\0');
+    const QByteArray request = QByteArray(reinterpret_cast<const char *>(&header), NLMSG_HDRLEN) + body;
     return send(socket.fd(), request.constData(), size_t(request.size()), 0) == request.size();
 }
 
@@ -72,10 +71,10 @@ Part split(const QByteArray &datagram, QVector<QByteArray> *bodies)
     return changed ? Part::Changed : Part::More;
 }
 
-Part readList(quint16 type, unsigned char family, int headerSize, QVector<QByteArray> *bodies)
+Part readList(int protocol, quint16 type, const QByteArray &request, QVector<QByteArray> *bodies)
 {
-    const Socket socket;
-    if (socket.fd() == -1 || !sendRequest(socket, type, family, headerSize))
+    const Socket socket(protocol);
+    if (socket.fd() == -1 || !sendRequest(socket, type, request))
         return Part::Failed;
     Part part = Part::More;
     while (part == Part::More) {
@@ -95,11 +94,16 @@ Part readList(quint16 type, unsigned char family, int headerSize, QVector<QByteA
 
 bool NetlinkDump::read(quint16 type, unsigned char family, int headerSize, QString *error, const Consumer &consumer)
 {
+    return read(NETLINK_ROUTE, type, QByteArray(1, char(family)).append(headerSize - 1, '\0'), error, consumer);
+}
+
+bool NetlinkDump::read(int protocol, quint16 type, const QByteArray &request, QString *error, const Consumer &consumer)
+{
     QVector<QByteArray> bodies;
     Part part = Part::Changed;
     for (int attempt = 0; attempt < MostAttempts && part == Part::Changed; ++attempt) {
         bodies.clear();
-        part = readList(type, family, headerSize, &bodies);
+        part = readList(protocol, type, request, &bodies);
     }
     if (part == Part::Failed) {
         *error = QStringLiteral("the kernel does not tell its network interfaces: %1")

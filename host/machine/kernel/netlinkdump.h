@@ -11,7 +11,7 @@
 
 namespace morvek {
 
-/*! One list of the kernel's, read over rtnetlink. */
+/*! One list of the kernel's, read over rtnetlink or another protocol of netlink. */
 namespace NetlinkDump {
 
 /*! Takes the body of one message, behind the netlink header. */
@@ -22,6 +22,9 @@ using Consumer = std::function<void(const QByteArray &body)>;
  * \a entries is filled when the whole list has come, and from one consistent state of the kernel.
  */
 bool read(quint16 type, unsigned char family, int headerSize, QString *error, const Consumer &consumer);
+
+/*! The same for a list of \a protocol; \a request is what follows the netlink header. */
+bool read(int protocol, quint16 type, const QByteArray &request, QString *error, const Consumer &consumer);
 
 /*! The attributes in \a bytes by their type. */
 QMap<int, QByteArray> attributes(const QByteArray &bytes);
