@@ -262,9 +262,13 @@ void Hostd::restoreHotspot()
     const QJsonObject profile = m_store.load(&error);
     if (!error.isEmpty())
         m_log.trouble(error);
-    if (profile.isEmpty())
+    if (profile.isEmpty()) {
+        // A machine's is made up, with a passphrase that has to be the same the next time.
+        if (m_machine && error.isEmpty() && !m_store.save(m_hotspotControl->profile(), &error))
+            m_log.trouble(QStringLiteral("cannot store the hotspot's profile: ") + error);
         return;
-    if (!HotspotProfile::isSame(profile, m_hotspotControl->profile()))
+    }
+    if (!m_machine && !HotspotProfile::isSame(profile, m_hotspotControl->profile()))
         m_log.trouble(QStringLiteral("the hotspot's profile is the one that is stored in \"%1\", not the scenario's: "
                                      "--fresh forgets it")
                           .arg(m_store.file()));

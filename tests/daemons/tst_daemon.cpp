@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "errorcapture.h"
 #include "eventlog.h"
 #include "faultplan.h"
 #include "lockholder.h"
@@ -12,7 +13,6 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
-#include <QtCore/QTemporaryFile>
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -118,35 +118,6 @@ struct Told
 
     ZopObject object;
     QStringList list;
-};
-
-/*! Standard error, while it lives, goes into a file. */
-class ErrorCapture
-{
-public:
-    ErrorCapture()
-        : m_former(dup(STDERR_FILENO))
-    {
-        m_file.open();
-        dup2(m_file.handle(), STDERR_FILENO);
-    }
-    ~ErrorCapture()
-    {
-        dup2(m_former, STDERR_FILENO);
-        close(m_former);
-    }
-
-    QByteArray text() const
-    {
-        QFile file(m_file.fileName());
-        file.open(QIODevice::ReadOnly);
-        return file.readAll();
-    }
-
-private:
-    Q_DISABLE_COPY(ErrorCapture)
-    QTemporaryFile m_file;
-    int m_former;
 };
 
 /*! A networking daemon that publishes "eth0", and what is told of it and of the status. */

@@ -2,6 +2,7 @@
 #include "managedmachine.h"
 
 #include "eventlog.h"
+#include "hotspotplace.h"
 #include "managedhotspot.h"
 #include "managedinterfaces.h"
 #include "managedradio.h"
@@ -108,8 +109,13 @@ bool ManagedMachine::start(const QString &root, QString *error)
     if (parts.client.radio()) {
         parts.radio = std::make_unique<ManagedRadio>(&parts.client, &parts.restoration, parts.world, parts.log,
                                                      parts.options.remember);
-        parts.hotspot = std::make_unique<ManagedHotspot>(&parts.client, &parts.restoration, parts.world, parts.log);
     }
+    if (HotspotPlace::exists(parts.client))
+        parts.hotspot =
+            std::make_unique<ManagedHotspot>(&parts.client, &parts.restoration, nullptr, parts.world, parts.log);
+    else if (parts.client.radio())
+        parts.log->trouble(
+            QStringLiteral("no radio of this machine can be an access point: the tethering daemon is not served"));
     return true;
 }
 

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef MORVEK_HOSTD_HOTSPOTINACTIVITY_H
+#define MORVEK_HOSTD_HOTSPOTINACTIVITY_H
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QObject>
+#include <QtCore/QTimer>
+
+namespace morvek {
+
+class EventLog;
+class HotspotStations;
+
+/*!
+ * Counts the time in which nobody has joined a hotspot that runs. Who has is known from the supplicant or, where that
+ * does not tell, from the addresses that the manager's DHCP server has leased. Where neither can be read, nothing is
+ * counted.
+ */
+class HotspotInactivity : public QObject
+{
+    Q_OBJECT
+
+public:
+    /*! \a leases is the folder of the DHCP server's files. \a log must outlive this. */
+    HotspotInactivity(const EventLog *log, const QString &leases, QObject *parent = nullptr);
+    ~HotspotInactivity() override;
+
+    /*! Counts anew, for a hotspot on \a interface, until \a milliseconds have passed; 0: for ever. */
+    void begin(const QString &interface, int milliseconds);
+    void end();
+
+Q_SIGNALS:
+    void expired();
+
+private:
+    Q_DISABLE_COPY(HotspotInactivity)
+
+    void onCounted(int stations);
+    void onUnreadable(const QString &reason);
+    void onTime();
+
+    const EventLog *m_log;
+    QString m_folder;
+    QString m_interface;
+    QTimer m_timer;
+    int m_time = 0;
+    QElapsedTimer m_unused; // since somebody had a lease
+    bool m_readsLeases = false;
+    bool m_hasSaid = false;                // that nothing is counted
+    HotspotStations *m_stations = nullptr; // while it counts
+};
+
+} // namespace morvek
+
+#endif

@@ -1,0 +1,746 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "errorcapture.h"
+#include "eventlog.h"
+#include "fakemanager.h"
+#include "hotspotprofile.h"
+#include "managedhotspot.h"
+#include "managerclient.h"
+#include "privatebus.h"
+#include "radioloan.h"
+#include "restoration.h"
+#include "world.h"
+
+#include <QtTest/QtTest>
+
+using namespace morvek;
+
+namespace {
+
+constexpr uint ModeAp = 3;
+
+QJsonObject lanProfile(const char *ssid, int inactivity = 0)
+{
+    return {{QStringLiteral("ssid"), QLatin1String(ssid)},
+            {QStringLiteral("passphrase"), QStringLiteral("drive safely 8")},
+            {QStringLiteral("mhs_band"), QStringLiteral("2.4")},
+            {QStringLiteral("max_num_sta"), 5},
+            {QStringLiteral("security_type"), QStringLiteral("wpa2")},
+            {QStringLiteral("autoshutdown_time"), inactivity},
+            {QStringLiteral("privacy"), false},
+            {QStringLiteral("block_conn"), false}};
+}
+
+QJsonObject profile(const char *ssid = "car", int inactivity = 0)
+{
+    return HotspotProfile::document(lanProfile(ssid, inactivity));
+}
+
+/*! How a request has ended. */
+struct Reply
+{
+    AnswerCall call()
+    {
+        return [this](const Answer &answer) {
+            ++count;
+            refusal = answer.refusal;
+        };
+    }
+    QString text() const { return QStringLiteral("%1 %2").arg(refusal.code).arg(refusal.text); }
+
+    int count = 0;
+    Refusal refusal;
+};
+
+class Loan : public RadioLoan
+{
+public:
+    void lend(const QString &interface) override { told += QStringLiteral("lent ") + interface; }
+    bool takeBack(const QString &interface) override
+    {
+        told += QStringLiteral("back ") + interface;
+        return joins;
+    }
+
+    QStringList told;
+    bool joins = false;
+};
+
+/*! The supplicant that tells how many have joined. */
+struct Supplicant : BusObjects
+{
+    Supplicant()
+        : BusObjects(QStringLiteral("fi.w1.wpa_supplicant1"), QStringLiteral("/fi/w1/wpa_supplicant1"))
+    {
+        add(path(), {{interface(), {{QStringLiteral("Stations"), QVariant::fromValue(BusPaths())}}}});
+        setAnswer(QStringLiteral("GetInterface"), [](const BusCall &call) -> BusAnswer {
+            if (call.text(0) != QLatin1String("wlan0"))
+                return {{}, QStringLiteral("fi.w1.wpa_supplicant1.InterfaceUnknown"), QStringLiteral("unknown")};
+            return {{QVariant::fromValue(QDBusObjectPath(path()))}, {}, {}};
+        });
+    }
+
+    static QString path() { return QStringLiteral("/fi/w1/wpa_supplicant1/Interfaces/0"); }
+    static QString interface() { return QStringLiteral("fi.w1.wpa_supplicant1.Interface"); }
+
+    void setStations(int count, const QString &signal)
+    {
+        BusPaths stations;
+        while (stations.size() < count)
+            stations += QDBusObjectPath(path() + QStringLiteral("/Stations/%1").arg(stations.size()));
+        change(path(), {{QStringLiteral("Stations"), QVariant::fromValue(stations)}});
+        emitSignal(path(), interface(), signal, {QStringLiteral("02:00:00:00:04:00")});
+    }
+};
+
+/*! A manager with one radio, what is tested, and what that has told. */
+struct Fixture
+{
+    explicit Fixture(const QVariantMap &radio = {}, const QString &version = QStringLiteral("1.42.4"))
+        : manager(version),
+          wifi(manager.addWifi(QStringLiteral("wlan0"), radio))
+    {
+    }
+
+    void begin()
+    {
+        QString error;
+        if (!manager.start() || !client.start(&error))
+            qFatal("no manager: %s", qPrintable(error));
+        restoration.setRoot(folder.path());
+        QObject::connect(&world, &World::statusChanged, [this](Service, const ZopChangeset &changes) {
+            states += changes.assignments.value(QStringLiteral("state")).toString();
+        });
+        hotspot = std::make_unique<ManagedHotspot>(&client, &restoration, &loan, &world, &log, nullptr, folder.path());
+        states.clear();
+    }
+
+    QString asked() const { return QStringLiteral("AddAndActivateConnection2"); }
+    /*! Waits for the manager to be asked \a count times in all, and for the hotspot to hear that it was. */
+    bool waitForAsked(int count = 1)
+    {
+        if (!manager.waitForCalls(asked(), count))
+            return false;
+        return QTest::qWaitFor([this] { return nm_client_get_active_connections(client.get())->len > 0; });
+    }
+    BusSettings settings(int call = 0) const { return manager.calls(asked()).at(call).settings(0); }
+    /*! What the manager does when the radio can be an access point. */
+    void comeUp()
+    {
+        manager.change(wifi, {{QStringLiteral("Mode"), ModeAp}});
+        manager.activate(wifi);
+    }
+    bool goUp(const QJsonObject &asked = profile(), int count = 1)
+    {
+        Reply reply;
+        hotspot->start(asked, reply.call());
+        if (!waitForAsked(count))
+            return false;
+        comeUp();
+        return QTest::qWaitFor([&reply] { return reply.count == 1; }) && !reply.refusal;
+    }
+
+    QTemporaryDir folder;
+    FakeManager manager;
+    QString wifi;
+    EventLog log {false};
+    World world;
+    Loan loan;
+    ManagerClient client {{}};
+    Restoration restoration {&client, false, &log};
+    std::unique_ptr<ManagedHotspot> hotspot;
+    QStringList states;
+};
+
+const QStringList Active {QStringLiteral("ACTIVE")};
+const QStringList Inactive {QStringLiteral("INACTIVE")};
+const QString Wireless = QStringLiteral("802-11-wireless");
+
+} // namespace
+
+class ManagedHotspotTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void startsInactiveWithAProfile();
+    void asksTheManager();
+    void answersWhenItIsUp();
+    void needsTheModeOfAnAccessPoint();
+    void aSecondStart();
+    void stops();
+    void stopsWhatDoesNotRun();
+    void stopOfAStart();
+    void startOfAStop();
+    void fails_data();
+    void fails();
+    void managerRefuses();
+    void cannotBeStopped();
+    void endsByItself();
+    void radioIsTakenAway();
+    void managerRestarts();
+    void managerEndsMeanwhile();
+    void newProfile();
+    void newProfileWhileStarting();
+    void newProfileOfTheSameNetwork();
+    void freeRadioFirst();
+    void radioThatCannot();
+    void radioIsOff();
+    void lendsTheRadio();
+    void radioIsUsedOtherwise();
+    void otherNetworkAndBand();
+    void oldManager();
+    void saysOnceWhatHasNoEffect();
+    void stopsWhenNobodyHasJoined();
+    void newProfileCountsAnew();
+    void leases();
+    void countsNothing();
+
+private:
+    std::unique_ptr<PrivateBus> m_bus;
+};
+
+void ManagedHotspotTest::initTestCase()
+{
+    m_bus = std::make_unique<PrivateBus>();
+    QVERIFY2(m_bus->errorString().isEmpty(), qPrintable(m_bus->errorString()));
+}
+
+void ManagedHotspotTest::startsInactiveWithAProfile()
+{
+    Fixture fixture;
+    fixture.begin();
+    QCOMPARE(fixture.world.status(Service::Tethering).value(QStringLiteral("state")), ZopVariant("INACTIVE", "text"));
+    QVERIFY(!HotspotProfile::check(fixture.hotspot->profile()));
+}
+
+void ManagedHotspotTest::asksTheManager()
+{
+    Fixture fixture;
+    fixture.manager.addAccessPoint(fixture.wifi, "Home", {{QStringLiteral("Frequency"), 2437U}});
+    fixture.begin();
+    Reply reply;
+    fixture.hotspot->start(profile(), reply.call());
+    QVERIFY(fixture.waitForAsked());
+    const BusCall call = fixture.manager.calls(fixture.asked()).first();
+    QCOMPARE(call.pathAt(1), fixture.wifi);
+    QCOMPARE(call.pathAt(2), QStringLiteral("/"));
+    QCOMPARE(call.map(3),
+             QVariantMap({{QStringLiteral("persist"), QStringLiteral("volatile")},
+                          {QStringLiteral("bind-activation"), QStringLiteral("dbus-client")}}));
+    const BusSettings settings = call.settings(0);
+    QCOMPARE(settings[Wireless][QStringLiteral("ssid")].toByteArray(), QByteArray("car"));
+    QCOMPARE(settings[Wireless][QStringLiteral("mode")].toString(), QStringLiteral("ap"));
+    QCOMPARE(settings[Wireless][QStringLiteral("band")].toString(), QStringLiteral("bg"));
+    QCOMPARE(settings[Wireless][QStringLiteral("channel")].toUInt(), 1U);
+    QCOMPARE(settings[QStringLiteral("802-11-wireless-security")][QStringLiteral("psk")].toString(),
+             QStringLiteral("drive safely 8"));
+    QCOMPARE(settings[QStringLiteral("connection")][QStringLiteral("interface-name")].toString(),
+             QStringLiteral("wlan0"));
+    QCOMPARE(settings[QStringLiteral("connection")][QStringLiteral("autoconnect")], QVariant(false));
+    QCOMPARE(settings[QStringLiteral("ipv4")][QStringLiteral("method")].toString(), QStringLiteral("shared"));
+}
+
+void ManagedHotspotTest::answersWhenItIsUp()
+{
+    Fixture fixture;
+    fixture.begin();
+    Reply reply;
+    fixture.hotspot->start(profile(), reply.call());
+    QVERIFY(fixture.waitForAsked());
+    fixture.manager.change(fixture.wifi, {{QStringLiteral("Mode"), ModeAp}});
+    fixture.manager.setState(fixture.wifi, 90);
+    QTRY_COMPARE(int(nm_device_get_state(fixture.client.device(QStringLiteral("wlan0")))), 90);
+    QCOMPARE(reply.count, 0);
+    QCOMPARE(fixture.states, QStringList());
+    fixture.manager.setState(fixture.wifi, 100);
+    QTRY_COMPARE(reply.count, 1);
+    QCOMPARE(reply.refusal.code, 0);
+    QCOMPARE(fixture.states, Active);
+}
+
+void ManagedHotspotTest::needsTheModeOfAnAccessPoint()
+{
+    Fixture fixture;
+    fixture.begin();
+    Reply reply;
+    fixture.hotspot->start(profile(), reply.call());
+    QVERIFY(fixture.waitForAsked());
+    fixture.manager.activate(fixture.wifi);
+    QTRY_COMPARE(int(nm_device_get_state(fixture.client.device(QStringLiteral("wlan0")))), 100);
+    QCOMPARE(reply.count, 0);
+    fixture.manager.change(fixture.wifi, {{QStringLiteral("Mode"), ModeAp}});
+    QTRY_COMPARE(reply.count, 1);
+    QCOMPARE(fixture.states, Active);
+}
+
+void ManagedHotspotTest::aSecondStart()
+{
+    Fixture fixture;
+    fixture.begin();
+    Reply first;
+    Reply second;
+    fixture.hotspot->start(profile(), first.call());
+    QVERIFY(fixture.waitForAsked());
+    fixture.hotspot->start(profile("another"), second.call());
+    fixture.comeUp();
+    QTRY_COMPARE(second.count, 1);
+    QCOMPARE(first.count, 1);
+    Reply third;
+    fixture.hotspot->start(profile("another"), third.call());
+    QCOMPARE(third.count, 1);
+    QCOMPARE(third.refusal.code, 0);
+    Reply stop;
+    fixture.hotspot->stop(stop.call());
+    QTRY_COMPARE(stop.count, 1); // comes after whatever the other starts would have asked for
+    QCOMPARE(fixture.manager.calls(fixture.asked()).size(), 1);
+    QCOMPARE(fixture.states, Active + Inactive);
+}
+
+void ManagedHotspotTest::stops()
+{
+    Fixture fixture;
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    fixture.manager.hold(QStringLiteral("DeactivateConnection"));
+    Reply reply;
+    fixture.hotspot->stop(reply.call());
+    QVERIFY(fixture.manager.waitForCalls(QStringLiteral("DeactivateConnection")));
+    QCOMPARE(reply.count, 0);
+    QCOMPARE(fixture.states, Active);
+    fixture.manager.release(QStringLiteral("DeactivateConnection"));
+    QTRY_COMPARE(reply.count, 1);
+    QCOMPARE(reply.refusal.code, 0);
+    QCOMPARE(fixture.states, Active + Inactive);
+    QVERIFY(fixture.goUp(profile(), 2));
+}
+
+void ManagedHotspotTest::stopsWhatDoesNotRun()
+{
+    Fixture fixture;
+    fixture.begin();
+    Reply reply;
+    fixture.hotspot->stop(reply.call());
+    QCOMPARE(reply.count, 1);
+    QCOMPARE(reply.refusal.code, 0);
+    QCOMPARE(fixture.states, QStringList());
+}
+
+void ManagedHotspotTest::stopOfAStart()
+{
+    Fixture fixture;
+    fixture.begin();
+    fixture.manager.hold(fixture.asked());
+    Reply start;
+    Reply stop;
+    fixture.hotspot->start(profile(), start.call());
+    QVERIFY(fixture.manager.waitForCalls(fixture.asked()));
+    fixture.hotspot->stop(stop.call());
+    QCOMPARE(start.text(), QStringLiteral("13 stopped before it was up"));
+    QCOMPARE(stop.count, 0);
+    fixture.manager.release(fixture.asked());
+    QTRY_COMPARE(stop.count, 1);
+    QCOMPARE(stop.refusal.code, 0);
+    QCOMPARE(start.count, 1);
+    QCOMPARE(fixture.manager.calls(QStringLiteral("DeactivateConnection")).size(), 1);
+    QCOMPARE(fixture.states, QStringList());
+}
+
+void ManagedHotspotTest::startOfAStop()
+{
+    Fixture fixture;
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    fixture.manager.hold(QStringLiteral("DeactivateConnection"));
+    Reply stop;
+    Reply start;
+    fixture.hotspot->stop(stop.call());
+    fixture.hotspot->start(profile("other"), start.call());
+    fixture.manager.release(QStringLiteral("DeactivateConnection"));
+    QVERIFY(fixture.waitForAsked(2));
+    QCOMPARE(stop.count, 1);
+    QCOMPARE(fixture.settings(1)[Wireless][QStringLiteral("ssid")].toByteArray(), QByteArray("other"));
+    fixture.comeUp();
+    QTRY_COMPARE(start.count, 1);
+    QCOMPARE(start.refusal.code, 0);
+    QCOMPARE(fixture.states, Active + Inactive + Active);
+}
+
+void ManagedHotspotTest::fails_data()
+{
+    QTest::addColumn<uint>("state");
+    QTest::addColumn<uint>("reason");
+    QTest::addColumn<QString>("expected");
+    QTest::addRow("supplicant") << 50U << 11U << "13 the network manager has ended it: supplicant timeout";
+    QTest::addRow("DHCP server") << 70U << 18U << "13 the network manager has ended it: shared start failed";
+    QTest::addRow("unknown to the library") << 70U << 99U << "13 the network manager has ended it: reason 99";
+}
+
+void ManagedHotspotTest::fails()
+{
+    QFETCH(uint, state);
+    QFETCH(uint, reason);
+    Fixture fixture;
+    fixture.begin();
+    ErrorCapture error;
+    Reply reply;
+    fixture.hotspot->start(profile(), reply.call());
+    QVERIFY(fixture.waitForAsked());
+    fixture.manager.setState(fixture.wifi, state);
+    fixture.manager.setState(fixture.wifi, 120, reason);
+    fixture.manager.setState(fixture.wifi, 30, 0);
+    QTRY_COMPARE(reply.count, 1);
+    QTEST(reply.text(), "expected");
+    QCOMPARE(fixture.states, QStringList());
+    const QByteArray line = "morvek-hostd: the hotspot does not start: " + reply.refusal.text.toUtf8() + '\n';
+    QVERIFY2(error.text().contains(line), error.text().constData());
+    QVERIFY(fixture.goUp(profile(), 2));
+}
+
+void ManagedHotspotTest::managerRefuses()
+{
+    Fixture fixture;
+    fixture.begin();
+    fixture.manager.refuse(fixture.asked(), QStringLiteral("org.freedesktop.NetworkManager.PermissionDenied"),
+                           QStringLiteral("Not authorized to share"));
+    Reply reply;
+    fixture.hotspot->start(profile(), reply.call());
+    QTRY_COMPARE(reply.count, 1);
+    QCOMPARE(reply.text(), QStringLiteral("9 Not authorized to share"));
+    QCOMPARE(fixture.loan.told, QStringList({QStringLiteral("lent wlan0"), QStringLiteral("back wlan0")}));
+    fixture.manager.allow(fixture.asked());
+    QVERIFY(fixture.goUp(profile(), 2));
+}
+
+void ManagedHotspotTest::cannotBeStopped()
+{
+    Fixture fixture;
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    fixture.manager.refuse(QStringLiteral("DeactivateConnection"),
+                           QStringLiteral("org.freedesktop.NetworkManager.PermissionDenied"), QStringLiteral("No"), 1);
+    Reply reply;
+    fixture.hotspot->stop(reply.call());
+    QTRY_COMPARE(reply.count, 1);
+    QCOMPARE(reply.text(), QStringLiteral("9 No"));
+    QCOMPARE(fixture.states, Active);
+    Reply again;
+    fixture.hotspot->stop(again.call());
+    QTRY_COMPARE(again.count, 1);
+    QCOMPARE(again.refusal.code, 0);
+    QCOMPARE(fixture.states, Active + Inactive);
+}
+
+void ManagedHotspotTest::endsByItself()
+{
+    Fixture fixture;
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    ErrorCapture error;
+    fixture.manager.deactivate(fixture.wifi, 39); // as the user asks for with another program
+    QTRY_COMPARE(fixture.states, Active + Inactive);
+    QCOMPARE(error.text(),
+             QByteArray("morvek-hostd: the hotspot has ended: the network manager has ended it: user requested\n"));
+    QCOMPARE(fixture.loan.told.last(), QStringLiteral("back wlan0"));
+    Reply stop;
+    fixture.hotspot->stop(stop.call());
+    QCOMPARE(stop.count, 1);
+    QVERIFY(fixture.goUp(profile("again"), 2));
+}
+
+void ManagedHotspotTest::radioIsTakenAway()
+{
+    Fixture fixture;
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    fixture.manager.setState(fixture.wifi, 10, 36); // as the manager tells it before
+    fixture.manager.removeDevice(fixture.wifi);
+    QTRY_COMPARE(fixture.states, Active + Inactive);
+    Reply reply;
+    fixture.wifi = fixture.manager.addWifi(QStringLiteral("wlan0"));
+    QVERIFY(fixture.waitForAsked(2));
+    QCOMPARE(fixture.settings(1)[Wireless][QStringLiteral("ssid")].toByteArray(), QByteArray("car"));
+    fixture.comeUp();
+    QTRY_COMPARE(fixture.states, Active + Inactive + Active);
+}
+
+void ManagedHotspotTest::managerRestarts()
+{
+    Fixture fixture;
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    fixture.manager.stop();
+    QTRY_COMPARE(fixture.states, Active + Inactive);
+    Reply away;
+    fixture.hotspot->start(profile(), away.call());
+    QCOMPARE(away.text(), QStringLiteral("10 the network manager does not run"));
+    fixture.manager.setState(fixture.wifi, 30);
+    fixture.manager.forgetCalls();
+    QVERIFY(fixture.manager.start());
+    QVERIFY(fixture.waitForAsked());
+    fixture.comeUp();
+    QTRY_COMPARE(fixture.states, Active + Inactive + Active);
+}
+
+void ManagedHotspotTest::managerEndsMeanwhile()
+{
+    Fixture fixture;
+    fixture.begin();
+    fixture.manager.hold(fixture.asked());
+    Reply start;
+    fixture.hotspot->start(profile(), start.call());
+    QVERIFY(fixture.manager.waitForCalls(fixture.asked()));
+    fixture.manager.stop();
+    QTRY_COMPARE(start.count, 1);
+    QCOMPARE(start.refusal.code, int(Refusal::ManagerGone));
+    QCOMPARE(fixture.states, QStringList());
+    Reply stop;
+    fixture.hotspot->stop(stop.call());
+    QCOMPARE(stop.count, 1);
+    QCOMPARE(stop.refusal.code, int(Refusal::ManagerGone));
+}
+
+void ManagedHotspotTest::newProfile()
+{
+    Fixture fixture;
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    fixture.hotspot->setProfile(profile("Back seat"));
+    QVERIFY(fixture.waitForAsked(2));
+    QCOMPARE(fixture.settings(1)[Wireless][QStringLiteral("ssid")].toByteArray(), QByteArray("Back seat"));
+    QCOMPARE(fixture.manager.calls(QStringLiteral("DeactivateConnection")).size(), 1);
+    fixture.comeUp();
+    QTRY_COMPARE(fixture.states, Active + Inactive + Active);
+    QCOMPARE(fixture.loan.told, QStringList(QStringLiteral("lent wlan0")));
+}
+
+void ManagedHotspotTest::newProfileWhileStarting()
+{
+    Fixture fixture;
+    fixture.begin();
+    Reply start;
+    fixture.hotspot->start(profile(), start.call());
+    fixture.hotspot->setProfile(profile("Back seat"));
+    QVERIFY(fixture.waitForAsked(2));
+    QCOMPARE(fixture.settings(1)[Wireless][QStringLiteral("ssid")].toByteArray(), QByteArray("Back seat"));
+    QCOMPARE(start.count, 0);
+    fixture.comeUp();
+    QTRY_COMPARE(start.count, 1);
+    QCOMPARE(start.refusal.code, 0);
+    QCOMPARE(fixture.states, Active);
+}
+
+void ManagedHotspotTest::newProfileOfTheSameNetwork()
+{
+    Fixture fixture;
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    fixture.hotspot->setProfile(profile("car", 300));
+    QCOMPARE(fixture.hotspot->profile(), profile("car", 300));
+    Reply stop;
+    fixture.hotspot->stop(stop.call());
+    QTRY_COMPARE(stop.count, 1);
+    QCOMPARE(fixture.manager.calls(fixture.asked()).size(), 1);
+    QCOMPARE(fixture.states, Active + Inactive);
+}
+
+/*! Of two that are free, the one that applications join networks with comes last. */
+void ManagedHotspotTest::freeRadioFirst()
+{
+    Fixture fixture;
+    const QString second = fixture.manager.addWifi(QStringLiteral("wlan1"));
+    const QString home = fixture.manager.addProfile({{QStringLiteral("connection"),
+                                                      {{QStringLiteral("id"), QStringLiteral("Home")},
+                                                       {QStringLiteral("type"), Wireless},
+                                                       {QStringLiteral("uuid"), QStringLiteral("0000-1")}}}});
+    fixture.begin();
+    Reply reply;
+    fixture.hotspot->start(profile(), reply.call());
+    QVERIFY(fixture.waitForAsked());
+    QCOMPARE(fixture.manager.calls(fixture.asked()).first().pathAt(1), second);
+    fixture.hotspot->stop(reply.call());
+    QTRY_COMPARE(reply.count, 2);
+    fixture.manager.beginActivation(second, home);
+    fixture.manager.activate(second);
+    QTRY_COMPARE(int(nm_device_get_state(fixture.client.device(QStringLiteral("wlan1")))), 100);
+    fixture.hotspot->start(profile(), reply.call());
+    QVERIFY(fixture.waitForAsked(2));
+    QCOMPARE(fixture.manager.calls(fixture.asked()).at(1).pathAt(1), fixture.wifi);
+}
+
+void ManagedHotspotTest::radioThatCannot()
+{
+    Fixture fixture({{QStringLiteral("WirelessCapabilities"), 0x17bfU}}); // all but access points
+    fixture.begin();
+    Reply reply;
+    fixture.hotspot->start(profile(), reply.call());
+    QCOMPARE(reply.text(), QStringLiteral("3 no radio is there that can be an access point"));
+}
+
+void ManagedHotspotTest::radioIsOff()
+{
+    Fixture fixture;
+    fixture.manager.setState(fixture.wifi, 20);
+    fixture.manager.change(FakeManager::managerPath(), {{QStringLiteral("WirelessEnabled"), false}});
+    fixture.begin();
+    Reply reply;
+    fixture.hotspot->start(profile(), reply.call());
+    QCOMPARE(reply.text(), QStringLiteral("7 the radio is off"));
+    fixture.manager.setState(fixture.wifi, 10);
+    QTRY_COMPARE(int(nm_device_get_state(fixture.client.device(QStringLiteral("wlan0")))), 10);
+    fixture.hotspot->start(profile(), reply.call());
+    QCOMPARE(reply.text(), QStringLiteral("11 the network manager leaves wlan0 alone"));
+    fixture.client.protect({QStringLiteral("wlan0")});
+    fixture.hotspot->start(profile(), reply.call());
+    QCOMPARE(reply.refusal.code, int(Refusal::Protected));
+}
+
+void ManagedHotspotTest::lendsTheRadio()
+{
+    Fixture fixture;
+    fixture.begin();
+    fixture.loan.joins = true;
+    QVERIFY(fixture.goUp());
+    QCOMPARE(fixture.loan.told, QStringList(QStringLiteral("lent wlan0")));
+    Reply stop;
+    fixture.hotspot->stop(stop.call());
+    QTRY_COMPARE(stop.count, 1);
+    QTRY_COMPARE(fixture.loan.told, QStringList({QStringLiteral("lent wlan0"), QStringLiteral("back wlan0")}));
+}
+
+void ManagedHotspotTest::radioIsUsedOtherwise()
+{
+    Fixture fixture;
+    const QString home = fixture.manager.addProfile({{QStringLiteral("connection"),
+                                                      {{QStringLiteral("id"), QStringLiteral("Home")},
+                                                       {QStringLiteral("type"), Wireless},
+                                                       {QStringLiteral("uuid"), QStringLiteral("0000-1")}}}});
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    fixture.manager.deactivate(fixture.wifi, 60);
+    fixture.manager.beginActivation(fixture.wifi, home);
+    fixture.manager.activate(fixture.wifi);
+    QTRY_COMPARE(fixture.states, Active + Inactive);
+    QTRY_COMPARE(int(nm_device_get_state(fixture.client.device(QStringLiteral("wlan0")))), 100);
+    QCOMPARE(fixture.loan.told.last(), QStringLiteral("back wlan0"));
+    QVERIFY(fixture.manager.calls(QStringLiteral("ActivateConnection")).isEmpty());
+}
+
+void ManagedHotspotTest::otherNetworkAndBand()
+{
+    Fixture fixture({{QStringLiteral("WirelessCapabilities"), 0x13ffU}}); // without 5 GHz
+    const QString wired = fixture.manager.addEthernet(QStringLiteral("eth0"));
+    fixture.manager.setIp4(wired, {QStringLiteral("192.168.0.7/24")});
+    QJsonObject lan = lanProfile("car");
+    lan.insert(QStringLiteral("mhs_band"), QStringLiteral("5.0"));
+    fixture.begin();
+    ErrorCapture error;
+    Reply reply;
+    fixture.hotspot->start(HotspotProfile::document(lan), reply.call());
+    QVERIFY(fixture.waitForAsked());
+    QCOMPARE(fixture.settings()[Wireless][QStringLiteral("band")].toString(), QStringLiteral("bg"));
+    QVERIFY(error.text().contains("morvek-hostd: the hotspot is on channel 6: the radio has no 5 GHz band\n"
+                                  "morvek-hostd: the hotspot has the address 10.42.0.1/24: another interface is in the "
+                                  "network of 192.168.0.1/24\n"));
+}
+
+void ManagedHotspotTest::oldManager()
+{
+    Fixture fixture({}, QStringLiteral("1.26.4"));
+    fixture.begin();
+    QJsonObject lan = lanProfile("car");
+    lan.insert(QStringLiteral("privacy"), true);
+    ErrorCapture error;
+    Reply reply;
+    fixture.hotspot->start(HotspotProfile::document(lan), reply.call());
+    QVERIFY(fixture.waitForAsked());
+    QVERIFY(!fixture.settings()[Wireless].contains(QStringLiteral("ap-isolation")));
+    QVERIFY(error.text().contains("morvek-hostd: \"privacy\" of the hotspot's profile has no effect: network managers "
+                                  "before 1.28 cannot part clients from one another\n"));
+}
+
+void ManagedHotspotTest::saysOnceWhatHasNoEffect()
+{
+    Fixture fixture;
+    fixture.begin();
+    ErrorCapture error;
+    QVERIFY(fixture.goUp());
+    fixture.hotspot->setProfile(profile("Back seat"));
+    QVERIFY(fixture.waitForAsked(2));
+    QCOMPARE(
+        error.text(),
+        QByteArray("morvek-hostd: \"max_num_sta\", \"block_conn\", \"dhcp_lease_time\" and \"wantype\" of the "
+                   "hotspot's profile are kept, and have no effect: the network manager knows nothing of the kind\n"));
+}
+
+void ManagedHotspotTest::stopsWhenNobodyHasJoined()
+{
+    Supplicant supplicant;
+    QVERIFY(supplicant.start());
+    Fixture fixture;
+    fixture.begin();
+    supplicant.setStations(1, QStringLiteral("StaAuthorized"));
+    QElapsedTimer time;
+    QVERIFY(fixture.goUp(profile("car", 1)));
+    QVERIFY(supplicant.waitForCalls(QStringLiteral("GetInterface")));
+    time.start();
+    QTRY_VERIFY(time.elapsed() > 1500); // longer than nobody may be there
+    QCOMPARE(fixture.states, Active);
+    time.start();
+    supplicant.setStations(0, QStringLiteral("StaDeauthorized"));
+    QTRY_COMPARE(fixture.states, Active + Inactive);
+    QVERIFY2(time.elapsed() >= 900, qPrintable(QString::number(time.elapsed())));
+    QVERIFY(!fixture.manager.calls(QStringLiteral("DeactivateConnection")).isEmpty());
+}
+
+void ManagedHotspotTest::newProfileCountsAnew()
+{
+    Supplicant supplicant;
+    QVERIFY(supplicant.start());
+    Fixture fixture;
+    fixture.begin();
+    QVERIFY(fixture.goUp(profile("car", 3600)));
+    fixture.hotspot->setProfile(profile("car", 1));
+    QTRY_COMPARE(fixture.states, Active + Inactive);
+}
+
+void ManagedHotspotTest::leases()
+{
+    Fixture fixture;
+    fixture.begin();
+    const QString name = fixture.folder.filePath(QStringLiteral("dnsmasq-wlan0.leases"));
+    QFile file(name);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("0 02:00:00:00:04:00 192.168.0.188 * 01:02:00:00:00:04:00\n");
+    file.close();
+    QVERIFY(fixture.goUp(profile("car", 1)));
+    QElapsedTimer time;
+    time.start();
+    QTRY_VERIFY(time.elapsed() > 1500);
+    QCOMPARE(fixture.states, Active);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("1000 02:00:00:00:04:00 192.168.0.188 * 01:02:00:00:00:04:00\nduid 00:01\n");
+    file.close();
+    QTRY_COMPARE(fixture.states, Active + Inactive);
+}
+
+void ManagedHotspotTest::countsNothing()
+{
+    Fixture fixture;
+    fixture.begin();
+    ErrorCapture error;
+    QVERIFY(fixture.goUp(profile("car", 1)));
+    const QByteArray line = "morvek-hostd: the hotspot does not stop by itself: neither the supplicant nor \""
+        + QFile::encodeName(fixture.folder.path()) + "/dnsmasq-wlan0.leases\" tells who has joined it\n";
+    QTRY_COMPARE(error.text().count(line), 1);
+    fixture.hotspot->setProfile(profile("car", 2));
+    Reply stop;
+    QElapsedTimer time;
+    time.start();
+    QTRY_VERIFY(time.elapsed() > 2500);
+    QCOMPARE(fixture.states, Active);
+    QCOMPARE(error.text().count(line), 1);
+}
+
+QTEST_GUILESS_MAIN(ManagedHotspotTest)
+#include "tst_managedhotspot.moc"
