@@ -37,6 +37,12 @@ QDBusConnection connectToBus(const QString &address)
     return bus;
 }
 
+void settle(QDBusConnection *bus)
+{
+    bus->call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
+                                             QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId")));
+}
+
 BusReceiver::BusReceiver(Rounds *rounds)
     : m_rounds(rounds)
 {
@@ -77,9 +83,7 @@ int runBusReceiver(const QString &address, Rounds *rounds)
                      QStringLiteral("PropertiesChanged"), &receiver,
                      SLOT(onChanged(QString, QVariantMap, QStringList))))
         qFatal("cannot subscribe on the bus");
-    // A call that the bus answers after the subscription has reached it.
-    bus.call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
-                                            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId")));
+    settle(&bus);
     rounds->setReady();
     return QCoreApplication::exec();
 }

@@ -39,6 +39,8 @@ public Q_SLOTS:
 /*! A bus of its own, which ends with the process that is returned. */
 std::unique_ptr<Process> startBus(QString *address);
 QDBusConnection connectToBus(const QString &address);
+/*! Returns when \a bus has carried out what was asked of it before, a subscription for one. */
+void settle(QDBusConnection *bus);
 
 int runBusSender(const QString &address, Rounds *rounds);
 int runBusReceiver(const QString &address, Rounds *rounds);

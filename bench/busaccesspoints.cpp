@@ -67,18 +67,20 @@ bool BusAccessPoints::handleMessage(const QDBusMessage &message, const QDBusConn
     return bus.send(message.createReply(properties));
 }
 
-BusScanReceiver::BusScanReceiver(const QDBusConnection &bus, int count, Rounds *rounds)
+BusScanReceiver::BusScanReceiver(const QDBusConnection &bus, const QString &service, const QString &interface,
+                                 int count, const std::function<void()> &done)
     : m_bus(bus),
+      m_service(service),
+      m_interface(interface),
       m_count(count),
-      m_rounds(rounds)
+      m_done(done)
 {
 }
 
 void BusScanReceiver::onAdded(const QDBusObjectPath &path)
 {
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(ServiceName, path.path(), Properties, QStringLiteral("GetAll"));
-    message << AccessPointInterface;
+    QDBusMessage message = QDBusMessage::createMethodCall(m_service, path.path(), Properties, QStringLiteral("GetAll"));
+    message << m_interface;
     auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(message), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, &BusScanReceiver::onRead);
 }
@@ -88,18 +90,21 @@ void BusScanReceiver::onRead(QDBusPendingCallWatcher *watcher)
     const QDBusPendingReply<QVariantMap> reply = *watcher;
     if (reply.isError())
         qFatal("a call failed: %s", qPrintable(reply.error().message()));
-    const QVariantMap properties = reply.value();
+    watcher->deleteLater();
+    take(reply.value());
+}
+
+void BusScanReceiver::take(const QVariantMap &properties)
+{
     m_records.append({properties.value(QStringLiteral("HwAddress")).toString(),
                       QString::fromUtf8(properties.value(QStringLiteral("Ssid")).toByteArray()),
                       properties.value(QStringLiteral("Strength")).toInt(),
                       properties.value(QStringLiteral("Frequency")).toUInt(),
                       properties.value(QStringLiteral("Flags")).toUInt()});
-    watcher->deleteLater();
     if (m_records.size() < m_count)
         return;
     m_records.clear();
-    if (!m_rounds->arrived())
-        QCoreApplication::quit();
+    m_done();
 }
 
 int runBusScanSender(const QString &address, int count, Rounds *rounds)
@@ -117,12 +122,13 @@ int runBusScanSender(const QString &address, int count, Rounds *rounds)
 int runBusScanReceiver(const QString &address, int count, Rounds *rounds)
 {
     QDBusConnection bus = connectToBus(address);
-    BusScanReceiver receiver(bus, count, rounds);
+    BusScanReceiver receiver(bus, ServiceName, AccessPointInterface, count, [rounds] {
+        if (!rounds->arrived())
+            QCoreApplication::quit();
+    });
     if (!bus.connect(ServiceName, Device, DeviceInterface, Added, &receiver, SLOT(onAdded(QDBusObjectPath))))
         qFatal("cannot subscribe on the bus");
-    // A call that the bus answers after the subscription has reached it.
-    bus.call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
-                                            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId")));
+    settle(&bus);
     rounds->setReady();
     return QCoreApplication::exec();
 }

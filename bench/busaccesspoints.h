@@ -7,6 +7,8 @@
 #include <QtDBus/QDBusObjectPath>
 #include <QtDBus/QDBusVirtualObject>
 
+#include <functional>
+
 class QDBusPendingCallWatcher;
 class Rounds;
 
@@ -31,13 +33,17 @@ private:
     Rounds *m_rounds;
 };
 
-/*! Reads all properties of each access point that is announced. */
+/*! Reads all properties of each access point that is announced, and calls \a done with each \a count of them. */
 class BusScanReceiver : public QObject
 {
     Q_OBJECT
 
 public:
-    BusScanReceiver(const QDBusConnection &bus, int count, Rounds *rounds);
+    BusScanReceiver(const QDBusConnection &bus, const QString &service, const QString &interface, int count,
+                    const std::function<void()> &done);
+
+    /*! Has read this. */
+    void take(const QVariantMap &properties);
 
 public Q_SLOTS:
     void onAdded(const QDBusObjectPath &path);
@@ -55,8 +61,10 @@ private:
     void onRead(QDBusPendingCallWatcher *watcher);
 
     QDBusConnection m_bus;
+    const QString m_service;
+    const QString m_interface;
     int m_count;
-    Rounds *m_rounds;
+    std::function<void()> m_done;
     QVector<Record> m_records;
 };
 

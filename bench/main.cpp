@@ -6,6 +6,7 @@
 #include "growth.h"
 #include "idle.h"
 #include "latency.h"
+#include "managed.h"
 #include "memory.h"
 #include "recordedcounts.h"
 #include "report.h"
@@ -27,8 +28,8 @@ namespace {
 
 int runRole(const QStringList &arguments)
 {
-    for (const auto run :
-         {runCountedRole, runRestingApplication, runGrowthRole, runFetchingRole, runScanningRole, runStoppedRole}) {
+    for (const auto run : {runCountedRole, runRestingApplication, runGrowthRole, runFetchingRole, runScanningRole,
+                           runStoppedRole, runManagedRole}) {
         const int result = run(arguments);
         if (result != -1)
             return result;
@@ -59,6 +60,7 @@ int main(int argc, char *argv[])
         {QStringLiteral("stopped"), measureStopped},
         {QStringLiteral("memory"), [&](Report *report) { measureMemory(report, parser.value(arm)); }},
         {QStringLiteral("idle"), measureIdle},
+        {QStringLiteral("manager"), measureManaged},
     };
     QStringList names;
     for (const auto &section : sections)

@@ -13,18 +13,6 @@ namespace {
 
 const QByteArray Fields[] = {"Rss", "Private_Dirty"};
 
-double kibibytes(const Process &process, const QByteArray &field)
-{
-    QFile file(QStringLiteral("/proc/%1/smaps_rollup").arg(process.id()));
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("cannot read the memory of a process");
-    for (const QByteArray &line : file.readAll().split('\n')) {
-        if (line.startsWith(field + ':'))
-            return line.mid(field.size() + 1).replace("kB", "").trimmed().toDouble();
-    }
-    qFatal("no figure for the memory");
-}
-
 /*! Text and data of \a library in bytes: what is left when it is stripped. No number when it is not there. */
 double sizeOf(const QString &library)
 {
@@ -39,6 +27,18 @@ double sizeOf(const QString &library)
 }
 
 } // namespace
+
+double kibibytes(const Process &process, const QByteArray &field)
+{
+    QFile file(QStringLiteral("/proc/%1/smaps_rollup").arg(process.id()));
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("cannot read the memory of a process");
+    for (const QByteArray &line : file.readAll().split('\n')) {
+        if (line.startsWith(field + ':'))
+            return line.mid(field.size() + 1).replace("kB", "").trimmed().toDouble();
+    }
+    qFatal("no figure for the memory");
+}
 
 void measureMemory(Report *report, const QString &armBuild)
 {

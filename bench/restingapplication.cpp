@@ -16,10 +16,10 @@ const QString Hotspot = QStringLiteral("hotspot");
 
 } // namespace
 
-std::unique_ptr<Process> startHostd()
+std::unique_ptr<Process> startHostd(const QStringList &arguments)
 {
     auto hostd = std::make_unique<Process>(
-        QCoreApplication::applicationDirPath() + QStringLiteral("/../host/hostd/morvek-hostd"), QStringList());
+        QCoreApplication::applicationDirPath() + QStringLiteral("/../host/hostd/morvek-hostd"), arguments);
     hostd->readLine();
     return hostd;
 }

@@ -4,8 +4,8 @@
 
 #include "process.h"
 
-/*! morvek-hostd with its usual scenario, in which nothing happens by itself. */
-std::unique_ptr<Process> startHostd();
+/*! morvek-hostd; without \a arguments with its usual scenario, in which nothing happens by itself. */
+std::unique_ptr<Process> startHostd(const QStringList &arguments = {});
 
 /*! The services, by the names that the roles know. */
 QStringList serviceNames();
