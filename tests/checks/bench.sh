@@ -30,7 +30,7 @@ measured '. > 0' "update to slot" "request to result" "scan published to success
     "an object's file after 100000 updates" "what that reader is told" "until it is told the last one" \
     "an application with the networking service" "an application with the Wi-Fi service" \
     "an application with the hotspot service"
-measured '. == null or . > 0' "manager's signal" # a build may have no manager
+measured '. == null or . > 0' "manager's signal" "manager's scan" "morvek-hostd over a manager" # a build may have none
 measured '. >= 0' "an idle application in 10 s, networking" "an idle application in 10 s, Wi-Fi" \
     "an idle application in 10 s, hotspot" "an idle morvek-hostd" "changes of rows" "changes of data" "resets"
 # What needs tools that may be missing, or may not trace, is skipped then.
