@@ -17,7 +17,7 @@ using Switch = Watched<morvek::AsyncHotspotEnableOperation>;
 using Application = HotSpotServicePointer;
 
 /*! One whose service is ready, unless the test has failed. */
-inline Application application()
+inline Application hotspotApplication()
 {
     Application service(newHotSpotService());
     if (!service->ready())

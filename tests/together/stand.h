@@ -49,7 +49,7 @@ public:
     int garage = 0;                //!< which of them is joined with a passkey
     int open = 0;                  //!< which of them needs none
 
-    morvek::WifiHotspot car; //!< the hotspot's profile at the start
+    morvek::WifiHotspot car; //!< the hotspot's profile at the start, which the cases write where it is another one
 };
 
 #endif

@@ -110,7 +110,7 @@ void HotspotPlayedTest::identifiersOfApplicationsCollide()
 {
     m_daemon = std::make_unique<DaemonFixture>();
     QVERIFY(m_daemon->start(QStringLiteral("headunit")));
-    const Application service = application();
+    const Application service = hotspotApplication();
     QStringList lines;
     KrelLogger::setSink([&lines](KrelLogger::Level, unsigned short, const QString &text) { lines += text; });
     KrelLogger::setVerbosity(7);
@@ -141,7 +141,7 @@ void HotspotPlayedTest::identifiersOfApplicationsCollide()
 
 void HotspotPlayedTest::managerDiesWithARequestOpen()
 {
-    const Application service = application();
+    const Application service = hotspotApplication();
     ::kill(pid_t(m_daemon->process().processId()), SIGSTOP);
     Fetch fetch(service->configuration());
     Switch off(service->setEnabled(false));
@@ -215,7 +215,7 @@ void HotspotPlayedTest::hostileProfiles()
     manager.reply = {{QStringLiteral("res"), QStringLiteral("retrieve_profile")}};
     if (dat.isValid())
         manager.reply.insert(QStringLiteral("dat"), dat);
-    const Application service = application();
+    const Application service = hotspotApplication();
     QSignalSpy changed(service.get(), &HotSpotService::configurationChanged);
     Fetch fetch(service->configuration());
     QCOMPARE(fetch.outcome(), outcome);
@@ -252,7 +252,7 @@ void HotspotPlayedTest::repliesOfAnotherKind()
     manager.reply = {{QStringLiteral("res"), res},
                      {QStringLiteral("err"), err},
                      {QStringLiteral("dat"), json(R"({"lanprofile":{"ssid":"a"}})")}};
-    const Application service = application();
+    const Application service = hotspotApplication();
     if (ofProfile) {
         Fetch fetch(service->configuration());
         QCOMPARE(fetch.outcome(), outcome);
@@ -291,7 +291,7 @@ void HotspotPlayedTest::deletedInItsOwnSlot()
     });
     QTRY_VERIFY_WITH_TIMEOUT(!alive, Patience);
     QVERIFY(!service);
-    const Application next = application();
+    const Application next = hotspotApplication();
     Fetch later(next->configuration());
     QCOMPARE(later.outcome(), QStringLiteral("ok"));
 }
@@ -299,7 +299,7 @@ void HotspotPlayedTest::deletedInItsOwnSlot()
 /*! What serves it stays, is told of changes, and completes what it was asked. */
 void HotspotPlayedTest::operationsEndWithoutTheirService()
 {
-    Application service = application();
+    Application service = hotspotApplication();
     QSignalSpy changed(service.get(), &HotSpotService::configurationChanged);
     Fetch fetch(service->configuration());
     Switch deleted(service->setEnabled(false));
@@ -311,7 +311,7 @@ void HotspotPlayedTest::operationsEndWithoutTheirService()
     QCOMPARE(refused.outcome(), QStringLiteral("-1 Failed to enable config."));
     QVERIFY(changed.isEmpty());
 
-    const Application next = application();
+    const Application next = hotspotApplication();
     Fetch again(next->configuration());
     QCOMPARE(again.outcome(), QStringLiteral("ok"));
     Switch on(next->setEnabled(true));

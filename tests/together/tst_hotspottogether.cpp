@@ -61,6 +61,8 @@ void HotspotTogetherTest::init()
 {
     m_daemon = std::make_unique<DaemonFixture>();
     QVERIFY(start());
+    Update update(hotspotApplication()->setConfiguration(m_stand->car));
+    QCOMPARE(update.outcome(), QStringLiteral("ok"));
 }
 
 void HotspotTogetherTest::cleanup()
@@ -88,7 +90,7 @@ void HotspotTogetherTest::becomesReadyFromTheEventLoop()
 
 void HotspotTogetherTest::readsTheProfile()
 {
-    const Application service = application();
+    const Application service = hotspotApplication();
     QStringList order;
     connect(service.get(), &HotSpotService::configurationChanged, this, [this, &order](const WifiHotspot &profile) {
         order += QStringLiteral("changed");
@@ -105,7 +107,7 @@ void HotspotTogetherTest::readsTheProfile()
 
 void HotspotTogetherTest::startsAndStops()
 {
-    const Application service = application();
+    const Application service = hotspotApplication();
     QSignalSpy enabled(service.get(), &HotSpotService::enabledChanged);
     Fetch fetch(service->configuration());
     QCOMPARE(fetch.outcome(), QStringLiteral("ok"));
@@ -128,8 +130,8 @@ void HotspotTogetherTest::startsAndStops()
 
 void HotspotTogetherTest::isToldWhoeverSwitches()
 {
-    const Application service = application();
-    const Application other = application();
+    const Application service = hotspotApplication();
+    const Application other = hotspotApplication();
     QSignalSpy enabled(other.get(), &HotSpotService::enabledChanged);
     QSignalSpy othersProfile(other.get(), &HotSpotService::configurationChanged);
     Fetch fetch(service->configuration());
@@ -145,7 +147,7 @@ void HotspotTogetherTest::isToldWhoeverSwitches()
 
 void HotspotTogetherTest::startsWithTheProfileThatWasRead()
 {
-    const Application service = application();
+    const Application service = hotspotApplication();
     Switch tooEarly(service->setEnabled(true)); // with no profile
     QCOMPARE(tooEarly.outcome(), QStringLiteral("-1 Failed to enable config."));
     QVERIFY(tooEarly.operation->results().isEmpty());
@@ -161,7 +163,7 @@ void HotspotTogetherTest::startsWithTheProfileThatWasRead()
 
 void HotspotTogetherTest::stopsByItself()
 {
-    const Application service = application();
+    const Application service = hotspotApplication();
     QSignalSpy enabled(service.get(), &HotSpotService::enabledChanged);
     WifiHotspot brief = passengers();
     brief.setInactivityTime(1);
@@ -177,7 +179,7 @@ void HotspotTogetherTest::stopsByItself()
 
 void HotspotTogetherTest::writesAProfile()
 {
-    const Application service = application();
+    const Application service = hotspotApplication();
     QSignalSpy changed(service.get(), &HotSpotService::configurationChanged);
     Fetch first(service->configuration());
     QCOMPARE(first.outcome(), QStringLiteral("ok"));
@@ -192,7 +194,7 @@ void HotspotTogetherTest::writesAProfile()
     Fetch second(service->configuration());
     QCOMPARE(second.outcome(), QStringLiteral("ok"));
     QVERIFY(second.operation->results() == QList<WifiHotspot>({passengers()}));
-    const Application other = application();
+    const Application other = hotspotApplication();
     Fetch others(other->configuration());
     QCOMPARE(others.outcome(), QStringLiteral("ok"));
     QVERIFY(others.operation->results() == QList<WifiHotspot>({passengers()}));
@@ -200,7 +202,7 @@ void HotspotTogetherTest::writesAProfile()
 
 void HotspotTogetherTest::tellsARefusedProfile()
 {
-    const Application service = application();
+    const Application service = hotspotApplication();
     WifiHotspot wrong = passengers();
     wrong.setPassphrase(QStringLiteral("short"));
     for (const WifiHotspot &profile : {wrong, WifiHotspot()}) {
@@ -215,7 +217,7 @@ void HotspotTogetherTest::tellsARefusedProfile()
 
 void HotspotTogetherTest::keepsTheProfileAcrossARestart()
 {
-    const Application service = application();
+    const Application service = hotspotApplication();
     Update update(service->setConfiguration(passengers()));
     QCOMPARE(update.outcome(), QStringLiteral("ok"));
     m_daemon->kill();
@@ -227,7 +229,7 @@ void HotspotTogetherTest::keepsTheProfileAcrossARestart()
 
 void HotspotTogetherTest::outlivesTheManager()
 {
-    const Application service = application();
+    const Application service = hotspotApplication();
     QSignalSpy ready(service.get(), &ServiceBase::readyChanged);
     Fetch fetch(service->configuration());
     QCOMPARE(fetch.outcome(), QStringLiteral("ok"));
@@ -252,7 +254,7 @@ void HotspotTogetherTest::outlivesTheManager()
 void HotspotTogetherTest::runningFromTheStart()
 {
     {
-        const Application service = application();
+        const Application service = hotspotApplication();
         Fetch fetch(service->configuration());
         QCOMPARE(fetch.outcome(), QStringLiteral("ok"));
         Switch on(service->setEnabled(true));

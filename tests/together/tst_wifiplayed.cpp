@@ -72,7 +72,7 @@ void WifiPlayedTest::madeWhileTheDaemonIsDead()
     QSignalSpy announced(&watcher, &ZopDirWatcher::objectAdded);
     QTRY_VERIFY_WITH_TIMEOUT(!announced.isEmpty(), Patience);
     QVERIFY(m_daemon->start(QStringLiteral("headunit")));
-    const Application inTime = application();
+    const Application inTime = wifiApplication();
     QVERIFY(inTime->ready());
     QVERIFY(ready.isEmpty());
     QVERIFY(!tooEarly->ready());
@@ -81,7 +81,7 @@ void WifiPlayedTest::madeWhileTheDaemonIsDead()
 void WifiPlayedTest::oldResultsCompleteNothing()
 {
     publish("scan_results", QStringLiteral(R"([{"bssid":"02:00:00:00:99:99"}])"));
-    const Application service = application();
+    const Application service = wifiApplication();
     Scan scan(service->scan());
     QCOMPARE(scan.outcome(), QStringLiteral("ok"));
     QCOMPARE(scan.operation->results().size(), 7);
@@ -113,7 +113,7 @@ void WifiPlayedTest::hostileResults()
 {
     QFETCH(QByteArray, text);
     QFETCH(QStringList, ssids);
-    const Application service = application();
+    const Application service = wifiApplication();
     service->powerOff(); // no results but those of the test
     QTRY_VERIFY_WITH_TIMEOUT(!service->powered(), Patience);
     Scan scan(service->scan());
@@ -131,7 +131,7 @@ void WifiPlayedTest::manyResults()
     QJsonArray results;
     for (int i = 0; i < 5000; ++i)
         results.append(QJsonObject {{QStringLiteral("bssid"), QString::number(i)}});
-    const Application service = application();
+    const Application service = wifiApplication();
     service->powerOff();
     QTRY_VERIFY_WITH_TIMEOUT(!service->powered(), Patience);
     Scan scan(service->scan());
@@ -164,7 +164,7 @@ void WifiPlayedTest::deletedInItsOwnSlot()
     QTRY_VERIFY_WITH_TIMEOUT(!alive, Patience);
     QVERIFY(!service);
     // The daemon and the platform go on: another service sees them well.
-    const Application next = application();
+    const Application next = wifiApplication();
     next->powerOn();
     QTRY_VERIFY_WITH_TIMEOUT(next->powered(), Patience);
     Scan scan(next->scan());

@@ -105,8 +105,8 @@ void WifiTogetherTest::becomesReadyFromTheEventLoop()
 
 void WifiTogetherTest::switchesTheRadio()
 {
-    const Application service = application();
-    const Application other = application();
+    const Application service = wifiApplication();
+    const Application other = wifiApplication();
     QSignalSpy powered(service.get(), &WifiService::poweredChanged);
     QSignalSpy othersPowered(other.get(), &WifiService::poweredChanged);
     service->powerOff();
@@ -125,7 +125,7 @@ void WifiTogetherTest::switchesTheRadio()
 
 void WifiTogetherTest::scans()
 {
-    const Application service = application();
+    const Application service = wifiApplication();
     Scan scan(service->scan());
     QCOMPARE(scan.outcome(), QStringLiteral("ok"));
     QCOMPARE(scan.operation->results().size(), m_stand->air.size());
@@ -144,7 +144,7 @@ void WifiTogetherTest::scans()
 
 void WifiTogetherTest::joinsAndLeaves()
 {
-    const Application service = application();
+    const Application service = wifiApplication();
     QSignalSpy connected(service.get(), &WifiService::connectedChanged);
     Connect connect(service->connectAccessPoint(garage()));
     QCOMPARE(connect.outcome(), QStringLiteral("ok"));
@@ -164,7 +164,7 @@ void WifiTogetherTest::joinsAndLeaves()
 
 void WifiTogetherTest::oneStoryWithTheInterfaces()
 {
-    const Application service = application();
+    const Application service = wifiApplication();
     NetworkInterfaceService *interfaces = newNetworkInterfaceService();
     QVERIFY(interfaces->ready());
     QCOMPARE(interfaces->preferredInterface().name(), m_stand->preferred);
@@ -183,7 +183,7 @@ void WifiTogetherTest::oneStoryWithTheInterfaces()
 
 void WifiTogetherTest::tellsAWrongPasskey()
 {
-    const Application service = application();
+    const Application service = wifiApplication();
     Connect connect(service->connectAccessPoint(garage("wrong and long")));
     QCOMPARE(connect.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
     QVERIFY(connect.success.isEmpty());
@@ -195,7 +195,7 @@ void WifiTogetherTest::tellsAWrongPasskey()
 
 void WifiTogetherTest::tellsTheDaemonsRefusal()
 {
-    const Application service = application();
+    const Application service = wifiApplication();
     service->powerOff();
     QTRY_VERIFY_WITH_TIMEOUT(!service->powered(), Patience);
     Connect connect(service->connectAccessPoint(garage()));
@@ -206,7 +206,7 @@ void WifiTogetherTest::tellsTheDaemonsRefusal()
 
 void WifiTogetherTest::joinsAnOpenNetwork()
 {
-    const Application service = application();
+    const Application service = wifiApplication();
     Connect connect(service->connectAccessPoint(configOf(m_stand->air.at(m_stand->open))));
     QCOMPARE(connect.outcome(), QStringLiteral("ok"));
     const WifiAccessPoint cafe = connect.operation->results().first();
@@ -218,7 +218,7 @@ void WifiTogetherTest::joinsAnOpenNetwork()
 
 void WifiTogetherTest::cancelsWhenLeaving()
 {
-    const Application service = application();
+    const Application service = wifiApplication();
     Connect pending(service->connectAccessPoint(openNetwork(QStringLiteral("Nowhere"))));
     Connect second(service->connectAccessPoint(garage()));
     QCOMPARE(second.outcome(), QStringLiteral("-1 Another connect operation in progress."));
@@ -233,8 +233,8 @@ void WifiTogetherTest::cancelsWhenLeaving()
 
 void WifiTogetherTest::twoApplicationsScan()
 {
-    const Application first = application();
-    const Application second = application();
+    const Application first = wifiApplication();
+    const Application second = wifiApplication();
     Scan scan(first->scan());
     Scan othersScan(second->scan());
     QCOMPARE(scan.outcome(), QStringLiteral("ok"));
@@ -244,8 +244,8 @@ void WifiTogetherTest::twoApplicationsScan()
 
 void WifiTogetherTest::twoApplicationsJoin()
 {
-    const Application first = application();
-    const Application second = application();
+    const Application first = wifiApplication();
+    const Application second = wifiApplication();
     Connect connect(first->connectAccessPoint(garage()));
     Connect othersConnect(second->connectAccessPoint(configOf(m_stand->air.at(m_stand->open))));
     QCOMPARE(connect.outcome(), QStringLiteral("ok"));
@@ -259,7 +259,7 @@ void WifiTogetherTest::twoApplicationsJoin()
 /*! Their requests carry the same identifiers, and yet each gets its own replies. */
 void WifiTogetherTest::twoProcesses()
 {
-    const Application service = application();
+    const Application service = wifiApplication();
     for (int i = 0; i < 3; ++i) {
         QProcess other;
         other.start(
@@ -278,8 +278,8 @@ void WifiTogetherTest::twoProcesses()
 
 void WifiTogetherTest::laterScanWaitsForLaterResults()
 {
-    const Application first = application();
-    const Application second = application();
+    const Application first = wifiApplication();
+    const Application second = wifiApplication();
     Scan scan(first->scan());
     QCOMPARE(scan.outcome(), QStringLiteral("ok"));
     Scan othersScan(second->scan());
@@ -290,7 +290,7 @@ void WifiTogetherTest::laterScanWaitsForLaterResults()
 
 void WifiTogetherTest::outlivesTheDaemon()
 {
-    const Application service = application();
+    const Application service = wifiApplication();
     m_daemon->kill();
     Scan waiting(service->scan());
     Connect refused(service->connectAccessPoint(garage()));
@@ -311,11 +311,11 @@ void WifiTogetherTest::outlivesTheDaemon()
 
 void WifiTogetherTest::deletedWithOperationsOpen()
 {
-    Application service = application();
+    Application service = wifiApplication();
     Scan scan(service->scan());
     Connect connect(service->connectAccessPoint(openNetwork(QStringLiteral("Nowhere"))));
     service.reset();
-    const Application next = application();
+    const Application next = wifiApplication();
     Scan later(next->scan());
     QCOMPARE(later.outcome(), QStringLiteral("ok"));
     QVERIFY(scan.isOpen());

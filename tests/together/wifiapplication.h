@@ -17,7 +17,7 @@ using Connect = Watched<morvek::AsyncWifiConnectOperation>;
 using Application = WifiServicePointer;
 
 /*! One whose service is ready, unless the test has failed. */
-inline Application application()
+inline Application wifiApplication()
 {
     Application service(newWifiService());
     if (!service->ready())
