@@ -15,6 +15,13 @@ namespace morvek {
 
 namespace {
 
+bool isOnUsb(NMDevice *device)
+{
+    // The path of the hardware, as the kernel names it; its end is the interface's name.
+    const QByteArray path = nm_device_get_udi(device);
+    return path.left(path.lastIndexOf("/net/")).contains("/usb");
+}
+
 QString typeOf(NMDevice *device)
 {
     switch (nm_device_get_device_type(device)) {
@@ -28,8 +35,7 @@ QString typeOf(NMDevice *device)
     case NM_DEVICE_TYPE_WIFI:
         return Wire::TypeWifi;
     case NM_DEVICE_TYPE_ETHERNET:
-        // The path of the hardware, as the kernel names it.
-        return QByteArray(nm_device_get_udi(device)).contains("/usb") ? Wire::TypeUsb : Wire::TypeWired;
+        return isOnUsb(device) ? Wire::TypeUsb : Wire::TypeWired;
     case NM_DEVICE_TYPE_VETH:
     case NM_DEVICE_TYPE_VLAN:
     case NM_DEVICE_TYPE_BOND:
@@ -92,7 +98,8 @@ qint64 defaultMetric(NMIPConfig *config)
     const GPtrArray *routes = config ? nm_ip_config_get_routes(config) : nullptr;
     for (guint i = 0; routes && i < routes->len; ++i) {
         auto *route = static_cast<NMIPRoute *>(routes->pdata[i]);
-        if (nm_ip_route_get_prefix(route) != 0)
+        // Those in tables of their own are for what some rule picks out.
+        if (nm_ip_route_get_prefix(route) != 0 || nm_ip_route_get_attribute(route, NM_IP_ROUTE_ATTRIBUTE_TABLE))
             continue;
         // A metric that is not told is the kernel's.
         const qint64 metric = std::max<qint64>(nm_ip_route_get_metric(route), 0);

@@ -62,6 +62,12 @@ GRef<NMSettingIPConfig> Ipv4Settings::copyOf(NMConnection *connection)
     return GRef<NMSettingIPConfig>(NM_SETTING_IP_CONFIG(copy));
 }
 
+bool Ipv4Settings::isShared(NMConnection *connection)
+{
+    NMSettingIPConfig *settings = nm_connection_get_setting_ip4_config(connection);
+    return settings && qstrcmp(nm_setting_ip_config_get_method(settings), NM_SETTING_IP4_CONFIG_METHOD_SHARED) == 0;
+}
+
 GRef<NMConnection> Ipv4Settings::applied(NMConnection *present, NMSettingIPConfig *own,
                                          const NetworkingRequest &request)
 {

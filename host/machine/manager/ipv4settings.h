@@ -14,6 +14,9 @@ namespace Ipv4Settings {
 /*! Those of \a connection, or the manager's defaults. */
 GRef<NMSettingIPConfig> copyOf(NMConnection *connection);
 
+/*! Whether others get addresses from this machine over \a connection, such as the stations of a hotspot. */
+bool isShared(NMConnection *connection);
+
 /*!
  * What \a request makes of \a present: it takes the addresses, or gives others. \a own are the settings before the
  * first request, which is where all that no request names comes from, such as metrics.

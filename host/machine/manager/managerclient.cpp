@@ -153,7 +153,7 @@ Refusal ManagerClient::refusesToTouchRadios() const
     const GPtrArray *all = nm_client_get_devices(get());
     for (guint i = 0; all && i < all->len; ++i) {
         auto *device = static_cast<NMDevice *>(all->pdata[i]);
-        const Refusal refusal = NM_IS_DEVICE_WIFI(device) ? refusesToTouch(device) : Refusal();
+        Refusal refusal = NM_IS_DEVICE_WIFI(device) ? refusesToTouch(device) : Refusal();
         if (refusal)
             return refusal;
     }
