@@ -150,6 +150,8 @@ void ManagedInterfaces::reapply(const QString &name, NMConnection *present, guin
     NMDevice *device = m_client->device(name);
     if (!device)
         return finish(name, Refusal::noInterface(name));
+    if (Ipv4Settings::isShared(present))
+        return finish(name, {Refusal::Protected, QStringLiteral("\"%1\" shares its addresses with others").arg(name)});
     const QByteArray uuid = nm_connection_get_uuid(present);
     if (!station.own || station.uuid != uuid) {
         station.own = Ipv4Settings::copyOf(present);
@@ -187,15 +189,31 @@ void ManagedInterfaces::activate(const QString &name, NMDevice *device)
         if (!connection)
             return finish(name, refusalOf(error.get()));
         NMDevice *activated = m_client->device(name);
-        // Otherwise its states tell how it goes on.
-        if (activated && nm_device_get_state(activated) == NM_DEVICE_STATE_ACTIVATED)
-            readApplied(name);
-        else
-            m_stations[name].isActivating = true;
+        if (!activated)
+            return finish(name, Refusal::noInterface(name));
+        m_stations[name].isActivating = true;
+        // It may be on its way already, or at its end; its states tell how it goes on.
+        const bool isOver = nm_device_get_state(activated) == NM_DEVICE_STATE_FAILED
+            || nm_active_connection_get_state(connection.get()) >= NM_ACTIVE_CONNECTION_STATE_DEACTIVATING;
+        followActivation(name, activated, isOver, nm_device_get_state_reason(activated));
     };
     m_restoration->activates(device, QString::fromUtf8(nm_connection_get_uuid(NM_CONNECTION(profile))));
     nm_client_activate_connection_async(m_client->get(), NM_CONNECTION(profile), device, nullptr, nullptr,
                                         &AsyncCall::ready, AsyncCall::make(this, call));
+}
+
+void ManagedInterfaces::followActivation(const QString &name, NMDevice *device, bool isOver, NMDeviceStateReason reason)
+{
+    bool &isActivating = m_stations[name].isActivating;
+    if (!isActivating)
+        return;
+    if (isOver) {
+        const QString text = QStringLiteral("the network manager could not connect \"%1\" (reason %2)");
+        finish(name, {Refusal::ManagerRefused, text.arg(name).arg(int(reason))});
+    } else if (DeviceAttributes::isActive(device) && nm_device_get_state(device) >= NM_DEVICE_STATE_IP_CONFIG) {
+        isActivating = false;
+        readApplied(name);
+    }
 }
 
 void ManagedInterfaces::make(const QString &name, NMDevice *device)
@@ -283,30 +301,36 @@ void ManagedInterfaces::onRunningChanged(bool running)
     if (running)
         m_settling.start();
     for (auto &[name, station] : m_stations) {
-        station.isLost = true;
+        lose(&station);
         if (!running && station.isActivating)
             finish(name, managerGone());
     }
 }
 
-void ManagedInterfaces::onStateChanged(NMDevice *device, NMDeviceState now, NMDeviceState, NMDeviceStateReason reason)
+void ManagedInterfaces::onStateChanged(NMDevice *device, NMDeviceState now, NMDeviceState before,
+                                       NMDeviceStateReason reason)
 {
     const QString name = ManagerClient::nameOf(device);
     const auto found = m_stations.find(name);
     if (found == m_stations.end())
         return;
     Station &station = found->second;
-    const bool active = DeviceAttributes::isActive(device);
-    station.isLost = station.isLost || now <= NM_DEVICE_STATE_DISCONNECTED;
-    if (station.isActivating && now >= NM_DEVICE_STATE_IP_CONFIG && active) {
-        station.isActivating = false;
-        readApplied(name);
-    } else if (station.isActivating && !active) {
-        const QString text = QStringLiteral("the network manager could not connect \"%1\" (reason %2)");
-        finish(name, {Refusal::ManagerRefused, text.arg(name).arg(int(reason))});
-    } else if (now == NM_DEVICE_STATE_FAILED && reason == NM_DEVICE_STATE_REASON_IP_CONFIG_UNAVAILABLE) {
+    if (now <= NM_DEVICE_STATE_DISCONNECTED)
+        lose(&station);
+    // Somebody has disconnected what was connected for the request only.
+    if (station.isMade && now == NM_DEVICE_STATE_DEACTIVATING && reason == NM_DEVICE_STATE_REASON_USER_REQUESTED)
+        station.hasWish = false;
+    if (now == NM_DEVICE_STATE_FAILED && reason == NM_DEVICE_STATE_REASON_IP_CONFIG_UNAVAILABLE)
         tellNoLease(name, station.step);
-    }
+    // What the end of an earlier connection leads to is no end of this one.
+    const bool isQueued = before == NM_DEVICE_STATE_DEACTIVATING && now == NM_DEVICE_STATE_DISCONNECTED;
+    followActivation(name, device, !DeviceAttributes::isActive(device) && !isQueued, reason);
+}
+
+void ManagedInterfaces::lose(Station *station)
+{
+    station->isLost = true;
+    station->own.reset();
 }
 
 /*! What was applied is gone with the connection: an application's request counts until the next one. */
@@ -325,7 +349,6 @@ void ManagedInterfaces::takeUp(const QString &name, Station *station, NMDevice *
         return;
     }
     m_log->happened("manager", name + QStringLiteral(" gets again what it was given"));
-    station->own.reset();
     station->orders.enqueue({station->wish, {}});
     begin(name);
 }

@@ -66,6 +66,7 @@ private:
     void readApplied(const QString &name);
     void reapply(const QString &name, NMConnection *present, guint64 version);
     void activate(const QString &name, NMDevice *device);
+    void followActivation(const QString &name, NMDevice *device, bool isOver, NMDeviceStateReason reason);
     void make(const QString &name, NMDevice *device);
     void finish(const QString &name, const Refusal &refusal, NMConnection *applied = nullptr);
 
@@ -74,6 +75,7 @@ private:
     void tellNoLease(const QString &name, int step);
     void onRunningChanged(bool running);
     void onStateChanged(NMDevice *device, NMDeviceState now, NMDeviceState before, NMDeviceStateReason reason);
+    static void lose(Station *station);
     void takeUp(const QString &name, Station *station, NMDevice *device);
     void synchronise();
     Attributes attributesOf(const QString &name, NMDevice *device);

@@ -25,6 +25,10 @@ private Q_SLOTS:
     void sendsSettings();
     void tellsReleaseAlsoWhereNothingIs();
     void sparesThePreferredForAMomentOnly();
+    void activatesAProfile_data();
+    void activatesAProfile();
+    void activatesWhatIsStillGoingDown();
+    void activationIsRefused();
 
 private:
     std::unique_ptr<PrivateBus> m_bus;
@@ -32,7 +36,9 @@ private:
     std::unique_ptr<DaemonFixture> m_daemon;
     std::unique_ptr<ZopObject> m_control;
     QString m_device;
+    QString m_profile;
 
+    void addProfile();
     bool connectDevice();
     bool start();
 };
@@ -64,9 +70,9 @@ void ManagedInterfacesTest::cleanup()
     m_manager.reset();
 }
 
-bool ManagedInterfacesTest::connectDevice()
+void ManagedInterfacesTest::addProfile()
 {
-    const QString profile =
+    m_profile =
         m_manager->addProfile({{QStringLiteral("connection"),
                                 {{QStringLiteral("id"), QStringLiteral("house")},
                                  {QStringLiteral("uuid"), QStringLiteral("6a8e5ea9-6b3e-4d1f-9c39-0d3a4bb1c001")},
@@ -74,7 +80,15 @@ bool ManagedInterfacesTest::connectDevice()
                                {QStringLiteral("802-3-ethernet"), {}},
                                {QStringLiteral("ipv4"), {{QStringLiteral("method"), QStringLiteral("auto")}}},
                                {QStringLiteral("ipv6"), {{QStringLiteral("method"), QStringLiteral("auto")}}}});
-    m_manager->beginActivation(m_device, profile);
+    m_manager->change(
+        m_device,
+        {{QStringLiteral("AvailableConnections"), QVariant::fromValue(BusPaths {QDBusObjectPath(m_profile)})}});
+}
+
+bool ManagedInterfacesTest::connectDevice()
+{
+    addProfile();
+    m_manager->beginActivation(m_device, m_profile);
     m_manager->activate(m_device);
     m_manager->setIp4(m_device, {QStringLiteral("10.0.0.2/24"), QStringLiteral("10.0.0.3/24")},
                       QStringLiteral("10.0.0.1"));
@@ -124,6 +138,8 @@ void ManagedInterfacesTest::types_data()
                            << QStringLiteral("wired");
     QTest::addRow("usb") << 1U << QStringLiteral("Wired") << QStringLiteral("/sys/devices/pci0/usb1/1-1/net/x0")
                          << QStringLiteral("usb");
+    QTest::addRow("no usb") << 1U << QStringLiteral("Wired") << QStringLiteral("/sys/devices/pci0/net/usbnet")
+                            << QStringLiteral("wired");
     QTest::addRow("vlan") << 11U << QStringLiteral("Vlan") << QString() << QStringLiteral("wired");
     QTest::addRow("bridge") << 13U << QStringLiteral("Bridge") << QString() << QStringLiteral("wired");
     QTest::addRow("modem") << 8U << QStringLiteral("Modem") << QString() << QStringLiteral("cellular");
@@ -238,6 +254,89 @@ void ManagedInterfacesTest::sparesThePreferredForAMomentOnly()
     QCOMPARE(eth0.text("manual"), QStringLiteral("no"));
     QCOMPARE(status.text("default_interface"), QStringLiteral("eth0"));
     QTRY_COMPARE_WITH_TIMEOUT(status.text("default_interface"), QString(), Patience);
+}
+
+void ManagedInterfacesTest::activatesAProfile_data()
+{
+    QTest::addColumn<QVector<uint>>("within"); // the states before the manager answers that it begins
+    QTest::addColumn<QVector<uint>>("after");
+    QTest::addColumn<QString>("outcome");
+
+    const QString failed = QStringLiteral("13 the network manager could not connect \"eth0\" (reason 5)");
+    const QString ok = QStringLiteral("ok");
+    const QVector<uint> none;
+    QTest::addRow("comes up") << none << QVector<uint> {50, 60, 70} << ok;
+    QTest::addRow("comes up at once") << QVector<uint> {50, 60, 70} << none << ok;
+    QTest::addRow("is up at once") << QVector<uint> {50, 60, 70, 80, 90, 100} << none << ok;
+    QTest::addRow("fails") << none << QVector<uint> {50, 120} << failed;
+    QTest::addRow("is taken down") << none << QVector<uint> {50, 110} << failed;
+    QTest::addRow("is taken down at once") << QVector<uint> {50, 110} << none << failed;
+    QTest::addRow("loses its link") << none << QVector<uint> {50, 20} << failed;
+}
+
+void ManagedInterfacesTest::activatesAProfile()
+{
+    QFETCH(QVector<uint>, within);
+    QFETCH(QVector<uint>, after);
+    QFETCH(QString, outcome);
+    const auto go = [this](const QVector<uint> &states) {
+        for (const uint state : states)
+            m_manager->setState(m_device, state, state > 100 || state < 30 ? 5 : 0);
+    };
+    addProfile();
+    m_manager->setAnswer(QStringLiteral("ActivateConnection"), [&](const BusCall &call) {
+        const QString active = m_manager->beginActivation(call.pathAt(1), call.pathAt(0));
+        go(within);
+        return BusAnswer {{QVariant::fromValue(QDBusObjectPath(active))}, {}, {}};
+    });
+    QVERIFY(start());
+    Request request(m_control.get(), "net_connected", Manual);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("ActivateConnection")));
+    // The answer to this one is asked for later than that of the activation.
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'nowhere'").outcome(),
+             QStringLiteral("3 no interface \"nowhere\""));
+    QVERIFY(after.isEmpty() || request.finished.isEmpty());
+    go(after);
+    QCOMPARE(request.outcome(), outcome);
+    QCOMPARE(m_manager->calls(QStringLiteral("Reapply")).size(), outcome == QLatin1String("ok") ? 1 : 0);
+    // The interface takes other requests.
+    QVERIFY(!Request(m_control.get(), "net_disconnected", "'eth0'").outcome().isEmpty());
+}
+
+/*! The end of the connection before is no end of this one. */
+void ManagedInterfacesTest::activatesWhatIsStillGoingDown()
+{
+    addProfile();
+    m_manager->setState(m_device, 110);
+    m_manager->setAnswer(QStringLiteral("ActivateConnection"), [&](const BusCall &call) {
+        const QString active = m_manager->beginActivation(call.pathAt(1), call.pathAt(0));
+        m_manager->change(m_device, {{QStringLiteral("State"), 110}});
+        return BusAnswer {{QVariant::fromValue(QDBusObjectPath(active))}, {}, {}};
+    });
+    QVERIFY(start());
+    Request request(m_control.get(), "net_connected", Manual);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("ActivateConnection")));
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'nowhere'").outcome(),
+             QStringLiteral("3 no interface \"nowhere\""));
+    m_manager->change(m_device, {{QStringLiteral("State"), 30}});
+    m_manager->emitSignal(m_device, QStringLiteral("org.freedesktop.NetworkManager.Device"),
+                          QStringLiteral("StateChanged"), {30U, 110U, 0U});
+    m_manager->activate(m_device);
+    QCOMPARE(request.outcome(), QStringLiteral("ok"));
+}
+
+void ManagedInterfacesTest::activationIsRefused()
+{
+    addProfile();
+    m_manager->refuse(QStringLiteral("ActivateConnection"),
+                      QStringLiteral("org.freedesktop.NetworkManager.PermissionDenied"), QStringLiteral("not you"), 1);
+    m_manager->refuse(QStringLiteral("AddAndActivateConnection2"),
+                      QStringLiteral("org.freedesktop.NetworkManager.UnknownDevice"), QStringLiteral("too late"), 1);
+    QVERIFY(start());
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("9 not you"));
+    m_manager->change(m_device, {{QStringLiteral("AvailableConnections"), QVariant::fromValue(BusPaths())}});
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("3 too late"));
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
 }
 
 QTEST_GUILESS_MAIN(ManagedInterfacesTest)

@@ -28,6 +28,10 @@ private Q_SLOTS:
     void interfaceGoesAndComesBack();
     void twoApplications();
     void virtualInterface();
+    void prefersIpv4ToIpv6();
+    void countsTheMainTableOnly();
+    void leavesWhatIsSharedAlone();
+    void isNotConnectedAgainByForce();
 
 private:
     using Configuring = Watched<AsyncNetworkInterfaceOperation>;
@@ -120,7 +124,7 @@ void VethInterfacesTest::usesItsOwnProfile()
 
 void VethInterfacesTest::refusesBadSettings()
 {
-    // The daemon's own check, then one that only the manager makes.
+    // The daemon's own check, then what it knows of the manager.
     auto stranger = configure("vt0", byHand("10.9.0.77", "10.8.0.1"));
     QCOMPARE(stranger->outcome(),
              QStringLiteral("4 The system was unable to configure the interface. "
@@ -230,7 +234,6 @@ void VethInterfacesTest::managerComesBack()
 {
     QCOMPARE(configure("vt0", byHand("10.9.0.77", "10.9.0.9"))->outcome(), QStringLiteral("ok"));
     QTRY_COMPARE_WITH_TIMEOUT(text("vt0"), QStringLiteral("manual 10.9.0.77/24 via 10.9.0.9 connected"), Patience);
-    QSignalSpy removed(service(), &NetworkInterfaceService::interfaceDisconnected);
     manager().stop();
     QVERIFY(manager().start());
     QVERIFY(isSpoken("vt0 gets again what it was given"));
@@ -289,6 +292,64 @@ void VethInterfacesTest::virtualInterface()
     QVERIFY(!interface("vt0").isVirtual());
     shell("ip link del vt0.7");
     QTRY_COMPARE_WITH_TIMEOUT(interface("vt0.7").name(), QString(), Patience);
+}
+
+void VethInterfacesTest::prefersIpv4ToIpv6()
+{
+    const Seen status {QLatin1String(Status)};
+    shell("nmcli connection add type ethernet ifname vt1 con-name other ipv4.method disabled ipv6.method manual "
+          "ipv6.addresses fd00:9::2/64 ipv6.gateway fd00:9::1 ipv6.route-metric 5");
+    shell("nmcli connection up other");
+    shell("ip link add vt2 type veth peer name vp2 netns peer && ip -n peer link set vp2 up");
+    shell("nmcli connection add type ethernet ifname vt2 con-name third ipv4.method disabled ipv6.method manual "
+          "ipv6.addresses fd00:8::2/64 ipv6.gateway fd00:8::1 ipv6.route-metric 4");
+    shell("nmcli connection up third");
+    QTRY_COMPARE_WITH_TIMEOUT(status.text("priority"), QStringLiteral("[\"vt0\",\"vt2\",\"vt1\"]"), Patience);
+    QCOMPARE(service()->preferredInterface().name(), QStringLiteral("vt0"));
+    shell("nmcli connection down house");
+    QTRY_COMPARE_WITH_TIMEOUT(service()->preferredInterface().name(), QStringLiteral("vt2"), Patience);
+    QCOMPARE(Seen(interfacePath("vt2")).text("ip_gateway"), QStringLiteral("[\"fd00:8::1\"]"));
+    shell("ip link del vt2");
+    QTRY_COMPARE_WITH_TIMEOUT(service()->preferredInterface().name(), QStringLiteral("vt1"), Patience);
+}
+
+void VethInterfacesTest::countsTheMainTableOnly()
+{
+    shell("nmcli connection add type ethernet ifname vt1 con-name other ipv4.route-metric 5 ipv4.route-table 200");
+    shell("nmcli connection up other");
+    QTRY_VERIFY_WITH_TIMEOUT(interface("vt1").connected(), Patience);
+    // Which comes after whatever was told of vt1.
+    QCOMPARE(configure("vt0", byHand("10.9.0.77", "10.9.0.9"))->outcome(), QStringLiteral("ok"));
+    QTRY_COMPARE_WITH_TIMEOUT(text("vt0"), QStringLiteral("manual 10.9.0.77/24 via 10.9.0.9 connected"), Patience);
+    QCOMPARE(service()->preferredInterface().name(), QStringLiteral("vt0"));
+    QCOMPARE(kernelRoute(), QStringLiteral("vt0 10.9.0.9"));
+    shell("nmcli device modify vt1 ipv4.route-table 254");
+    QTRY_COMPARE_WITH_TIMEOUT(service()->preferredInterface().name(), QStringLiteral("vt1"), Patience);
+}
+
+void VethInterfacesTest::leavesWhatIsSharedAlone()
+{
+    shell("nmcli connection add type ethernet ifname vt1 con-name other ipv4.method shared "
+          "ipv4.addresses 10.9.1.50/24");
+    shell("nmcli connection up other");
+    QTRY_VERIFY_WITH_TIMEOUT(interface("vt1").connected(), Patience);
+    QCOMPARE(configure("vt1", byHand("10.9.1.77", "10.9.1.9"))->outcome(),
+             QStringLiteral("12 The system was unable to configure the interface. "
+                            "(\"vt1\" shares its addresses with others)"));
+    QCOMPARE(kernelAddresses("vt1"), QStringList {QStringLiteral("10.9.1.50/24")});
+}
+
+void VethInterfacesTest::isNotConnectedAgainByForce()
+{
+    QCOMPARE(configure("vt1", byHand("10.9.1.77", "10.9.1.9"))->outcome(), QStringLiteral("ok"));
+    QTRY_COMPARE_WITH_TIMEOUT(text("vt1"), QStringLiteral("manual 10.9.1.77/24 via 10.9.1.9 connected"), Patience);
+    shell("nmcli device disconnect vt1");
+    QTRY_COMPARE_WITH_TIMEOUT(text("vt1"), QStringLiteral("auto apart"), Patience);
+    // A request comes after whatever it would have done by itself.
+    QCOMPARE(configure("vt0", byHand("10.9.0.77", "10.9.0.9"))->outcome(), QStringLiteral("ok"));
+    QTRY_COMPARE_WITH_TIMEOUT(text("vt0"), QStringLiteral("manual 10.9.0.77/24 via 10.9.0.9 connected"), Patience);
+    QVERIFY(!daemon().errors().contains("vt1 gets again what it was given"));
+    QCOMPARE(kernelAddresses("vt1"), QStringList());
 }
 
 QTEST_GUILESS_MAIN(VethInterfacesTest)
