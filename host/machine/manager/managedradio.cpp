@@ -79,6 +79,17 @@ void ManagedRadio::carryOut(const WifiRequest &request, const AnswerCall &answer
     }
 }
 
+void ManagedRadio::lend(const QString &interface)
+{
+    if (m_client->radio() && ManagerClient::nameOf(NM_DEVICE(m_client->radio())) == interface)
+        m_wanted.lend();
+}
+
+bool ManagedRadio::takeBack(const QString &)
+{
+    return m_wanted.takeBack();
+}
+
 Refusal ManagedRadio::refuses(const WifiRequest &request) const
 {
     if (!m_client->isRunning())

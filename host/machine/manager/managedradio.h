@@ -3,6 +3,7 @@
 #define MORVEK_HOSTD_MANAGEDRADIO_H
 
 #include "radiocontrol.h"
+#include "radioloan.h"
 #include "radioscan.h"
 #include "wantednetwork.h"
 
@@ -18,7 +19,7 @@ class World;
 struct SeenAccessPoint;
 
 /*! Keeps the Wi-Fi status of the world like the first radio of the network manager, and has that one scan and join. */
-class ManagedRadio : public QObject, public RadioControl
+class ManagedRadio : public QObject, public RadioControl, public RadioLoan
 {
     Q_OBJECT
 
@@ -29,6 +30,9 @@ public:
     ~ManagedRadio() override;
 
     void carryOut(const WifiRequest &request, const AnswerCall &answer) override;
+
+    void lend(const QString &interface) override;
+    bool takeBack(const QString &interface) override;
 
 private:
     Q_DISABLE_COPY(ManagedRadio)

@@ -103,6 +103,16 @@ void WantedNetwork::leave(const AnswerCall &answer)
         }));
 }
 
+bool WantedNetwork::takeBack()
+{
+    const bool isWanted = std::exchange(m_isLent, false) && m_step != Idle;
+    if (isWanted && m_step != Joining) {
+        await(Blocked);
+        proceed();
+    }
+    return isWanted;
+}
+
 void WantedNetwork::look()
 {
     if (!m_client->isRunning())
@@ -138,7 +148,7 @@ void WantedNetwork::setJoined(NMDevice *radio)
 bool WantedNetwork::isFree() const
 {
     NMDevice *radio = NM_DEVICE(m_client->radio());
-    if (!radio || !m_client->isRunning())
+    if (!radio || !m_client->isRunning() || m_isLent)
         return false;
     NMActiveConnection *active = nm_device_get_active_connection(radio);
     const NMDeviceState state = nm_device_get_state(radio);

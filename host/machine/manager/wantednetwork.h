@@ -34,6 +34,10 @@ public:
     void select(int identifier, const WifiNetwork &network, const AnswerCall &answer);
     /*! Leaves whatever network the radio is in, and answers with what the manager says to that. */
     void leave(const AnswerCall &answer);
+    /*! The radio does something else: what is wanted is not joined before it is taken back. */
+    void lend() { m_isLent = true; }
+    /*! True when a network is joined now, or will be. */
+    bool takeBack();
     /*! Something has changed: perhaps there is something to do. */
     void look();
 
@@ -103,6 +107,7 @@ private:
     bool m_isPending = false;      // a client waits for the network
     int m_failures = 0;            // in a row
     QByteArray m_before;           // the connection that the radio had when the network was selected
+    bool m_isLent = false;         // the radio, to a hotspot
     QTimer m_patience;             // ends a step that a scan should end
     QByteArray m_held;             // the radio that must not join by itself
     bool m_joinedByItself = false; // before

@@ -37,6 +37,7 @@ private Q_SLOTS:
     void selectsAnother();
     void passkeyStaysSecret();
     void remembers();
+    void joinsAgainAfterTheHotspot();
 
 private:
     void finishScan() { m_manager->finishScan(m_wifi); }
@@ -407,6 +408,43 @@ void ManagedRadioJoiningTest::remembers()
     QCOMPARE(stored.settings(0)[QStringLiteral("802-11-wireless-security")][QStringLiteral("psk")].toString(),
              QLatin1String(Passkey));
     QCOMPARE(stored.arguments.at(1).toUInt(), 1U);
+}
+
+void ManagedRadioJoiningTest::joinsAgainAfterTheHotspot()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    ZopObject control(QLatin1String(TetheringControl), ZopObject::ReadWrite, false);
+    Seen hotspot {QLatin1String(TetheringStatus)};
+    Request start(&control, "start",
+                  R"({"type":"lan","lantype":"wlanap","wantype":"bridge","lancfg":{"dhcp_lease_time":"120",)"
+                  R"("gateway_address":"192.168.0.1","gateway_subnet":"255.255.255.0"},"lanprofile":{"ssid":"car",)"
+                  R"("passphrase":"drive safely 8","mhs_band":"2.4","max_num_sta":5,"security_type":"wpa2",)"
+                  R"("autoshutdown_time":0,"privacy":false,"block_conn":false}})");
+    const BusSettings profile = join(2).settings(0);
+    QCOMPARE(profile[QStringLiteral("802-11-wireless")][QStringLiteral("mode")].toString(), QStringLiteral("ap"));
+    m_manager->change(m_wifi, {{QStringLiteral("Mode"), 3U}});
+    m_manager->activate(m_wifi);
+    QCOMPARE(start.outcome(), QStringLiteral("ok"));
+    QCOMPARE(last("wifi_status"), QString());
+    // The radio is not asked for while it is an access point.
+    finishScan();
+    QTRY_COMPARE(last("last_event"), QStringLiteral("CTRL-EVENT-SCAN-RESULTS "));
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 2);
+
+    Request stop(&control, "stop");
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("DeactivateConnection")));
+    m_manager->change(m_wifi, {{QStringLiteral("Mode"), 2U}});
+    m_manager->setState(m_wifi, 30);
+    QCOMPARE(stop.outcome(), QStringLiteral("ok"));
+    QCOMPARE(join(3).settings(0)[QStringLiteral("802-11-wireless")][QStringLiteral("ssid")].toByteArray(),
+             QByteArray("House"));
+    m_manager->activate(m_wifi);
+    QTRY_VERIFY(last("wifi_status").contains(QLatin1String("House")));
+    QCOMPARE(m_manager->calls(QStringLiteral("ActivateConnection")).size(), 0);
 }
 
 QTEST_GUILESS_MAIN(ManagedRadioJoiningTest)
