@@ -111,8 +111,8 @@ bool ManagedMachine::start(const QString &root, QString *error)
                                                      parts.options.remember);
     }
     if (HotspotPlace::exists(parts.client))
-        parts.hotspot =
-            std::make_unique<ManagedHotspot>(&parts.client, &parts.restoration, parts.radio.get(), parts.world, parts.log);
+        parts.hotspot = std::make_unique<ManagedHotspot>(&parts.client, &parts.restoration, parts.radio.get(),
+                                                         parts.world, parts.log);
     else if (parts.client.radio())
         parts.log->trouble(
             QStringLiteral("no radio of this machine can be an access point: the tethering daemon is not served"));
