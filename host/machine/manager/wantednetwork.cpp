@@ -62,7 +62,7 @@ WantedNetwork::~WantedNetwork() = default;
 
 void WantedNetwork::select(int identifier, const WifiNetwork &network, const AnswerCall &answer)
 {
-    overtake(QStringLiteral("another network has been selected meanwhile"));
+    overtake();
     if (m_wish.attempt && m_wish.attempt->isJoined())
         m_former = m_wish;
     else
@@ -80,7 +80,7 @@ void WantedNetwork::select(int identifier, const WifiNetwork &network, const Ans
 
 void WantedNetwork::leave(const AnswerCall &answer)
 {
-    overtake(QStringLiteral("the network has been left meanwhile"));
+    overtake();
     forget(&m_former);
     forget(&m_wish);
     m_isPending = false;
@@ -323,9 +323,10 @@ void WantedNetwork::giveUp()
     hold(false);
 }
 
-void WantedNetwork::overtake(const QString &text)
+/*! A refusal would end what its client waits for, which may be another network by now. */
+void WantedNetwork::overtake()
 {
-    reply({Refusal::ManagerRefused, text});
+    reply({});
 }
 
 void WantedNetwork::reply(const Refusal &refusal)

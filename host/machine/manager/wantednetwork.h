@@ -89,7 +89,7 @@ private:
     void countFailure();
     void tellNotFound();
     void giveUp();
-    void overtake(const QString &text);
+    void overtake();
     void reply(const Refusal &refusal);
     void forget(Wish *wish);
     void hold(bool holds);

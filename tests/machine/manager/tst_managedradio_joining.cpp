@@ -35,6 +35,8 @@ private Q_SLOTS:
     void leaves();
     void leavesWhileJoining();
     void selectsAnother();
+    void isOvertaken_data();
+    void isOvertaken();
     void passkeyStaysSecret();
     void remembers();
     void joinsAgainAfterTheHotspot();
@@ -369,6 +371,38 @@ void ManagedRadioJoiningTest::selectsAnother()
     told(4);
     finishScan();
     QCOMPARE(join(3).pathAt(2), m_guest);
+}
+
+void ManagedRadioJoiningTest::isOvertaken_data()
+{
+    QTest::addColumn<QByteArray>("message");
+    QTest::addColumn<QByteArray>("dat");
+    QTest::newRow("by another network") << QByteArray("wnet_select") << QByteArray("1");
+    QTest::newRow("by leaving") << QByteArray("wnet_disableall") << QByteArray();
+}
+
+/*! Its client may wait for another network when the reply comes: a refusal would be taken for that one's. */
+void ManagedRadioJoiningTest::isOvertaken()
+{
+    QFETCH(const QByteArray, message);
+    QFETCH(const QByteArray, dat);
+    startDaemons();
+    QCOMPARE(request("wnet_new", "{'ssid':'Far','key_mgmt':'NONE'}"), QStringLiteral("ok"));
+    QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), QStringLiteral("ok"));
+    ZopObject control(QLatin1String(WifiControl), ZopObject::ReadWrite, false);
+    Request select(&control, "wnet_select", "0");
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
+    Request other(&control, message.constData(), dat.isEmpty() ? nullptr : dat.constData());
+    QCOMPARE(select.outcome(), QStringLiteral("ok"));
+    QCOMPARE(other.outcome(), QStringLiteral("ok"));
+    // It is not wanted any longer.
+    addAccessPoint("Far", 5, 0);
+    finishScan();
+    Connect connect(connectTo("House", Passkey));
+    const int before = message == "wnet_select" ? 1 : 0;
+    QCOMPARE(join(before + 1).pathAt(2), m_house);
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
 }
 
 void ManagedRadioJoiningTest::passkeyStaysSecret()
