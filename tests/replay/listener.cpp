@@ -2,6 +2,7 @@
 #include "listener.h"
 
 #include "asyncwifiscanoperation.h"
+#include "daemonclient.h"
 #include "hotspotservice.h"
 #include "networkinterfaceservice.h"
 #include "wifiservice.h"
@@ -48,7 +49,10 @@ Listener::Listener()
 {
     const auto noteOf = [this](const char *what) {
         return [this, what](const NetworkInterface &interface) {
-            note(QLatin1String(what) + QLatin1Char(' ') + textOf(interface));
+            if (interface.name() == QLatin1String("veth0"))
+                m_mark = interface.maxTransmissionUnit();
+            else
+                note(QLatin1String(what) + QLatin1Char(' ') + textOf(interface));
         };
     };
     connect(m_interfaces.get(), &NetworkInterfaceService::interfaceConfigurationChanged, this, noteOf("changed"));
@@ -65,6 +69,13 @@ Listener::Listener()
 }
 
 Listener::~Listener() = default;
+
+bool Listener::waitForMark(int number) const
+{
+    const bool hasHeard = QTest::qWaitFor([&] { return m_mark == number; }, Patience);
+    QCoreApplication::processEvents(); // what came before it may have been read after it
+    return hasHeard;
+}
 
 bool Listener::isReady() const
 {

@@ -14,6 +14,7 @@ public:
     RecordProcess(const QString &file, const QStringList &arguments = {})
         : m_file(file)
     {
+        QFile::remove(file); // what another one has written
         m_process.start(QStringLiteral(MORVEK_ZOP), QStringList {QStringLiteral("record"), file} + arguments);
     }
     ~RecordProcess()
@@ -39,6 +40,11 @@ public:
     bool waitFor(const QByteArray &text)
     {
         return QTest::qWaitFor([&] { return lines().join().contains(text); }, 20000);
+    }
+    /*! Whether it has written so many lines, and no more. */
+    bool waitForLines(int number)
+    {
+        return QTest::qWaitFor([&] { return lines().size() >= number; }, 20000) && lines().size() == number;
     }
     /*! Its exit code after the signal \a number; -1 when it does not end so. */
     int end(int number)

@@ -2,6 +2,7 @@
 #include "daemonclient.h"
 #include "listener.h"
 #include "recordprocess.h"
+#include "stageclient.h"
 
 #include <QtCore/QRegularExpression>
 
@@ -9,19 +10,20 @@ using namespace morvek;
 
 namespace {
 
-// It begins when everybody is there. The last event, and nothing else, makes an MTU of 1999.
+// Each event is one update of one object, so that whoever listens hears of it on its own: the ranking is told before an
+// interface comes or goes. "%1" is the timeline.
 const char Story[] = R"({
-    'delays': { 'lease': 1500, 'associate': 1500, 'manual': 1500, 'release': 500 },
     'interfaces': [
-        { 'name': 'eth0', 'type': 'wired', 'link_address': '02:00:00:00:10:01',
+        { 'name': 'eth0', 'type': 'wired', 'link_address': '02:00:00:00:10:01', 'connected': true,
           'lease': { 'ip_addresses': ['10.20.0.40/255.255.0.0'], 'ip_gateway': ['10.20.0.1'] } },
         { 'name': 'eth0.5', 'type': 'wired', 'parent_interface': 'eth0',
           'manual': { 'ip_addresses': ['172.16.5.2/255.255.255.0'], 'ip_gateway': ['172.16.5.1'] } },
         { 'name': 'wlan0', 'type': 'wifi', 'link_address': '02:00:00:00:10:02' },
-        { 'name': 'usb0', 'type': 'usb', 'present': false, 'connected': false,
-          'lease': { 'ip_addresses': ['192.168.42.129/255.255.255.0'], 'ip_gateway': ['192.168.42.1'] } }
+        { 'name': 'usb0', 'type': 'usb', 'connected': false,
+          'lease': { 'ip_addresses': ['192.168.42.129/255.255.255.0'], 'ip_gateway': ['192.168.42.1'] } },
+        { 'name': 'veth0', 'type': 'wired', 'connected': false }
     ],
-    'priority': ['wlan0', 'eth0', 'usb0', 'eth0.5'],
+    'priority': ['wlan0', 'eth0', 'usb0', 'eth0.5', 'veth0'],
     'wifi': {
         'interface': 'wlan0', 'connected': '02:00:00:00:20:01',
         'access_points': [
@@ -37,37 +39,83 @@ const char Story[] = R"({
     },
     'hotspot': { 'profile': { 'ssid': 'Car', 'passphrase': 'drive safely', 'mhs_band': '5.0', 'max_num_sta': 10,
         'security_type': 'wpa2', 'autoshutdown_time': 600, 'privacy': false, 'block_conn': false } },
-    'timeline': [
-        { 'at': 15000, 'event': 'link-lost', 'interface': 'eth0' },
-        { 'at': 16000, 'event': 'appear', 'interface': 'usb0' },
-        { 'at': 17000, 'event': 'link-regained', 'interface': 'eth0' },
-        { 'at': 18000, 'event': 'set', 'interface': 'eth0', 'attributes': { 'mtu': 1500 } },
-        { 'at': 19000, 'event': 'set', 'interface': 'eth0', 'attributes': { 'mtu': 1500 } },
-        { 'at': 20000, 'event': 'set', 'interface': 'eth0', 'attributes': { 'link_address': { 'base64': '/wD+' } } },
-        { 'at': 21000, 'event': 'remove', 'interface': 'eth0', 'attributes': ['link_address'] },
-        { 'at': 22000, 'event': 'roam', 'bssid': '02:00:00:00:20:02' },
-        { 'at': 23000, 'event': 'wifi-event', 'text': 'CTRL-EVENT-NOBODY-KNOWS' },
-        { 'at': 24000, 'event': 'dropped', 'reason': 6 },
-        { 'at': 25000, 'event': 'vanish', 'interface': 'usb0' },
-        { 'at': 26000, 'event': 'appear', 'interface': 'usb0' },
-        { 'at': 27000, 'event': 'hotspot-starts' },
-        { 'at': 28000, 'event': 'vanish', 'interface': 'wlan0' },
-        { 'at': 29000, 'event': 'appear', 'interface': 'wlan0' },
-        { 'at': 30000, 'event': 'set', 'object': 'status_public', 'attributes': { 'default_interface': 'nobody' } },
-        { 'at': 31000, 'event': 'priority', 'order': ['eth0', 'usb0', 'wlan0', 'eth0.5'] },
-        { 'at': 32000, 'event': 'set', 'interface': 'wlan0', 'attributes': { 'ip_addresses': 'garbage' } },
-        { 'at': 33000, 'event': 'radio-off' },
-        { 'at': 34000, 'event': 'hotspot-stops' },
-        { 'at': 35000, 'event': 'set', 'interface': 'eth0', 'attributes': { 'mtu': 1999 } }
-    ]
+    'timeline': [%1]
 })";
-const QByteArray LastThing("\"1999\"");
+
+const QStringList Events {
+    QStringLiteral("'event': 'set', 'interface': 'eth0', 'attributes': { 'connected': false, 'ip_addresses': [] }"),
+    QStringLiteral("'event': 'default', 'interface': 'wlan0'"),
+    QStringLiteral("'event': 'priority', 'order': ['eth0', 'usb0', 'wlan0', 'eth0.5', 'veth0']"),
+    QStringLiteral("'event': 'set', 'interface': 'eth0', 'attributes': { 'connected': true, 'ip_addresses': "
+                   "['10.20.0.41/255.255.0.0'] }"),
+    QStringLiteral("'event': 'set', 'interface': 'eth0', 'attributes': { 'mtu': 1500 }"),
+    QStringLiteral("'event': 'set', 'interface': 'eth0', 'attributes': { 'mtu': 1500 }"),
+    QStringLiteral("'event': 'set', 'interface': 'eth0', 'attributes': { 'link_address': { 'base64': '/wD+' } }"),
+    QStringLiteral("'event': 'remove', 'interface': 'eth0', 'attributes': ['link_address']"),
+    QStringLiteral("'event': 'set', 'object': 'wifi/status', 'attributes': { 'wifi_status': { 'encoding': 'json', "
+                   "'text': '{\\'bssid\\':\\'02:00:00:00:20:02\\',\\'ssid\\':\\'Home\\',\\'key_mgmt\\':"
+                   "\\'WPA2-PSK\\',\\'pairwise_cipher\\':\\'CCMP\\'}' } }"),
+    QStringLiteral("'event': 'wifi-event', 'text': 'CTRL-EVENT-NOBODY-KNOWS'"),
+    QStringLiteral("'event': 'remove', 'object': 'wifi/status', 'attributes': ['wifi_status']"),
+    QStringLiteral(
+        "'event': 'set', 'object': 'status_public', 'attributes': { 'priority': ['eth0','wlan0','eth0.5','veth0'] }"),
+    QStringLiteral("'event': 'vanish', 'interface': 'usb0'"),
+    QStringLiteral("'event': 'set', 'object': 'status_public', 'attributes': { 'priority': "
+                   "['eth0','usb0','wlan0','eth0.5','veth0'] }"),
+    QStringLiteral("'event': 'appear', 'interface': 'usb0'"),
+    QStringLiteral("'event': 'set', 'object': 'tethering/status', 'attributes': { 'state': 'ACTIVE' }"),
+    QStringLiteral("'event': 'default', 'interface': ''"),
+    QStringLiteral("'event': 'set', 'interface': 'wlan0', 'attributes': { 'ip_addresses': 'garbage' }"),
+    QStringLiteral("'event': 'set', 'object': 'wifi/status', 'attributes': { 'wifi_power': 'off' }"),
+    QStringLiteral(
+        "'event': 'set', 'object': 'status_public', 'attributes': { 'priority': ['eth0','wlan0','eth0.5','veth0'] }"),
+    QStringLiteral("'event': 'vanish', 'interface': 'usb0'"),
+    QStringLiteral("'event': 'set', 'object': 'tethering/status', 'attributes': { 'state': 'INACTIVE' }"),
+};
+
+// One a second; a mark before the first one, and after each.
+constexpr int Second = 1000;
+
+QByteArray story()
+{
+    QStringList timeline;
+    const auto add = [&timeline](const QString &event) {
+        timeline += QStringLiteral("{ 'at': %1, %2 }").arg((timeline.size() + 1) * Second).arg(event);
+    };
+    const auto mark = [&add](int number) {
+        add(QStringLiteral("'event': 'set', 'interface': 'veth0', 'attributes': { 'mtu': %1 }").arg(number));
+    };
+    mark(2000);
+    for (int i = 0; i < Events.size(); ++i) {
+        add(Events.at(i));
+        mark(2001 + i);
+    }
+    return QString::fromUtf8(Story).arg(timeline.join(QLatin1Char(','))).toUtf8();
+}
+
+const int LastMark = 2000 + Events.size();
+
+/*! The number of the mark that a line makes; 0 when it makes none. */
+int markOf(const QByteArray &line)
+{
+    static const QRegularExpression pattern(QStringLiteral("interfaces/veth0\",\"set\".*\"(2[0-9]{3})\""));
+    return pattern.match(QString::fromUtf8(line)).captured(1).toInt();
+}
 
 QByteArrayList withoutTimes(const QByteArrayList &lines)
 {
     QByteArrayList result;
     for (const QByteArray &line : lines.mid(1))
         result += line.mid(line.indexOf(','));
+    return result;
+}
+
+/*! What happened to each object, in order. */
+QMap<QByteArray, QByteArrayList> byObject(const QByteArrayList &lines)
+{
+    QMap<QByteArray, QByteArrayList> result;
+    for (const QByteArray &line : withoutTimes(lines))
+        result[line.mid(0, line.indexOf(",\"", 1))] += line;
     return result;
 }
 
@@ -82,10 +130,9 @@ private Q_SLOTS:
     void initTestCase();
 
     void recordsEverythingInOrder();
-    void theApplicationHearsTheSame_data();
     void theApplicationHearsTheSame();
-    void itsRecordingIsTheSame();
     void redactedItIsTheSameStory();
+    void playedAtOnceEachObjectTellsTheSame();
     void refusesRequests();
     void refusesActs();
     void takesNoTime();
@@ -94,8 +141,15 @@ private Q_SLOTS:
 
 private:
     QString file(const char *name) const { return m_folder.filePath(QLatin1String(name)); }
-    /*! Lets so many \a seconds pass. */
-    bool pass(const DaemonFixture &daemon, int seconds) const;
+    /*! What is seen and heard of a replay. */
+    struct Replayed
+    {
+        QStringList notes;
+        QByteArrayList lines;
+        QByteArrayList redacted;
+    };
+    /*! Goes on when everybody has heard of the last thing. */
+    void play(QByteArrayList lines, Replayed *replayed) const;
     bool startReplay(DaemonFixture *daemon, const QString &recording, const QStringList &arguments) const;
     QString write(const QByteArrayList &lines) const;
 
@@ -105,19 +159,42 @@ private:
     QStringList m_notes;       // of who has listened to it
 };
 
-bool ReplayTest::pass(const DaemonFixture &daemon, int seconds) const
-{
-    // Whoever listens here is served meanwhile.
-    ChildProcess process;
-    QSignalSpy finished(&process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished));
-    process.start(HostdProcess::program(),
-                  {QStringLiteral("--root"), daemon.root(), QStringLiteral("pass"), QString::number(1000 * seconds)});
-    return finished.wait(Patience) && process.exitCode() == 0;
-}
-
 bool ReplayTest::startReplay(DaemonFixture *daemon, const QString &recording, const QStringList &arguments) const
 {
     return daemon->process().start(daemon->root(), QStringList {QStringLiteral("--replay"), recording} + arguments);
+}
+
+void ReplayTest::play(QByteArrayList lines, Replayed *replayed) const
+{
+    // A line a second, so that each can be waited for.
+    int present = 0;
+    for (int i = 1; i < lines.size(); ++i) {
+        if (lines.at(i).contains("\"present\""))
+            present = i + 1;
+        else
+            lines[i] =
+                "{\"t\":" + QByteArray::number((i - present + 1) * Second) + lines.at(i).mid(lines.at(i).indexOf(','));
+    }
+    DaemonFixture daemon;
+    QVERIFY(startReplay(&daemon, write(lines), {QStringLiteral("--hold")}));
+    StageClient stage(daemon.root());
+    RecordProcess recorder(file("again"));
+    RecordProcess redacting(file("redacted"), {QStringLiteral("--redact")});
+    Listener listener;
+    QVERIFY(QTest::qWaitFor([&] { return listener.isReady(); }, Patience));
+    QVERIFY(recorder.waitForLines(present));
+    QVERIFY(redacting.waitForLines(present));
+    listener.scan();
+    for (int i = present; i < lines.size(); ++i) {
+        QCOMPARE(stage.act("{'pass':1000}"), QStringLiteral("done"));
+        QVERIFY(recorder.waitForLines(i + 1));
+        QVERIFY(redacting.waitForLines(i + 1));
+        if (const int number = markOf(lines.at(i)))
+            QVERIFY2(listener.waitForMark(number), lines.at(i).constData());
+    }
+    QCOMPARE(recorder.end(SIGINT), 0);
+    QCOMPARE(redacting.end(SIGTERM), 0);
+    *replayed = {listener.notes, recorder.lines(), redacting.lines()};
 }
 
 QString ReplayTest::write(const QByteArrayList &lines) const
@@ -129,18 +206,23 @@ QString ReplayTest::write(const QByteArrayList &lines) const
 
 void ReplayTest::initTestCase()
 {
-    qRegisterMetaType<QProcess::ExitStatus>();
     DaemonFixture daemon;
-    QVERIFY(daemon.startWith(Story, {QStringLiteral("--speed"), QStringLiteral("4")}));
+    QVERIFY(daemon.startWith(story().constData(), {QStringLiteral("--hold")}));
+    StageClient stage(daemon.root());
     RecordProcess recorder(file("story"));
     Listener listener;
     QVERIFY(QTest::qWaitFor([&] { return listener.isReady(); }, Patience));
     QVERIFY(recorder.waitFor("tethering/status"));
     listener.scan();
     QVERIFY(QTest::qWaitFor([&] { return !listener.notes.isEmpty(); }, Patience));
-    QVERIFY(recorder.waitFor(LastThing));
-    QVERIFY(QTest::qWaitFor([&] { return listener.hasHeardTheEnd(); }, Patience));
-
+    QVERIFY(recorder.waitFor("scan_results"));
+    // The next thing happens when everybody has heard of the last one.
+    for (int number = 2000, size = recorder.lines().size(); number <= LastMark; ++size) {
+        QCOMPARE(stage.act("{'pass':1000}"), QStringLiteral("done"));
+        QVERIFY2(recorder.waitForLines(size + 1), recorder.lines().mid(size).join().constData());
+        if (markOf(recorder.lines().constLast()) == number)
+            QVERIFY2(listener.waitForMark(number++), qPrintable(QString::number(number)));
+    }
     QCOMPARE(recorder.end(SIGINT), 0);
     QCOMPARE(recorder.errors(), QByteArray());
     m_lines = recorder.lines();
@@ -162,74 +244,33 @@ void ReplayTest::recordsEverythingInOrder()
     QCOMPARE(placeOf("^\\{\"t\":[0-9]+,\"object\":\"/zop/services/networking/all/interfaces/"
                      "eth0\",\"present\":\\{\"connected\":\\{\"encoding\":\"text\",\"text\":\"(true|false)\"\\}"),
              1);
-    QCOMPARE(all.count("\"present\""), 6); // three interfaces and what ranks them, the radio, the hotspot
+    QCOMPARE(all.count("\"present\""), 8); // five interfaces and what ranks them, the radio, the hotspot
     QVERIFY(!all.contains("control"));
+    // Nothing is told twice, and nothing is missed: one line for each event, and one for each mark.
+    int first = placeOf("interfaces/veth0\",\"set\"");
+    QVERIFY(placeOf("scan_results") > 8 && placeOf("scan_results") < first);
+    QCOMPARE(m_lines.size() - first, 2 * Events.size() + 1);
     // Told again, though it is what it was; and what is no text.
     const char *same = "eth0\",\"set\":\\{\"mtu\":\\{\"encoding\":\"number\",\"text\":\"1500\"\\}\\}\\}\n$";
-    const int first = placeOf(same);
-    QCOMPARE(placeOf(same, first + 1), first + 1);
+    first = placeOf(same);
+    QCOMPARE(placeOf(same, first + 1), first + 2); // a mark is between
     QCOMPARE(placeOf("eth0\",\"set\":\\{\"link_address\":\\{\"base64\":\"/wD\\+\",\"encoding\":\"text\"\\}\\}\\}\n$"),
-             first + 2);
-    QCOMPARE(placeOf("eth0\",\"removed\":\\[\"link_address\"\\]\\}\n$"), first + 3);
+             first + 4);
+    QCOMPARE(placeOf("eth0\",\"removed\":\\[\"link_address\"\\]\\}\n$"), first + 6);
     const int gone = placeOf("usb0\",\"gone\":true\\}\n$");
-    const int back = placeOf("usb0\",\"created\":", gone);
-    QVERIFY(first < gone && gone < back);
-    QVERIFY(placeOf("scan_results") > 6 && placeOf("scan_results") < placeOf("usb0\",\"created\":"));
-}
-
-void ReplayTest::theApplicationHearsTheSame_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::newRow("held") << QStringList {QStringLiteral("--hold")};
-    QTest::newRow("in time") << QStringList();
-    QTest::newRow("fast") << QStringList {QStringLiteral("--speed"), QStringLiteral("20")};
+    QCOMPARE(placeOf("usb0\",\"created\":", gone), gone + 4);
 }
 
 void ReplayTest::theApplicationHearsTheSame()
 {
-    QFETCH(QStringList, arguments);
-    QVERIFY(m_notes.size() > 30);
-    // The application has to be there before anything happens.
-    const int head = arguments.isEmpty() ? 2000 : 40000;
-    QByteArrayList lines = m_lines;
-    for (QByteArray &line : lines) {
-        const int comma = line.indexOf(',');
-        const QByteArray time = line.left(comma).mid(5);
-        if (line.startsWith("{\"t\":") && !line.contains("\"present\""))
-            line = "{\"t\":" + QByteArray::number(time.toInt() + head) + line.mid(comma);
-    }
-    DaemonFixture daemon;
-    QVERIFY(startReplay(&daemon, write(lines), arguments));
-    Listener listener;
-    QVERIFY(QTest::qWaitFor([&] { return listener.isReady(); }, Patience));
-    listener.scan();
-    if (arguments.contains(QStringLiteral("--hold")))
-        QVERIFY(pass(daemon, 3600));
-    QVERIFY(QTest::qWaitFor([&] { return listener.hasHeardTheEnd(); }, Patience));
-    for (int i = 0; i < qMin(m_notes.size(), listener.notes.size()); ++i)
-        QCOMPARE(listener.notes.at(i), m_notes.at(i));
-    QCOMPARE(listener.notes.size(), m_notes.size());
-}
-
-void ReplayTest::itsRecordingIsTheSame()
-{
-    DaemonFixture daemon;
-    QVERIFY(startReplay(&daemon, file("story"), {QStringLiteral("--hold")}));
-    RecordProcess recorder(file("again"));
-    RecordProcess redacting(file("redacted"), {QStringLiteral("--redact")});
-    QVERIFY(recorder.waitFor("tethering/status"));
-    QVERIFY(redacting.waitFor("tethering/status"));
-    QVERIFY(pass(daemon, 3600));
-    QVERIFY(recorder.waitFor(LastThing));
-    QVERIFY(redacting.waitFor(LastThing));
-    QCOMPARE(recorder.end(SIGINT), 0);
-    QCOMPARE(redacting.end(SIGTERM), 0);
-    m_redacted = redacting.lines();
-    const QByteArrayList lines = withoutTimes(recorder.lines());
-    const QByteArrayList expected = withoutTimes(m_lines);
-    for (int i = 0; i < qMin(lines.size(), expected.size()); ++i)
-        QCOMPARE(lines.at(i), expected.at(i));
-    QCOMPARE(lines.size(), expected.size());
+    QVERIFY2(m_notes.size() > 15, qPrintable(m_notes.join(QLatin1Char('\n'))));
+    Replayed again;
+    play(m_lines, &again);
+    if (QTest::currentTestFailed())
+        return;
+    m_redacted = again.redacted;
+    QCOMPARE(again.notes, m_notes);
+    QCOMPARE(withoutTimes(again.lines), withoutTimes(m_lines));
 }
 
 void ReplayTest::redactedItIsTheSameStory()
@@ -243,15 +284,28 @@ void ReplayTest::redactedItIsTheSameStory()
     for (int i = 1; i < m_lines.size(); ++i)
         QCOMPARE(m_redacted.at(i).mid(m_redacted.at(i).indexOf(',')).left(60),
                  m_lines.at(i).mid(m_lines.at(i).indexOf(',')).left(60));
+    Replayed again;
+    play(m_redacted, &again);
+    if (QTest::currentTestFailed())
+        return;
+    QCOMPARE(again.notes.size(), m_notes.size());
+    QCOMPARE(again.notes.constFirst().section(QLatin1Char(' '), 0, 1), QStringLiteral("scanned 06:00:00:00:00:03"));
+    for (int i = 1; i < m_notes.size(); ++i)
+        QCOMPARE(again.notes.at(i).section(QLatin1Char(' '), 0, 1), m_notes.at(i).section(QLatin1Char(' '), 0, 1));
+}
+
+/*! However late who listens is: only across objects the platform knows no order. */
+void ReplayTest::playedAtOnceEachObjectTellsTheSame()
+{
     DaemonFixture daemon;
-    QVERIFY(startReplay(&daemon, file("redacted"), {QStringLiteral("--hold")}));
-    Listener listener;
-    QVERIFY(QTest::qWaitFor([&] { return listener.isReady(); }, Patience));
-    listener.scan();
-    QVERIFY(pass(daemon, 3600));
-    QVERIFY(QTest::qWaitFor([&] { return listener.hasHeardTheEnd(); }, Patience));
-    QCOMPARE(listener.notes.size(), m_notes.size());
-    QCOMPARE(listener.notes.constFirst().section(QLatin1Char(' '), 0, 1), QStringLiteral("scanned 06:00:00:00:00:03"));
+    QVERIFY(startReplay(&daemon, write(m_redacted), {QStringLiteral("--hold")}));
+    RecordProcess recorder(file("at once"));
+    QVERIFY(recorder.waitFor("tethering/status"));
+    StageClient stage(daemon.root());
+    QCOMPARE(stage.act("{'pass':86400000}"), QStringLiteral("done"));
+    QVERIFY(recorder.waitForLines(m_redacted.size()));
+    QCOMPARE(recorder.end(SIGINT), 0);
+    QCOMPARE(byObject(recorder.lines()), byObject(m_redacted));
 }
 
 void ReplayTest::refusesRequests()
@@ -296,7 +350,7 @@ void ReplayTest::takesNoTime()
     QVERIFY(startReplay(&daemon, write(lines), {QStringLiteral("--hold")}));
     QVERIFY(!ZopObject(QLatin1String(WifiControl), ZopObject::ReadWrite, false).isValid());
     QCOMPARE(Seen(interfacePath("eth0")).text("mtu"), QStringLiteral("1"));
-    QVERIFY(pass(daemon, 86400));
+    QCOMPARE(StageClient(daemon.root()).act("{'pass':86400000}"), QStringLiteral("done"));
     QCOMPARE(Seen(interfacePath("eth0")).text("mtu"), QStringLiteral("2"));
     QCOMPARE(daemon.process().terminate(), 0);
     QCOMPARE(daemon.process().errors(),
