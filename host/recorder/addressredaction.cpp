@@ -19,7 +19,8 @@ QByteArray read(const QString &text)
 {
     for (const int size : {V4Size, V6Size}) {
         QByteArray bytes(size, 0);
-        if (inet_pton(size == V4Size ? AF_INET : AF_INET6, text.toUtf8().constData(), bytes.data()) == 1)
+        if (!text.contains(QChar()) // where inet_pton() would end
+            && inet_pton(size == V4Size ? AF_INET : AF_INET6, text.toUtf8().constData(), bytes.data()) == 1)
             return bytes;
     }
     return {};
@@ -37,17 +38,21 @@ bool bit(const QByteArray &bytes, int index)
     return (static_cast<uchar>(bytes.at(index / 8)) >> (7 - index % 8)) & 1;
 }
 
-void clearBit(QByteArray *bytes, int index)
-{
-    (*bytes)[index / 8] = char(static_cast<uchar>(bytes->at(index / 8)) & ~(1 << (7 - index % 8)));
-}
-
 /*! \a address without what follows the first \a prefix bits. */
 QByteArray masked(QByteArray address, int prefix)
 {
-    for (int i = prefix; i < 8 * address.size(); ++i)
-        clearBit(&address, i);
+    for (int i = prefix / 8; i < address.size(); ++i)
+        address[i] = char(static_cast<uchar>(address.at(i)) & (0xff00 >> std::clamp(prefix - 8 * i, 0, 8)));
     return address;
+}
+
+/*! Whether the first \a prefix bits of both are the same. */
+bool areInOne(const QByteArray &address, const QByteArray &other, int prefix)
+{
+    const int bytes = prefix / 8;
+    if (!std::equal(address.begin(), address.begin() + bytes, other.begin()))
+        return false;
+    return prefix % 8 == 0 || ((address.at(bytes) ^ other.at(bytes)) & (0xff00 >> (prefix % 8)) & 0xff) == 0;
 }
 
 /*! The length of the prefix that \a netmask stands for; -1 when it is none of \a size bytes. */
@@ -169,7 +174,7 @@ AddressRedaction::Network *AddressRedaction::networkOf(const QByteArray &address
     int local = 0;
     const QByteArray linkNetwork = linkLocal(address, &local);
     const auto holds = [&address](const Network &one, int length) {
-        return one.bits.size() == address.size() && masked(address, length) == masked(one.bits, length);
+        return one.bits.size() == address.size() && areInOne(address, one.bits, length);
     };
     auto found = std::find_if(m_networks.begin(), m_networks.end(),
                               [&holds](const Network &one) { return holds(one, one.prefix); });
@@ -197,12 +202,11 @@ AddressRedaction::Network *AddressRedaction::networkOf(const QByteArray &address
 QByteArray AddressRedaction::freeBlock(const QByteArray &bits, int prefix) const
 {
     const auto isFree = [this, &bits, prefix](const QByteArray &candidate) {
-        if (masked(candidate, prefix) == bits)
+        if (areInOne(candidate, bits, prefix))
             return false;
         return std::none_of(m_networks.begin(), m_networks.end(), [&candidate, prefix](const Network &one) {
             const int shorter = std::min(one.prefix, prefix);
-            return one.substitute.size() == candidate.size()
-                && masked(one.substitute, shorter) == masked(candidate, shorter);
+            return one.substitute.size() == candidate.size() && areInOne(one.substitute, candidate, shorter);
         });
     };
     for (int number = 0; number < TestBlocks; ++number) {

@@ -30,6 +30,7 @@ Recorder::Recorder(const QStringList &directories, QObject *parent)
     : QObject(parent),
       m_directories(directories)
 {
+    m_directories.removeDuplicates();
 }
 
 Recorder::~Recorder() = default;

@@ -22,7 +22,9 @@ bool findService(const QString &path, Service *service)
                                            {Wire::WifiStatusObject, Service::Wifi},
                                            {Wire::TetheringStatusObject, Service::Tethering}};
     *service = statuses.value(path, Service::Networking);
-    return statuses.contains(path) || path.startsWith(InterfacePrefix);
+    const bool isInterface =
+        path.startsWith(InterfacePrefix) && path.indexOf(QLatin1Char('/'), InterfacePrefix.size()) == -1;
+    return statuses.contains(path) || (isInterface && path != InterfacePrefix);
 }
 
 ZopChangeset removalOf(const Attributes &attributes)

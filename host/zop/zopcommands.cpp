@@ -14,6 +14,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QDirIterator>
 #include <QtCore/QFileInfo>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QTextStream>
 
 #include <algorithm>
@@ -200,6 +201,7 @@ ExitCode record(const QStringList &words)
 {
     QStringList directories = words.mid(2);
     const bool redacts = directories.removeAll(Redact) > 0;
+    directories.replaceInStrings(QRegularExpression(QStringLiteral("/$")), QString());
     if (directories.isEmpty())
         directories = Recorder::ownDirectories();
     RecordCommand command(words.at(1), redacts, fail);

@@ -15,6 +15,7 @@ public:
         : recorder(directories)
     {
         QObject::connect(&recorder, &Recorder::happened, &recorder, [this](const RecordedEvent &event) {
+            times += event.time;
             QString line = QString::fromUtf8(RecordingLine::of(event));
             line = line.mid(line.indexOf(QLatin1Char(',')) + 1).replace(testFolder(), QString()).chopped(2);
             lines += line.replace(QLatin1Char('"'), QString());
@@ -32,6 +33,7 @@ public:
     Recorder recorder;
     QStringList lines;
     QStringList missed;
+    QVector<qint64> times;
 };
 
 ZopChangeset setting(const char *name, const ZopVariant &value)
@@ -61,7 +63,7 @@ void RecorderTest::tellsThePresentFirst()
 {
     QVERIFY(ZopObject::create(testPath("b"), setting("x", 1)));
     QVERIFY(ZopObject::create(testPath("a"), {}));
-    Told told({testFolder().chopped(1)});
+    Told told({testFolder().chopped(1), testFolder().chopped(1)}); // once, however often it is named
     QString error;
     QVERIFY(told.recorder.start(&error));
     QCOMPARE(told.lines,
@@ -83,6 +85,8 @@ void RecorderTest::tellsEachUpdate()
     both.removals = {QStringLiteral("z"), QStringLiteral("x")};
     QVERIFY(object.setAttributes(both));
     QVERIFY(told.wait(5));
+    QVERIFY(told.times.first() >= 0 && told.times.last() < 3600000);
+    QVERIFY(std::is_sorted(told.times.begin(), told.times.end()));
     QCOMPARE(told.lines.mid(1),
              QStringList({QStringLiteral("object:a,set:{x:{encoding:text,text:1}}"),
                           QStringLiteral("object:a,set:{y:{base64:/w==,encoding:json}}"),
@@ -126,10 +130,18 @@ void RecorderTest::tellsAnEmptiedObjectAsEmptied()
                           QStringLiteral("object:b,set:{x:{encoding:number,text:1}}")}));
     QVERIFY(object.setAttributes(setting("x", 1)));
     QVERIFY(told.wait(5));
-    QVERIFY(object.setAttributes(removal));
+    QVERIFY(other.setAttributes(removal));
+    QVERIFY(ZopObject::remove(testPath("a")));
+    QVERIFY(told.wait(7));
+    QCOMPARE(told.lines.mid(4),
+             QStringList({QStringLiteral("object:a,set:{x:{encoding:number,text:1}}"),
+                          QStringLiteral("object:b,removed:[x]"), QStringLiteral("object:a,gone:true")}));
+    QVERIFY(other.setAttributes(setting("x", 1)));
+    QVERIFY(told.wait(8));
+    QVERIFY(other.setAttributes(removal));
     told.recorder.finish(); // whatever waits, in order
-    QVERIFY(told.wait(6));
-    QCOMPARE(told.lines.at(5), QStringLiteral("object:a,removed:[x]"));
+    QVERIFY(told.wait(9));
+    QCOMPARE(told.lines.at(8), QStringLiteral("object:b,removed:[x]"));
 }
 
 void RecorderTest::leavesOutControlObjects()

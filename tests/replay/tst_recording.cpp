@@ -13,6 +13,7 @@ class RecordingTest : public QObject
 
 private Q_SLOTS:
     void readsWhatIsWritten();
+    void lines();
     void mistakes_data();
     void mistakes();
     void aFileThatIsNotThere();
@@ -56,6 +57,26 @@ void RecordingTest::readsWhatIsWritten()
         QCOMPARE(recording.events.at(i).changes.assignments, written.at(i).changes.assignments);
         QCOMPARE(recording.events.at(i).changes.removals, written.at(i).changes.removals);
     }
+}
+
+void RecordingTest::lines()
+{
+    RecordedEvent event;
+    event.kind = RecordedEvent::Updated;
+    event.time = 7;
+    event.object = QStringLiteral("/a");
+    QCOMPARE(RecordingLine::of(event), QByteArray("{\"t\":7,\"object\":\"/a\",\"set\":{}}\n"));
+    const QStringList names {QStringLiteral("f"), QStringLiteral("b"), QStringLiteral("d"),
+                             QStringLiteral("e"), QStringLiteral("c"), QStringLiteral("a")};
+    event.changes.removals = QSet<QString>(names.begin(), names.end());
+    QCOMPARE(RecordingLine::of(event),
+             QByteArray("{\"t\":7,\"object\":\"/a\",\"removed\":[\"a\",\"b\",\"c\",\"d\",\"e\",\"f\"]}\n"));
+    event.changes = {{{QStringLiteral("x"), 1}}, {QStringLiteral("y")}};
+    QCOMPARE(RecordingLine::of(event),
+             QByteArray("{\"t\":7,\"object\":\"/a\",\"removed\":[\"y\"],\"set\":{\"x\":{\"encoding\":\"number\","
+                        "\"text\":\"1\"}}}\n"));
+    event.kind = RecordedEvent::Gone;
+    QCOMPARE(RecordingLine::of(event), QByteArray("{\"t\":7,\"object\":\"/a\",\"gone\":true}\n"));
 }
 
 void RecordingTest::mistakes_data()

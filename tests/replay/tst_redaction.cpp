@@ -37,7 +37,11 @@ private Q_SLOTS:
     void objects_data();
     void objects();
     void leavesOutWhatNobodyKnows();
+    void manyAddressesOfOneNetworkDiffer_data();
     void manyAddressesOfOneNetworkDiffer();
+    void manyNetworksDiffer_data();
+    void manyNetworksDiffer();
+    void longTexts();
 };
 
 void RedactionTest::values_data()
@@ -69,6 +73,8 @@ void RedactionTest::values_data()
         "[\"fe80::1/64\",\"192.0.2.1/255.0.0.0\",\"?\",\"?\"]");
     row("prefixes", "ip_addresses", "[\"2a01:1:2:3::4/64\",\"10.1.2.3/8\",\"10.1.2.3/33\",\"10.1.2.4/08\"]",
         "[\"2001:db8::1/64\",\"192.0.2.1/8\",\"?\",\"?\"]");
+    row("an address and more", "ip_gateway", R"(["10.1.2.3\u0000Home","10.1.2.3/255.0.0.0\u0000Home","10.1.2.3 "])",
+        R"(["?","?","?"])");
     row("addresses that are everybody's", "ip_gateway", "[\"0.0.0.0\",\"127.0.0.1\",\"::1\",\"::\"]",
         "[\"0.0.0.0\",\"127.0.0.1\",\"::1\",\"::\"]");
     row("status", "wifi_status",
@@ -114,8 +120,12 @@ void RedactionTest::networksStayNetworks_data()
     row("two networks", R"(["192.168.1.40/24","192.168.2.40/24"])", R"(["192.0.2.1/24","198.51.100.1/24"])");
     row("a wide one", R"(["10.20.0.40/16","10.20.7.1/16","10.21.0.1/16"])",
         R"(["192.0.2.1/16","192.0.2.2/16","198.51.100.1/16"])");
-    row("small ones", R"(["100.64.3.9/30","100.64.3.10","100.64.3.13/30"])",
-        R"(["192.0.2.1/30","192.0.2.2","198.51.100.1/30"])");
+    row("without netmasks", R"(["10.1.2.3","10.2.3.4"])", R"(["192.0.2.1","198.51.100.1"])");
+    row("everything", R"(["10.1.2.3/0"])", R"(["192.0.2.1/0"])");
+    row("small ones", R"(["100.64.3.10/30","100.64.3.9","100.64.3.13/30"])",
+        R"(["192.0.2.2/30","192.0.2.1","198.51.100.1/30"])");
+    row("a wide one beside small ones", R"(["10.0.0.1/24","10.0.1.1/24","10.0.2.1/24","10.0.3.1/24","10.1.0.1/16"])",
+        R"(["192.0.2.1/24","198.51.100.1/24","203.0.113.1/24","198.18.0.1/24","198.19.0.1/16"])");
     row("four", R"(["10.0.0.1/24","10.0.1.1/24","10.0.2.1/24","10.0.3.1/24"])",
         R"(["192.0.2.1/24","198.51.100.1/24","203.0.113.1/24","198.18.0.1/24"])");
     row("a gateway before its network is known", R"(["10.20.7.1","10.20.0.40/16","10.20.0.41/16"])",
@@ -192,14 +202,57 @@ void RedactionTest::leavesOutWhatNobodyKnows()
     QVERIFY(redaction.apply(&event));
 }
 
+void RedactionTest::manyAddressesOfOneNetworkDiffer_data()
+{
+    QTest::addColumn<QString>("form");
+    QTest::addColumn<int>("number");
+    QTest::addColumn<QString>("last");
+    QTest::newRow("IPv4") << "10.0.0.%1" << 254 << "192.0.2.254";
+    QTest::newRow("IPv6") << "2a01::%1" << 300 << "2001:db8::12c";
+}
+
 void RedactionTest::manyAddressesOfOneNetworkDiffer()
 {
-    Redaction redaction;
+    QFETCH(QString, form);
+    QFETCH(int, number);
+    AddressRedaction redaction;
     QSet<QString> all;
-    for (int i = 0; i < 254; ++i)
-        all += redacted(&redaction, "ip_gateway", QStringLiteral("[\"10.0.0.%1\"]").arg(254 - i).toLatin1());
-    QCOMPARE(all.size(), 254);
-    QVERIFY(all.contains(QStringLiteral("[\"192.0.2.254\"]")));
+    for (int i = 1; i < number; ++i)
+        all += redaction.replace(form.arg(number - i));
+    const QString last = redaction.replace(form.arg(number));
+    QCOMPARE(all.size(), number - 1);
+    QVERIFY(!all.contains(last));
+    QTEST(last, "last");
+}
+
+void RedactionTest::manyNetworksDiffer_data()
+{
+    QTest::addColumn<QString>("form");
+    QTest::newRow("IPv4") << "10.%1.%2.1/24";
+    QTest::newRow("IPv6") << "2a01:%1:%2::1/64";
+}
+
+void RedactionTest::manyNetworksDiffer()
+{
+    QFETCH(QString, form);
+    AddressRedaction redaction;
+    QSet<QString> all;
+    for (int i = 0; i < 512; ++i)
+        all += redaction.replace(form.arg(i / 250).arg(i % 250));
+    QCOMPARE(all.size(), 512);
+    // When all are used up it goes on nevertheless.
+    QVERIFY(!redaction.replace(form.arg(9).arg(9)).isEmpty());
+}
+
+/*! What is known stays, and what is not goes, both at once. */
+void RedactionTest::longTexts()
+{
+    const QByteArray words = QByteArray("[WPA2-").repeated(10000);
+    Redaction redaction;
+    QCOMPARE(redacted(&redaction, "wifi_status", "{\"key_mgmt\":\"" + words + "\"}"),
+             QStringLiteral("{\"key_mgmt\":\"%1\"}").arg(QLatin1String(words)));
+    QCOMPARE(redacted(&redaction, "wifi_status", "{\"key_mgmt\":\"" + words + "Home\"}"),
+             QStringLiteral("{\"key_mgmt\":\"?\"}"));
 }
 
 QTEST_APPLESS_MAIN(RedactionTest)
