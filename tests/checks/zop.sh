@@ -105,7 +105,7 @@ expect 2 'morvek-zop: "zop/a" lacks the "/" that a path begins with: write /zop/
 expect 1 "morvek-zop: $ZOP_ROOT/none/x: No such file or directory" record "$ZOP_ROOT/none/x"
 expect 1 "morvek-zop: $ZOP_ROOT/x: /../x: \"/../x\" is not a path of names" record "$ZOP_ROOT/x" /../x
 expect 1 'morvek-zop: /dev/full: No space left on device' record /dev/full
-"$zop" record "$ZOP_ROOT/lines" /zop/a /zop/a/b &
+"$zop" record "$ZOP_ROOT/lines" /zop/a/ /zop/a/b /zop/a &
 recorder=$!
 for ((i = 0; i < 200; i++)); do
     [[ $(cat "$ZOP_ROOT/lines" 2>/dev/null) != */zop/a/b/two* ]] || break

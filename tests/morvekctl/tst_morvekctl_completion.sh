@@ -103,7 +103,7 @@ offers "worlds" "morvek-hostd --interfaces " scenario system
 offers "scenarios and files" "morvek-hostd --scenario wifi-r" wifi-refused wifi-roaming "(default)"
 offers "folders" "morvek-hostd --root " "(dirnames)"
 offers "no factors" "morvek-hostd --speed "
-offers "verbs" "morvek-zop " list show watch set remove check --help --version -h
+offers "verbs" "morvek-zop " list show watch set remove check record --help --version -h
 offers "no objects without any" "morvek-zop show "
 finds "nothing that this has made" "$ZOP_ROOT" "$(find "$ZOP_ROOT")"
 
@@ -124,6 +124,10 @@ offers "objects that hold something" "morvek-zop watch /zop/services/networking/
     /zop/services/networking/all/status_public $interfaces/eth0 $interfaces/eth0:1 $interfaces/wlan0
 offers "directories" "morvek-zop list /zop/services/networking/" \
     /zop/services/networking/all $interfaces
+offers "an option of a recording" "morvek-zop record -" --redact "(default)"
+offers "directories of a recording" "morvek-zop record --redact x /zop/services/networking/" \
+    /zop/services/networking/all $interfaces
+offers "more directories" "morvek-zop record x /zop /zop/services/networking/all/" $interfaces
 offers "no changes" "morvek-zop set $interfaces/eth0 "
 kill "$daemon"
 tail --pid="$daemon" -f /dev/null

@@ -98,6 +98,7 @@ void RedactionTest::values_data()
         "CTRL-EVENT-SSID-TEMP-DISABLED id=12 ssid=\"network-1\" auth_failures=1 duration=10 reason=WRONG_KEY");
     row("event of anything", "last_event", "Trying 'Home' Peter 192.168.1.1 2412 HOME-1 ssid=Home",
         "? 'network-1' ? ? ? ? ssid=?");
+    row("event with names that are none", "last_event", "ssid=\"\" 'Home\\'", "ssid=\"\" 'network-1'");
     row("its end is blank", "last_event", "CTRL-EVENT-SCAN-RESULTS ", "CTRL-EVENT-SCAN-RESULTS ");
 }
 
@@ -156,6 +157,13 @@ void RedactionTest::theSameForTheSame()
              QStringLiteral("{\"bssid\":\"06:00:00:00:00:01\",\"ssid\":\"network-1\"}"));
     QCOMPARE(take("last_event", "ssid=\"b\" 00:00:00:00:00:0B ssid=\"\\x61\" 00:00:00:00:00:0A"),
              QStringLiteral("ssid=\"network-2\" 06:00:00:00:00:02 ssid=\"network-1\" 06:00:00:00:00:01"));
+    // However they are written.
+    QCOMPARE(take("last_event", R"(ssid="ab" ssid="\x61b" ssid="x6" ssid="\x6")"),
+             QStringLiteral("ssid=\"network-3\" ssid=\"network-3\" ssid=\"network-4\" ssid=\"network-4\""));
+    QString last;
+    for (int i = 0x10; i < 0x2e; ++i)
+        last = take("link_address", qPrintable(QStringLiteral("00:00:00:00:01:%1").arg(i, 0, 16)));
+    QCOMPARE(last, QStringLiteral("06:00:00:00:00:20"));
     QCOMPARE(take("priority", "[\"x\",\"y\",\"x\"]"), QStringLiteral("[\"interface1\",\"interface2\",\"interface1\"]"));
 }
 
