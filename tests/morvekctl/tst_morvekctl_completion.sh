@@ -88,8 +88,8 @@ offers "nothing below a command" "morvekctl help show "
 offers "nothing after an unknown command of a group" "morvekctl wifi scna "
 offers "no interfaces without a daemon" "morvekctl show "
 
-switches=(--scenario --list-scenarios --interfaces --without --root --speed --seed --fresh --hold --timeout
-    --check --verbose --help --version)
+switches=(--scenario --list-scenarios --network --interfaces --only --force --remember --replay --without --root
+    --speed --seed --fresh --hold --timeout --check --verbose --help --version)
 offers "words and options of the daemons" "morvek-hostd " act look pass wait "${switches[@]}"
 offers "what can happen" "morvek-hostd act w" wrong-key wifi-event
 offers "what can go wrong" "morvek-hostd act re" remove refuse
@@ -101,6 +101,8 @@ offers "services" "morvek-hostd --without " networking wifi tethering
 offers "services, attached" "morvek-hostd --without=" networking wifi tethering
 offers "worlds" "morvek-hostd --interfaces " scenario system
 offers "scenarios and files" "morvek-hostd --scenario wifi-r" wifi-refused wifi-roaming "(default)"
+offers "worlds, by their name" "morvek-hostd --network " scenario kernel manager
+offers "recordings" "morvek-hostd --replay " "(default)"
 offers "folders" "morvek-hostd --root " "(dirnames)"
 offers "no factors" "morvek-hostd --speed "
 offers "verbs" "morvek-zop " list show watch set remove check record --help --version -h
