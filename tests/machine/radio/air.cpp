@@ -91,6 +91,11 @@ QByteArray Air::profiles()
                  " uuid $uuid | grep -v '^connection.timestamp:'; done");
 }
 
+QByteArray Air::profilesInMemory(const QByteArray &which)
+{
+    return shell("find /run/NetworkManager -path '*/system-connections/*' -type f " + which);
+}
+
 void Air::joinHotspot(const QByteArray &client, const QByteArray &name, const QByteArray &passphrase)
 {
     const QByteArray own = "own-" + client;

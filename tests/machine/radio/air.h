@@ -28,6 +28,8 @@ QByteArray addresses(const QByteArray &interface);
 QByteArray activeProfiles();
 /*! Every profile that the manager has, as it would tell root with its secrets, each line one setting. */
 QByteArray profiles();
+/*! The files of those that the manager keeps in memory only; \a which of them, in words of find. */
+QByteArray profilesInMemory(const QByteArray &which = QByteArray());
 
 /*! Joins the unit's hotspot with a client, "client" or "passenger", and has it ask for an address. */
 void joinHotspot(const QByteArray &client, const QByteArray &name, const QByteArray &passphrase);
