@@ -2,11 +2,17 @@
 # SPDX-License-Identifier: Apache-2.0
 # In the guest: sets the scene, then runs the test programs of BUILD; their results go to the folder RESULTS.
 #
-#     cases.sh BUILD [TEST-ARGUMENT]...
+#     cases.sh BUILD [CASE]...
 [[ -n ${BENCH:-} ]] || exec bash "${0%/*}/scene.sh" bash "$0" "$@"
 code=0
 for program in tst_radiostation tst_radiohotspot; do
-    timeout 420 "$1/tests/machine/radio/$program" -o "$RESULTS/$program.txt,txt" -o -,txt "${@:2}" || code=1
+    all=$("$1/tests/machine/radio/$program" -functions 2>&1)
+    cases=()
+    for name in "${@:2}"; do
+        ! grep -qxF "${name%%:*}()" <<<"$all" || cases+=("$name")
+    done
+    (($# == 1 || ${#cases[@]})) || continue
+    timeout 600 "$1/tests/machine/radio/$program" -o "$RESULTS/$program.txt,txt" -o -,txt "${cases[@]}" || code=1
 done
 cp "$BENCH"/*.log "$RESULTS"
 exit "$code"
