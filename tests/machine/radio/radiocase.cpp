@@ -52,7 +52,7 @@ void RadioCase::begin()
     KrelLogger::setVerbosity(7);
     KrelLogger::setSink(
         [this](KrelLogger::Level, unsigned short, const QString &text) { m_log += text.toUtf8() + '\n'; });
-    if (!m_daemon) // after one that was killed the next takes its root
+    if (!m_daemon)
         m_daemon = std::make_unique<DaemonFixture>();
     QVERIFY2(
         m_daemon->process().start(
@@ -71,6 +71,12 @@ void RadioCase::end()
     m_log += m_daemon->process().errors();
     m_daemon.reset();
     KrelLogger::setSink(nullptr);
+}
+
+void RadioCase::kill()
+{
+    m_log += m_daemon->process().errors();
+    m_daemon->kill();
 }
 
 QString RadioCase::join(const char *ssid, const char *passkey)

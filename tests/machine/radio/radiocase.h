@@ -35,6 +35,8 @@ protected:
     void begin();
     /*! Ends the daemons in order. */
     void end();
+    /*! Ends them at once; they begin on the same root again. */
+    void kill();
 
     /*! Joins \a ssid by \a passkey; an open one when that is empty. The outcome, see Watched. */
     QString join(const char *ssid, const char *passkey);

@@ -160,7 +160,7 @@ void RadioHotspotTest::stopsWithoutClients()
 void RadioHotspotTest::killedDaemonLeavesNothing()
 {
     startWith(profile());
-    daemon().kill();
+    kill();
     QTRY_COMPARE_WITH_TIMEOUT(Air::activeProfiles(), QByteArray("Cable Home"), GuestPatience);
     QCOMPARE(Air::profiles(), m_profiles);
     m_hotspot.reset();
