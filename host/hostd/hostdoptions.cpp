@@ -56,7 +56,8 @@ struct Switches
         QStringLiteral("With the network manager: touches the interface that carries your remote session, too.")};
     QCommandLineOption remember {
         QStringLiteral("remember"),
-        QStringLiteral("With the network manager: keeps networks that are joined, with their passkeys.")};
+        QStringLiteral("With the network manager: what applications have asked for stays when it ends: networks "
+                       "with their passkeys, addresses, and the power of the radio.")};
     QCommandLineOption replay {QStringLiteral("replay"),
                                QStringLiteral("Plays what morvek-zop record has written, and refuses requests."),
                                QStringLiteral("FILE")};
