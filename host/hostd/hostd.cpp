@@ -129,14 +129,14 @@ void Hostd::makeStage(const Scenario &scenario)
                                : QStringLiteral("this machine's own interfaces are shown: nothing can be played")});
 }
 
-HostdExitCode Hostd::startMachine(QString *error)
+HostdExitCode Hostd::startMachine(const QVector<Service> &served, QString *error)
 {
-    if (!m_machine->start(root(), error))
+    if (!m_machine->start(root(), served, error))
         return HostdExitCode::NoManager;
     makeDaemons(m_machine->interfaces(), m_machine->radio(), m_machine->hotspot());
     makeStage(Scenario());
-    const QList<Daemon *> served = servedDaemons().values();
-    if (std::any_of(served.begin(), served.end(), [](const Daemon *daemon) { return daemon != nullptr; }))
+    const QList<Daemon *> daemons = servedDaemons().values();
+    if (std::any_of(daemons.begin(), daemons.end(), [](const Daemon *daemon) { return daemon != nullptr; }))
         return HostdExitCode::Success;
     *error = QStringLiteral("no daemon is left to serve");
     return HostdExitCode::NothingToServe;
@@ -161,7 +161,7 @@ HostdExitCode Hostd::start(QString *error)
     if ((m_isFresh && !forgetFormerRuns(served, error)) || (m_system && !m_system->start(error)))
         return HostdExitCode::CannotPublish;
     if (m_machine) {
-        const HostdExitCode code = startMachine(error);
+        const HostdExitCode code = startMachine(served, error);
         if (code != HostdExitCode::Success || m_isEnding)
             return code;
     }

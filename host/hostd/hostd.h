@@ -65,7 +65,7 @@ private:
     void makeDaemons(InterfaceControl *interfaces, RadioControl *radio, HotspotControl *hotspot);
     QMap<Service, Daemon *> servedDaemons() const;
     void makeStage(const Scenario &scenario);
-    HostdExitCode startMachine(QString *error);
+    HostdExitCode startMachine(const QVector<Service> &served, QString *error);
     bool forgetFormerRuns(const QVector<Service> &services, QString *error) const;
     void restoreHotspot();
     bool startDaemons(QString *error);

@@ -45,15 +45,25 @@ struct ManagedMachine::Parts
 
 bool ManagedMachine::Parts::protect(QString *error)
 {
-    QStringList names;
+    QHostAddress own;
+    RemoteSession::Carriers carriers;
     if (options.force)
         return true;
-    if (!RemoteSession::read(&names, error))
+    if (!RemoteSession::read(&own, &carriers, error))
         return false;
-    client.protect(names);
-    if (!names.isEmpty())
-        log->trouble(QStringLiteral("your remote session is carried by %1, which is not touched without --force")
-                         .arg(names.join(QLatin1String(", "))));
+    client.protect(carriers.names);
+    const QString names = carriers.names.join(QLatin1String(", "));
+    if (!carriers.isCertain && names.isEmpty())
+        log->trouble(QStringLiteral("your remote session is at %1, and nobody knows what carries it: nothing is "
+                                    "protected, and a request may end it")
+                         .arg(own.toString()));
+    else if (!carriers.isCertain)
+        log->trouble(QStringLiteral("your remote session is at %1, and may be carried by %2, which is not touched "
+                                    "without --force")
+                         .arg(own.toString(), names));
+    else if (!names.isEmpty())
+        log->trouble(
+            QStringLiteral("your remote session is carried by %1, which is not touched without --force").arg(names));
     return true;
 }
 
@@ -87,13 +97,13 @@ ManagedMachine::ManagedMachine(const ManagerOptions &options, World *world, cons
 
 ManagedMachine::~ManagedMachine() = default;
 
-bool ManagedMachine::start(const QString &root, QString *error)
+bool ManagedMachine::start(const QString &root, const QVector<Service> &served, QString *error)
 {
     Parts &parts = *m_parts;
     if (!parts.client.start(error) || !m_parts->protect(error))
         return false;
     parts.tellWhatIsMissing();
-    parts.restoration.setRoot(root);
+    parts.restoration.setFile(SessionFile(root, served));
     QEventLoop loop; // nothing is published yet that could wait
     bool isBack = false;
     giveBack([&loop, &isBack] {

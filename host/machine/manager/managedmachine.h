@@ -3,6 +3,9 @@
 #define MORVEK_HOSTD_MANAGEDMACHINE_H
 
 #include "manageroptions.h"
+#include "service.h"
+
+#include <QtCore/QVector>
 
 #include <functional>
 #include <memory>
@@ -24,10 +27,11 @@ public:
     ~ManagedMachine();
 
     /*!
-     * Gives back what a run below \a root has changed that was killed, fills the world, and follows the manager from
-     * then on. False, with the reason, when there is none to follow.
+     * Gives back what runs that were killed have changed, and notes what this one does, below \a root, where nobody
+     * else publishes \a served; fills the world, and follows the manager from then on. False, with the reason, when
+     * there is none to follow.
      */
-    bool start(const QString &root, QString *error);
+    bool start(const QString &root, const QVector<Service> &served, QString *error);
     /*! Gives back what this one has changed; \a done is called when that is so, or cannot be within some seconds. */
     void giveBack(const std::function<void()> &done);
 

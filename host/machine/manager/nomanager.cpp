@@ -12,7 +12,7 @@ ManagedMachine::ManagedMachine(const ManagerOptions &, World *, const EventLog *
 
 ManagedMachine::~ManagedMachine() = default;
 
-bool ManagedMachine::start(const QString &, QString *error)
+bool ManagedMachine::start(const QString &, const QVector<Service> &, QString *error)
 {
     *error = QStringLiteral("--network manager is not part of this build, which was made without libnm");
     return false;

@@ -81,39 +81,47 @@ QHostAddress RemoteSession::address(const QByteArray &connection)
     return isIpv4 ? QHostAddress(ipv4) : address;
 }
 
-QStringList RemoteSession::carriers(const QHostAddress &address, const QMap<int, Interface> &interfaces,
-                                    const QVector<KernelRoute> &routes)
+RemoteSession::Carriers RemoteSession::carriers(const QHostAddress &address, const QMap<int, Interface> &interfaces,
+                                                const QVector<KernelRoute> &routes)
 {
     QList<int> found;
     for (auto it = interfaces.begin(); it != interfaces.end(); ++it) {
         if (has(it.key(), *it, address))
             found += it.key();
     }
-    QStringList names;
+    Carriers result;
+    result.isCertain = !found.isEmpty();
+    for (const KernelRoute &route : routes) {
+        if (!result.isCertain && interfaces.contains(route.interfaceIndex) && !found.contains(route.interfaceIndex))
+            found += route.interfaceIndex;
+    }
     for (int i = 0; i < found.size(); ++i) {
-        names += interfaces.value(found.at(i)).name;
-        const QList<int> carriers = carriersOf(found.at(i), interfaces, routes);
-        for (const int carrier : carriers) {
+        result.names += interfaces.value(found.at(i)).name;
+        const QList<int> below = carriersOf(found.at(i), interfaces, routes);
+        for (const int carrier : below) {
             if (interfaces.contains(carrier) && !found.contains(carrier))
                 found += carrier;
         }
     }
-    return names;
+    return result;
 }
 
-bool RemoteSession::read(QStringList *names, QString *error)
+bool RemoteSession::read(QHostAddress *own, Carriers *carried, QString *error)
 {
-    names->clear();
-    const QHostAddress own = address(connection(QCoreApplication::applicationPid()));
+    *own = address(connection(QCoreApplication::applicationPid()));
+    *carried = {};
     QMap<int, KernelLink> links;
     QVector<KernelRoute> routes;
-    if (own.isNull())
+    if (own->isNull())
         return true;
     if (!KernelNetwork::readLinks(&links, error) || !KernelNetwork::readDefaultRoutes(&routes, error))
         return false;
     QMap<int, Interface> interfaces;
     const QList<QNetworkInterface> all = QNetworkInterface::allInterfaces();
     for (const QNetworkInterface &one : all) {
+        // Who comes in there has come to the machine in another way: by a tunnel of SSH's, perhaps.
+        if (one.flags().testFlag(QNetworkInterface::IsLoopBack))
+            continue;
         Interface interface {
             one.name(), {}, links.value(one.index())
         };
@@ -125,7 +133,7 @@ bool RemoteSession::read(QStringList *names, QString *error)
         }
         interfaces.insert(one.index(), interface);
     }
-    *names = carriers(own, interfaces, routes);
+    *carried = carriers(*own, interfaces, routes);
     return true;
 }
 

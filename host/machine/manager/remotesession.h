@@ -29,15 +29,21 @@ QByteArray connection(qint64 pid, const QString &processes = QStringLiteral("/pr
 /*! The machine's own address in \a connection; null when there is none. */
 QHostAddress address(const QByteArray &connection);
 
-/*!
- * The names of those of \a interfaces, by index, that have \a address, and of all that carry them. What a tunnel is
- * carried by is not told: it may be whatever the default \a routes lead to.
- */
-QStringList carriers(const QHostAddress &address, const QMap<int, Interface> &interfaces,
-                     const QVector<KernelRoute> &routes);
+struct Carriers
+{
+    QStringList names;
+    bool isCertain = true; //!< else they are what the default routes lead to, as no interface has the address
+};
 
-/*! The names of what carries the session of this process now; none when it is none, or when no interface has it. */
-bool read(QStringList *names, QString *error);
+/*!
+ * Those of \a interfaces, by index, that have \a address, and all that carry them. What a tunnel is carried by is not
+ * told: it may be whatever the default \a routes lead to.
+ */
+Carriers carriers(const QHostAddress &address, const QMap<int, Interface> &interfaces,
+                  const QVector<KernelRoute> &routes);
+
+/*! What carries the session of this process now, and the machine's \a own address in it, which is null for none. */
+bool read(QHostAddress *own, Carriers *carried, QString *error);
 
 } // namespace RemoteSession
 

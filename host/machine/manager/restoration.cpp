@@ -5,18 +5,12 @@
 #include "devicerestoration.h"
 #include "eventlog.h"
 
-#include <QtCore/QFile>
-#include <QtCore/QJsonDocument>
-
 #include <chrono>
 #include <utility>
 
 namespace morvek {
 
 namespace {
-
-// No object's name begins with a dot.
-const char FileName[] = "/.morvek-hostd-session.json";
 
 // A DHCP server answers within a second or so; a manager that is busy, or a radio, takes some.
 constexpr std::chrono::seconds Limit {10};
@@ -33,6 +27,7 @@ Restoration::Restoration(ManagerClient *client, bool remember, const EventLog *l
             [this](NMDevice *device, NMDeviceState now, NMDeviceState, NMDeviceStateReason reason) {
                 onStateChanged(device, now, reason);
             });
+    connect(client, &ManagerClient::changed, this, &Restoration::lookAtPower);
     m_limit.setSingleShot(true);
     m_limit.setInterval(Limit);
     connect(&m_limit, &QTimer::timeout, this, [this] {
@@ -43,14 +38,13 @@ Restoration::Restoration(ManagerClient *client, bool remember, const EventLog *l
 
 Restoration::~Restoration() = default;
 
-void Restoration::setRoot(const QString &root)
+void Restoration::setFile(const SessionFile &file)
 {
-    m_file = PrivateFile(QFile::encodeName(root) + FileName);
-    QString error;
-    m_notes = SessionNotes::fromJson(QJsonDocument::fromJson(m_file.read(&error)).object());
-    if (!error.isEmpty())
-        m_log->trouble(
-            QStringLiteral("how the machine was before cannot be read from \"%1\": %2").arg(m_file.path(), error));
+    m_file = file;
+    QStringList unread;
+    m_notes = m_file.takeUp(&unread);
+    for (const QString &one : qAsConst(unread))
+        m_log->trouble(QStringLiteral("how the machine was before cannot be read from ") + one);
 }
 
 void Restoration::reapplies(NMDevice *device, NMConnection *present, NMConnection *next)
@@ -98,6 +92,7 @@ void Restoration::setPower(bool on, const ManagerClient::ErrorCall &answer)
 {
     if (!m_remembers) {
         Changed<bool>::note(&m_notes.power, nm_client_wireless_get_enabled(m_client->get()), on);
+        m_hasSwitched = false;
         const QVector<NMDevice *> devices = m_client->devices();
         for (NMDevice *device : devices) {
             if (NM_IS_DEVICE_WIFI(device) && !on)
@@ -211,15 +206,26 @@ void Restoration::onStateChanged(NMDevice *device, NMDeviceState now, NMDeviceSt
     keep();
 }
 
+/*! When somebody else switches the power after the session has, that is to stay so. */
+void Restoration::lookAtPower()
+{
+    if (!m_notes.power || !m_client->isRunning() || m_done)
+        return;
+    const bool isOurs = bool(nm_client_wireless_get_enabled(m_client->get())) == m_notes.power->ours;
+    if (!isOurs && m_hasSwitched) {
+        m_notes.power.reset();
+        keep();
+    }
+    m_hasSwitched = isOurs;
+}
+
 /*! Has the file say what the notes do. */
 void Restoration::keep()
 {
     for (auto it = m_notes.devices.begin(); it != m_notes.devices.end();)
         it = it->isEmpty() ? m_notes.devices.erase(it) : it + 1;
     QString error;
-    const bool isKept =
-        m_notes.isEmpty() ? m_file.remove(&error) : m_file.write(QJsonDocument(m_notes.toJson()).toJson(), &error);
-    if (!isKept)
+    if (!m_file.write(m_notes, &error))
         m_log->trouble(QStringLiteral("\"%1\" does not say how the machine was: %2").arg(m_file.path(), error));
 }
 

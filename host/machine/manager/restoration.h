@@ -3,8 +3,7 @@
 #define MORVEK_HOSTD_RESTORATION_H
 
 #include "managerclient.h"
-#include "privatefile.h"
-#include "sessionnotes.h"
+#include "sessionfile.h"
 
 #include <QtCore/QObject>
 #include <QtCore/QTimer>
@@ -28,8 +27,8 @@ public:
     Restoration(ManagerClient *client, bool remember, const EventLog *log, QObject *parent = nullptr);
     ~Restoration() override;
 
-    /*! Keeps the notes below \a root, and takes up those of a run that was killed. */
-    void setRoot(const QString &root);
+    /*! Keeps the notes in \a file, and takes up those of runs that were killed. */
+    void setFile(const SessionFile &file);
 
     // To be told before it is asked for:
     /*! \a device, where \a present is applied, gets the IPv4 settings of \a next (Reapply). */
@@ -63,12 +62,14 @@ private:
     void end();
     void keep();
     void onStateChanged(NMDevice *device, NMDeviceState now, NMDeviceStateReason reason);
+    void lookAtPower();
 
     ManagerClient *m_client;
     bool m_remembers;
     const EventLog *m_log;
-    PrivateFile m_file;
+    SessionFile m_file;
     SessionNotes m_notes;
+    bool m_hasSwitched = false;   // the power, as the notes say
     std::function<void()> m_done; // while everything is being given back
     int m_open = 0;               // devices that are not yet
     QTimer m_limit;

@@ -125,4 +125,24 @@ SessionNotes SessionNotes::fromJson(const QJsonObject &json)
     return notes;
 }
 
+void SessionNotes::add(const SessionNotes &other)
+{
+    for (auto it = other.devices.begin(); it != other.devices.end(); ++it) {
+        DeviceNotes &notes = devices[it.key()];
+        if (!notes.connection) {
+            notes.connection = it->connection;
+            notes.ours = it->ours;
+        }
+        if (!notes.ipv4) {
+            notes.reapplied = it->reapplied;
+            notes.ipv4 = it->ipv4;
+            notes.earlier = it->earlier;
+        }
+        if (!notes.autoconnect)
+            notes.autoconnect = it->autoconnect;
+    }
+    if (!power)
+        power = other.power;
+}
+
 } // namespace morvek

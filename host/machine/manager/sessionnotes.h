@@ -60,6 +60,8 @@ struct SessionNotes
     /*! For a file, and from one; what does not make sense there counts as not noted. */
     QJsonObject toJson() const;
     static SessionNotes fromJson(const QJsonObject &json);
+    /*! Takes from \a other what is not noted here. */
+    void add(const SessionNotes &other);
 
     QMap<QString, DeviceNotes> devices; //!< by interface
     std::optional<Changed<bool>> power; //!< of all radios

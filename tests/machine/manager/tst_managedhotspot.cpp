@@ -106,7 +106,7 @@ struct Fixture
         QString error;
         if (!manager.start() || !client.start(&error))
             qFatal("no manager: %s", qPrintable(error));
-        restoration.setRoot(folder.path());
+        restoration.setFile(SessionFile(folder.path(), {Service::Tethering}));
         QObject::connect(&world, &World::statusChanged, [this](Service, const ZopChangeset &changes) {
             states += changes.assignments.value(QStringLiteral("state")).toString();
         });

@@ -148,7 +148,7 @@ void ManagerProgramTest::noPermission()
     QCOMPARE(process.terminate(), 0);
 }
 
-/*! The loopback's address: every machine has it, whatever interfaces it has. */
+/*! The loopback's address tells nothing of what carries it: what the line goes on with depends on the machine. */
 void ManagerProgramTest::protectsTheRemoteSession()
 {
     QVERIFY(m_manager->start());
@@ -159,9 +159,8 @@ void ManagerProgramTest::protectsTheRemoteSession()
         HostdProcess process;
         QVERIFY(process.start(root(), wired));
         QCOMPARE(process.terminate(), 0);
-        QCOMPARE(process.errors(),
-                 "morvek-hostd: your remote session is carried by lo, which is not touched without --force\n"
-                     + noRadioLine);
+        QVERIFY(process.errors().startsWith("morvek-hostd: your remote session is at 127.0.0.1, and "));
+        QVERIFY(process.errors().endsWith(noRadioLine));
     }
     HostdProcess process;
     QVERIFY(process.start(root(), wired + QStringList(QStringLiteral("--force"))));

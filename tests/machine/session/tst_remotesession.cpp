@@ -66,6 +66,7 @@ private Q_SLOTS:
     void readsTheAddress();
     void findsCarriers_data();
     void findsCarriers();
+    void findsNothingWithoutRoutes();
 };
 
 /*! As below sudo, which keeps nothing of it. */
@@ -120,20 +121,21 @@ void RemoteSessionTest::findsCarriers_data()
 {
     QTest::addColumn<QString>("address");
     QTest::addColumn<QStringList>("names");
+    QTest::addColumn<bool>("isCertain");
 
-    const auto row = [](const char *name, const char *address, const QStringList &names) {
-        QTest::addRow("%s", name) << QString::fromLatin1(address) << names;
+    const auto row = [](const char *name, const char *address, const QStringList &names, bool isCertain = true) {
+        QTest::addRow("%s", name) << QString::fromLatin1(address) << names << isCertain;
     };
     row("Ethernet", "192.0.2.2", {"eth0"});
-    row("nobody's", "192.0.2.99", {});
+    row("nobody's", "192.0.2.99", {"eth1", "eth0.7", "eth0"}, false);
     row("IPv6", "2001:db8::3", {"eth1"});
     row("link-local, by name", "fe80::1%eth1", {"eth1"});
     row("link-local, by index", "fe80::1%2", {"eth0"});
     row("link-local, without scope", "fe80::1", {"eth0", "eth1"});
     row("VLAN", "192.0.2.4", {"eth0.7", "eth0"});
     row("bridge", "192.0.2.5", {"br0", "eth2", "bond0.9", "bond0", "eth3", "eth4"});
-    row("tunnel", "10.0.0.1", {"wg0", "eth1"});
-    row("tunnel of a program", "10.0.0.2", {"tun0", "eth1"});
+    row("tunnel", "10.0.0.1", {"wg0", "eth1", "eth0.7", "eth0"});
+    row("tunnel of a program", "10.0.0.2", {"tun0", "eth1", "eth0.7", "eth0"});
 }
 
 void RemoteSessionTest::findsCarriers()
@@ -152,10 +154,23 @@ void RemoteSessionTest::findsCarriers()
         {11, interface("wg0", {"10.0.0.1"}, 0, 0, "wireguard")},
         {12, interface("tun0", {"10.0.0.2"}, 0, 0, "tun")},
     };
-    KernelRoute route;
-    route.interfaceIndex = 3;
+    QVector<KernelRoute> routes(4);
+    routes[0].interfaceIndex = 3;
+    routes[1].interfaceIndex = 4;
+    routes[2].interfaceIndex = 3;
+    routes[3].interfaceIndex = 99; // gone since then
     QFETCH(QString, address);
-    QTEST(RemoteSession::carriers(QHostAddress(address), interfaces, {route}), "names");
+    const RemoteSession::Carriers carriers = RemoteSession::carriers(QHostAddress(address), interfaces, routes);
+    QTEST(carriers.names, "names");
+    QTEST(carriers.isCertain, "isCertain");
+}
+
+void RemoteSessionTest::findsNothingWithoutRoutes()
+{
+    const QMap<int, RemoteSession::Interface> interfaces {{2, interface("eth0", {"192.0.2.2"})}};
+    const RemoteSession::Carriers carriers = RemoteSession::carriers(QHostAddress("192.0.2.99"), interfaces, {});
+    QCOMPARE(carriers.names, QStringList());
+    QVERIFY(!carriers.isCertain);
 }
 
 QTEST_APPLESS_MAIN(RemoteSessionTest)

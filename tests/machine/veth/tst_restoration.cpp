@@ -19,10 +19,12 @@ const char Manual[] =
 /*! What the manager and the kernel tell of the machine, without what changes by itself. */
 QByteArray machine()
 {
-    return shell("ip -j -4 address show dev vt0 | sed 's/\"[a-z_]*life_time\":[0-9]*//g'; ip -j -4 route;"
+    return shell("ip -j address | sed 's/\"[a-z_]*life_time\":[0-9]*//g; s/,\"tentative\":true//g';"
+                 "ip -j -4 route; ip -6 route;"
                  "nmcli -t -f NAME,UUID,TYPE,DEVICE connection | sort; cat /run/bench/profiles/*;"
                  "nmcli -g GENERAL.AUTOCONNECT,GENERAL.STATE device show vt0; nmcli radio wifi;"
-                 "ls /run/bench/profiles /run/NetworkManager/system-connections 2>/dev/null || true");
+                 "ls /run/bench/profiles /run/NetworkManager/system-connections 2>/dev/null || true;"
+                 "all=$(ps -e -o comm=); echo \"$all\" | grep -v -e '^ps$' -e '^sh$' -e '^morvek-hostd$' | sort");
 }
 
 QByteArray addresses()
@@ -62,7 +64,11 @@ private Q_SLOTS:
     void remembersWhenAsked();
     void secondSignalEndsAtOnce();
     void touchesOnlyWhatIsNamed();
+    void leavesWhatAnotherOneServes();
     void protectsTheRemoteSession();
+    void protectsWhatMayCarryTheRemoteSession_data();
+    void protectsWhatMayCarryTheRemoteSession();
+    void tellsWhenNothingIsProtected();
 
 private:
     bool start(const QStringList &arguments = {});
@@ -70,7 +76,7 @@ private:
     static QString connectManually() { return ask("net_connected", Manual); }
     static QString connectOther() { return ask("net_connected", "['vt1', {'manual': 'no'}]"); }
     static QString disconnect(const char *interface = "'vt0'") { return ask("net_disconnected", interface); }
-    QString notes() const { return root() + QStringLiteral("/.morvek-hostd-session.json"); }
+    QString notes() const { return root() + QStringLiteral("/.morvek-hostd-session.networking.wifi.tethering.json"); }
     QString root() const { return m_folder->filePath(QStringLiteral("root")); }
 
     std::unique_ptr<RealManager> m_manager;
@@ -91,7 +97,7 @@ void RestorationTest::init()
     m_folder = std::make_unique<QTemporaryDir>();
     qputenv("ZOP_ROOT", root().toUtf8());
     shell("nmcli --wait 20 connection up house");
-    QVERIFY(hasAddress("10.9.0.10"));
+    QVERIFY(hasAddress("10.9.0.1"));
 }
 
 void RestorationTest::cleanup()
@@ -212,7 +218,7 @@ void RestorationTest::givesBackAfterARestartOfTheManager()
     m_manager->stop();
     QVERIFY(m_manager->start());
     // It has the profile's own settings at first, and then again those that were asked for.
-    QTRY_VERIFY_WITH_TIMEOUT(addresses().contains(" 10.9.0.77/") && !addresses().contains(" 10.9.0.10"), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(addresses().contains(" 10.9.0.77/") && !addresses().contains(" 10.9.0.1"), Patience);
     QCOMPARE(m_process->terminate(), 0);
     QCOMPARE(machine(), before);
 }
@@ -226,7 +232,7 @@ void RestorationTest::givesBackAtTheNextStartAfterARestartOfTheManager()
     m_process->kill();
     m_manager->stop();
     QVERIFY(m_manager->start());
-    QVERIFY(hasAddress("10.9.0.10"));
+    QVERIFY(hasAddress("10.9.0.1"));
     QVERIFY(addresses().contains("10.9.0.77")); // left beside the other one
     QVERIFY(start());
     QCOMPARE(machine(), before);
@@ -275,7 +281,7 @@ void RestorationTest::leavesProfilesThatTheUserHasEdited()
     QCOMPARE(disconnect(), QStringLiteral("ok"));
     shell("nmcli connection modify house ipv4.route-metric 77");
     QCOMPARE(m_process->terminate(), 0);
-    QVERIFY(hasAddress("10.9.0.10"));
+    QVERIFY(hasAddress("10.9.0.1"));
     QCOMPARE(shell("nmcli -g ipv4.route-metric connection show house"), QByteArray("77"));
 }
 
@@ -318,6 +324,26 @@ void RestorationTest::touchesOnlyWhatIsNamed()
     QCOMPARE(machine(), before);
 }
 
+/*! Two below one root: the one that has nothing to do with interfaces leaves them as the other has made them. */
+void RestorationTest::leavesWhatAnotherOneServes()
+{
+    const QByteArray before = machine();
+    QVERIFY(start({QStringLiteral("--without"), QStringLiteral("wifi"), QStringLiteral("--without"),
+                   QStringLiteral("tethering")}));
+    QCOMPARE(connectManually(), QStringLiteral("ok"));
+    QVERIFY(hasAddress("10.9.0.77"));
+    const QByteArray changed = machine();
+    const QStringList others = Managed + QStringList {QStringLiteral("--without"), QStringLiteral("networking")};
+    QCOMPARE(HostdProcess::run(others, root()).code, 9); // there is no radio
+    QCOMPARE(machine(), changed);
+    m_process->kill();
+    QCOMPARE(HostdProcess::run(others, root()).code, 9);
+    QCOMPARE(machine(), changed);
+    QVERIFY(start());
+    QCOMPARE(machine(), before);
+    QCOMPARE(m_process->terminate(), 0);
+}
+
 void RestorationTest::protectsTheRemoteSession()
 {
     const QByteArray own = shell("ip -4 -o address show dev vt0 | sed 's/.*inet //; s,/.*,,'");
@@ -334,6 +360,39 @@ void RestorationTest::protectsTheRemoteSession()
     QCOMPARE(disconnect(), QStringLiteral("ok"));
     QCOMPARE(m_process->terminate(), 0);
     QCOMPARE(machine(), before);
+    qunsetenv("SSH_CONNECTION");
+}
+
+void RestorationTest::protectsWhatMayCarryTheRemoteSession_data()
+{
+    QTest::addColumn<QByteArray>("address");
+    QTest::addRow("of a gateway") << QByteArray("198.51.100.2");
+    QTest::addRow("through a tunnel of SSH's") << QByteArray("127.0.0.1");
+}
+
+/*! When no interface has its address: what the default route leads to. */
+void RestorationTest::protectsWhatMayCarryTheRemoteSession()
+{
+    QFETCH(QByteArray, address);
+    qputenv("SSH_CONNECTION", "192.0.2.7 50022 " + address + " 22");
+    QVERIFY(start());
+    QCOMPARE(disconnect(), QStringLiteral("12 \"vt0\" carries your remote session: --force has it touched"));
+    QCOMPARE(m_process->terminate(), 0);
+    QVERIFY(m_process->errors().startsWith("morvek-hostd: your remote session is at " + address
+                                           + ", and may be carried by vt0, which is not touched without --force\n"));
+    qunsetenv("SSH_CONNECTION");
+}
+
+void RestorationTest::tellsWhenNothingIsProtected()
+{
+    shell("nmcli device disconnect vt0");
+    qputenv("SSH_CONNECTION", "192.0.2.7 50022 198.51.100.2 22");
+    QVERIFY(start());
+    QCOMPARE(connectOther(), QStringLiteral("ok"));
+    QCOMPARE(m_process->terminate(), 0);
+    QVERIFY(m_process->errors().startsWith(
+        "morvek-hostd: your remote session is at 198.51.100.2, and nobody knows what carries it: nothing is "
+        "protected, and a request may end it\n"));
     qunsetenv("SSH_CONNECTION");
 }
 

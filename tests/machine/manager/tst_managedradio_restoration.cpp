@@ -1,0 +1,194 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "managedradiocase.h"
+
+using namespace morvek;
+
+namespace {
+
+const char Passkey[] = "a passkey of House";
+const char UsersPasskey[] = "a passkey of the user's";
+
+} // namespace
+
+/*! What the radio had before it has afterwards, however the program ends. */
+class ManagedRadioRestorationTest : public ManagedRadioCase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void givesPowerBack_data();
+    void givesPowerBack();
+    void switchesOffAgain();
+    void keepsPowerWhenAsked();
+    void leavesPowerThatTheUserHasSwitched();
+    void givesNetworkBack_data();
+    void givesNetworkBack();
+
+private:
+    /*! The manager does on its own what it is asked for. */
+    void play();
+    void switchPower(bool on);
+    void start(const QStringList &arguments = {});
+    bool isOn() const { return m_manager->value<bool>(FakeManager::managerPath(), QStringLiteral("WirelessEnabled")); }
+    bool joinsByItself() const { return m_manager->value<bool>(m_wifi, QStringLiteral("Autoconnect")); }
+    QString joinOwn();
+    QString profileInUse() const;
+    QString notes() const
+    {
+        return m_daemon->root() + QStringLiteral("/.morvek-hostd-session.networking.wifi.tethering.json");
+    }
+};
+
+void ManagedRadioRestorationTest::switchPower(bool on)
+{
+    m_manager->change(FakeManager::managerPath(), {{QStringLiteral("WirelessEnabled"), on}});
+    m_manager->setState(m_wifi, on ? 30 : 20);
+}
+
+void ManagedRadioRestorationTest::play()
+{
+    m_manager->setAnswer(QStringLiteral("Set"), [this](const BusCall &call) {
+        const bool value = call.arguments.at(2).toBool();
+        if (call.text(1) == QLatin1String("WirelessEnabled"))
+            switchPower(value);
+        else
+            m_manager->change(call.path, {{call.text(1), value}});
+        return BusAnswer();
+    });
+    m_manager->setAnswer(QStringLiteral("ActivateConnection"), [this](const BusCall &call) {
+        const QString active = m_manager->beginActivation(call.pathAt(1), call.pathAt(0));
+        m_manager->activate(call.pathAt(1));
+        return BusAnswer {{QVariant::fromValue(QDBusObjectPath(active))}, {}, {}};
+    });
+}
+
+void ManagedRadioRestorationTest::start(const QStringList &arguments)
+{
+    play();
+    startDaemons(arguments);
+}
+
+/*! The station is in a network of the user's, who has a passkey there, too. */
+QString ManagedRadioRestorationTest::joinOwn()
+{
+    const QString profile = m_manager->addProfile(
+        {{QStringLiteral("connection"), {{QStringLiteral("type"), QStringLiteral("802-11-wireless")}}},
+         {QStringLiteral("802-11-wireless"), {{QStringLiteral("ssid"), QByteArray("Guest")}}},
+         {QStringLiteral("802-11-wireless-security"),
+          {{QStringLiteral("key-mgmt"), QStringLiteral("wpa-psk")},
+           {QStringLiteral("psk"), QLatin1String(UsersPasskey)}}}});
+    m_manager->beginActivation(m_wifi, profile, m_guest);
+    m_manager->activate(m_wifi);
+    return profile;
+}
+
+QString ManagedRadioRestorationTest::profileInUse() const
+{
+    const auto active = m_manager->value<QDBusObjectPath>(m_wifi, QStringLiteral("ActiveConnection"));
+    return m_manager->value<QDBusObjectPath>(active.path(), QStringLiteral("Connection")).path();
+}
+
+void ManagedRadioRestorationTest::givesPowerBack_data()
+{
+    QTest::addColumn<bool>("isKilled");
+    QTest::addRow("at its end") << false;
+    QTest::addRow("at the next start") << true;
+}
+
+void ManagedRadioRestorationTest::givesPowerBack()
+{
+    QFETCH(bool, isKilled);
+    const QString own = joinOwn();
+    start();
+    QCOMPARE(request("wifi_power", "off"), QStringLiteral("ok"));
+    QTRY_VERIFY(!m_service->connected());
+    QVERIFY(!isOn());
+    if (isKilled) {
+        m_daemon->process().kill();
+        QVERIFY(!isOn());
+        QVERIFY(QFile::exists(notes()));
+        m_daemon->kill();
+        startDaemons();
+        QVERIFY(isOn());
+        QCOMPARE(profileInUse(), own);
+        QVERIFY(!QFile::exists(notes()));
+    }
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QVERIFY(isOn());
+    QCOMPARE(profileInUse(), own);
+    QVERIFY(!QFile::exists(notes()));
+}
+
+void ManagedRadioRestorationTest::switchesOffAgain()
+{
+    switchPower(false);
+    start();
+    QCOMPARE(request("wifi_power", "on"), QStringLiteral("ok"));
+    QTRY_VERIFY(m_service->powered());
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QVERIFY(!isOn());
+}
+
+void ManagedRadioRestorationTest::keepsPowerWhenAsked()
+{
+    start({QStringLiteral("--remember")});
+    QCOMPARE(request("wifi_power", "off"), QStringLiteral("ok"));
+    QTRY_VERIFY(!m_service->powered());
+    QVERIFY(!QFile::exists(notes()));
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QVERIFY(!isOn());
+}
+
+/*! Also when that makes it what the session has made of it. */
+void ManagedRadioRestorationTest::leavesPowerThatTheUserHasSwitched()
+{
+    start();
+    QCOMPARE(request("wifi_power", "off"), QStringLiteral("ok"));
+    QTRY_VERIFY(!m_service->powered());
+    switchPower(true);
+    QTRY_VERIFY(m_service->powered());
+    switchPower(false);
+    QTRY_VERIFY(!m_service->powered());
+    m_manager->forgetCalls();
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QCOMPARE(m_manager->calls(QStringLiteral("Set")).size(), 0);
+    QVERIFY(!isOn());
+}
+
+void ManagedRadioRestorationTest::givesNetworkBack_data()
+{
+    givesPowerBack_data();
+}
+
+/*! What is noted meanwhile names networks, and no passkey. */
+void ManagedRadioRestorationTest::givesNetworkBack()
+{
+    QFETCH(bool, isKilled);
+    const QString own = joinOwn();
+    start();
+    Connect connect(connectTo("House", Passkey));
+    QCOMPARE(join().pathAt(1), m_wifi);
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    QVERIFY(!joinsByItself());
+    QVERIFY(QFile::exists(notes()));
+    const QByteArrayList places = everythingReadable(m_daemon->root(), m_daemon->process().processId());
+    QVERIFY(places.join().contains("autoconnect"));
+    for (const QByteArray &place : places) {
+        QVERIFY(!place.contains(Passkey));
+        QVERIFY(!place.contains(UsersPasskey));
+    }
+    if (isKilled) {
+        m_daemon->process().kill();
+        m_daemon->kill();
+        startDaemons();
+    }
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QCOMPARE(profileInUse(), own);
+    QVERIFY(joinsByItself());
+    QVERIFY(!QFile::exists(notes()));
+}
+
+QTEST_GUILESS_MAIN(ManagedRadioRestorationTest)
+
+#include "tst_managedradio_restoration.moc"
