@@ -64,7 +64,7 @@ QByteArray RemoteSession::connection(qint64 pid, const QString &processes)
 {
     while (pid > 0) {
         const QString process = QStringLiteral("%1/%2/").arg(processes).arg(pid);
-        const QByteArray connection = valueOf(Variable, contentOf(process + QLatin1String("environ")).split('\0'));
+        QByteArray connection = valueOf(Variable, contentOf(process + QLatin1String("environ")).split('\0'));
         if (!connection.isEmpty())
             return connection;
         pid = valueOf("PPid:", contentOf(process + QLatin1String("status")).split('\n')).toLongLong();
