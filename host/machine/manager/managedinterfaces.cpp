@@ -339,12 +339,13 @@ void ManagedInterfaces::takeUp(const QString &name, Station *station, NMDevice *
     if (!station->hasWish || !station->isLost || !station->orders.isEmpty())
         return;
     const NMDeviceState state = nm_device_get_state(device);
-    const bool isBack = state == NM_DEVICE_STATE_ACTIVATED;
+    const QByteArray present = connectionOf(device); // known later than the state
+    const bool isBack = state == NM_DEVICE_STATE_ACTIVATED && !present.isEmpty();
     const bool canBeMade = station->isMade && state == NM_DEVICE_STATE_DISCONNECTED;
     if (!isBack && !canBeMade)
         return;
     station->isLost = false;
-    if (isBack && connectionOf(device) != station->uuid) {
+    if (isBack && present != station->uuid) {
         station->hasWish = false; // somebody else has connected it with something else
         return;
     }

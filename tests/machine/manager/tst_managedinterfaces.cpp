@@ -29,6 +29,11 @@ private Q_SLOTS:
     void activatesAProfile();
     void activatesWhatIsStillGoingDown();
     void activationIsRefused();
+    void activatesTheBestProfile();
+    void makesAProfileOnce();
+    void keepsWhatTheProfileSays();
+    void radioIsNotJoinedByItself();
+    void showsKnownKindsByTheirNames();
 
 private:
     std::unique_ptr<PrivateBus> m_bus;
@@ -183,6 +188,9 @@ void ManagedInterfacesTest::refusals_data()
                                 << QStringLiteral("9 the manager's text");
     QTest::addRow("settings") << QStringLiteral("Reapply") << nm + QStringLiteral("Settings.Connection.InvalidProperty")
                               << QStringLiteral("4 the manager's text");
+    QTest::addRow("settings missing") << QStringLiteral("Reapply")
+                                      << nm + QStringLiteral("Settings.Connection.MissingProperty")
+                                      << QStringLiteral("4 the manager's text");
     QTest::addRow("something else") << QStringLiteral("Reapply") << nm + QStringLiteral("Device.IncompatibleConnection")
                                     << QStringLiteral("13 the manager's text");
 }
@@ -337,6 +345,120 @@ void ManagedInterfacesTest::activationIsRefused()
     m_manager->change(m_device, {{QStringLiteral("AvailableConnections"), QVariant::fromValue(BusPaths())}});
     QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("3 too late"));
     QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+}
+
+void ManagedInterfacesTest::activatesTheBestProfile()
+{
+    const auto profile = [this](const char *id, int priority, qulonglong timestamp) {
+        return QDBusObjectPath(
+            m_manager->addProfile({{QStringLiteral("connection"),
+                                    {{QStringLiteral("id"), QLatin1String(id)},
+                                     {QStringLiteral("type"), QStringLiteral("802-3-ethernet")},
+                                     {QStringLiteral("autoconnect-priority"), priority},
+                                     {QStringLiteral("timestamp"), timestamp}}},
+                                   {QStringLiteral("802-3-ethernet"), {}},
+                                   {QStringLiteral("ipv4"), {{QStringLiteral("method"), QStringLiteral("auto")}}}}));
+    };
+    const BusPaths all {profile("old", 5, 10), profile("recent", 5, 20), profile("older", 5, 5),
+                        profile("unwanted", -1, 30)};
+    m_manager->change(m_device, {{QStringLiteral("AvailableConnections"), QVariant::fromValue(all)}});
+    QVERIFY(start());
+    Request request(m_control.get(), "net_connected", Manual);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("ActivateConnection")));
+    QCOMPARE(m_manager->calls(QStringLiteral("ActivateConnection")).first().pathAt(0), all.at(1).path());
+    m_manager->activate(m_device);
+    QCOMPARE(request.outcome(), QStringLiteral("ok"));
+}
+
+void ManagedInterfacesTest::makesAProfileOnce()
+{
+    QVERIFY(start());
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+    const BusCall call = m_manager->calls(QStringLiteral("AddAndActivateConnection2")).first();
+    const QVariantMap connection = call.settings(0)[QStringLiteral("connection")];
+    QCOMPARE(connection[QStringLiteral("autoconnect")], QVariant(false));
+    QCOMPARE(connection[QStringLiteral("interface-name")].toString(), QStringLiteral("eth0"));
+    QCOMPARE(call.map(3)[QStringLiteral("persist")].toString(), QStringLiteral("volatile"));
+    QCOMPARE(call.map(3)[QStringLiteral("bind-activation")].toString(), QStringLiteral("dbus-client"));
+    m_manager->activate(m_device);
+    // Without its link it is gone; with it, it is made again, and after somebody has ended it, not.
+    m_manager->setState(m_device, 20, 40);
+    m_manager->setState(m_device, 30);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("AddAndActivateConnection2"), 2));
+    m_manager->activate(m_device);
+    m_manager->deactivate(m_device, 39);
+    m_manager->addEthernet(QStringLiteral("eth1"));
+    const Seen status {QLatin1String(Status)};
+    QTRY_COMPARE_WITH_TIMEOUT(status.text("priority"), QStringLiteral("[\"eth0\",\"eth1\"]"), Patience);
+    QCOMPARE(Request(m_control.get(), "net_connected", "['eth1',{'manual':'no','manual6':'off'}]").outcome(),
+             QStringLiteral("ok"));
+    const auto made = m_manager->calls(QStringLiteral("AddAndActivateConnection2"));
+    QCOMPARE(made.size(), 3);
+    QCOMPARE(made.last().settings(0)[QStringLiteral("connection")][QStringLiteral("interface-name")].toString(),
+             QStringLiteral("eth1"));
+}
+
+void ManagedInterfacesTest::keepsWhatTheProfileSays()
+{
+    const auto settings = [](int metric) {
+        return BusSettings {{QStringLiteral("connection"),
+                             {{QStringLiteral("id"), QStringLiteral("house")},
+                              {QStringLiteral("uuid"), QStringLiteral("6a8e5ea9-6b3e-4d1f-9c39-0d3a4bb1c001")},
+                              {QStringLiteral("type"), QStringLiteral("802-3-ethernet")}}},
+                            {QStringLiteral("802-3-ethernet"), {}},
+                            {QStringLiteral("ipv4"),
+                             {{QStringLiteral("method"), QStringLiteral("auto")},
+                              {QStringLiteral("never-default"), true},
+                              {QStringLiteral("dns-search"), QStringList {QStringLiteral("example.org")}},
+                              {QStringLiteral("route-metric"), QVariant::fromValue(qlonglong(metric))}}}};
+    };
+    const auto ipv4 = [this] { return m_manager->applied(m_device)[QStringLiteral("ipv4")]; };
+    const QString search = QStringLiteral("dns-search");
+    m_manager->beginActivation(m_device, m_manager->addProfile(settings(77)));
+    m_manager->activate(m_device);
+    QVERIFY(start());
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    QCOMPARE(ipv4()[search].toStringList(), QStringList()); // the manager wants none where there are no addresses
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+    QCOMPARE(ipv4()[search].toStringList(), QStringList {QStringLiteral("example.org")});
+    QCOMPARE(ipv4()[QStringLiteral("route-metric")].toInt(), 77);
+    QVERIFY(!ipv4()[QStringLiteral("never-default")].toBool());
+    QCOMPARE(Request(m_control.get(), "net_connected", "['eth0',{'manual':'no','manual6':'off'}]").outcome(),
+             QStringLiteral("ok"));
+    QVERIFY(ipv4()[QStringLiteral("never-default")].toBool());
+    // The user has changed it and connects anew: that counts, under what was asked for. The manager's library knows the
+    // connection only when it has read the profile, which is after the device's state.
+    m_manager->forgetCalls();
+    m_manager->deactivate(m_device);
+    m_manager->beginActivation(m_device, m_manager->addProfile(settings(88)));
+    m_manager->activate(m_device);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("Reapply")));
+    QTRY_COMPARE_WITH_TIMEOUT(ipv4()[QStringLiteral("route-metric")].toInt(), 88, Patience);
+}
+
+void ManagedInterfacesTest::radioIsNotJoinedByItself()
+{
+    m_manager->addWifi(QStringLiteral("wlan0"));
+    QVERIFY(start());
+    QCOMPARE(Request(m_control.get(), "net_connected", "['wlan0',{'manual':'no','manual6':'off'}]").outcome(),
+             QStringLiteral("5 \"wlan0\" has no link"));
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);
+}
+
+void ManagedInterfacesTest::showsKnownKindsByTheirNames()
+{
+    m_manager->addDevice(QStringLiteral("dummy0"), 22, QStringLiteral("Dummy"), {});
+    m_manager->addDevice(QStringLiteral("p2p-dev-wlan0"), 30, QStringLiteral("WifiP2P"), {});
+    m_manager->addDevice(QStringLiteral("cdc-wdm0"), 8, QStringLiteral("Modem"), {},
+                         {{QStringLiteral("IpInterface"), QStringLiteral("wwan0")}});
+    m_manager->addEthernet(
+        QStringLiteral("eth1"),
+        {{QStringLiteral("HwAddress"), QStringLiteral("0A:00:00:00:00:FF")}, {QStringLiteral("Mtu"), 1400U}});
+    QVERIFY(start());
+    QCOMPARE(Seen(QLatin1String(Status)).text("priority"), QStringLiteral("[\"eth0\",\"eth1\",\"wwan0\"]"));
+    const Seen eth1(interfacePath("eth1"));
+    QCOMPARE(eth1.text("link_address"), QStringLiteral("0a:00:00:00:00:ff"));
+    QCOMPARE(eth1.text("mtu"), QStringLiteral("1400"));
 }
 
 QTEST_GUILESS_MAIN(ManagedInterfacesTest)

@@ -79,8 +79,8 @@ void ManagerFaultsTest::noManager_data()
     QTest::addRow("nobody on the bus") << QString() << QByteArray() << QByteArray()
                                        << QByteArray("no network manager runs on this machine");
     QTest::addRow("an old one")
-        << QStringLiteral("1.18.10") << QByteArray() << QByteArray()
-        << QByteArray("the network manager has version 1.18.10, and 1.20 is the first that can do what is asked of it");
+        << QStringLiteral("1.19.90") << QByteArray() << QByteArray()
+        << QByteArray("the network manager has version 1.19.90, and 1.20 is the first that can do what is asked of it");
     QTest::addRow("another event loop")
         << QStringLiteral("1.42.4") << QByteArray("QT_NO_GLIB") << QByteArray("1")
         << QByteArray("the network manager is heard in GLib's event loop only: do not set QT_NO_GLIB");

@@ -113,7 +113,10 @@ void VethInterfacesTest::connectsWhatIsNotConnected()
 void VethInterfacesTest::usesItsOwnProfile()
 {
     shell("nmcli connection add type ethernet ifname vt1 con-name other autoconnect no ipv4.method manual "
-          "ipv4.addresses 10.9.1.50/24");
+          "ipv4.addresses 10.9.1.50/24 ipv4.gateway 10.9.1.1 ipv4.dns 10.9.1.1 ipv4.dns-search example.org "
+          "ipv4.routes 10.10.0.0/16");
+    // After an answer of the manager the daemon knows of the profile, too.
+    QCOMPARE(configure("vt0", byHand("10.9.0.77", "10.9.0.9"))->outcome(), QStringLiteral("ok"));
     auto manual = configure("vt1", byHand("10.9.1.77", "10.9.1.9"));
     QCOMPARE(manual->outcome(), QStringLiteral("ok"));
     QTRY_COMPARE_WITH_TIMEOUT(text("vt1"), QStringLiteral("manual 10.9.1.77/24 via 10.9.1.9 connected"), Patience);
