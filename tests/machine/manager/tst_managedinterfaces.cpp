@@ -343,6 +343,8 @@ void ManagedInterfacesTest::activationIsRefused()
     QVERIFY(start());
     QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("9 not you"));
     m_manager->change(m_device, {{QStringLiteral("AvailableConnections"), QVariant::fromValue(BusPaths())}});
+    m_manager->change(m_device, {{QStringLiteral("Mtu"), 1400U}}); // when this is told, the other is known
+    QTRY_COMPARE_WITH_TIMEOUT(Seen(interfacePath("eth0")).text("mtu"), QStringLiteral("1400"), Patience);
     QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("3 too late"));
     QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
 }
