@@ -40,6 +40,7 @@ void RadioCase::startManager()
                        {QStringLiteral("-u"), QStringLiteral("-t"), QStringLiteral("-f"),
                         RealManager::folder() + QStringLiteral("/supplicant.log")});
     QVERIFY(m_supplicant.waitForStarted());
+    shell("rm -f $BENCH/profiles/*"); // those of the program before
     QVERIFY(m_manager.start());
     shell("nmcli connection add type ethernet ifname up0 con-name Cable");
     QTRY_COMPARE_WITH_TIMEOUT(Air::activeProfiles(), QByteArray("Cable"), GuestPatience);
