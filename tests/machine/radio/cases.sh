@@ -4,6 +4,7 @@
 #
 #     cases.sh BUILD [CASE]...
 [[ -n ${BENCH:-} ]] || exec bash "${0%/*}/scene.sh" bash "$0" "$@"
+export QTEST_FUNCTION_TIMEOUT=600000 # a wait in vain is told after three times its length
 code=0
 for program in tst_radiostation tst_radiohotspot; do
     all=$("$1/tests/machine/radio/$program" -functions 2>&1)
