@@ -25,6 +25,8 @@ constexpr auto Grace = 1s;
 constexpr auto Settling = 5s;
 // Addresses that the manager still shows after this are not its own.
 constexpr auto ReleaseTime = 1s;
+// A manager that ends may need so long after it has taken the leases away.
+constexpr auto EndingTime = 2s;
 
 Refusal managerGone()
 {
@@ -363,7 +365,10 @@ void ManagedInterfaces::synchronise()
     const QVector<NMDevice *> devices = m_client->devices();
     for (NMDevice *device : devices) {
         const QString name = ManagerClient::nameOf(device);
-        interfaces.insert(name, attributesOf(name, device));
+        Attributes attributes = attributesOf(name, device);
+        if (isLeaseKept(name, attributes))
+            attributes.insert(Wire::Manual, yesOrNo(false));
+        interfaces.insert(name, attributes);
     }
     InterfaceMirror::show(interfaces, m_world, m_log);
     rank();
@@ -402,6 +407,23 @@ Attributes ManagedInterfaces::attributesOf(const QString &name, NMDevice *device
     if (station.hasWish && isReleased)
         attributes.insert(Wire::Manual, m_world->interfaceAttributes(name).value(Wire::Manual));
     return attributes;
+}
+
+/*! A manager that ends takes the leases away and leaves the addresses: the world is to stay as it was. */
+bool ManagedInterfaces::isLeaseKept(const QString &name, const Attributes &now)
+{
+    const Attributes before = m_world->interfaceAttributes(name);
+    const bool isMissing = before.value(Wire::Manual) == yesOrNo(false) && now.value(Wire::Manual) == yesOrNo(true)
+        && before.value(Wire::IpAddresses) == now.value(Wire::IpAddresses);
+    if (!isMissing) {
+        m_keptLeases.remove(name);
+        return false;
+    }
+    if (!m_keptLeases.contains(name)) {
+        m_keptLeases.insert(name, QDeadlineTimer(EndingTime));
+        QTimer::singleShot(EndingTime, Qt::PreciseTimer, this, &ManagedInterfaces::synchronise);
+    }
+    return !m_keptLeases.value(name).hasExpired();
 }
 
 QString ManagedInterfaces::preferred() const

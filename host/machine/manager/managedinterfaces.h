@@ -7,6 +7,8 @@
 #include "interfacecontrol.h"
 #include "networkingrequest.h"
 
+#include <QtCore/QDeadlineTimer>
+#include <QtCore/QHash>
 #include <QtCore/QObject>
 #include <QtCore/QQueue>
 #include <QtCore/QTimer>
@@ -79,6 +81,7 @@ private:
     void takeUp(const QString &name, Station *station, NMDevice *device);
     void synchronise();
     Attributes attributesOf(const QString &name, NMDevice *device);
+    bool isLeaseKept(const QString &name, const Attributes &now);
     QString preferred() const;
     bool isSpared(const QString &interface) const;
     void rank();
@@ -91,6 +94,7 @@ private:
     QTimer m_settling; // runs while the manager, which is back, finds its devices
     QTimer m_grace;    // runs while this interface, which is preferred, may be without its route:
     QString m_spared;
+    QHash<QString, QDeadlineTimer> m_keptLeases; // by interface
 };
 
 } // namespace morvek

@@ -17,6 +17,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void publishes();
+    void leasesGoWithTheManager();
     void types_data();
     void types();
     void refusals_data();
@@ -130,6 +131,30 @@ void ManagedInterfacesTest::publishes()
     QCOMPARE(eth0.text("connected"), QStringLiteral("false"));
     m_manager->setState(m_device, 30);
     QTRY_COMPARE_WITH_TIMEOUT(eth0.text("up"), QStringLiteral("true"), Patience);
+}
+
+/*! It takes them away first when it ends in order, and leaves the addresses. */
+void ManagedInterfacesTest::leasesGoWithTheManager()
+{
+    QVERIFY(connectDevice());
+    const Seen eth0(interfacePath("eth0"));
+    QCOMPARE(eth0.text("manual"), QStringLiteral("no"));
+    m_manager->setLease(m_device, {});
+    // What is published after that is known here.
+    m_manager->change(m_device, {{QStringLiteral("Mtu"), 1400U}});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("mtu"), QStringLiteral("1400"), Patience);
+    QCOMPARE(eth0.lines(), QStringList {QStringLiteral("mtu=1400")});
+    m_manager->stop();
+    const auto isGone = [this] {
+        return Request(m_control.get(), "net_connected", Manual).outcome()
+            == QLatin1String("10 the network manager does not run");
+    };
+    QVERIFY(QTest::qWaitFor(isGone, Patience));
+    QCOMPARE(eth0.text("manual"), QStringLiteral("no"));
+    // Without a lease it is manual, when the manager stays.
+    QVERIFY(m_manager->start());
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("manual"), QStringLiteral("yes"), Patience);
+    QCOMPARE(eth0.lines(), (QStringList {QStringLiteral("mtu=1400"), QStringLiteral("manual=yes")}));
 }
 
 void ManagedInterfacesTest::types_data()
