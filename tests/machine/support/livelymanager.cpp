@@ -15,6 +15,9 @@ constexpr uint NoSecrets = 7;
 constexpr uint SupplicantDisconnect = 8;
 constexpr uint SupplicantAvailable = 42;
 
+constexpr uint Station = 2; // modes
+constexpr uint AccessPoint = 3;
+
 const QString State = QStringLiteral("State");
 
 } // namespace
@@ -69,6 +72,8 @@ void LivelyManager::switchRadio(bool on)
 
 void LivelyManager::rest()
 {
+    if (value<uint>(m_radio, QStringLiteral("Mode")) == AccessPoint)
+        change(m_radio, {{QStringLiteral("Mode"), Station}});
     leaveAddresses();
     if (!m_profile.isEmpty() && value(m_radio, QStringLiteral("Autoconnect")).toBool() && ++m_idle > TicksOfIdling)
         beginActivation(m_radio, m_profile);
@@ -82,6 +87,7 @@ void LivelyManager::enter()
     const QVariantMap wireless = settings.value(QStringLiteral("802-11-wireless"));
     const QByteArray ssid = wireless.value(QStringLiteral("ssid")).toByteArray();
     if (wireless.value(QStringLiteral("mode")) == QLatin1String("ap")) {
+        change(m_radio, {{QStringLiteral("Mode"), AccessPoint}});
         activate(m_radio);
         setIp4(m_radio, {QStringLiteral("10.42.0.1/24")});
         return;
