@@ -96,6 +96,7 @@ table ip warm {
 }
 delete table ip warm
 END
+rm -f /dev/rfkill # by that the manager's switch would silence all radios of the kernel, those around the unit, too
 mount -o remount,bind,ro /sys # without udev the manager leaves every device alone, unless it is read-only
 say "the scene is set"
 "$@"
