@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "joinattempt.h"
 
+#include "eventlog.h"
 #include "managerclient.h"
 #include "managerrefusal.h"
 #include "stationprofile.h"
+#include "wifitext.h"
 
 #include <utility>
 
@@ -142,11 +144,30 @@ void JoinAttempt::fail()
         Q_EMIT failed(m_failure);
 }
 
-void JoinAttempt::keep()
+void JoinAttempt::keep(const EventLog *log)
 {
     NMRemoteConnection *stored = m_isKept && m_active ? nm_active_connection_get_connection(m_active.get()) : nullptr;
-    if (!stored || StationProfile::isKept(m_profile.get()))
+    if (!stored)
         return;
+    StationProfile::setKept(m_profile.get());
+    const auto ended = [this, log](GObject *source, GAsyncResult *result) {
+        GErrorKeeper error;
+        const std::unique_ptr<GVariant, decltype(&g_variant_unref)> answer(
+            nm_remote_connection_update2_finish(NM_REMOTE_CONNECTION(source), result, &error), g_variant_unref);
+        if (error)
+            log->trouble(
+                QStringLiteral("the network manager does not remember %1: %2")
+                    .arg(WifiText::quoted(StationProfile::ssidOf(m_profile.get())), refusalOf(error.get()).text));
+        else
+            removeFormer(NM_REMOTE_CONNECTION(source));
+    };
+    nm_remote_connection_update2(stored, nm_connection_to_dbus(m_profile.get(), NM_CONNECTION_SERIALIZE_ALL),
+                                 NM_SETTINGS_UPDATE2_FLAG_TO_DISK, nullptr, nullptr, AsyncCall::ready,
+                                 AsyncCall::make(this, ended));
+}
+
+void JoinAttempt::removeFormer(NMRemoteConnection *stored)
+{
     const QString ssid = StationProfile::ssidOf(m_profile.get());
     const GPtrArray *all = nm_client_get_connections(m_client->get());
     for (guint i = 0; all && i < all->len; ++i) {
@@ -155,9 +176,6 @@ void JoinAttempt::keep()
             && StationProfile::ssidOf(NM_CONNECTION(one)) == ssid)
             nm_remote_connection_delete_async(one, nullptr, ignore, nullptr);
     }
-    StationProfile::setKept(m_profile.get());
-    nm_remote_connection_update2(stored, nm_connection_to_dbus(m_profile.get(), NM_CONNECTION_SERIALIZE_ALL),
-                                 NM_SETTINGS_UPDATE2_FLAG_TO_DISK, nullptr, nullptr, ignore, nullptr);
 }
 
 } // namespace morvek

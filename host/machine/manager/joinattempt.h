@@ -9,6 +9,7 @@
 
 namespace morvek {
 
+class EventLog;
 class ManagerClient;
 
 /*!
@@ -48,8 +49,8 @@ public:
     void giveUp();
     /*! Leaves the network, or does not join it, and tells nobody. It destroys itself when that is done. */
     void abandon();
-    /*! Stores the profile, and removes what was stored by an earlier keep() for the same network. */
-    void keep();
+    /*! Stores the profile, then removes what was stored by an earlier keep() for the same network. */
+    void keep(const EventLog *log);
 
 Q_SIGNALS:
     /*! What the manager has answered, once. */
@@ -64,6 +65,7 @@ private:
     void onState(NMDevice *device, NMDeviceState now, NMDeviceState before, NMDeviceStateReason reason);
     void leave();
     void fail();
+    void removeFormer(NMRemoteConnection *stored);
 
     ManagerClient *m_client;
     GRef<NMConnection> m_profile;

@@ -41,11 +41,6 @@ QString reasonText(NMDeviceStateReason reason)
                  : QStringLiteral("reason %1").arg(int(reason));
 }
 
-Refusal managerGone()
-{
-    return {Refusal::ManagerGone, QStringLiteral("the network manager does not run")};
-}
-
 bool isActive(const ManagerClient &client, NMActiveConnection *active)
 {
     const GPtrArray *all = nm_client_get_active_connections(client.get());

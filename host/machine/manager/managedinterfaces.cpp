@@ -28,11 +28,6 @@ constexpr auto ReleaseTime = 1s;
 // A manager that ends may need so long after it has taken the leases away.
 constexpr auto EndingTime = 2s;
 
-Refusal managerGone()
-{
-    return {Refusal::ManagerGone, QStringLiteral("the network manager does not run")};
-}
-
 /*! Of the profiles that \a device can be connected with, the one that the manager would take; null when there is none.
  */
 NMRemoteConnection *bestProfile(NMDevice *device)

@@ -9,9 +9,14 @@
 #include "wirenames.h"
 #include "world.h"
 
+#include <chrono>
+
 namespace morvek {
 
 namespace {
+
+// A client sends the second request as soon as the first one is answered.
+constexpr std::chrono::seconds LongestSelection {2};
 
 /*! The manager waits for a while whether an access point that is heard no more comes back. */
 bool isStillActive(NMDevice *radio, const QByteArray &connection)
@@ -34,10 +39,13 @@ ManagedRadio::ManagedRadio(ManagerClient *client, Restoration *restoration, Worl
 {
     connect(client, &ManagerClient::changed, this, &ManagedRadio::follow);
     connect(client, &ManagerClient::stateChanged, this,
-            [this](NMDevice *device, NMDeviceState, NMDeviceState, NMDeviceStateReason reason) {
-                if (device == NM_DEVICE(m_client->radio()))
+            [this](NMDevice *device, NMDeviceState now, NMDeviceState, NMDeviceStateReason reason) {
+                const bool isEnd = now == NM_DEVICE_STATE_FAILED || now == NM_DEVICE_STATE_DEACTIVATING;
+                if (isEnd && device == NM_DEVICE(m_client->radio()))
                     m_isLost = reason == NM_DEVICE_STATE_REASON_SSID_NOT_FOUND;
             });
+    m_selection.setSingleShot(true);
+    connect(&m_selection, &QTimer::timeout, this, &ManagedRadio::follow);
     connect(&m_wanted, &WantedNetwork::notLetIn, this,
             [this](int identifier, const QString &ssid) { tellEvent(StationText::wrongKeyEvent(identifier, ssid)); });
     connect(&m_wanted, &WantedNetwork::notFound, this, [this] { tellEvent(StationText::NetworkNotFound); });
@@ -63,11 +71,13 @@ void ManagedRadio::carryOut(const WifiRequest &request, const AnswerCall &answer
         m_scan.ask(answer);
         break;
     case WifiRequest::NewNetwork:
+        m_selection.start(LongestSelection);
         m_networks += request.network;
         answer({{}, QString::number(m_networks.size() - 1)});
         break;
     case WifiRequest::SelectNetwork: {
         const int network = networkOf(request.identifier);
+        m_selection.stop();
         m_wanted.select(network, m_networks.at(network), answer);
         break;
     }
@@ -93,7 +103,7 @@ bool ManagedRadio::takeBack(const QString &)
 Refusal ManagedRadio::refuses(const WifiRequest &request) const
 {
     if (!m_client->isRunning())
-        return {Refusal::ManagerGone, QStringLiteral("the network manager does not run")};
+        return managerGone();
     NMDevice *radio = NM_DEVICE(m_client->radio());
     switch (request.kind) {
     case WifiRequest::Power:
@@ -162,7 +172,7 @@ void ManagedRadio::tell(const SeenAccessPoint *accessPoint, ZopChangeset changes
 {
     NMDevice *radio = NM_DEVICE(m_client->radio());
     const bool isFirst = m_world->status(Service::Wifi).isEmpty();
-    if (accessPoint && m_wanted.isAwaited(radio)) {
+    if (accessPoint && m_wanted.isAwaited(radio) && !m_selection.isActive()) {
         const QByteArray connection = nm_object_get_path(NM_OBJECT(nm_device_get_active_connection(radio)));
         const QJsonObject status = StationText::status(accessPoint->bssid, accessPoint->ssid,
                                                        AccessPointText::keyManagement(accessPoint->security),

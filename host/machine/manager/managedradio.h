@@ -8,6 +8,7 @@
 #include "wantednetwork.h"
 
 #include <QtCore/QObject>
+#include <QtCore/QTimer>
 #include <QtCore/QVector>
 
 namespace morvek {
@@ -53,6 +54,7 @@ private:
     QVector<WifiNetwork> m_networks; // their identifiers count from 0
     QJsonObject m_status;            // as it was told; empty while the station is not connected
     QByteArray m_connection;         // the manager's object, of that
+    QTimer m_selection;              // a client that has named a network is about to select it
     bool m_isLost = false;           // the last connection has ended out of sight
 };
 

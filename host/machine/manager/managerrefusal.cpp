@@ -36,6 +36,11 @@ Refusal::Code codeOf(const GError *error)
 
 } // namespace
 
+Refusal managerGone()
+{
+    return {Refusal::ManagerGone, QStringLiteral("the network manager does not run")};
+}
+
 Refusal refusalOf(const GError *error)
 {
     const std::unique_ptr<GError, decltype(&g_error_free)> copy(g_error_copy(error), g_error_free);

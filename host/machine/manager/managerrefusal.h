@@ -8,6 +8,7 @@
 namespace morvek {
 
 /*! What a call of the manager has failed with, as a reply says it: a code, and the manager's own text. */
+Refusal managerGone();
 Refusal refusalOf(const GError *error);
 
 } // namespace morvek

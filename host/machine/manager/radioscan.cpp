@@ -26,6 +26,7 @@ RadioScan::RadioScan(ManagerClient *client, World *world, QObject *parent)
       m_world(world),
       m_supplicant(std::make_unique<SupplicantWatch>(nm_client_get_dbus_connection(client->get())))
 {
+    connect(client, &ManagerClient::runningChanged, this, [this] { m_asked = QDeadlineTimer(); });
 }
 
 RadioScan::~RadioScan() = default;
@@ -86,6 +87,9 @@ void RadioScan::look()
     const qint64 lastScan = radio ? nm_device_wifi_get_last_scan(radio) : 0;
     // What another radio has found before it came is no news.
     const bool isNews = path == m_radio && lastScan != m_lastScan && lastScan > 0;
+    // A scan that was under way ends with its radio.
+    if (path != m_radio || !radio || nm_device_get_state(NM_DEVICE(radio)) < NM_DEVICE_STATE_DISCONNECTED)
+        m_asked = QDeadlineTimer();
     m_radio = path;
     m_lastScan = lastScan;
     if (isNews) {

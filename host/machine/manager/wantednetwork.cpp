@@ -23,6 +23,8 @@ namespace {
 constexpr int MostFailures = 2;
 // A scan is delayed by the manager when it comes soon after another one.
 constexpr std::chrono::seconds LongestScan {15};
+// A radio that has been switched on, or plugged in, takes a second or two.
+constexpr std::chrono::seconds LongestStart {10};
 // The manager itself scans ever more rarely.
 constexpr std::chrono::seconds ScanInterval {20};
 
@@ -54,7 +56,11 @@ WantedNetwork::WantedNetwork(ManagerClient *client, RadioScan *scan, Restoration
     m_patience.setSingleShot(true);
     connect(&m_patience, &QTimer::timeout, this, &WantedNetwork::onScanned);
     connect(scan, &RadioScan::finished, this, &WantedNetwork::onScanned);
-    connect(client, &ManagerClient::runningChanged, this, [this] { m_isBack = true; });
+    connect(client, &ManagerClient::runningChanged, this, [this](bool isRunning) {
+        m_isBack = true;
+        if (!isRunning && m_answer && !m_wish.attempt)
+            refuse(managerGone());
+    });
     connect(scan->supplicant(), &SupplicantWatch::refused, this, &WantedNetwork::onPasskeyRefused);
 }
 
@@ -142,7 +148,7 @@ void WantedNetwork::setJoined(NMDevice *radio)
     m_isPending = false;
     m_failures = 0;
     if (m_remembers)
-        m_wish.attempt->keep();
+        m_wish.attempt->keep(m_log);
 }
 
 bool WantedNetwork::isFree() const
@@ -186,6 +192,8 @@ void WantedNetwork::await(Step step)
     if (step == Looking || step == Verifying) {
         m_scan->request(m_wish.network.ssid);
         m_patience.start(LongestScan);
+    } else if (step == Blocked && m_answer) {
+        m_patience.start(LongestStart);
     } else if (step == Waiting) {
         m_patience.start(ScanInterval);
     } else {
@@ -196,6 +204,9 @@ void WantedNetwork::await(Step step)
 /*! The radio has scanned, or nobody waits for that any longer. */
 void WantedNetwork::onScanned()
 {
+    const bool isOver = !m_patience.isActive();
+    if (m_step == Blocked && m_answer && isOver)
+        refuse({Refusal::RadioOff, QStringLiteral("the radio is not ready")});
     if (m_step <= Joining)
         return;
     if (!m_client->isRunning() || !m_client->radio()) {
@@ -204,13 +215,13 @@ void WantedNetwork::onScanned()
     }
     const bool inSight = isInSight();
     if (m_step == Verifying) {
-        inSight ? countFailure() : tellNotFound();
+        inSight && !isOver ? countFailure() : tellNotFound();
     } else if (!isFree()) {
         await(Blocked);
     } else if (inSight || (m_step == Looking && m_isPending)) {
         join();
     } else {
-        if (m_step == Waiting && !m_patience.isActive())
+        if (m_step == Waiting && isOver)
             m_scan->request(m_wish.network.ssid);
         await(Waiting);
     }
@@ -258,13 +269,7 @@ void WantedNetwork::onAnswered(JoinAttempt *attempt, const Refusal &refusal)
         tellNotFound();
         return;
     }
-    // Then nothing has changed.
-    m_wish = std::exchange(m_former, Wish());
-    m_isPending = false;
-    await(m_wish.attempt ? Joining : Idle);
-    if (!m_wish.attempt)
-        hold(false);
-    reply(refusal);
+    refuse(refusal);
 }
 
 void WantedNetwork::onFailed(JoinAttempt *attempt, JoinAttempt::Failure failure)
@@ -318,9 +323,21 @@ void WantedNetwork::giveUp()
     const Wish wish = std::exchange(m_wish, Wish());
     m_isPending = false;
     await(Idle);
+    overtake();
     // First, so that whoever has waited for the network hears of no other one that the manager joins now.
     Q_EMIT notLetIn(wish.identifier, wish.network.ssid);
     hold(false);
+}
+
+/*! Nothing has changed. */
+void WantedNetwork::refuse(const Refusal &refusal)
+{
+    m_wish = std::exchange(m_former, Wish());
+    m_isPending = false;
+    await(m_wish.attempt ? Joining : Idle);
+    if (!m_wish.attempt)
+        hold(false);
+    reply(refusal);
 }
 
 /*! A refusal would end what its client waits for, which may be another network by now. */
@@ -348,12 +365,12 @@ void WantedNetwork::forget(Wish *wish)
 void WantedNetwork::hold(bool holds)
 {
     NMDevice *radio = NM_DEVICE(m_client->radio());
-    if (!radio)
-        return;
-    const QByteArray path = nm_object_get_path(NM_OBJECT(radio));
-    if (holds && m_held != path)
+    const QByteArray path = radio ? nm_object_get_path(NM_OBJECT(radio)) : "";
+    if (radio && holds && m_held != path)
         m_joinedByItself = nm_device_get_autoconnect(radio);
     m_held = holds ? path : QByteArray();
+    if (!radio)
+        return;
     m_restoration->setAutoconnect(radio, !holds && m_joinedByItself);
 }
 

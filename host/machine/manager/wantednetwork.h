@@ -89,6 +89,7 @@ private:
     void countFailure();
     void tellNotFound();
     void giveUp();
+    void refuse(const Refusal &refusal);
     void overtake();
     void reply(const Refusal &refusal);
     void forget(Wish *wish);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "managedradiocase.h"
 
+#include <QtDBus/QDBusArgument>
+
 using namespace morvek;
 
 namespace {
@@ -20,9 +22,12 @@ private Q_SLOTS:
     void managerAway();
     void managerRestartsWhileJoining();
     void managerDiesWhileAsked();
+    void managerDiesWhileTheNetworkIsLookedFor();
+    void scansThatNobodyFinishes();
     void radioIsPulled();
     void radioIsSwitchedOff();
     void sleepAndWake();
+    void hiddenNetworkAfterSleep();
     void comesIntoSightAgain();
     void othersLeaveTheRadio();
 
@@ -99,6 +104,50 @@ void ManagedRadioFaultsTest::managerDiesWhileAsked()
     QVERIFY2(scan.outcome().startsWith(QLatin1String("10 ")), qPrintable(scan.outcome()));
 }
 
+/*! The manager has not been asked for the network yet. */
+void ManagedRadioFaultsTest::managerDiesWhileTheNetworkIsLookedFor()
+{
+    startDaemons();
+    Connect connect(connectTo("Far", Passkey));
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
+    m_manager->stop();
+    QCOMPARE(connect.outcome(), QStringLiteral("-1 the network manager does not run"));
+    // It is not wanted, and what else there is may be joined.
+    addAccessPoint("Far", 7, FakeManager::Wpa2);
+    m_manager->change(m_wifi, {{QStringLiteral("Autoconnect"), true}});
+    m_manager->forgetCalls();
+    QVERIFY(m_manager->start());
+    QTRY_COMPARE(request("scan"), QStringLiteral("ok"));
+    m_manager->finishScan(m_wifi);
+    told(2);
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);
+    QCOMPARE(autoconnects(), QList<bool>());
+}
+
+void ManagedRadioFaultsTest::scansThatNobodyFinishes()
+{
+    const QString scan = QStringLiteral("RequestScan");
+    startDaemons();
+    QCOMPARE(request("scan"), QStringLiteral("ok"));
+    restart();
+    QTRY_COMPARE(request("scan"), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(scan).size(), 2);
+    m_manager->removeDevice(m_wifi);
+    QTRY_VERIFY(!m_service->powered());
+    m_wifi = m_manager->addWifi(QStringLiteral("wlan0"));
+    QTRY_VERIFY(m_service->powered());
+    QCOMPARE(request("scan"), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(scan).size(), 3);
+    m_manager->setState(m_wifi, 20);
+    m_manager->change(FakeManager::managerPath(), {{QStringLiteral("WirelessEnabled"), false}});
+    QTRY_VERIFY(!m_service->powered());
+    m_manager->setState(m_wifi, 30);
+    m_manager->change(FakeManager::managerPath(), {{QStringLiteral("WirelessEnabled"), true}});
+    QTRY_VERIFY(m_service->powered());
+    QCOMPARE(request("scan"), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(scan).size(), 4);
+}
+
 void ManagedRadioFaultsTest::radioIsPulled()
 {
     becomeConnected();
@@ -145,12 +194,39 @@ void ManagedRadioFaultsTest::sleepAndWake()
     QTRY_VERIFY(m_service->connected());
 }
 
+/*! It is asked for by its name; then it is in sight. */
+void ManagedRadioFaultsTest::hiddenNetworkAfterSleep()
+{
+    startDaemons();
+    Connect connect(connectTo("Hidden", Passkey));
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
+    m_manager->finishScan(m_wifi);
+    join();
+    const QString shown = addAccessPoint("Hidden", 5, FakeManager::Wpa2);
+    m_manager->change(m_wifi, {{QStringLiteral("ActiveAccessPoint"), QVariant::fromValue(QDBusObjectPath(shown))}});
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    m_manager->forgetCalls();
+    m_manager->setState(m_wifi, 110, 37);
+    m_manager->setState(m_wifi, 10, 37);
+    m_manager->removeAccessPoint(shown);
+    QTRY_VERIFY(!m_service->connected());
+    for (const uint state : {20U, 30U})
+        m_manager->setState(m_wifi, state);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
+    const QVariantMap options = m_manager->calls(QStringLiteral("RequestScan")).first().map(0);
+    QCOMPARE(qdbus_cast<QByteArrayList>(options[QStringLiteral("ssids")]), QByteArrayList {"Hidden"});
+    const QString again = addAccessPoint("Hidden", 5, FakeManager::Wpa2);
+    m_manager->finishScan(m_wifi);
+    QCOMPARE(join().pathAt(2), again);
+}
+
 void ManagedRadioFaultsTest::comesIntoSightAgain()
 {
     becomeConnected();
     m_manager->removeAccessPoint(m_house);
     fail(53);
-    QTRY_VERIFY(!m_service->connected());
+    QCOMPARE(told(1), QStringList {disconnected(HouseBssid, 4)});
     m_manager->finishScan(m_wifi);
     told(2);
     QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);

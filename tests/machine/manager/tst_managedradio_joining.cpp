@@ -30,6 +30,8 @@ private Q_SLOTS:
     void openNetworkFails();
     void fallbackComesAfterTheEvent();
     void othersTakeTheRadio();
+    void othersTakeTheRadioBeforeTheAnswer();
+    void roamsBeforeTheSelect();
     void otherNetworkCompletesNothing();
     void refusal();
     void leaves();
@@ -39,6 +41,8 @@ private Q_SLOTS:
     void isOvertaken();
     void passkeyStaysSecret();
     void remembers();
+    void remembersOneOfAName();
+    void cannotRemember();
     void joinsAgainAfterTheHotspot();
 
 private:
@@ -291,6 +295,45 @@ void ManagedRadioJoiningTest::othersTakeTheRadio()
     QCOMPARE(told(2), (QStringList {wrongKey(0), connected(GuestBssid, -1, "Guest", "NONE", "NONE")}));
 }
 
+void ManagedRadioJoiningTest::othersTakeTheRadioBeforeTheAnswer()
+{
+    startDaemons();
+    QCOMPARE(request("wnet_new", "{'ssid':'Far','key_mgmt':'NONE'}"), QStringLiteral("ok"));
+    ZopObject control(QLatin1String(WifiControl), ZopObject::ReadWrite, false);
+    Request select(&control, "wnet_select", "0");
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
+    joinAsTheUser("Guest", m_guest);
+    QCOMPARE(select.outcome(), QStringLiteral("ok"));
+    QCOMPARE(told(2), (QStringList {wrongKey(0, "Far"), connected(GuestBssid, -1, "Guest", "NONE", "NONE")}));
+}
+
+/*! From the first of the two requests on a client takes any network for its own. */
+void ManagedRadioJoiningTest::roamsBeforeTheSelect()
+{
+    joinAsTheUser("House", m_house);
+    startDaemons();
+    const auto roamTo = [this](int number) {
+        m_manager->change(m_wifi,
+                          {{QStringLiteral("ActiveAccessPoint"),
+                            QVariant::fromValue(QDBusObjectPath(addAccessPoint("House", number, FakeManager::Wpa2)))}});
+    };
+    QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), QStringLiteral("ok"));
+    roamTo(2);
+    finishScan();
+    QVERIFY(!told(1).first().contains(QStringLiteral("wifi_status=")));
+    QCOMPARE(request("wnet_select", "0"), QStringLiteral("ok"));
+    m_manager->activate(m_wifi);
+    QCOMPARE(told(3).mid(1),
+             (QStringList {disconnected(HouseBssid), connected(GuestBssid, 0, "Guest", "NONE", "NONE")}));
+    // It is told when nothing is selected.
+    joinAsTheUser("House", m_house);
+    told(5);
+    forget();
+    QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), QStringLiteral("ok"));
+    roamTo(4);
+    QCOMPARE(told(1), QStringList {connected("0a:00:00:00:00:04", -1)});
+}
+
 /*! What the radio was in goes on until the manager has taken the new one up; that may be a while. */
 void ManagedRadioJoiningTest::otherNetworkCompletesNothing()
 {
@@ -442,6 +485,51 @@ void ManagedRadioJoiningTest::remembers()
     QCOMPARE(stored.settings(0)[QStringLiteral("802-11-wireless-security")][QStringLiteral("psk")].toString(),
              QLatin1String(Passkey));
     QCOMPARE(stored.arguments.at(1).toUInt(), 1U);
+}
+
+/*! Only what was stored by an earlier run for the same network goes, and not before there is another one. */
+void ManagedRadioJoiningTest::remembersOneOfAName()
+{
+    const auto store = [this](const char *ssid, const char *mark) {
+        BusSettings settings {
+            {QStringLiteral("connection"), {{QStringLiteral("type"), QStringLiteral("802-11-wireless")}}},
+            {QStringLiteral("802-11-wireless"), {{QStringLiteral("ssid"), QByteArray(ssid)}}}};
+        const QMap<QString, QString> data {{QString::fromLatin1(mark), QStringLiteral("yes")}};
+        settings[QStringLiteral("user")].insert(QStringLiteral("data"), QVariant::fromValue(data));
+        return m_manager->addProfile(settings);
+    };
+    store("House", "users.own");
+    store("Guest", "morvek.kept");
+    const QString old = store("House", "morvek.kept");
+    m_manager->hold(QStringLiteral("Update2"));
+    startDaemons({QStringLiteral("--remember")});
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_manager->activate(m_wifi);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("Update2")));
+    QCOMPARE(request("scan"), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(QStringLiteral("Delete")).size(), 0);
+    m_manager->release(QStringLiteral("Update2"));
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("Delete")));
+    finishScan();
+    QCOMPARE(request("scan"), QStringLiteral("ok"));
+    const QVector<BusCall> deleted = m_manager->calls(QStringLiteral("Delete"));
+    QCOMPARE(deleted.size(), 1);
+    QCOMPARE(deleted.first().path, old);
+}
+
+void ManagedRadioJoiningTest::cannotRemember()
+{
+    m_manager->refuse(QStringLiteral("Update2"),
+                      QStringLiteral("org.freedesktop.NetworkManager.Settings.PermissionDenied"),
+                      QStringLiteral("Insufficient privileges"));
+    startDaemons({QStringLiteral("--remember")});
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    QTRY_VERIFY(m_daemon->process().errors().contains(
+        "morvek-hostd: the network manager does not remember \"House\": Insufficient privileges\n"));
 }
 
 void ManagedRadioJoiningTest::joinsAgainAfterTheHotspot()
