@@ -115,6 +115,8 @@ Refusal ManagedRadio::refuses(const WifiRequest &request) const
     case WifiRequest::SelectNetwork:
         if (networkOf(request.identifier) == -1)
             return {Refusal::NotFound, QStringLiteral("no such network")};
+        if (m_wanted.isLent())
+            return {Refusal::ManagerRefused, QStringLiteral("the hotspot has the radio")};
         break;
     case WifiRequest::DisableAll:
         return radio ? m_client->refusesToTouch(radio) : Refusal();

@@ -93,7 +93,7 @@ void WantedNetwork::leave(const AnswerCall &answer)
     await(Idle);
     hold(true);
     NMDevice *radio = NM_DEVICE(m_client->radio());
-    if (!radio || !nm_device_get_active_connection(radio)) {
+    if (!radio || m_isLent || !nm_device_get_active_connection(radio)) {
         answer({});
         return;
     }

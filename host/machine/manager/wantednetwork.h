@@ -36,6 +36,7 @@ public:
     void leave(const AnswerCall &answer);
     /*! The radio does something else: what is wanted is not joined before it is taken back. */
     void lend() { m_isLent = true; }
+    bool isLent() const { return m_isLent; }
     /*! True when a network is joined now, or will be. */
     bool takeBack();
     /*! Something has changed: perhaps there is something to do. */

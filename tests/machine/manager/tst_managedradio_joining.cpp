@@ -44,8 +44,11 @@ private Q_SLOTS:
     void remembersOneOfAName();
     void cannotRemember();
     void joinsAgainAfterTheHotspot();
+    void leavesTheNetworkDuringTheHotspot();
 
 private:
+    /*! On the radio that has joined a network. */
+    void startHotspot(ZopObject *control);
     void finishScan() { m_manager->finishScan(m_wifi); }
     QString last(const char *name) { return m_status->text(name); }
 };
@@ -487,6 +490,20 @@ void ManagedRadioJoiningTest::remembers()
     QCOMPARE(stored.arguments.at(1).toUInt(), 1U);
 }
 
+void ManagedRadioJoiningTest::startHotspot(ZopObject *control)
+{
+    Request start(control, "start",
+                  R"({"type":"lan","lantype":"wlanap","wantype":"bridge","lancfg":{"dhcp_lease_time":"120",)"
+                  R"("gateway_address":"192.168.0.1","gateway_subnet":"255.255.255.0"},"lanprofile":{"ssid":"car",)"
+                  R"("passphrase":"drive safely 8","mhs_band":"2.4","max_num_sta":5,"security_type":"wpa2",)"
+                  R"("autoshutdown_time":0,"privacy":false,"block_conn":false}})");
+    const BusSettings profile = join(2).settings(0);
+    QCOMPARE(profile[QStringLiteral("802-11-wireless")][QStringLiteral("mode")].toString(), QStringLiteral("ap"));
+    m_manager->change(m_wifi, {{QStringLiteral("Mode"), 3U}});
+    m_manager->activate(m_wifi);
+    QCOMPARE(start.outcome(), QStringLiteral("ok"));
+}
+
 /*! Only what was stored by an earlier run for the same network goes, and not before there is another one. */
 void ManagedRadioJoiningTest::remembersOneOfAName()
 {
@@ -540,18 +557,10 @@ void ManagedRadioJoiningTest::joinsAgainAfterTheHotspot()
     m_manager->activate(m_wifi);
     QCOMPARE(connect.outcome(), QStringLiteral("ok"));
     ZopObject control(QLatin1String(TetheringControl), ZopObject::ReadWrite, false);
-    Seen hotspot {QLatin1String(TetheringStatus)};
-    Request start(&control, "start",
-                  R"({"type":"lan","lantype":"wlanap","wantype":"bridge","lancfg":{"dhcp_lease_time":"120",)"
-                  R"("gateway_address":"192.168.0.1","gateway_subnet":"255.255.255.0"},"lanprofile":{"ssid":"car",)"
-                  R"("passphrase":"drive safely 8","mhs_band":"2.4","max_num_sta":5,"security_type":"wpa2",)"
-                  R"("autoshutdown_time":0,"privacy":false,"block_conn":false}})");
-    const BusSettings profile = join(2).settings(0);
-    QCOMPARE(profile[QStringLiteral("802-11-wireless")][QStringLiteral("mode")].toString(), QStringLiteral("ap"));
-    m_manager->change(m_wifi, {{QStringLiteral("Mode"), 3U}});
-    m_manager->activate(m_wifi);
-    QCOMPARE(start.outcome(), QStringLiteral("ok"));
+    const Seen hotspot {QLatin1String(TetheringStatus)};
+    startHotspot(&control);
     QCOMPARE(last("wifi_status"), QString());
+    QCOMPARE(request("wnet_select", "0"), QStringLiteral("13 the hotspot has the radio"));
     // The radio is not asked for while it is an access point.
     finishScan();
     QTRY_COMPARE(last("last_event"), QStringLiteral("CTRL-EVENT-SCAN-RESULTS "));
@@ -567,6 +576,26 @@ void ManagedRadioJoiningTest::joinsAgainAfterTheHotspot()
     m_manager->activate(m_wifi);
     QTRY_VERIFY(last("wifi_status").contains(QLatin1String("House")));
     QCOMPARE(m_manager->calls(QStringLiteral("ActivateConnection")).size(), 0);
+}
+
+void ManagedRadioJoiningTest::leavesTheNetworkDuringTheHotspot()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    ZopObject control(QLatin1String(TetheringControl), ZopObject::ReadWrite, false);
+    const Seen hotspot {QLatin1String(TetheringStatus)};
+    startHotspot(&control);
+    QCOMPARE(request("wnet_disableall"), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(QStringLiteral("Disconnect")).size(), 0);
+    QCOMPARE(hotspot.text("state"), QStringLiteral("ACTIVE"));
+    QCOMPARE(Request(&control, "stop").outcome(), QStringLiteral("ok"));
+    m_manager->change(m_wifi, {{QStringLiteral("Mode"), 2U}});
+    finishScan();
+    QTRY_COMPARE(last("last_event"), QStringLiteral("CTRL-EVENT-SCAN-RESULTS "));
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 2);
 }
 
 QTEST_GUILESS_MAIN(ManagedRadioJoiningTest)
