@@ -134,8 +134,7 @@ void WantedNetwork::look()
         return;
     }
     // It is tried again as soon as the radio is back.
-    const bool isUsable = radio && nm_device_get_state(radio) >= NM_DEVICE_STATE_DISCONNECTED;
-    if (m_step > Joining && (isBack || !isUsable))
+    if (m_step > Joining && (isBack || !isUsable()))
         await(Blocked);
     proceed();
 }
@@ -149,6 +148,12 @@ void WantedNetwork::setJoined(NMDevice *radio)
     m_failures = 0;
     if (m_remembers)
         m_wish.attempt->keep(m_log);
+}
+
+bool WantedNetwork::isUsable() const
+{
+    NMDevice *radio = NM_DEVICE(m_client->radio());
+    return radio && nm_device_get_state(radio) >= NM_DEVICE_STATE_DISCONNECTED;
 }
 
 bool WantedNetwork::isFree() const
@@ -286,7 +291,7 @@ void WantedNetwork::onFailed(JoinAttempt *attempt, JoinAttempt::Failure failure)
     else if (failure == JoinAttempt::NotFound && hasPasskey && !attempt->isJoined())
         await(Verifying);
     else if (failure == JoinAttempt::Ended)
-        await(Waiting);
+        await(isUsable() ? Waiting : Blocked);
     else
         tellNotFound();
 }

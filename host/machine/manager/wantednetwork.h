@@ -77,6 +77,7 @@ private:
 
     bool isAt(NMDevice *radio) const { return m_wish.attempt && m_wish.attempt->isAt(radio); }
     bool isUnderWay() const { return m_isPending || (m_wish.attempt && !m_wish.attempt->isJoined()); }
+    bool isUsable() const;
     bool isFree() const;
     bool isTakenByOthers() const;
     bool isInSight() const;
