@@ -18,8 +18,11 @@ void NoManagerTest::saysThatThereIsNone()
 {
     ManagedMachine machine({}, nullptr, nullptr);
     QString error;
-    QVERIFY(!machine.start(&error));
+    QVERIFY(!machine.start(QString(), {}, &error));
     QCOMPARE(error, QStringLiteral("--network manager is not part of this build, which was made without libnm"));
+    bool isBack = false;
+    machine.giveBack([&isBack] { isBack = true; });
+    QVERIFY(isBack);
     QVERIFY(!machine.interfaces() && !machine.radio() && !machine.hotspot());
 }
 

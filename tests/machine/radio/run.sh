@@ -38,24 +38,34 @@ if [[ ! -e $work/kernel/complete ]]; then
     touch "$work/kernel/complete"
 fi
 
+# Each program has a guest of its own: what one leaves behind on purpose is not the other's.
 code=0
-rm -rf "$work/results"
-export SECONDS_MAX=${SECONDS_MAX:-1500}
-tests/machine/radio/guest.sh "$work" "$work/kernel" tests/machine/radio/cases.sh "$BUILD" "$@" \
-    >"$work/output" 2>&1 || code=$?
-count=0
-for results in "$work"/results/tst_*.txt; do
-    [[ -e $results ]] || break # the pattern itself
-    count=$((count + 1))
-    sed -n 's/^\(PASS\|FAIL!\|SKIP\|XFAIL\|XPASS\) *: \([^ ]*\).*/\1  \2/p' "$results"
-    grep -q '^Totals: [1-9][0-9]* passed, 0 failed, 0 skipped' "$results" || {
-        cat "$results"
+ran=0
+export SECONDS_MAX=${SECONDS_MAX:-800}
+for program in "${programs[@]}"; do
+    all=$("$BUILD/tests/machine/radio/$program" -functions 2>&1)
+    cases=()
+    for name in "$@"; do
+        ! grep -qxF "${name%%:*}()" <<<"$all" || cases+=("$name")
+    done
+    (($# == 0 || ${#cases[@]})) || continue
+    ran=$((ran + 1))
+    left=$work/$program
+    rm -rf "$left"
+    mkdir "$left"
+    tests/machine/radio/guest.sh "$left" "$work/kernel" tests/machine/radio/cases.sh "$BUILD" "$program" "${cases[@]}" \
+        >"$left/output" 2>&1 || code=1
+    results=$left/results/$program.txt
+    if grep -qs '^Totals: [1-9][0-9]* passed, 0 failed, 0 skipped' "$results"; then
+        sed -n 's/^\(PASS\) *: \([^ ]*\).*/\1  \2/p' "$results"
+    else
+        cat "$results" || tail -n 40 "$left/output"
         code=1
-    }
+    fi
 done
-((count == ${#programs[@]} || ($# && count))) || {
-    tail -n 40 "$work/output"
+((ran)) || {
+    echo "no program has these cases: $*"
     code=1
 }
-echo "the guest ended with code $code; $work holds what it left"
+echo "what the guests have left is in $work"
 exit "$code"
