@@ -43,16 +43,16 @@ code=0
 ran=0
 export SECONDS_MAX=${SECONDS_MAX:-800}
 for program in "${programs[@]}"; do
-    all=$("$BUILD/tests/machine/radio/$program" -functions 2>&1)
+    left=$work/$program
+    rm -rf "$left"
+    mkdir "$left"
+    all=$(BENCH=$left "$BUILD/tests/machine/radio/$program" -functions 2>&1)
     cases=()
     for name in "$@"; do
         ! grep -qxF "${name%%:*}()" <<<"$all" || cases+=("$name")
     done
     (($# == 0 || ${#cases[@]})) || continue
     ran=$((ran + 1))
-    left=$work/$program
-    rm -rf "$left"
-    mkdir "$left"
     tests/machine/radio/guest.sh "$left" "$work/kernel" tests/machine/radio/cases.sh "$BUILD" "$program" "${cases[@]}" \
         >"$left/output" 2>&1 || code=1
     results=$left/results/$program.txt
