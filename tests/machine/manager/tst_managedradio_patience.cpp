@@ -22,7 +22,7 @@ private Q_SLOTS:
     void radioThatDoesNotGetReady();
 
 private:
-    /*! So many scans are asked for, and not after less than \a seconds, nor after twice of that. */
+    /*! So many scans are asked for, and not after less than \a seconds, as a coarse timer has it, nor after twice. */
     bool scansAfter(int seconds, int count = 1);
     QElapsedTimer m_since;
 };
@@ -30,7 +30,7 @@ private:
 bool ManagedRadioPatienceTest::scansAfter(int seconds, int count)
 {
     return m_manager->waitForCalls(QStringLiteral("RequestScan"), count, seconds * 2000)
-        && m_since.elapsed() > seconds * 1000 - 500;
+        && m_since.elapsed() > seconds * 900;
 }
 
 /*! What has not been seen by a scan after the failure has not refused the passkey. */
@@ -45,7 +45,7 @@ void ManagedRadioPatienceTest::scansThatDoNotEnd()
     QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
     QVERIFY(QTest::qWaitFor([this] { return !m_status->lines().isEmpty(); }, 25000));
     QCOMPARE(m_status->lines(), QStringList {NotFound});
-    QVERIFY(m_since.elapsed() > 14500);
+    QVERIFY(m_since.elapsed() > 13500);
     QVERIFY(connect.isOpen());
     // It is looked for again.
     m_manager->removeAccessPoint(m_house);
@@ -65,7 +65,7 @@ void ManagedRadioPatienceTest::radioThatDoesNotGetReady()
     m_since.start();
     Connect connect(connectTo("House", Passkey));
     QCOMPARE(connect.outcome(), QStringLiteral("-1 the radio is not ready"));
-    QVERIFY(m_since.elapsed() > 9500);
+    QVERIFY(m_since.elapsed() > 9000);
     // In time it is joined.
     Connect next(connectTo("House", Passkey));
     QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), QStringLiteral("ok"));
