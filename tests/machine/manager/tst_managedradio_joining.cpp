@@ -47,11 +47,22 @@ private Q_SLOTS:
     void leavesTheNetworkDuringTheHotspot();
 
 private:
+    /*! The daemons are there, and the station is in the network. */
+    void joinHouse();
     /*! On the radio that has joined a network. */
     void startHotspot(ZopObject *control);
     void finishScan() { m_manager->finishScan(m_wifi); }
     QString last(const char *name) { return m_status->text(name); }
 };
+
+void ManagedRadioJoiningTest::joinHouse()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+}
 
 void ManagedRadioJoiningTest::joins()
 {
@@ -551,11 +562,7 @@ void ManagedRadioJoiningTest::cannotRemember()
 
 void ManagedRadioJoiningTest::joinsAgainAfterTheHotspot()
 {
-    startDaemons();
-    Connect connect(connectTo("House", Passkey));
-    join();
-    m_manager->activate(m_wifi);
-    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    joinHouse();
     ZopObject control(QLatin1String(TetheringControl), ZopObject::ReadWrite, false);
     const Seen hotspot {QLatin1String(TetheringStatus)};
     startHotspot(&control);
@@ -580,11 +587,7 @@ void ManagedRadioJoiningTest::joinsAgainAfterTheHotspot()
 
 void ManagedRadioJoiningTest::leavesTheNetworkDuringTheHotspot()
 {
-    startDaemons();
-    Connect connect(connectTo("House", Passkey));
-    join();
-    m_manager->activate(m_wifi);
-    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    joinHouse();
     ZopObject control(QLatin1String(TetheringControl), ZopObject::ReadWrite, false);
     const Seen hotspot {QLatin1String(TetheringStatus)};
     startHotspot(&control);

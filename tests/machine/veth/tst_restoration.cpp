@@ -72,6 +72,7 @@ private Q_SLOTS:
 
 private:
     bool start(const QStringList &arguments = {});
+    void change(bool isManual);
     static QString ask(const char *message, const char *dat);
     static QString connectManually() { return ask("net_connected", Manual); }
     static QString connectOther() { return ask("net_connected", "['vt1', {'manual': 'no'}]"); }
@@ -118,6 +119,16 @@ QString RestorationTest::ask(const char *message, const char *dat)
     return Request(&control, message, dat).outcome();
 }
 
+/*! An application gives the interface another address, or takes it away. */
+void RestorationTest::change(bool isManual)
+{
+    QCOMPARE(isManual ? connectManually() : disconnect(), QStringLiteral("ok"));
+    if (isManual)
+        QVERIFY(hasAddress("10.9.0.77"));
+    else
+        QTRY_VERIFY_WITH_TIMEOUT(!addresses().contains("10.9.0."), Patience);
+}
+
 void RestorationTest::givesSettingsBack_data()
 {
     QTest::addColumn<bool>("isManual");
@@ -130,11 +141,7 @@ void RestorationTest::givesSettingsBack()
     QFETCH(bool, isManual);
     const QByteArray before = machine();
     QVERIFY(start());
-    QCOMPARE(isManual ? connectManually() : disconnect(), QStringLiteral("ok"));
-    if (isManual)
-        QVERIFY(hasAddress("10.9.0.77"));
-    else
-        QTRY_VERIFY_WITH_TIMEOUT(!addresses().contains("10.9.0."), Patience);
+    change(isManual);
     QVERIFY(machine() != before);
     struct stat status = {};
     QCOMPARE(stat(notes().toUtf8().constData(), &status), 0);
@@ -156,11 +163,7 @@ void RestorationTest::givesBackAfterItsDeath()
     QFETCH(bool, isManual);
     const QByteArray before = machine();
     QVERIFY(start());
-    QCOMPARE(isManual ? connectManually() : disconnect(), QStringLiteral("ok"));
-    if (isManual)
-        QVERIFY(hasAddress("10.9.0.77"));
-    else
-        QTRY_VERIFY_WITH_TIMEOUT(!addresses().contains("10.9.0."), Patience);
+    change(isManual);
     m_process->kill();
     QVERIFY(QFile::exists(notes()));
     QVERIFY(start());
