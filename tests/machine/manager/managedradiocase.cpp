@@ -80,22 +80,19 @@ BusCall ManagedRadioCase::join(int count)
 
 void ManagedRadioCase::refusePasskey()
 {
-    for (const uint state : {50U, 60U, 40U, 50U})
-        m_manager->setState(m_wifi, state);
-    m_manager->setState(m_wifi, 60, 8);
-    fail(7);
-}
-
-void ManagedRadioCase::fail(uint reason)
-{
-    m_manager->setState(m_wifi, 120, reason);
-    m_manager->setState(m_wifi, 30);
+    m_manager->setStates(m_wifi, {{50, 0}, {60, 0}, {40, 0}, {50, 0}, {60, 8}, {120, 7}, {30, 0}});
 }
 
 QStringList ManagedRadioCase::told(int count)
 {
     const bool all = QTest::qWaitFor([&] { return m_status->updates.count() >= count; }, Patience);
     return all ? m_status->lines() : m_status->lines() << QStringLiteral("and no more");
+}
+
+QStringList ManagedRadioCase::toldUntil(const QString &line)
+{
+    const bool isLast = QTest::qWaitFor([&] { return m_status->lines().endsWith(line); }, Patience);
+    return isLast ? m_status->lines() : m_status->lines() << QStringLiteral("and not ") + line;
 }
 
 void ManagedRadioCase::forget()

@@ -38,9 +38,11 @@ protected:
     BusCall join(int count = 1);
     /*! A handshake with a wrong passkey: WPA2. */
     void refusePasskey();
-    void fail(uint reason);
+    void fail(uint reason) { m_manager->fail(m_wifi, reason); }
     /*! Waits until the status has been told \a count times since the last forget(); what was told. */
     QStringList told(int count);
+    /*! Waits until \a line is the last one that was told since then; what was told. */
+    QStringList toldUntil(const QString &line);
     void forget();
     /*! What the device's switch was set to, in order. */
     QList<bool> autoconnects() const;

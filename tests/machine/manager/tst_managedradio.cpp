@@ -152,7 +152,7 @@ void ManagedRadioTest::tooEarlyToScan()
     Scan scan(m_service->scan());
     QCOMPARE(scan.outcome(), QStringLiteral("ok"));
     QCOMPARE(scan.operation->results().size(), 2);
-    QCOMPARE(m_status->lines(), QStringList {results({House, Guest})});
+    QCOMPARE(told(1), QStringList {results({House, Guest})});
     QCOMPARE(request("scan"), QStringLiteral("ok"));
 }
 
@@ -167,7 +167,7 @@ void ManagedRadioTest::whileScanning()
     QCOMPARE(m_status->lines(), QStringList());
     m_manager->finishScan(m_wifi);
     QCOMPARE(scan.outcome(), QStringLiteral("ok"));
-    QCOMPARE(m_status->lines(), QStringList {results({House, Guest})});
+    QCOMPARE(told(1), QStringList {results({House, Guest})});
 }
 
 void ManagedRadioTest::refusesScans()
@@ -249,7 +249,7 @@ void ManagedRadioTest::levelsOfTheSupplicant()
     startDaemons();
     const auto levels = [this] {
         Scan scan(m_service->scan());
-        told(m_status->updates.count() + 1);
+        toldUntil(ScanStarted);
         m_manager->finishScan(m_wifi);
         if (scan.outcome() != QLatin1String("ok"))
             return QList<int>();

@@ -154,8 +154,9 @@ void ManagedRadioFaultsTest::radioIsPulled()
     QCOMPARE(request("scan"), QStringLiteral("7 the radio is off"));
     QCOMPARE(request("wifi_power", "on"), QStringLiteral("7 there is no radio"));
     m_wifi = m_manager->addWifi(QStringLiteral("wlan0"));
-    m_house = addAccessPoint("House", 2, FakeManager::Wpa2);
     QTRY_VERIFY(m_service->powered());
+    m_house = addAccessPoint("House", 2, FakeManager::Wpa2);
+    m_manager->finishScan(m_wifi);
     QCOMPARE(join().pathAt(2), m_house);
     m_manager->activate(m_wifi);
     QTRY_VERIFY(m_service->connected());
@@ -241,9 +242,10 @@ void ManagedRadioFaultsTest::othersLeaveTheRadio()
 {
     becomeConnected();
     joinAsTheUser("Guest", m_guest);
-    QCOMPARE(told(2).constLast(), connected("0a:00:00:00:00:03", -1, "Guest", "NONE", "NONE"));
+    // The end of the one network and the other one may be told at once.
+    const int before = toldUntil(connected("0a:00:00:00:00:03", -1, "Guest", "NONE", "NONE")).size();
     m_manager->finishScan(m_wifi);
-    told(3);
+    QVERIFY(told(before + 1).constLast().contains(QStringLiteral("scan_results=")));
     QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);
     m_manager->deactivate(m_wifi);
     QCOMPARE(join().pathAt(2), m_house);

@@ -43,6 +43,7 @@ constexpr uint Disconnected = 30;
 constexpr uint Prepare = 40;
 constexpr uint Activated = 100;
 constexpr uint Deactivating = 110;
+constexpr uint Failed = 120;
 constexpr uint Volatile = 0x4;
 
 QVariant object(const QString &path)
@@ -419,9 +420,19 @@ void FakeManager::activate(const QString &device)
 
 void FakeManager::deactivate(const QString &device, uint reason)
 {
+    setStates(device, {{Deactivating, reason}, {Disconnected, reason}});
+}
+
+void FakeManager::fail(const QString &device, uint reason)
+{
+    setStates(device, {{Failed, reason}, {Disconnected, 0}});
+}
+
+void FakeManager::setStates(const QString &device, const QVector<QPair<uint, uint>> &states)
+{
     const QMutexLocker locker(mutex());
-    setState(device, Deactivating, reason);
-    setState(device, Disconnected, reason);
+    for (const QPair<uint, uint> &state : states)
+        setState(device, state.first, state.second);
 }
 
 void FakeManager::setState(const QString &device, uint state, uint reason)

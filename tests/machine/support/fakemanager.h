@@ -65,12 +65,16 @@ public:
     void activate(const QString &device);
     /*! As a call of Disconnect does: states 110 and 30. */
     void deactivate(const QString &device, uint reason = 39);
+    /*! An activation fails: states 120 and 30. */
+    void fail(const QString &device, uint reason);
     /*!
      * A device's state, in the order in which the manager tells it: State, StateReason, StateChanged. The active
      * connection goes along: activating from 40, activated at 100, deactivating at 110; at all others it ends, and with
      * it a volatile profile.
      */
     void setState(const QString &device, uint state, uint reason = 0);
+    /*! States and their reasons, before any call is answered. */
+    void setStates(const QString &device, const QVector<QPair<uint, uint>> &states);
 
     /*!
      * "10.0.0.2/24"...; a default route through \a gateway unless that is empty. One configuration is told anew;
