@@ -40,7 +40,7 @@ struct Played
           radio(headunit(), &world, &network, &pace),
           hotspot(headunit(), &world, &pace),
           player({&world, &network, &radio, &hotspot, &faults, {}}, &log),
-          stage(headunit(), {&player, &faults, &pace, &requests, &log, {}})
+          stage(headunit(), {&player, &faults, &pace, &requests, &log, {}, {}})
     {
         pace.hold();
     }

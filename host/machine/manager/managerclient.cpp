@@ -131,10 +131,13 @@ NMDevice *ManagerClient::device(const QString &interface) const
 
 NMDeviceWifi *ManagerClient::radio() const
 {
-    const QVector<NMDevice *> shown = devices();
-    const auto found =
-        std::find_if(shown.begin(), shown.end(), [](NMDevice *device) { return NM_IS_DEVICE_WIFI(device); });
-    return found == shown.end() ? nullptr : NM_DEVICE_WIFI(*found);
+    const GPtrArray *all = nm_client_get_devices(get());
+    for (guint i = 0; all && i < all->len; ++i) {
+        auto *device = static_cast<NMDevice *>(all->pdata[i]);
+        if (NM_IS_DEVICE_WIFI(device) && isShown(device))
+            return NM_DEVICE_WIFI(device);
+    }
+    return nullptr;
 }
 
 Refusal ManagerClient::refusesToTouch(NMDevice *device) const
