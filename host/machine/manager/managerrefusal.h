@@ -7,8 +7,8 @@
 
 namespace morvek {
 
-/*! What a call of the manager has failed with, as a reply says it: a code, and the manager's own text. */
 Refusal managerGone();
+/*! What a call of the manager has failed with, as a reply says it: a code, and the manager's own text. */
 Refusal refusalOf(const GError *error);
 
 } // namespace morvek
