@@ -140,14 +140,13 @@ NMDeviceWifi *ManagerClient::radio() const
     return nullptr;
 }
 
-Refusal ManagerClient::refusesToTouch(NMDevice *device) const
+Refusal ManagerClient::refusesToTouch(const QString &interface) const
 {
-    const QString name = nameOf(device);
-    if (!m_only.isEmpty() && !m_only.contains(name))
-        return {Refusal::Protected, QStringLiteral("\"%1\" is not among what --only names").arg(name)};
-    if (m_protected.contains(name))
+    if (!m_only.isEmpty() && !m_only.contains(interface))
+        return {Refusal::Protected, QStringLiteral("\"%1\" is not among what --only names").arg(interface)};
+    if (m_protected.contains(interface))
         return {Refusal::Protected,
-                QStringLiteral("\"%1\" carries your remote session: --force has it touched").arg(name)};
+                QStringLiteral("\"%1\" carries your remote session: --force has it touched").arg(interface)};
     return {};
 }
 

@@ -45,8 +45,9 @@ public:
 
     /*! From now on the interfaces of these names are not to be touched, as they carry the user's remote session. */
     void protect(const QStringList &interfaces) { m_protected = interfaces; }
-    /*! Why \a device is not to be touched. */
-    Refusal refusesToTouch(NMDevice *device) const;
+    /*! Why \a device is not to be touched, or the one of this name. */
+    Refusal refusesToTouch(NMDevice *device) const { return refusesToTouch(nameOf(device)); }
+    Refusal refusesToTouch(const QString &interface) const;
     /*! Why what concerns all radios at once, their power, is not to be touched. */
     Refusal refusesToTouchRadios() const;
 

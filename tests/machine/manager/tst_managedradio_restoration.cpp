@@ -7,6 +7,7 @@ namespace {
 
 const char Passkey[] = "a passkey of House";
 const char UsersPasskey[] = "a passkey of the user's";
+const QByteArray NotEverything = "morvek-hostd: not everything is as it was yet: the next end or start goes on\n";
 
 } // namespace
 
@@ -23,12 +24,22 @@ private Q_SLOTS:
     void leavesPowerThatTheUserHasSwitched();
     void givesNetworkBack_data();
     void givesNetworkBack();
+    void keepsWhatIsRefused_data();
+    void keepsWhatIsRefused();
+    void keepsSettingsThatAreRefused();
+    void keepsWhatAManagerThatHasEndedCannotGiveBack();
 
 private:
     /*! The manager does on its own what it is asked for. */
     void play();
     void switchPower(bool on);
     void start(const QStringList &arguments = {});
+    void startAgain(const QStringList &arguments = {});
+    void joinHouse();
+    void refuse(const QString &member)
+    {
+        m_manager->refuse(member, QStringLiteral("org.freedesktop.NetworkManager.Failed"), QStringLiteral("not now"));
+    }
     bool isOn() const { return m_manager->value<bool>(FakeManager::managerPath(), QStringLiteral("WirelessEnabled")); }
     bool joinsByItself() const { return m_manager->value<bool>(m_wifi, QStringLiteral("Autoconnect")); }
     QString joinOwn();
@@ -66,6 +77,20 @@ void ManagedRadioRestorationTest::start(const QStringList &arguments)
 {
     play();
     startDaemons(arguments);
+}
+
+void ManagedRadioRestorationTest::startAgain(const QStringList &arguments)
+{
+    m_daemon->kill();
+    startDaemons(arguments);
+}
+
+void ManagedRadioRestorationTest::joinHouse()
+{
+    Connect connect(connectTo("House", Passkey));
+    QCOMPARE(join().pathAt(1), m_wifi);
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
 }
 
 /*! The station is in a network of the user's, who has a passkey there, too. */
@@ -107,8 +132,7 @@ void ManagedRadioRestorationTest::givesPowerBack()
         m_daemon->process().kill();
         QVERIFY(!isOn());
         QVERIFY(QFile::exists(notes()));
-        m_daemon->kill();
-        startDaemons();
+        startAgain();
         QVERIFY(isOn());
         QCOMPARE(profileInUse(), own);
         QVERIFY(!QFile::exists(notes()));
@@ -166,10 +190,7 @@ void ManagedRadioRestorationTest::givesNetworkBack()
     QFETCH(bool, isKilled);
     const QString own = joinOwn();
     start();
-    Connect connect(connectTo("House", Passkey));
-    QCOMPARE(join().pathAt(1), m_wifi);
-    m_manager->activate(m_wifi);
-    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    joinHouse();
     QVERIFY(!joinsByItself());
     QVERIFY(QFile::exists(notes()));
     const QByteArrayList places = everythingReadable(m_daemon->root(), m_daemon->process().processId());
@@ -180,12 +201,98 @@ void ManagedRadioRestorationTest::givesNetworkBack()
     }
     if (isKilled) {
         m_daemon->process().kill();
-        m_daemon->kill();
-        startDaemons();
+        startAgain();
     }
     QCOMPARE(m_daemon->process().terminate(), 0);
     QCOMPARE(profileInUse(), own);
     QVERIFY(joinsByItself());
+    QVERIFY(!QFile::exists(notes()));
+}
+
+void ManagedRadioRestorationTest::keepsWhatIsRefused_data()
+{
+    QTest::addColumn<QString>("member");
+    QTest::addColumn<bool>("isPower");
+    QTest::addColumn<QByteArray>("line");
+    QTest::addRow("network") << QStringLiteral("ActivateConnection") << false
+                             << QByteArray("\"wlan0\" is not as it was: not now");
+    QTest::addRow("joining by itself") << QStringLiteral("Set") << false
+                                       << QByteArray("\"wlan0\" is not as it was: not now");
+    QTest::addRow("power") << QStringLiteral("Set") << true
+                           << QByteArray("the power of the radios is not as it was: not now");
+}
+
+/*! The next start and end try again, and give back nothing else then. */
+void ManagedRadioRestorationTest::keepsWhatIsRefused()
+{
+    QFETCH(QString, member);
+    QFETCH(bool, isPower);
+    QFETCH(QByteArray, line);
+    const QByteArray lines = "morvek-hostd: " + line + '\n' + NotEverything;
+    const QString own = joinOwn();
+    start();
+    if (isPower)
+        QCOMPARE(request("wifi_power", "off"), QStringLiteral("ok"));
+    else
+        joinHouse();
+    refuse(member);
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QVERIFY2(m_daemon->process().errors().endsWith(lines), m_daemon->process().errors());
+    QVERIFY(QFile::exists(notes()));
+    startAgain();
+    QTRY_VERIFY(m_daemon->process().errors().contains(lines));
+    QCOMPARE(isOn(), !isPower);
+    m_manager->allow(member);
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QCOMPARE(m_daemon->process().errors().count("as it was"), 2);
+    QVERIFY(isOn());
+    QVERIFY(joinsByItself());
+    QCOMPARE(profileInUse(), own);
+    QVERIFY(!QFile::exists(notes()));
+}
+
+void ManagedRadioRestorationTest::keepsSettingsThatAreRefused()
+{
+    const QString wired = m_manager->addEthernet(QStringLiteral("eth0"));
+    m_manager->beginActivation(
+        wired,
+        m_manager->addProfile({{QStringLiteral("connection"),
+                                {{QStringLiteral("id"), QStringLiteral("cable")},
+                                 {QStringLiteral("uuid"), QStringLiteral("6a8e5ea9-6b3e-4d1f-9c39-0d3a4bb1c001")},
+                                 {QStringLiteral("type"), QStringLiteral("802-3-ethernet")}}},
+                               {QStringLiteral("802-3-ethernet"), {}},
+                               {QStringLiteral("ipv4"), {{QStringLiteral("method"), QStringLiteral("auto")}}}}));
+    m_manager->activate(wired);
+    m_manager->setIp4(wired, {QStringLiteral("10.0.0.2/24")});
+    const auto method = [&] {
+        return m_manager->applied(wired)[QStringLiteral("ipv4")][QStringLiteral("method")].toString();
+    };
+    start();
+    ZopObject control(QLatin1String(Control), ZopObject::ReadWrite, false);
+    QCOMPARE(Request(&control, "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    QCOMPARE(method(), QStringLiteral("disabled"));
+    refuse(QStringLiteral("Reapply"));
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QVERIFY(
+        m_daemon->process().errors().endsWith("morvek-hostd: \"eth0\" is not as it was: not now\n" + NotEverything));
+    m_manager->allow(QStringLiteral("Reapply"));
+    startAgain();
+    QCOMPARE(method(), QStringLiteral("auto"));
+    QVERIFY(!QFile::exists(notes()));
+}
+
+void ManagedRadioRestorationTest::keepsWhatAManagerThatHasEndedCannotGiveBack()
+{
+    const QString own = joinOwn();
+    start();
+    joinHouse();
+    m_manager->stop();
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QVERIFY(m_daemon->process().errors().endsWith(NotEverything));
+    QVERIFY(m_manager->start());
+    startAgain();
+    QVERIFY(joinsByItself());
+    QCOMPARE(profileInUse(), own);
     QVERIFY(!QFile::exists(notes()));
 }
 

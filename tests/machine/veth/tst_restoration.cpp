@@ -69,6 +69,8 @@ private Q_SLOTS:
     void protectsWhatMayCarryTheRemoteSession_data();
     void protectsWhatMayCarryTheRemoteSession();
     void tellsWhenNothingIsProtected();
+    void keepsWhatItMayNotTouch_data();
+    void keepsWhatItMayNotTouch();
 
 private:
     bool start(const QStringList &arguments = {});
@@ -397,6 +399,42 @@ void RestorationTest::tellsWhenNothingIsProtected()
         "morvek-hostd: your remote session is at 198.51.100.2, and nobody knows what carries it: nothing is "
         "protected, and a request may end it\n"));
     qunsetenv("SSH_CONNECTION");
+}
+
+void RestorationTest::keepsWhatItMayNotTouch_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("session");
+    QTest::addColumn<QByteArray>("line");
+    QTest::addRow("other than --only") << QStringList {QStringLiteral("--only"), QStringLiteral("vt1")} << QByteArray()
+                                       << QByteArray(
+                                              "\"vt0\" is not as it was: \"vt0\" is not among what --only names");
+    QTest::addRow("remote session")
+        << QStringList() << QByteArray("192.0.2.7 50022 10.9.0.77 22")
+        << QByteArray("\"vt0\" is not as it was: \"vt0\" carries your remote session: --force has it touched");
+}
+
+/*! What a run that was killed has left: another that may not touch it leaves it to the next. */
+void RestorationTest::keepsWhatItMayNotTouch()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, session);
+    QFETCH(QByteArray, line);
+    const QByteArray before = machine();
+    QVERIFY(start());
+    change(true);
+    const QByteArray changed = machine();
+    m_process->kill();
+    if (!session.isEmpty())
+        qputenv("SSH_CONNECTION", session);
+    QVERIFY(start(arguments));
+    QCOMPARE(m_process->terminate(), 0);
+    qunsetenv("SSH_CONNECTION");
+    QCOMPARE(m_process->errors().count("morvek-hostd: " + line + '\n'), 2); // at its start and end
+    QCOMPARE(machine(), changed);
+    QVERIFY(start());
+    QCOMPARE(machine(), before);
+    QCOMPARE(m_process->terminate(), 0);
 }
 
 QTEST_GUILESS_MAIN(RestorationTest)

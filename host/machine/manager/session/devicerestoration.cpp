@@ -3,6 +3,7 @@
 
 #include "appliedsettings.h"
 #include "eventlog.h"
+#include "managerrefusal.h"
 
 #include <algorithm>
 
@@ -28,6 +29,7 @@ DeviceRestoration::DeviceRestoration(ManagerClient *client, const QString &inter
       m_client(client),
       m_interface(interface),
       m_notes(notes),
+      m_left(notes),
       m_log(log)
 {
 }
@@ -45,22 +47,27 @@ void DeviceRestoration::goOn()
 {
     if (m_isAsking)
         return;
-    // One that is gone takes with it what was changed.
     NMDevice *device = m_client->device(m_interface);
-    const auto isDone = [this, device](auto *noted, Progress (DeviceRestoration::*step)(NMDevice *)) {
-        if (!*noted)
+    const auto isDone = [this, device](auto noted, Progress (DeviceRestoration::*step)(NMDevice *)) {
+        if (!(m_notes.*noted))
             return true;
         if (!m_hasFailed && (this->*step)(device) == Progress::Waits)
             return false;
-        noted->reset();
+        if (!m_hasFailed)
+            (m_left.*noted).reset();
+        (m_notes.*noted).reset();
         m_hasAsked = m_hasFailed = false;
         return true;
     };
-    if (device
-        && !(isDone(&m_notes.connection, &DeviceRestoration::giveConnectionBack)
-             && isDone(&m_notes.ipv4, &DeviceRestoration::giveSettingsBack)
-             && isDone(&m_notes.autoconnect, &DeviceRestoration::giveAutoconnectBack)))
+    if (const Refusal refusal = m_client->refusesToTouch(m_interface))
+        tellLeft(refusal.text);
+    else if (device
+             && !(isDone(&DeviceNotes::connection, &DeviceRestoration::giveConnectionBack)
+                  && isDone(&DeviceNotes::ipv4, &DeviceRestoration::giveSettingsBack)
+                  && isDone(&DeviceNotes::autoconnect, &DeviceRestoration::giveAutoconnectBack)))
         return;
+    else if (!device && m_client->isRunning())
+        m_left = DeviceNotes(); // one that is gone takes with it what was changed
     m_client->disconnect(this);
     Q_EMIT finished();
 }
@@ -76,9 +83,13 @@ void DeviceRestoration::answered(const GError *error)
     m_isAsking = false;
     m_hasFailed = error != nullptr;
     if (error)
-        m_log->trouble(
-            QStringLiteral("\"%1\" is not as it was: %2").arg(m_interface, QString::fromUtf8(error->message)));
+        tellLeft(refusalOf(error).text);
     goOn();
+}
+
+void DeviceRestoration::tellLeft(const QString &reason)
+{
+    m_log->trouble(QStringLiteral("\"%1\" is not as it was: %2").arg(m_interface, reason));
 }
 
 DeviceRestoration::Progress DeviceRestoration::giveConnectionBack(NMDevice *device)
@@ -181,6 +192,7 @@ void DeviceRestoration::replaceSettings(const QByteArray &applied)
         AppliedSettings::replace(device, m_notes.ipv4->ours, this, giveFormer);
     } else {
         m_notes.ipv4.reset(); // somebody else has applied them
+        m_left.ipv4.reset();
         m_hasAsked = false;
         answered(nullptr);
     }

@@ -25,8 +25,11 @@ public:
     /*! Begins; finished() comes from the event loop. */
     void start();
 
+    /*! What is not as it was: at last what was refused. */
+    const DeviceNotes &left() const { return m_left; }
+
 Q_SIGNALS:
-    /*! Everything is as it was, or as somebody else has made it. */
+    /*! Everything but what is left() is as it was, or as somebody else has made it. */
     void finished();
 
 private:
@@ -37,6 +40,7 @@ private:
     void goOn();
     void ask();
     void answered(const GError *error);
+    void tellLeft(const QString &reason);
     Progress giveConnectionBack(NMDevice *device);
     void activate(NMDevice *device, NMRemoteConnection *profile);
     void deactivate(NMDevice *device);
@@ -47,6 +51,7 @@ private:
     ManagerClient *m_client;
     QString m_interface;
     DeviceNotes m_notes;
+    DeviceNotes m_left;
     const EventLog *m_log;
     bool m_waitsForRadio = false;
     bool m_isAsking = false;

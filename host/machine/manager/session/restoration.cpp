@@ -4,6 +4,7 @@
 #include "appliedsettings.h"
 #include "devicerestoration.h"
 #include "eventlog.h"
+#include "managerrefusal.h"
 
 #include <chrono>
 #include <utility>
@@ -30,10 +31,7 @@ Restoration::Restoration(ManagerClient *client, bool remember, const EventLog *l
     connect(client, &ManagerClient::changed, this, &Restoration::lookAtPower);
     m_limit.setSingleShot(true);
     m_limit.setInterval(Limit);
-    connect(&m_limit, &QTimer::timeout, this, [this] {
-        m_log->trouble(QStringLiteral("not everything is as it was yet: the next start goes on"));
-        end();
-    });
+    connect(&m_limit, &QTimer::timeout, this, &Restoration::end);
 }
 
 Restoration::~Restoration() = default;
@@ -115,8 +113,8 @@ void Restoration::giveConnectionBack(NMDevice *device)
         // Something else may be wanted by now.
         if (notes == m_notes.devices.end() || notes->ours != noted.ours)
             return;
-        notes->connection.reset();
-        notes->autoconnect.reset();
+        notes->connection = restoration->left().connection;
+        notes->autoconnect = restoration->left().autoconnect;
         keep();
     });
     restoration->start();
@@ -132,23 +130,30 @@ void Restoration::giveBack(const std::function<void()> &done)
     m_limit.start();
     // The radio first when it is to be on, and last when it is to be off: it is needed for the rest.
     if (m_notes.power && m_notes.power->former)
-        givePowerBack([this] { giveDevicesBack(); });
+        givePowerBack([this] { giveDevicesBack(true); });
     else
-        giveDevicesBack();
+        giveDevicesBack(false);
 }
 
-void Restoration::giveDevicesBack()
+void Restoration::giveDevicesBack(bool hasSwitchedOn)
 {
-    m_open = m_notes.devices.size();
+    m_open = 0;
     for (auto it = m_notes.devices.begin(); it != m_notes.devices.end(); ++it) {
-        auto *restoration = new DeviceRestoration(m_client, it.key(), *it, m_log, this);
-        if (m_notes.power && m_notes.power->former)
+        const QString &interface = it.key();
+        const bool isRadio = NM_IS_DEVICE_WIFI(m_client->device(interface));
+        if (isRadio && m_notes.power && m_notes.power->former)
+            continue; // what is refused its power cannot be connected: that stays noted, too
+        auto *restoration = new DeviceRestoration(m_client, interface, *it, m_log, this);
+        if (isRadio && hasSwitchedOn)
             restoration->waitForRadio();
-        connect(restoration, &DeviceRestoration::finished, this, [this, restoration] {
+        connect(restoration, &DeviceRestoration::finished, this, [this, restoration, interface] {
             restoration->deleteLater();
+            m_notes.devices[interface] = restoration->left();
+            keep();
             if (--m_open == 0)
                 giveLastBack();
         });
+        ++m_open;
         restoration->start();
     }
     if (m_open == 0)
@@ -158,34 +163,35 @@ void Restoration::giveDevicesBack()
 void Restoration::giveLastBack()
 {
     if (m_notes.power && !m_notes.power->former)
-        givePowerBack([this] { forget(); });
+        givePowerBack([this] { end(); });
     else
-        forget();
+        end();
 }
 
 void Restoration::givePowerBack(const std::function<void()> &done)
 {
-    if (bool(nm_client_wireless_get_enabled(m_client->get())) != m_notes.power->ours) {
-        done(); // somebody else has switched it
-        return;
-    }
-    m_client->setPower(m_notes.power->former, this, [this, done](const GError *error) {
-        if (error)
-            m_log->trouble(QString::fromUtf8(error->message));
+    const auto answered = [this, done](const Refusal &refusal) {
+        if (refusal)
+            m_log->trouble(QStringLiteral("the power of the radios is not as it was: ") + refusal.text);
+        else
+            m_notes.power.reset();
+        keep();
         done();
-    });
-}
-
-void Restoration::forget()
-{
-    m_notes = SessionNotes();
-    keep();
-    end();
+    };
+    if (bool(nm_client_wireless_get_enabled(m_client->get())) != m_notes.power->ours)
+        answered({}); // somebody else has switched it
+    else if (const Refusal refusal = m_client->refusesToTouchRadios())
+        answered(refusal);
+    else
+        m_client->setPower(m_notes.power->former, this,
+                           [answered](const GError *error) { answered(error ? refusalOf(error) : Refusal()); });
 }
 
 void Restoration::end()
 {
     m_limit.stop();
+    if (!m_notes.isEmpty())
+        m_log->trouble(QStringLiteral("not everything is as it was yet: the next end or start goes on"));
     const auto left = findChildren<DeviceRestoration *>();
     for (DeviceRestoration *restoration : left) {
         restoration->disconnect(this);

@@ -49,16 +49,18 @@ public:
 
     /*! Has \a device connected as it was before activates(), and forgets that it was not. */
     void giveConnectionBack(NMDevice *device);
-    /*! The same for everything; \a done is called when it is so, or cannot be within some seconds. */
+    /*!
+     * The same for everything; \a done is called when it is so, or cannot be within some seconds. What is refused stays
+     * noted.
+     */
     void giveBack(const std::function<void()> &done);
 
 private:
     Q_DISABLE_COPY(Restoration)
 
-    void giveDevicesBack();
+    void giveDevicesBack(bool hasSwitchedOn);
     void giveLastBack();
     void givePowerBack(const std::function<void()> &done);
-    void forget();
     void end();
     void keep();
     void onStateChanged(NMDevice *device, NMDeviceState now, NMDeviceStateReason reason);
