@@ -25,6 +25,7 @@ private Q_SLOTS:
     void triesAgainWhenSomebodyElseWasFaster();
     void sendsSettings();
     void tellsReleaseAlsoWhereNothingIs();
+    void takesWhatComesByItself();
     void sparesThePreferredForAMomentOnly();
     void activatesAProfile_data();
     void activatesAProfile();
@@ -32,6 +33,7 @@ private Q_SLOTS:
     void activationIsRefused();
     void activatesTheBestProfile();
     void makesAProfileOnce();
+    void makesNothingToDisconnect();
     void keepsWhatTheProfileSays();
     void radioIsNotJoinedByItself();
     void showsKnownKindsByTheirNames();
@@ -273,6 +275,45 @@ void ManagedInterfacesTest::tellsReleaseAlsoWhereNothingIs()
     QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
     QTRY_COMPARE_WITH_TIMEOUT(eth0.lines(),
                               QStringList {QStringLiteral("connected=false ip_addresses=[] ip_gateway=[]")}, Patience);
+}
+
+/*! Who has disconnected it before it had a link finds it so afterwards, whatever the manager connects it with. */
+void ManagedInterfacesTest::takesWhatComesByItself()
+{
+    addProfile();
+    m_manager->setState(m_device, 20, 40);
+    QVERIFY(start());
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    m_manager->beginActivation(m_device, m_profile);
+    m_manager->setState(m_device, 70);
+    const Seen eth0(interfacePath("eth0"));
+    m_manager->setIp4(m_device, {QStringLiteral("10.0.0.2/24")});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("ip_addresses"), QStringLiteral("[\"10.0.0.2/255.255.255.0\"]"), Patience);
+    QCOMPARE(eth0.text("connected"), QStringLiteral("false"));
+    m_manager->activate(m_device);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("Reapply")));
+    QTRY_COMPARE_WITH_TIMEOUT(m_manager->applied(m_device)[QStringLiteral("ipv4")][QStringLiteral("method")].toString(),
+                              QStringLiteral("disabled"), Patience);
+    m_manager->setIp4(m_device, {});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("ip_addresses"), QStringLiteral("[]"), Patience);
+    QCOMPARE(eth0.text("connected"), QStringLiteral("false"));
+}
+
+/*! What was made for an application is not made again for one that has disconnected it meanwhile. */
+void ManagedInterfacesTest::makesNothingToDisconnect()
+{
+    QVERIFY(start());
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+    m_manager->activate(m_device);
+    m_manager->setState(m_device, 20, 40);
+    const Seen eth0(interfacePath("eth0"));
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("up"), QStringLiteral("false"), Patience);
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    m_manager->setState(m_device, 30);
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("up"), QStringLiteral("true"), Patience);
+    // A request comes after whatever it would have done by itself.
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 1);
 }
 
 void ManagedInterfacesTest::sparesThePreferredForAMomentOnly()

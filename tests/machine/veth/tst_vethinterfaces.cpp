@@ -22,6 +22,7 @@ private Q_SLOTS:
     void prefersByMetric();
     void tellsNoMomentWithoutPreferredInterface();
     void losesItsCarrier();
+    void isDisconnectedWithoutItsCarrier();
     void dhcpWithoutAnAnswer();
     void managerDiesInARequest();
     void managerComesBack();
@@ -196,6 +197,19 @@ void VethInterfacesTest::losesItsCarrier()
     // What the application has asked for counts, and not the profile.
     QTRY_COMPARE_WITH_TIMEOUT(text("vt0"), QStringLiteral("manual 10.9.0.77/24 via 10.9.0.9 connected"), Patience);
     QTRY_COMPARE_WITH_TIMEOUT(kernelAddresses("vt0"), QStringList {QStringLiteral("10.9.0.77/24")}, Patience);
+}
+
+void VethInterfacesTest::isDisconnectedWithoutItsCarrier()
+{
+    QVERIFY(hasLease("vt0", Leased));
+    shell("ip -n peer link set vp0 down");
+    QTRY_COMPARE_WITH_TIMEOUT(text("vt0"), QStringLiteral("auto apart"), Patience);
+    ZopObject control(QLatin1String(Control), ZopObject::ReadWrite, false);
+    QCOMPARE(Request(&control, "net_disconnected", "'vt0'").outcome(), QStringLiteral("ok"));
+    shell("ip -n peer link set vp0 up");
+    QTRY_VERIFY_WITH_TIMEOUT(daemon().errors().contains("vt0 gets again what it was given"), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(kernelAddresses("vt0"), QStringList(), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(text("vt0"), QStringLiteral("auto apart"), Patience);
 }
 
 void VethInterfacesTest::dhcpWithoutAnAnswer()

@@ -116,7 +116,7 @@ void ManagedInterfaces::begin(const QString &name)
     else if (DeviceAttributes::isActive(device))
         readApplied(name);
     else if (!connects)
-        finish(name, {}); // there is nothing to take
+        finish(name, {}); // there is nothing to take: what comes by itself is taken
     else if (nm_device_get_state(device) < NM_DEVICE_STATE_DISCONNECTED)
         finish(name, Refusal::noLink(name));
     else
@@ -244,8 +244,10 @@ void ManagedInterfaces::finish(const QString &name, const Refusal &refusal, NMCo
     else if (refusal)
         m_log->trouble(QStringLiteral("\"%1\" does not get again what it was given: %2").arg(name, refusal.text));
     if (!refusal) {
-        station.hasWish = applied != nullptr;
-        station.isLost = false;
+        station.hasWish = true;
+        station.isLost = applied == nullptr;
+        if (!applied)
+            station.uuid.clear();
         await(name, order.request, applied ? Ipv4Settings::dhcpTimeout(applied) : 0);
     }
     if (!station.orders.isEmpty())
@@ -338,11 +340,12 @@ void ManagedInterfaces::takeUp(const QString &name, Station *station, NMDevice *
     const NMDeviceState state = nm_device_get_state(device);
     const QByteArray present = connectionOf(device); // known later than the state
     const bool isBack = state == NM_DEVICE_STATE_ACTIVATED && !present.isEmpty();
-    const bool canBeMade = station->isMade && state == NM_DEVICE_STATE_DISCONNECTED;
+    const bool canBeMade =
+        station->isMade && station->wish.kind == NetworkingRequest::Connect && state == NM_DEVICE_STATE_DISCONNECTED;
     if (!isBack && !canBeMade)
         return;
     station->isLost = false;
-    if (isBack && present != station->uuid) {
+    if (isBack && !station->uuid.isEmpty() && present != station->uuid) {
         station->hasWish = false; // somebody else has connected it with something else
         return;
     }
@@ -386,7 +389,7 @@ Attributes ManagedInterfaces::attributesOf(const QString &name, NMDevice *device
     if (station.wish.kind == NetworkingRequest::Disconnect) {
         if (station.isAwaited && addresses.isEmpty())
             tellRelease(name);
-        else if (!station.isAwaited && !addresses.isEmpty() && station.orders.isEmpty())
+        else if (!station.isAwaited && !station.isLost && !addresses.isEmpty() && station.orders.isEmpty())
             station.hasWish = false; // somebody else has given it addresses
     } else if (station.isAwaited) {
         const InterfaceSettings &asked = station.wish.settings;
