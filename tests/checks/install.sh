@@ -106,6 +106,19 @@ connected=$("$prefix/bin/morvekctl" wifi status --json | jq .connected)
 "$prefix/bin/morvek-zop" show /zop/services/wifi/status | grep wifi_power >/dev/null \
     || mistake "the installed morvek-zop does not show the Wi-Fi status"
 
+# The user's unit tells systemd when everything is published. It has the program from the folders that systemd knows,
+# wherever it was installed.
+unit=$prefix/lib/systemd/user/morvek-hostd.service
+for line in Type=notify "ExecStart=morvek-hostd --network manager" TimeoutStopSec=20 Restart=on-failure RestartSec=5 \
+    RestartPreventExitStatus=2 WantedBy=default.target; do
+    grep -qxF -e "$line" "$unit" || mistake "the user's unit does not say $line"
+done
+if command -v systemd-analyze >/dev/null; then
+    sed "s,^ExecStart=,&$prefix/bin/," "$unit" >"$work/morvek-hostd.service"
+    XDG_RUNTIME_DIR=$work systemd-analyze --user verify "$work/morvek-hostd.service" >"$work/told" 2>&1 || true
+    [[ ! -s $work/told ]] || mistake "systemd does not take the user's unit: $(<"$work/told")"
+fi
+
 # its_libraries PID: the folders that it has them from
 its_libraries() {
     sed -n 's,.* \(/.*\)/libmorvek-[a-z]*\.so\..*,\1,p' "/proc/$1/maps" | sort -u

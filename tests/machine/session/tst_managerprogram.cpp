@@ -69,6 +69,8 @@ private Q_SLOTS:
     void cleanup();
     void noSuchInterface();
     void noRadio();
+    void noAccessPoint();
+    void noPermission_data();
     void noPermission();
     void protectsTheRemoteSession();
     void tellsItsSupervisor_data();
@@ -132,20 +134,51 @@ void ManagerProgramTest::noRadio()
     QCOMPARE(ended.code, 9);
 }
 
+void ManagerProgramTest::noAccessPoint()
+{
+    m_manager->addWifi(QStringLiteral("wlan0"),
+                       {{QStringLiteral("WirelessCapabilities"), 0x17bfU}}); // all but access points
+    QVERIFY(m_manager->start());
+    HostdProcess process;
+    QVERIFY(process.start(root(), Managed));
+    QVERIFY(QFile::exists(root() + QLatin1String(WifiStatus)));
+    QVERIFY(!QFile::exists(root() + QLatin1String(TetheringStatus)));
+    QCOMPARE(process.terminate(), 0);
+    QCOMPARE(process.errors(),
+             QByteArray("morvek-hostd: no radio of this machine can be an access point: the tethering daemon is not "
+                        "served\n"));
+}
+
+void ManagerProgramTest::noPermission_data()
+{
+    QTest::addColumn<QString>("permission");
+    QTest::addRow("denied") << QStringLiteral("no");
+    QTest::addRow("with somebody's password only") << QStringLiteral("auth");
+}
+
+/*! It is told once, and everything is served. */
 void ManagerProgramTest::noPermission()
 {
+    QFETCH(QString, permission);
     m_manager->addWifi(QStringLiteral("wlan0"));
-    m_manager->setAnswer(QStringLiteral("GetPermissions"), [](const BusCall &) {
+    m_manager->setAnswer(QStringLiteral("GetPermissions"), [permission](const BusCall &) {
         const QMap<QString, QString> permissions {
-            {QStringLiteral("org.freedesktop.NetworkManager.network-control"), QStringLiteral("no")}};
+            {QStringLiteral("org.freedesktop.NetworkManager.network-control"), permission}};
         return BusAnswer {{QVariant::fromValue(permissions)}, {}, {}};
     });
     QVERIFY(m_manager->start());
     HostdProcess process;
     QVERIFY(process.start(root(), Managed));
-    QTRY_COMPARE(process.errors(),
-                 QByteArray("morvek-hostd: the manager does not let you change networks: requests will be refused\n"));
+    const QByteArray line = "morvek-hostd: the manager does not let you change networks: requests will be refused\n";
+    QTRY_COMPARE(process.errors(), line);
+    m_manager->forgetCalls();
+    m_manager->emitSignal(FakeManager::managerPath(), QStringLiteral("org.freedesktop.NetworkManager"),
+                          QStringLiteral("CheckPermissions"));
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("GetPermissions")));
+    ZopObject control(QLatin1String(Control), ZopObject::ReadWrite, false);
+    QCOMPARE(Request(&control, "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
     QCOMPARE(process.terminate(), 0);
+    QCOMPARE(process.errors(), line);
 }
 
 /*! The loopback's address tells nothing of what carries it: what the line goes on with depends on the machine. */
