@@ -17,6 +17,7 @@ using namespace morvek;
 namespace {
 
 constexpr uint ModeAp = 3;
+const QString Wireless = QStringLiteral("802-11-wireless");
 
 QJsonObject lanProfile(const char *ssid, int inactivity = 0)
 {
@@ -92,13 +93,35 @@ struct Supplicant : BusObjects
     }
 };
 
+/*! What is not as usual. */
+struct Setting
+{
+    QVariantMap radio = {};
+    QString version = QStringLiteral("1.42.4");
+    QStringList only = {};
+    bool remember = false;
+};
+
 /*! A manager with one radio, what is tested, and what that has told. */
 struct Fixture
 {
-    explicit Fixture(const QVariantMap &radio = {}, const QString &version = QStringLiteral("1.42.4"))
-        : manager(version),
-          wifi(manager.addWifi(QStringLiteral("wlan0"), radio))
+    explicit Fixture(const Setting &setting = {})
+        : manager(setting.version),
+          wifi(manager.addWifi(QStringLiteral("wlan0"), setting.radio)),
+          client(setting.only),
+          restoration(&client, setting.remember, &log)
     {
+    }
+
+    /*! A profile of the user's, which \a radio joins. */
+    QString join(const QString &radio)
+    {
+        const QString home = manager.addProfile(
+            {{QStringLiteral("connection"),
+              {{QStringLiteral("id"), QStringLiteral("Home")}, {QStringLiteral("type"), Wireless}}}});
+        manager.beginActivation(radio, home);
+        manager.activate(radio);
+        return home;
     }
 
     void begin()
@@ -139,21 +162,41 @@ struct Fixture
         return QTest::qWaitFor([&reply] { return reply.count == 1; }) && !reply.refusal;
     }
 
+    /*! What has been asked to be connected as it was: the profiles. */
+    QStringList givenBack() const
+    {
+        QStringList profiles;
+        for (const BusCall &call : manager.calls(QStringLiteral("ActivateConnection")))
+            profiles += call.pathAt(0);
+        return profiles;
+    }
+    /*! As when the program ends; the manager does what it is asked for. */
+    bool givesAllBack()
+    {
+        bool isBack = false;
+        restoration.giveBack([&isBack] { isBack = true; });
+        return QTest::qWaitFor([&isBack, this] {
+            if (!givenBack().isEmpty())
+                manager.activate(wifi);
+            return isBack;
+        });
+    }
+    NMDeviceState radioState() const { return nm_device_get_state(client.device(QStringLiteral("wlan0"))); }
+
     QTemporaryDir folder;
     FakeManager manager;
     QString wifi;
     EventLog log {false};
     World world;
     Loan loan;
-    ManagerClient client {{}};
-    Restoration restoration {&client, false, &log};
+    ManagerClient client;
+    Restoration restoration;
     std::unique_ptr<ManagedHotspot> hotspot;
     QStringList states;
 };
 
 const QStringList Active {QStringLiteral("ACTIVE")};
 const QStringList Inactive {QStringLiteral("INACTIVE")};
-const QString Wireless = QStringLiteral("802-11-wireless");
 
 } // namespace
 
@@ -186,8 +229,17 @@ private Q_SLOTS:
     void freeRadioFirst();
     void radioThatCannot();
     void radioIsOff();
+    void protectedRadio();
+    void radiosThatAreNamed();
     void lendsTheRadio();
     void radioIsUsedOtherwise();
+    void givesTheConnectionBack_data();
+    void givesTheConnectionBack();
+    void givesBackWhatAFailureHasEnded();
+    void userEndsIt();
+    void formerProfileIsRemoved();
+    void stopsWhileTheRadioIsAway();
+    void stopsWhileTheManagerIsAway();
     void otherNetworkAndBand();
     void oldManager();
     void saysOnceWhatHasNoEffect();
@@ -250,7 +302,7 @@ void ManagedHotspotTest::answersWhenItIsUp()
     QVERIFY(fixture.waitForAsked());
     fixture.manager.change(fixture.wifi, {{QStringLiteral("Mode"), ModeAp}});
     fixture.manager.setState(fixture.wifi, 90);
-    QTRY_COMPARE(int(nm_device_get_state(fixture.client.device(QStringLiteral("wlan0")))), 90);
+    QTRY_COMPARE(fixture.radioState(), NM_DEVICE_STATE_SECONDARIES);
     QCOMPARE(reply.count, 0);
     QCOMPARE(fixture.states, QStringList());
     fixture.manager.setState(fixture.wifi, 100);
@@ -267,7 +319,7 @@ void ManagedHotspotTest::needsTheModeOfAnAccessPoint()
     fixture.hotspot->start(profile(), reply.call());
     QVERIFY(fixture.waitForAsked());
     fixture.manager.activate(fixture.wifi);
-    QTRY_COMPARE(int(nm_device_get_state(fixture.client.device(QStringLiteral("wlan0")))), 100);
+    QTRY_COMPARE(fixture.radioState(), NM_DEVICE_STATE_ACTIVATED);
     QCOMPARE(reply.count, 0);
     fixture.manager.change(fixture.wifi, {{QStringLiteral("Mode"), ModeAp}});
     QTRY_COMPARE(reply.count, 1);
@@ -549,10 +601,6 @@ void ManagedHotspotTest::freeRadioFirst()
 {
     Fixture fixture;
     const QString second = fixture.manager.addWifi(QStringLiteral("wlan1"));
-    const QString home = fixture.manager.addProfile({{QStringLiteral("connection"),
-                                                      {{QStringLiteral("id"), QStringLiteral("Home")},
-                                                       {QStringLiteral("type"), Wireless},
-                                                       {QStringLiteral("uuid"), QStringLiteral("0000-1")}}}});
     fixture.begin();
     Reply reply;
     fixture.hotspot->start(profile(), reply.call());
@@ -560,8 +608,7 @@ void ManagedHotspotTest::freeRadioFirst()
     QCOMPARE(fixture.manager.calls(fixture.asked()).first().pathAt(1), second);
     fixture.hotspot->stop(reply.call());
     QTRY_COMPARE(reply.count, 2);
-    fixture.manager.beginActivation(second, home);
-    fixture.manager.activate(second);
+    fixture.join(second);
     QTRY_COMPARE(int(nm_device_get_state(fixture.client.device(QStringLiteral("wlan1")))), 100);
     fixture.hotspot->start(profile(), reply.call());
     QVERIFY(fixture.waitForAsked(2));
@@ -570,7 +617,7 @@ void ManagedHotspotTest::freeRadioFirst()
 
 void ManagedHotspotTest::radioThatCannot()
 {
-    Fixture fixture({{QStringLiteral("WirelessCapabilities"), 0x17bfU}}); // all but access points
+    Fixture fixture({{{QStringLiteral("WirelessCapabilities"), 0x17bfU}}}); // all but access points
     fixture.begin();
     Reply reply;
     fixture.hotspot->start(profile(), reply.call());
@@ -587,12 +634,45 @@ void ManagedHotspotTest::radioIsOff()
     fixture.hotspot->start(profile(), reply.call());
     QCOMPARE(reply.text(), QStringLiteral("7 the radio is off"));
     fixture.manager.setState(fixture.wifi, 10);
-    QTRY_COMPARE(int(nm_device_get_state(fixture.client.device(QStringLiteral("wlan0")))), 10);
+    QTRY_COMPARE(fixture.radioState(), NM_DEVICE_STATE_UNMANAGED);
     fixture.hotspot->start(profile(), reply.call());
     QCOMPARE(reply.text(), QStringLiteral("11 the network manager leaves wlan0 alone"));
+}
+
+/*! Not even when the other one is connected. */
+void ManagedHotspotTest::protectedRadio()
+{
+    Fixture fixture;
+    fixture.begin();
     fixture.client.protect({QStringLiteral("wlan0")});
+    Reply refused;
+    fixture.hotspot->start(profile(), refused.call());
+    QCOMPARE(refused.text(), QStringLiteral("12 \"wlan0\" carries your remote session: --force has it touched"));
+    const QString other = fixture.manager.addWifi(QStringLiteral("wlan1"));
+    fixture.join(other);
+    QTRY_VERIFY(fixture.client.device(QStringLiteral("wlan1")));
+    Reply reply;
     fixture.hotspot->start(profile(), reply.call());
-    QCOMPARE(reply.refusal.code, int(Refusal::Protected));
+    QVERIFY(fixture.waitForAsked());
+    QCOMPARE(fixture.manager.calls(fixture.asked()).first().pathAt(1), other);
+    QCOMPARE(fixture.manager.calls(fixture.asked()).size(), 1);
+}
+
+void ManagedHotspotTest::radiosThatAreNamed()
+{
+    Fixture fixture({{}, QStringLiteral("1.42.4"), {QStringLiteral("wlan1")}});
+    fixture.begin();
+    Reply refused;
+    fixture.hotspot->start(profile(), refused.call());
+    QCOMPARE(refused.text(), QStringLiteral("3 no radio is there that can be an access point"));
+    const QString other = fixture.manager.addWifi(QStringLiteral("wlan1"));
+    fixture.join(other);
+    QTRY_VERIFY(fixture.client.device(QStringLiteral("wlan1")));
+    Reply reply;
+    fixture.hotspot->start(profile(), reply.call());
+    QVERIFY(fixture.waitForAsked());
+    QCOMPARE(fixture.manager.calls(fixture.asked()).first().pathAt(1), other);
+    QCOMPARE(fixture.manager.calls(fixture.asked()).size(), 1);
 }
 
 void ManagedHotspotTest::lendsTheRadio()
@@ -611,24 +691,135 @@ void ManagedHotspotTest::lendsTheRadio()
 void ManagedHotspotTest::radioIsUsedOtherwise()
 {
     Fixture fixture;
-    const QString home = fixture.manager.addProfile({{QStringLiteral("connection"),
-                                                      {{QStringLiteral("id"), QStringLiteral("Home")},
-                                                       {QStringLiteral("type"), Wireless},
-                                                       {QStringLiteral("uuid"), QStringLiteral("0000-1")}}}});
+    fixture.join(fixture.wifi);
     fixture.begin();
     QVERIFY(fixture.goUp());
     fixture.manager.deactivate(fixture.wifi, 60);
-    fixture.manager.beginActivation(fixture.wifi, home);
-    fixture.manager.activate(fixture.wifi);
+    fixture.join(fixture.wifi);
     QTRY_COMPARE(fixture.states, Active + Inactive);
-    QTRY_COMPARE(int(nm_device_get_state(fixture.client.device(QStringLiteral("wlan0")))), 100);
+    QTRY_COMPARE(fixture.radioState(), NM_DEVICE_STATE_ACTIVATED);
     QCOMPARE(fixture.loan.told.last(), QStringLiteral("back wlan0"));
-    QVERIFY(fixture.manager.calls(QStringLiteral("ActivateConnection")).isEmpty());
+    QVERIFY(fixture.givesAllBack());
+    QCOMPARE(fixture.givenBack(), QStringList());
+}
+
+void ManagedHotspotTest::givesTheConnectionBack_data()
+{
+    QTest::addColumn<bool>("remember");
+    QTest::addRow("usually") << false;
+    QTest::addRow("where what was asked for stays") << true;
+}
+
+void ManagedHotspotTest::givesTheConnectionBack()
+{
+    QFETCH(bool, remember);
+    Setting setting;
+    setting.remember = remember;
+    Fixture fixture(setting);
+    const QString home = fixture.join(fixture.wifi);
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    Reply stop;
+    fixture.hotspot->stop(stop.call());
+    QVERIFY(fixture.manager.waitForCalls(QStringLiteral("ActivateConnection")));
+    QCOMPARE(stop.text(), QStringLiteral("0 "));
+    QCOMPARE(fixture.givenBack(), QStringList(home));
+    QCOMPARE(fixture.manager.calls(QStringLiteral("ActivateConnection")).first().pathAt(1), fixture.wifi);
+    fixture.manager.activate(fixture.wifi);
+    QTRY_COMPARE(fixture.radioState(), NM_DEVICE_STATE_ACTIVATED);
+    // Once.
+    QVERIFY(fixture.givesAllBack());
+    QCOMPARE(fixture.givenBack(), QStringList(home));
+}
+
+void ManagedHotspotTest::givesBackWhatAFailureHasEnded()
+{
+    Fixture fixture;
+    const QString home = fixture.join(fixture.wifi);
+    fixture.begin();
+    Reply reply;
+    fixture.hotspot->start(profile(), reply.call());
+    QVERIFY(fixture.waitForAsked());
+    fixture.manager.setState(fixture.wifi, 120, 11);
+    fixture.manager.setState(fixture.wifi, 30, 0);
+    QTRY_COMPARE(reply.count, 1);
+    QVERIFY(reply.refusal);
+    QVERIFY(fixture.manager.waitForCalls(QStringLiteral("ActivateConnection")));
+    QCOMPARE(fixture.givenBack(), QStringList(home));
+}
+
+void ManagedHotspotTest::userEndsIt()
+{
+    Fixture fixture;
+    fixture.join(fixture.wifi);
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    fixture.manager.deactivate(fixture.wifi, 39);
+    QTRY_COMPARE(fixture.states, Active + Inactive);
+    QVERIFY(fixture.givesAllBack());
+    QCOMPARE(fixture.givenBack(), QStringList());
+}
+
+void ManagedHotspotTest::formerProfileIsRemoved()
+{
+    Fixture fixture;
+    const QString home = fixture.join(fixture.wifi);
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    fixture.manager.removeProfile(home);
+    Reply stop;
+    fixture.hotspot->stop(stop.call());
+    QTRY_COMPARE(stop.count, 1);
+    QCOMPARE(stop.text(), QStringLiteral("0 "));
+    QVERIFY(fixture.givesAllBack());
+    QCOMPARE(fixture.givenBack(), QStringList());
+    QVERIFY(fixture.goUp(profile(), 2));
+}
+
+/*! What was there before is then given back at the end, unless the manager has done so by itself. */
+void ManagedHotspotTest::stopsWhileTheRadioIsAway()
+{
+    Fixture fixture;
+    const QString home = fixture.join(fixture.wifi);
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    fixture.manager.removeDevice(fixture.wifi);
+    QTRY_COMPARE(fixture.states, Active + Inactive);
+    QTRY_VERIFY(!fixture.client.device(QStringLiteral("wlan0")));
+    Reply stop;
+    fixture.hotspot->stop(stop.call());
+    QCOMPARE(stop.text(), QStringLiteral("0 "));
+    QCOMPARE(fixture.loan.told.last(), QStringLiteral("back wlan0"));
+    fixture.wifi = fixture.manager.addWifi(QStringLiteral("wlan0"));
+    QTRY_VERIFY(fixture.client.device(QStringLiteral("wlan0")));
+    QVERIFY(fixture.givesAllBack());
+    QCOMPARE(fixture.givenBack(), QStringList(home));
+    QCOMPARE(fixture.manager.calls(fixture.asked()).size(), 1);
+}
+
+void ManagedHotspotTest::stopsWhileTheManagerIsAway()
+{
+    Fixture fixture;
+    const QString home = fixture.join(fixture.wifi);
+    fixture.begin();
+    QVERIFY(fixture.goUp());
+    fixture.manager.stop();
+    QTRY_COMPARE(fixture.states, Active + Inactive);
+    Reply stop;
+    fixture.hotspot->stop(stop.call());
+    QCOMPARE(stop.text(), QStringLiteral("10 the network manager does not run"));
+    QCOMPARE(fixture.loan.told.last(), QStringLiteral("back wlan0"));
+    fixture.manager.setState(fixture.wifi, 30);
+    QVERIFY(fixture.manager.start());
+    QTRY_VERIFY(fixture.client.device(QStringLiteral("wlan0")));
+    QVERIFY(fixture.givesAllBack());
+    QCOMPARE(fixture.givenBack(), QStringList(home));
+    QCOMPARE(fixture.manager.calls(fixture.asked()).size(), 1);
 }
 
 void ManagedHotspotTest::otherNetworkAndBand()
 {
-    Fixture fixture({{QStringLiteral("WirelessCapabilities"), 0x13ffU}}); // without 5 GHz
+    Fixture fixture({{{QStringLiteral("WirelessCapabilities"), 0x13ffU}}}); // without 5 GHz
     const QString wired = fixture.manager.addEthernet(QStringLiteral("eth0"));
     fixture.manager.setIp4(wired, {QStringLiteral("192.168.0.7/24")});
     QJsonObject lan = lanProfile("car");
@@ -646,7 +837,7 @@ void ManagedHotspotTest::otherNetworkAndBand()
 
 void ManagedHotspotTest::oldManager()
 {
-    Fixture fixture({}, QStringLiteral("1.26.4"));
+    Fixture fixture({{}, QStringLiteral("1.26.4")});
     fixture.begin();
     QJsonObject lan = lanProfile("car");
     lan.insert(QStringLiteral("privacy"), true);

@@ -66,10 +66,13 @@ void Restoration::activates(NMDevice *device, const QString &uuid)
 
 void Restoration::disconnects(NMDevice *device)
 {
-    if (m_remembers)
+    const QString interface = ManagerClient::nameOf(device);
+    const QString present = ManagerClient::profileOf(device);
+    // A connection that is not kept has taken the place of another one.
+    if (m_remembers && !m_notes.devices.value(interface).isOurs(present))
         return;
-    DeviceNotes &notes = m_notes.devices[ManagerClient::nameOf(device)];
-    notes.connects(ManagerClient::profileOf(device), QString());
+    DeviceNotes &notes = m_notes.devices[interface];
+    notes.connects(present, QString());
     // The manager switches it off then.
     Changed<bool>::note(&notes.autoconnect, nm_device_get_autoconnect(device), false);
     keep();
