@@ -44,7 +44,7 @@ Hostd::Hostd(const HostdOptions &options, const Scenario &scenario, const Record
         m_pace.hold();
     switch (options.network) {
     case NetworkSource::Manager: // what there is, it tells when it is asked
-        m_machine = std::make_unique<ManagedMachine>(options.manager, &m_world, &m_log);
+        m_machine = std::make_unique<ManagedMachine>(options.manager, &m_world, &m_pace, &m_log);
         return;
     case NetworkSource::Kernel:
         m_system = std::make_unique<SystemNetwork>(&m_world, &m_log);

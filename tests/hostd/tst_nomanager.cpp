@@ -16,7 +16,7 @@ private Q_SLOTS:
 
 void NoManagerTest::saysThatThereIsNone()
 {
-    ManagedMachine machine({}, nullptr, nullptr);
+    ManagedMachine machine({}, nullptr, nullptr, nullptr);
     QString error;
     QVERIFY(!machine.start(QString(), {}, &error));
     QCOMPARE(error, QStringLiteral("--network manager is not part of this build, which was made without libnm"));

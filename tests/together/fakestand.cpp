@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "fakesupplicant.h"
 #include "livelymanager.h"
 #include "managedstand.h"
 #include "privatebus.h"
@@ -14,6 +15,7 @@ private:
 
     PrivateBus m_bus;
     std::unique_ptr<LivelyManager> m_manager;
+    FakeSupplicant m_supplicant;
 };
 
 namespace {
@@ -82,7 +84,7 @@ bool FakeStand::prepare()
     m_manager->activate(cable);
     m_manager->setLease(cable, {{QStringLiteral("ip_address"), QStringLiteral("10.20.0.40")}});
     m_manager->setIp4(cable, {QStringLiteral("10.20.0.40/16")}, QStringLiteral("10.20.0.1"), 700);
-    return m_bus.errorString().isEmpty() && m_manager->start();
+    return m_bus.errorString().isEmpty() && m_manager->start() && m_supplicant.start();
 }
 
 std::unique_ptr<Stand> Stand::make()

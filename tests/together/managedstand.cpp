@@ -3,5 +3,7 @@
 
 bool ManagedStand::start(DaemonFixture *daemon)
 {
-    return prepare() && daemon->serve({QStringLiteral("--network"), QStringLiteral("manager")});
+    return prepare()
+        && daemon->serve(
+            {QStringLiteral("--network"), QStringLiteral("manager"), QStringLiteral("--speed"), QStringLiteral("20")});
 }

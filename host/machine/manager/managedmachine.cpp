@@ -18,9 +18,10 @@ namespace morvek {
 
 struct ManagedMachine::Parts
 {
-    Parts(const ManagerOptions &asked, World *published, const EventLog *lines)
+    Parts(const ManagerOptions &asked, World *published, const Pace *clock, const EventLog *lines)
         : options(asked),
           world(published),
+          pace(clock),
           log(lines),
           client(asked.only),
           restoration(&client, asked.remember, lines)
@@ -33,6 +34,7 @@ struct ManagedMachine::Parts
 
     const ManagerOptions options;
     World *const world;
+    const Pace *const pace;
     const EventLog *const log;
     ManagerClient client;
     Restoration restoration;
@@ -90,8 +92,8 @@ void ManagedMachine::Parts::tellPermission()
         log->trouble(QStringLiteral("the manager does not let you change networks: requests will be refused"));
 }
 
-ManagedMachine::ManagedMachine(const ManagerOptions &options, World *world, const EventLog *log)
-    : m_parts(std::make_unique<Parts>(options, world, log))
+ManagedMachine::ManagedMachine(const ManagerOptions &options, World *world, const Pace *pace, const EventLog *log)
+    : m_parts(std::make_unique<Parts>(options, world, pace, log))
 {
 }
 
@@ -122,7 +124,7 @@ bool ManagedMachine::start(const QString &root, const QVector<Service> &served, 
     }
     if (HotspotPlace::exists(parts.client))
         parts.hotspot = std::make_unique<ManagedHotspot>(&parts.client, &parts.restoration, parts.radio.get(),
-                                                         parts.world, parts.log);
+                                                         parts.world, parts.pace, parts.log);
     else if (parts.client.radio())
         parts.log->trouble(
             QStringLiteral("no radio of this machine can be an access point: the tethering daemon is not served"));

@@ -15,6 +15,7 @@ namespace morvek {
 class EventLog;
 class HotspotControl;
 class InterfaceControl;
+class Pace;
 class RadioControl;
 class World;
 
@@ -22,8 +23,8 @@ class World;
 class ManagedMachine
 {
 public:
-    /*! \a world and \a log must outlive the machine. */
-    ManagedMachine(const ManagerOptions &options, World *world, const EventLog *log);
+    /*! \a world, \a pace and \a log must outlive the machine. */
+    ManagedMachine(const ManagerOptions &options, World *world, const Pace *pace, const EventLog *log);
     ~ManagedMachine();
 
     /*!

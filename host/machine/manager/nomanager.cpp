@@ -8,7 +8,7 @@ struct ManagedMachine::Parts
 {
 };
 
-ManagedMachine::ManagedMachine(const ManagerOptions &, World *, const EventLog *) { }
+ManagedMachine::ManagedMachine(const ManagerOptions &, World *, const Pace *, const EventLog *) { }
 
 ManagedMachine::~ManagedMachine() = default;
 

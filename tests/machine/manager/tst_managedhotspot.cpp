@@ -2,9 +2,12 @@
 #include "errorcapture.h"
 #include "eventlog.h"
 #include "fakemanager.h"
+#include "fakesupplicant.h"
 #include "hotspotprofile.h"
+#include "hotspotstations.h"
 #include "managedhotspot.h"
 #include "managerclient.h"
+#include "pace.h"
 #include "privatebus.h"
 #include "radioloan.h"
 #include "restoration.h"
@@ -66,33 +69,6 @@ public:
     bool joins = false;
 };
 
-/*! The supplicant that tells how many have joined. */
-struct Supplicant : BusObjects
-{
-    Supplicant()
-        : BusObjects(QStringLiteral("fi.w1.wpa_supplicant1"), QStringLiteral("/fi/w1/wpa_supplicant1"))
-    {
-        add(path(), {{interface(), {{QStringLiteral("Stations"), QVariant::fromValue(BusPaths())}}}});
-        setAnswer(QStringLiteral("GetInterface"), [](const BusCall &call) -> BusAnswer {
-            if (call.text(0) != QLatin1String("wlan0"))
-                return {{}, QStringLiteral("fi.w1.wpa_supplicant1.InterfaceUnknown"), QStringLiteral("unknown")};
-            return {{QVariant::fromValue(QDBusObjectPath(path()))}, {}, {}};
-        });
-    }
-
-    static QString path() { return QStringLiteral("/fi/w1/wpa_supplicant1/Interfaces/0"); }
-    static QString interface() { return QStringLiteral("fi.w1.wpa_supplicant1.Interface"); }
-
-    void setStations(int count, const QString &signal)
-    {
-        BusPaths stations;
-        while (stations.size() < count)
-            stations += QDBusObjectPath(path() + QStringLiteral("/Stations/%1").arg(stations.size()));
-        change(path(), {{QStringLiteral("Stations"), QVariant::fromValue(stations)}});
-        emitSignal(path(), interface(), signal, {QStringLiteral("02:00:00:00:04:00")});
-    }
-};
-
 /*! What is not as usual. */
 struct Setting
 {
@@ -111,6 +87,7 @@ struct Fixture
           client(setting.only),
           restoration(&client, setting.remember, &log)
     {
+        pace.hold();
     }
 
     /*! A profile of the user's, which \a radio joins. */
@@ -133,11 +110,13 @@ struct Fixture
         QObject::connect(&world, &World::statusChanged, [this](Service, const ZopChangeset &changes) {
             states += changes.assignments.value(QStringLiteral("state")).toString();
         });
-        hotspot = std::make_unique<ManagedHotspot>(&client, &restoration, &loan, &world, &log, nullptr, folder.path());
+        hotspot =
+            std::make_unique<ManagedHotspot>(&client, &restoration, &loan, &world, &pace, &log, nullptr, folder.path());
         states.clear();
     }
 
     QString asked() const { return QStringLiteral("AddAndActivateConnection2"); }
+    QString deactivation() const { return QStringLiteral("DeactivateConnection"); }
     /*! Waits for the manager to be asked \a count times in all, and for the hotspot to hear that it was. */
     bool waitForAsked(int count = 1)
     {
@@ -181,6 +160,31 @@ struct Fixture
             return isBack;
         });
     }
+    /*! Whoever asks after the hotspot hears later than that what the supplicant, or the bus, has told by now. */
+    static bool hearsStations()
+    {
+        HotspotStations stations(QStringLiteral("wlan0"));
+        bool hasHeard = false;
+        QObject::connect(&stations, &HotspotStations::counted, [&hasHeard] { hasHeard = true; });
+        QObject::connect(&stations, &HotspotStations::unreadable, [&hasHeard] { hasHeard = true; });
+        stations.watch();
+        return QTest::qWaitFor([&hasHeard] { return hasHeard; });
+    }
+    void setLeases(const char *leases) const
+    {
+        QFile file(folder.filePath(QStringLiteral("dnsmasq-wlan0.leases")));
+        if (!file.open(QIODevice::WriteOnly) || file.write(leases) == -1)
+            qFatal("no leases");
+    }
+    /*! Whether the hotspot stops after so many milliseconds, and not before. */
+    bool stopsAfter(int milliseconds)
+    {
+        pace.pass(milliseconds - 1);
+        if (!manager.calls(deactivation()).isEmpty())
+            return false;
+        pace.pass(1);
+        return manager.waitForCalls(deactivation());
+    }
     NMDeviceState radioState() const { return nm_device_get_state(client.device(QStringLiteral("wlan0"))); }
 
     QTemporaryDir folder;
@@ -188,6 +192,7 @@ struct Fixture
     QString wifi;
     EventLog log {false};
     World world;
+    Pace pace {1, 0};
     Loan loan;
     ManagerClient client;
     Restoration restoration;
@@ -245,7 +250,10 @@ private Q_SLOTS:
     void saysOnceWhatHasNoEffect();
     void stopsWhenNobodyHasJoined();
     void newProfileCountsAnew();
+    void stopEndsTheCount();
     void leases();
+    void leasesInsteadOfTheSupplicant_data();
+    void leasesInsteadOfTheSupplicant();
     void countsNothing();
 
 private:
@@ -354,13 +362,13 @@ void ManagedHotspotTest::stops()
     Fixture fixture;
     fixture.begin();
     QVERIFY(fixture.goUp());
-    fixture.manager.hold(QStringLiteral("DeactivateConnection"));
+    fixture.manager.hold(fixture.deactivation());
     Reply reply;
     fixture.hotspot->stop(reply.call());
-    QVERIFY(fixture.manager.waitForCalls(QStringLiteral("DeactivateConnection")));
+    QVERIFY(fixture.manager.waitForCalls(fixture.deactivation()));
     QCOMPARE(reply.count, 0);
     QCOMPARE(fixture.states, Active);
-    fixture.manager.release(QStringLiteral("DeactivateConnection"));
+    fixture.manager.release(fixture.deactivation());
     QTRY_COMPARE(reply.count, 1);
     QCOMPARE(reply.refusal.code, 0);
     QCOMPARE(fixture.states, Active + Inactive);
@@ -394,7 +402,7 @@ void ManagedHotspotTest::stopOfAStart()
     QTRY_COMPARE(stop.count, 1);
     QCOMPARE(stop.refusal.code, 0);
     QCOMPARE(start.count, 1);
-    QCOMPARE(fixture.manager.calls(QStringLiteral("DeactivateConnection")).size(), 1);
+    QCOMPARE(fixture.manager.calls(fixture.deactivation()).size(), 1);
     QCOMPARE(fixture.states, QStringList());
 }
 
@@ -403,12 +411,12 @@ void ManagedHotspotTest::startOfAStop()
     Fixture fixture;
     fixture.begin();
     QVERIFY(fixture.goUp());
-    fixture.manager.hold(QStringLiteral("DeactivateConnection"));
+    fixture.manager.hold(fixture.deactivation());
     Reply stop;
     Reply start;
     fixture.hotspot->stop(stop.call());
     fixture.hotspot->start(profile("other"), start.call());
-    fixture.manager.release(QStringLiteral("DeactivateConnection"));
+    fixture.manager.release(fixture.deactivation());
     QVERIFY(fixture.waitForAsked(2));
     QCOMPARE(stop.count, 1);
     QCOMPARE(fixture.settings(1)[Wireless][QStringLiteral("ssid")].toByteArray(), QByteArray("other"));
@@ -469,8 +477,8 @@ void ManagedHotspotTest::cannotBeStopped()
     Fixture fixture;
     fixture.begin();
     QVERIFY(fixture.goUp());
-    fixture.manager.refuse(QStringLiteral("DeactivateConnection"),
-                           QStringLiteral("org.freedesktop.NetworkManager.PermissionDenied"), QStringLiteral("No"), 1);
+    fixture.manager.refuse(fixture.deactivation(), QStringLiteral("org.freedesktop.NetworkManager.PermissionDenied"),
+                           QStringLiteral("No"), 1);
     Reply reply;
     fixture.hotspot->stop(reply.call());
     QTRY_COMPARE(reply.count, 1);
@@ -560,7 +568,7 @@ void ManagedHotspotTest::newProfile()
     fixture.hotspot->setProfile(profile("Back seat"));
     QVERIFY(fixture.waitForAsked(2));
     QCOMPARE(fixture.settings(1)[Wireless][QStringLiteral("ssid")].toByteArray(), QByteArray("Back seat"));
-    QCOMPARE(fixture.manager.calls(QStringLiteral("DeactivateConnection")).size(), 1);
+    QCOMPARE(fixture.manager.calls(fixture.deactivation()).size(), 1);
     fixture.comeUp();
     QTRY_COMPARE(fixture.states, Active + Inactive + Active);
     QCOMPARE(fixture.loan.told, QStringList(QStringLiteral("lent wlan0")));
@@ -866,53 +874,112 @@ void ManagedHotspotTest::saysOnceWhatHasNoEffect()
 
 void ManagedHotspotTest::stopsWhenNobodyHasJoined()
 {
-    Supplicant supplicant;
+    FakeSupplicant supplicant;
     QVERIFY(supplicant.start());
     Fixture fixture;
     fixture.begin();
     supplicant.setStations(1, QStringLiteral("StaAuthorized"));
-    QElapsedTimer time;
-    QVERIFY(fixture.goUp(profile("car", 1)));
-    QVERIFY(supplicant.waitForCalls(QStringLiteral("GetInterface")));
-    time.start();
-    QTRY_VERIFY(time.elapsed() > 1500); // longer than nobody may be there
-    QCOMPARE(fixture.states, Active);
-    time.start();
+    QVERIFY(fixture.goUp(profile("car", 600)));
+    QVERIFY(fixture.hearsStations());
+    fixture.pace.pass(3600000);
     supplicant.setStations(0, QStringLiteral("StaDeauthorized"));
+    QVERIFY(fixture.hearsStations());
+    fixture.pace.pass(599999);
+    supplicant.setStations(2, QStringLiteral("StationAdded")); // the last moment
+    QVERIFY(fixture.hearsStations());
+    fixture.pace.pass(3600000);
+    supplicant.setStations(0, QStringLiteral("StationRemoved"));
+    QVERIFY(fixture.hearsStations());
+    fixture.pace.pass(100000);
+    supplicant.setStations(0, QStringLiteral("StationRemoved")); // which changes nothing
+    QVERIFY(fixture.hearsStations());
+    QVERIFY(fixture.stopsAfter(500000));
     QTRY_COMPARE(fixture.states, Active + Inactive);
-    QVERIFY2(time.elapsed() >= 900, qPrintable(QString::number(time.elapsed())));
-    QVERIFY(!fixture.manager.calls(QStringLiteral("DeactivateConnection")).isEmpty());
 }
 
 void ManagedHotspotTest::newProfileCountsAnew()
 {
-    Supplicant supplicant;
+    FakeSupplicant supplicant;
     QVERIFY(supplicant.start());
     Fixture fixture;
     fixture.begin();
-    QVERIFY(fixture.goUp(profile("car", 3600)));
-    fixture.hotspot->setProfile(profile("car", 1));
-    QTRY_COMPARE(fixture.states, Active + Inactive);
+    QVERIFY(fixture.goUp(profile("car", 600)));
+    QVERIFY(fixture.hearsStations());
+    fixture.pace.pass(599999);
+    fixture.hotspot->setProfile(profile("car", 0));
+    QVERIFY(fixture.hearsStations());
+    fixture.pace.pass(3600000);
+    fixture.hotspot->setProfile(profile("car", 300));
+    QVERIFY(fixture.hearsStations());
+    QVERIFY(fixture.stopsAfter(300000));
+}
+
+/*! What has been counted before is not counted in the next run. */
+void ManagedHotspotTest::stopEndsTheCount()
+{
+    FakeSupplicant supplicant;
+    QVERIFY(supplicant.start());
+    Fixture fixture;
+    fixture.begin();
+    QVERIFY(fixture.goUp(profile("car", 600)));
+    QVERIFY(fixture.hearsStations());
+    fixture.pace.pass(599999);
+    Reply stop;
+    fixture.hotspot->stop(stop.call());
+    QTRY_COMPARE(stop.count, 1);
+    fixture.manager.forgetCalls();
+    QVERIFY(fixture.goUp(profile("car", 600)));
+    QVERIFY(fixture.hearsStations());
+    QVERIFY(fixture.stopsAfter(600000));
 }
 
 void ManagedHotspotTest::leases()
 {
     Fixture fixture;
     fixture.begin();
-    const QString name = fixture.folder.filePath(QStringLiteral("dnsmasq-wlan0.leases"));
-    QFile file(name);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("0 02:00:00:00:04:00 192.168.0.188 * 01:02:00:00:00:04:00\n");
-    file.close();
-    QVERIFY(fixture.goUp(profile("car", 1)));
-    QElapsedTimer time;
-    time.start();
-    QTRY_VERIFY(time.elapsed() > 1500);
-    QCOMPARE(fixture.states, Active);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("1000 02:00:00:00:04:00 192.168.0.188 * 01:02:00:00:00:04:00\nduid 00:01\n");
-    file.close();
+    fixture.setLeases("0 02:00:00:00:04:00 192.168.0.188 * 01:02:00:00:00:04:00\n"); // without an end
+    QVERIFY(fixture.goUp(profile("car", 603)));
+    QVERIFY(fixture.hearsStations());
+    fixture.pace.pass(3600000);
+    const QByteArray hour = QByteArray::number(QDateTime::currentSecsSinceEpoch() + 3600);
+    fixture.setLeases(QByteArray("duid 00:01\n" + hour + " 02:00:00:00:04:00 192.168.0.188 * *\n").constData());
+    fixture.pace.pass(3600000);
+    fixture.setLeases("1000 02:00:00:00:04:00 192.168.0.188 * 01:02:00:00:00:04:00\nduid 00:01\n");
+    QVERIFY(fixture.stopsAfter(603000));
     QTRY_COMPARE(fixture.states, Active + Inactive);
+}
+
+void ManagedHotspotTest::leasesInsteadOfTheSupplicant_data()
+{
+    QTest::addColumn<bool>("isAllowedAgain");
+    QTest::addColumn<int>("time");
+    QTest::addRow("for good") << false << 300000;
+    QTest::addRow("for a while") << true << 600000; // nobody knows who was there then
+}
+
+void ManagedHotspotTest::leasesInsteadOfTheSupplicant()
+{
+    QFETCH(bool, isAllowedAgain);
+    QFETCH(int, time);
+    FakeSupplicant supplicant;
+    QVERIFY(supplicant.start());
+    Fixture fixture;
+    fixture.begin();
+    fixture.setLeases("");
+    supplicant.setStations(1, QStringLiteral("StaAuthorized"));
+    QVERIFY(fixture.goUp(profile("car", 600)));
+    QVERIFY(fixture.hearsStations());
+    fixture.pace.pass(3600000);
+    supplicant.refuse(QStringLiteral("Get"), QStringLiteral("org.freedesktop.DBus.Error.AccessDenied"),
+                      QStringLiteral("no"));
+    supplicant.setStations(2, QStringLiteral("StaAuthorized"));
+    QVERIFY(fixture.hearsStations());
+    fixture.pace.pass(300000);
+    if (isAllowedAgain)
+        supplicant.allow(QStringLiteral("Get"));
+    supplicant.setStations(0, QStringLiteral("StaDeauthorized"));
+    QVERIFY(fixture.hearsStations());
+    QVERIFY(fixture.stopsAfter(time));
 }
 
 void ManagedHotspotTest::countsNothing()
@@ -925,11 +992,12 @@ void ManagedHotspotTest::countsNothing()
         + QFile::encodeName(fixture.folder.path()) + "/dnsmasq-wlan0.leases\" tells who has joined it\n";
     QTRY_COMPARE(error.text().count(line), 1);
     fixture.hotspot->setProfile(profile("car", 2));
+    QVERIFY(fixture.hearsStations());
+    fixture.pace.pass(3600000);
     Reply stop;
-    QElapsedTimer time;
-    time.start();
-    QTRY_VERIFY(time.elapsed() > 2500);
-    QCOMPARE(fixture.states, Active);
+    fixture.hotspot->stop(stop.call());
+    QTRY_COMPARE(stop.count, 1);
+    QCOMPARE(fixture.manager.calls(fixture.deactivation()).size(), 1);
     QCOMPARE(error.text().count(line), 1);
 }
 

@@ -3,6 +3,7 @@
 
 #include "eventlog.h"
 #include "hotspotstations.h"
+#include "pace.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QFile>
@@ -32,13 +33,12 @@ bool hasLease(QFile *file)
 
 } // namespace
 
-HotspotInactivity::HotspotInactivity(const EventLog *log, const QString &leases, QObject *parent)
+HotspotInactivity::HotspotInactivity(const Pace *pace, const EventLog *log, const QString &leases, QObject *parent)
     : QObject(parent),
+      m_pace(pace),
       m_log(log),
       m_folder(leases)
 {
-    m_timer.setSingleShot(true);
-    connect(&m_timer, &QTimer::timeout, this, &HotspotInactivity::onTime);
 }
 
 HotspotInactivity::~HotspotInactivity() = default;
@@ -50,7 +50,7 @@ void HotspotInactivity::begin(const QString &interface, int milliseconds)
         return;
     m_interface = interface;
     m_time = milliseconds;
-    m_unused.start();
+    m_readsLeases = false;
     m_stations = new HotspotStations(interface, this);
     connect(m_stations, &HotspotStations::counted, this, &HotspotInactivity::onCounted);
     connect(m_stations, &HotspotStations::unreadable, this, &HotspotInactivity::onUnreadable);
@@ -59,7 +59,8 @@ void HotspotInactivity::begin(const QString &interface, int milliseconds)
 
 void HotspotInactivity::end()
 {
-    m_timer.stop();
+    ++m_step;
+    m_isWaiting = false;
     if (!m_stations)
         return;
     m_stations->disconnect(this);
@@ -68,26 +69,27 @@ void HotspotInactivity::end()
 
 void HotspotInactivity::onCounted(int stations)
 {
+    const bool wasCounting = m_isWaiting && !m_readsLeases;
     m_readsLeases = false;
-    if (stations != 0)
-        m_timer.stop();
-    else if (!m_timer.isActive())
-        m_timer.start(m_time);
+    if (stations != 0) {
+        ++m_step;
+        m_isWaiting = false;
+    } else if (!wasCounting) {
+        waitFor(m_time);
+    }
 }
 
 void HotspotInactivity::onUnreadable(const QString &reason)
 {
     m_log->happened("hotspot", QStringLiteral("the supplicant tells no stations: ") + reason);
-    m_readsLeases = true;
-    onTime();
+    if (std::exchange(m_readsLeases, true))
+        return;
+    m_rest = m_time;
+    lookAtLeases();
 }
 
-void HotspotInactivity::onTime()
+void HotspotInactivity::lookAtLeases()
 {
-    if (!m_readsLeases) {
-        Q_EMIT expired();
-        return;
-    }
     QFile file(QStringLiteral("%1/dnsmasq-%2.leases").arg(m_folder, m_interface));
     if (!file.open(QIODevice::ReadOnly)) {
         if (!std::exchange(m_hasSaid, true))
@@ -98,10 +100,30 @@ void HotspotInactivity::onTime()
         return;
     }
     if (hasLease(&file)) // a client that leaves is taken to be there until then
-        m_unused.start();
-    const qint64 rest = m_time - m_unused.elapsed();
-    if (rest > 0)
-        m_timer.start(int(std::min<qint64>(rest, LookInterval)));
+        m_rest = m_time;
+    if (m_rest == 0) {
+        Q_EMIT expired();
+        return;
+    }
+    const int interval = std::min(m_rest, LookInterval);
+    m_rest -= interval;
+    waitFor(interval);
+}
+
+void HotspotInactivity::waitFor(int milliseconds)
+{
+    m_isWaiting = true;
+    m_pace->after(milliseconds, this, [this, step = ++m_step] {
+        if (step == m_step)
+            onTime();
+    });
+}
+
+void HotspotInactivity::onTime()
+{
+    m_isWaiting = false;
+    if (m_readsLeases)
+        lookAtLeases();
     else
         Q_EMIT expired();
 }

@@ -2,14 +2,13 @@
 #ifndef MORVEK_HOSTD_HOTSPOTINACTIVITY_H
 #define MORVEK_HOSTD_HOTSPOTINACTIVITY_H
 
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QObject>
-#include <QtCore/QTimer>
 
 namespace morvek {
 
 class EventLog;
 class HotspotStations;
+class Pace;
 
 /*!
  * Counts the time in which nobody has joined a hotspot that runs. Who has is known from the supplicant or, where that
@@ -21,8 +20,8 @@ class HotspotInactivity : public QObject
     Q_OBJECT
 
 public:
-    /*! \a leases is the folder of the DHCP server's files. \a log must outlive this. */
-    HotspotInactivity(const EventLog *log, const QString &leases, QObject *parent = nullptr);
+    /*! \a leases is the folder of the DHCP server's files. \a pace and \a log must outlive this. */
+    HotspotInactivity(const Pace *pace, const EventLog *log, const QString &leases, QObject *parent = nullptr);
     ~HotspotInactivity() override;
 
     /*! Counts anew, for a hotspot on \a interface, until \a milliseconds have passed; 0: for ever. */
@@ -37,15 +36,19 @@ private:
 
     void onCounted(int stations);
     void onUnreadable(const QString &reason);
+    void lookAtLeases();
+    void waitFor(int milliseconds);
     void onTime();
 
+    const Pace *m_pace;
     const EventLog *m_log;
     QString m_folder;
     QString m_interface;
-    QTimer m_timer;
     int m_time = 0;
-    QElapsedTimer m_unused; // since somebody had a lease
+    int m_rest = 0; // of it, when leases are all there is
     bool m_readsLeases = false;
+    bool m_isWaiting = false;
+    int m_step = 0;                        // counts what is waited for, so that only the latest counts
     bool m_hasSaid = false;                // that nothing is counted
     HotspotStations *m_stations = nullptr; // while it counts
 };

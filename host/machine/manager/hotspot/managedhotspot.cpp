@@ -51,7 +51,7 @@ bool isActive(const ManagerClient &client, NMActiveConnection *active)
 } // namespace
 
 ManagedHotspot::ManagedHotspot(ManagerClient *client, Restoration *restoration, RadioLoan *loan, World *world,
-                               const EventLog *log, QObject *parent, const QString &leases)
+                               const Pace *pace, const EventLog *log, QObject *parent, const QString &leases)
     : QObject(parent),
       m_profile(FirstHotspot::profile(QSysInfo::machineHostName())),
       m_client(client),
@@ -59,7 +59,7 @@ ManagedHotspot::ManagedHotspot(ManagerClient *client, Restoration *restoration, 
       m_log(log),
       m_restoration(restoration),
       m_radio(client, restoration, loan),
-      m_inactivity(log, leases)
+      m_inactivity(pace, log, leases)
 {
     tell(false);
     connect(client, &ManagerClient::changed, this, &ManagedHotspot::look);

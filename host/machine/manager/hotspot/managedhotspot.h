@@ -14,6 +14,7 @@ namespace morvek {
 
 class EventLog;
 class ManagerClient;
+class Pace;
 class RadioLoan;
 class Restoration;
 class World;
@@ -30,8 +31,9 @@ class ManagedHotspot : public QObject, public HotspotControl
 
 public:
     /*! All of them must outlive this; \a loan may be null. \a leases is the folder of the manager's DHCP server. */
-    ManagedHotspot(ManagerClient *client, Restoration *restoration, RadioLoan *loan, World *world, const EventLog *log,
-                   QObject *parent = nullptr, const QString &leases = QStringLiteral("/var/lib/NetworkManager"));
+    ManagedHotspot(ManagerClient *client, Restoration *restoration, RadioLoan *loan, World *world, const Pace *pace,
+                   const EventLog *log, QObject *parent = nullptr,
+                   const QString &leases = QStringLiteral("/var/lib/NetworkManager"));
     ~ManagedHotspot() override;
 
     QJsonObject profile() const override { return m_profile; }
