@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "errorcapture.h"
 #include "eventlog.h"
+#include "eventloop.h"
 #include "fakemanager.h"
 #include "fakesupplicant.h"
 #include "hotspotprofile.h"
@@ -93,7 +94,7 @@ struct Fixture
     /*! A profile of the user's, which \a radio joins. */
     QString join(const QString &radio)
     {
-        const QString home = manager.addProfile(
+        QString home = manager.addProfile(
             {{QStringLiteral("connection"),
               {{QStringLiteral("id"), QStringLiteral("Home")}, {QStringLiteral("type"), Wireless}}}});
         manager.beginActivation(radio, home);
@@ -185,6 +186,30 @@ struct Fixture
         pace.pass(1);
         return manager.waitForCalls(deactivation());
     }
+    /*! All that the manager has told by now has come when the event loop goes on. */
+    void hearEverythingAtOnce() const
+    {
+        GErrorKeeper error;
+        GVariant *reply =
+            g_dbus_connection_call_sync(nm_client_get_dbus_connection(client.get()), "org.freedesktop.NetworkManager",
+                                        "/org/freedesktop/NetworkManager", "org.freedesktop.DBus.Properties", "Get",
+                                        g_variant_new("(ss)", "org.freedesktop.NetworkManager", "Version"), nullptr,
+                                        G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &error);
+        if (!reply)
+            qFatal("%s", error.get()->message);
+        g_variant_unref(reply);
+    }
+    /*! The radio's; empty while it is not known. */
+    QString presentProfile() const
+    {
+        NMActiveConnection *active = nm_device_get_active_connection(client.device(QStringLiteral("wlan0")));
+        NMRemoteConnection *profile = active ? nm_active_connection_get_connection(active) : nullptr;
+        return profile ? QString::fromUtf8(nm_object_get_path(NM_OBJECT(profile))) : QString();
+    }
+    bool knows(const QString &profile) const
+    {
+        return nm_client_get_connection_by_path(client.get(), profile.toUtf8().constData()) != nullptr;
+    }
     NMDeviceState radioState() const { return nm_device_get_state(client.device(QStringLiteral("wlan0"))); }
 
     QTemporaryDir folder;
@@ -237,6 +262,7 @@ private Q_SLOTS:
     void protectedRadio();
     void radiosThatAreNamed();
     void lendsTheRadio();
+    void radioIsUsedOtherwise_data();
     void radioIsUsedOtherwise();
     void givesTheConnectionBack_data();
     void givesTheConnectionBack();
@@ -696,16 +722,31 @@ void ManagedHotspotTest::lendsTheRadio()
     QTRY_COMPARE(fixture.loan.told, QStringList({QStringLiteral("lent wlan0"), QStringLiteral("back wlan0")}));
 }
 
+void ManagedHotspotTest::radioIsUsedOtherwise_data()
+{
+    QTest::addColumn<bool>("isToldAtOnce");
+    QTest::addRow("one after the other") << false;
+    QTest::addRow("at once") << true;
+}
+
 void ManagedHotspotTest::radioIsUsedOtherwise()
 {
+    QFETCH(bool, isToldAtOnce);
     Fixture fixture;
     fixture.join(fixture.wifi);
     fixture.begin();
     QVERIFY(fixture.goUp());
+    if (isToldAtOnce)
+        fixture.manager.hold(QStringLiteral("GetSettings")); // before that it is not known with what
     fixture.manager.deactivate(fixture.wifi, 60);
-    fixture.join(fixture.wifi);
+    if (!isToldAtOnce)
+        QTRY_COMPARE(fixture.states, Active + Inactive);
+    const QString other = fixture.join(fixture.wifi);
+    fixture.hearEverythingAtOnce();
     QTRY_COMPARE(fixture.states, Active + Inactive);
-    QTRY_COMPARE(fixture.radioState(), NM_DEVICE_STATE_ACTIVATED);
+    runQueued();
+    fixture.manager.release(QStringLiteral("GetSettings"));
+    QTRY_COMPARE(fixture.presentProfile(), other);
     QCOMPARE(fixture.loan.told.last(), QStringLiteral("back wlan0"));
     QVERIFY(fixture.givesAllBack());
     QCOMPARE(fixture.givenBack(), QStringList());
@@ -775,6 +816,7 @@ void ManagedHotspotTest::formerProfileIsRemoved()
     fixture.begin();
     QVERIFY(fixture.goUp());
     fixture.manager.removeProfile(home);
+    QTRY_VERIFY(!fixture.knows(home));
     Reply stop;
     fixture.hotspot->stop(stop.call());
     QTRY_COMPARE(stop.count, 1);
@@ -791,6 +833,7 @@ void ManagedHotspotTest::stopsWhileTheRadioIsAway()
     const QString home = fixture.join(fixture.wifi);
     fixture.begin();
     QVERIFY(fixture.goUp());
+    fixture.manager.setState(fixture.wifi, 10, 36); // as the manager tells it before
     fixture.manager.removeDevice(fixture.wifi);
     QTRY_COMPARE(fixture.states, Active + Inactive);
     QTRY_VERIFY(!fixture.client.device(QStringLiteral("wlan0")));
@@ -820,6 +863,7 @@ void ManagedHotspotTest::stopsWhileTheManagerIsAway()
     fixture.manager.setState(fixture.wifi, 30);
     QVERIFY(fixture.manager.start());
     QTRY_VERIFY(fixture.client.device(QStringLiteral("wlan0")));
+    QTRY_VERIFY(fixture.knows(home));
     QVERIFY(fixture.givesAllBack());
     QCOMPARE(fixture.givenBack(), QStringList(home));
     QCOMPARE(fixture.manager.calls(fixture.asked()).size(), 1);

@@ -98,13 +98,16 @@ DeviceRestoration::Progress DeviceRestoration::giveConnectionBack(NMDevice *devi
         return nm_active_connection_get_state(m_active.get()) == NM_ACTIVE_CONNECTION_STATE_ACTIVATING ? Progress::Waits
                                                                                                        : Progress::Done;
     const QString present = ManagerClient::profileOf(device);
+    const NMDeviceState state = nm_device_get_state(device);
+    if (present.isEmpty() && state > NM_DEVICE_STATE_DISCONNECTED && state <= NM_DEVICE_STATE_ACTIVATED)
+        return Progress::Waits; // with what it is connected, is known in a moment
     if (!m_notes.isOurs(present) || present == *m_notes.connection) {
         m_active = refTo(nm_device_get_active_connection(device));
         return m_active ? giveConnectionBack(device) : Progress::Done;
     }
     NMRemoteConnection *former =
         nm_client_get_connection_by_uuid(m_client->get(), m_notes.connection->toUtf8().constData());
-    const bool mayActivate = nm_device_get_state(device) >= NM_DEVICE_STATE_DISCONNECTED;
+    const bool mayActivate = state >= NM_DEVICE_STATE_DISCONNECTED;
     if (former && !mayActivate && m_waitsForRadio)
         return Progress::Waits;
     if (m_hasAsked) // the answer is that it cannot be, or what has ended goes in a moment
