@@ -86,6 +86,9 @@ private Q_SLOTS:
     void lifetimeTellsLeaseFromHand();
     void tellsEachChangeOnce();
     void routes();
+    void routesOfBothFamilies();
+    void routesThatLeadNowhere();
+    void routesOverSeveralWays();
     void parents();
     void isReadOnly();
     void survivesLostNotifications();
@@ -258,6 +261,65 @@ void SystemNetworkTest::routes()
     QTRY_COMPARE(m0.text("ip_gateway"), QStringLiteral("[]"));
 }
 
+void SystemNetworkTest::routesOfBothFamilies()
+{
+    QVERIFY(addInterface("m0"));
+    QVERIFY(addInterface("m1"));
+    const Seen status {QLatin1String(Status)};
+    QVERIFY(m_namespace->succeeds("ip addr add 10.1.0.2/24 dev m0 && ip addr add fd00::2/64 dev m1 nodad"));
+    QVERIFY(m_namespace->succeeds("ip -6 route add default dev m1 metric 20"));
+    QTRY_COMPARE(status.text("default_interface"), QStringLiteral("m1"));
+    QVERIFY(m_namespace->succeeds("ip route add default via 10.1.0.1 dev m0 metric 200"));
+    QTRY_COMPARE(status.text("default_interface"), QStringLiteral("m0"));
+    QVERIFY2(status.text("priority").startsWith(QStringLiteral("[\"m0\",\"m1\",\"lo\"")),
+             qPrintable(status.text("priority")));
+    QVERIFY(m_namespace->succeeds("ip route del default"));
+    QTRY_COMPARE(status.text("default_interface"), QStringLiteral("m1"));
+    QVERIFY(m_namespace->succeeds("ip -6 route del default"));
+    QTRY_COMPARE(status.text("default_interface"), QString());
+}
+
+/*! Those in tables of their own, those that refuse, those to something else, those whose link is gone. */
+void SystemNetworkTest::routesThatLeadNowhere()
+{
+    QVERIFY(addInterface("m0"));
+    QVERIFY(addInterface("m1"));
+    const Seen status {QLatin1String(Status)};
+    const Seen m0(interfacePath("m0"));
+    QVERIFY(m_namespace->succeeds("ip addr add 10.1.0.2/24 dev m0 && ip addr add 10.2.0.2/24 dev m1"));
+    QVERIFY(m_namespace->succeeds("ip route add default via 10.1.0.1 dev m0 metric 5 table 100"));
+    QVERIFY(m_namespace->succeeds("ip route add 10.9.0.0/16 via 10.1.0.1 dev m0 metric 5"));
+    QVERIFY(m_namespace->succeeds("ip -6 route add unreachable default metric 5"));
+    // What is told after them is told without them.
+    QVERIFY(m_namespace->succeeds("ip route add default via 10.2.0.1 dev m1 metric 100"));
+    QTRY_COMPARE(status.text("default_interface"), QStringLiteral("m1"));
+    QVERIFY2(status.text("priority").startsWith(QStringLiteral("[\"m1\",\"lo\"")), qPrintable(status.text("priority")));
+    QCOMPARE(m0.text("ip_gateway"), QStringLiteral("[]"));
+    QVERIFY(m_namespace->succeeds("ip link set m1peer down || ip link set m1 carrier off"));
+    QTRY_COMPARE(status.text("default_interface"), QString());
+}
+
+void SystemNetworkTest::routesOverSeveralWays()
+{
+    QVERIFY(addInterface("m0"));
+    QVERIFY(addInterface("m1"));
+    const Seen status {QLatin1String(Status)};
+    const Seen m0(interfacePath("m0"));
+    const Seen m1(interfacePath("m1"));
+    QVERIFY(m_namespace->succeeds("ip addr add 10.1.0.2/24 dev m0 && ip addr add 10.2.0.2/24 dev m1"));
+    QVERIFY(m_namespace->succeeds("ip route add default via 10.1.0.9 dev m0 metric 200"));
+    QVERIFY(m_namespace->succeeds("ip route add default metric 100 nexthop via 10.2.0.1 dev m1 "
+                                  "nexthop via 10.1.0.1 dev m0"));
+    QTRY_COMPARE(status.text("default_interface"), QStringLiteral("m1"));
+    QVERIFY2(status.text("priority").startsWith(QStringLiteral("[\"m1\",\"m0\",\"lo\"")),
+             qPrintable(status.text("priority")));
+    QCOMPARE(m1.text("ip_gateway"), QStringLiteral("[\"10.2.0.1\"]"));
+    QCOMPARE(m0.text("ip_gateway"), QStringLiteral("[\"10.1.0.1\",\"10.1.0.9\"]"));
+    QVERIFY(m_namespace->succeeds("ip link set m1peer down || ip link set m1 carrier off"));
+    QTRY_COMPARE(status.text("default_interface"), QStringLiteral("m0"));
+    QCOMPARE(m1.text("ip_gateway"), QStringLiteral("[]"));
+}
+
 void SystemNetworkTest::parents()
 {
     QVERIFY(addInterface("m0"));
@@ -265,6 +327,11 @@ void SystemNetworkTest::parents()
                                   "ip link add link m0 name m0.5 type macvlan"));
     QTRY_VERIFY(m_told.contains(QStringLiteral("+m0.5")));
     QCOMPARE(Seen(interfacePath("m0.5")).text("parent_interface"), QStringLiteral("m0"));
+    // The other end of a pair is none.
+    QVERIFY(m_namespace->succeeds("ip link add m1 type veth peer name m2"));
+    QTRY_VERIFY(m_told.contains(QStringLiteral("+m1")) && m_told.contains(QStringLiteral("+m2")));
+    QVERIFY(!Seen(interfacePath("m1")).has("parent_interface"));
+    QVERIFY(!Seen(interfacePath("m2")).has("parent_interface"));
 }
 
 void SystemNetworkTest::isReadOnly()

@@ -72,7 +72,7 @@ bool ManagedMachine::Parts::protect(QString *error)
 void ManagedMachine::Parts::tellWhatIsMissing()
 {
     for (const QString &name : options.only) {
-        if (!client.device(name))
+        if (!client.knows(name))
             log->trouble(QStringLiteral("--only: the manager knows no interface \"%1\"").arg(name));
     }
     if (!client.radio())
@@ -114,7 +114,7 @@ bool ManagedMachine::start(const QString &root, const QVector<Service> &served, 
     });
     if (!isBack)
         loop.exec();
-    const auto isThere = [&parts](const QString &name) { return parts.client.device(name) != nullptr; };
+    const auto isThere = [&parts](const QString &name) { return parts.client.knows(name); };
     if (parts.options.only.isEmpty() || std::any_of(parts.options.only.begin(), parts.options.only.end(), isThere))
         parts.interfaces =
             std::make_unique<ManagedInterfaces>(&parts.client, &parts.restoration, parts.world, parts.log);

@@ -7,6 +7,7 @@
 #include <QtCore/QEventLoop>
 #include <QtCore/QVersionNumber>
 
+#include <algorithm>
 #include <chrono>
 
 namespace morvek {
@@ -32,6 +33,12 @@ bool isKnownKind(NMDevice *device)
     default:
         return true;
     }
+}
+
+/*! A modem has a name of its own, and while it is connected another one. */
+bool isCalled(NMDevice *device, const QString &name)
+{
+    return name == ManagerClient::nameOf(device) || name == QString::fromUtf8(nm_device_get_iface(device));
 }
 
 } // namespace
@@ -109,6 +116,13 @@ bool ManagerClient::isRunning() const
     return nm_client_get_nm_running(get());
 }
 
+bool ManagerClient::knows(const QString &interface) const
+{
+    const QVector<NMDevice *> shown = devices();
+    return std::any_of(shown.begin(), shown.end(),
+                       [&interface](NMDevice *device) { return isCalled(device, interface); });
+}
+
 QVector<NMDevice *> ManagerClient::devices() const
 {
     QVector<NMDevice *> shown;
@@ -142,7 +156,7 @@ NMDeviceWifi *ManagerClient::radio() const
 
 Refusal ManagerClient::refusesToTouch(const QString &interface) const
 {
-    if (!m_only.isEmpty() && !m_only.contains(interface))
+    if (!m_only.isEmpty() && !m_only.contains(interface) && !knows(interface))
         return {Refusal::Protected, QStringLiteral("\"%1\" is not among what --only names").arg(interface)};
     if (m_protected.contains(interface))
         return {Refusal::Protected,
@@ -197,10 +211,15 @@ QString ManagerClient::profileOf(NMDevice *device)
     return active ? QString::fromUtf8(nm_active_connection_get_uuid(active)) : QString();
 }
 
+bool ManagerClient::isMeant(NMDevice *device) const
+{
+    return m_only.isEmpty()
+        || std::any_of(m_only.begin(), m_only.end(), [device](const QString &name) { return isCalled(device, name); });
+}
+
 bool ManagerClient::isShown(NMDevice *device) const
 {
-    const QString name = nameOf(device);
-    return isKnownKind(device) && ZopPath::isObjectName(name.toUtf8()) && (m_only.isEmpty() || m_only.contains(name));
+    return isKnownKind(device) && ZopPath::isObjectName(nameOf(device).toUtf8()) && isMeant(device);
 }
 
 void ManagerClient::ring()

@@ -40,6 +40,8 @@ public:
     QVector<NMDevice *> devices() const;
     /*! The one of this name that is shown, or null. */
     NMDevice *device(const QString &interface) const;
+    /*! Whether one that is shown has this name, or has it while it is not connected. */
+    bool knows(const QString &interface) const;
     /*! The first radio that is shown, or null. */
     NMDeviceWifi *radio() const;
 
@@ -82,6 +84,7 @@ private:
     };
 
     bool makeClient(QString *error);
+    bool isMeant(NMDevice *device) const;
     bool isShown(NMDevice *device) const;
     void ring();
     void watchAll();

@@ -3,7 +3,10 @@
 #include "fakemanager.h"
 #include "privatebus.h"
 
+#include <QtCore/QElapsedTimer>
 #include <QtTest/QtTest>
+
+#include <limits>
 
 using namespace morvek;
 
@@ -17,26 +20,48 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void publishes();
+    void publishesBothFamilies();
+    void isThereAsTheStateSays_data();
+    void isThereAsTheStateSays();
+    void ranksByMetric();
     void leasesGoWithTheManager();
+    void waitsUntilTheManagerKnowsItsDevices();
+    void takesTheLeaseByHandAtOnce();
     void types_data();
     void types();
     void refusals_data();
     void refusals();
+    void refusesByState_data();
+    void refusesByState();
     void triesAgainWhenSomebodyElseWasFaster();
+    void oneAfterTheOther();
     void sendsSettings();
     void tellsReleaseAlsoWhereNothingIs();
+    void tellsReleaseOfWhatTheManagerDoesNotTake();
+    void isConnectedWithWhatWasAskedFor();
+    void tellsThatNobodyAnswers();
+    void waitsForAnAnswerAsTheProfileSays();
     void takesWhatComesByItself();
     void sparesThePreferredForAMomentOnly();
+    void doesNotSpareAnother();
     void activatesAProfile_data();
     void activatesAProfile();
     void activatesWhatIsStillGoingDown();
     void activationIsRefused();
+    void activationLosesItsManager();
+    void activationLosesItsInterface();
     void activatesTheBestProfile();
     void makesAProfileOnce();
     void makesNothingToDisconnect();
     void keepsWhatTheProfileSays();
+    void leavesToOthersWhatTheyConnect();
+    void appliesOnceWhatIsAskedForAfterALoss();
+    void asksForNothingAfterItsEnd();
+    void forgetsWhatARemovedOneHad();
     void radioIsNotJoinedByItself();
     void showsKnownKindsByTheirNames();
+    void namesThatComeLater();
+    void followsAModemThatIsRenamed();
 
 private:
     std::unique_ptr<PrivateBus> m_bus;
@@ -48,13 +73,34 @@ private:
 
     void addProfile();
     bool connectDevice();
-    bool start();
+    bool start(const QStringList &arguments = {});
 };
 
 namespace {
 
+const char *const Automatic = "['eth0',{'manual':'no','manual6':'off'}]";
 const char *const Manual = "['eth0',{'manual':'yes','manual6':'off','ip_address':'10.0.0.7','netmask':'255.255.255.0',"
                            "'gateway':'10.0.0.1'}]";
+
+/*! With much that belongs to the automatic addresses of this one. */
+BusSettings richProfile(int metric, const char *uuid = "6a8e5ea9-6b3e-4d1f-9c39-0d3a4bb1c001")
+{
+    const QList<QVariantMap> route {{{QStringLiteral("dest"), QStringLiteral("10.10.0.0")},
+                                     {QStringLiteral("prefix"), 16U},
+                                     {QStringLiteral("next-hop"), QStringLiteral("10.0.0.1")}}};
+    return {{QStringLiteral("connection"),
+             {{QStringLiteral("id"), QStringLiteral("house")},
+              {QStringLiteral("uuid"), QLatin1String(uuid)},
+              {QStringLiteral("type"), QStringLiteral("802-3-ethernet")}}},
+            {QStringLiteral("802-3-ethernet"), {}},
+            {QStringLiteral("ipv4"),
+             {{QStringLiteral("method"), QStringLiteral("auto")},
+              {QStringLiteral("never-default"), true},
+              {QStringLiteral("dns"), QVariant::fromValue(QList<uint> {0x0100000a})},
+              {QStringLiteral("dns-search"), QStringList {QStringLiteral("example.org")}},
+              {QStringLiteral("route-data"), QVariant::fromValue(route)},
+              {QStringLiteral("route-metric"), QVariant::fromValue(qlonglong(metric))}}}};
+}
 
 } // namespace
 
@@ -104,11 +150,10 @@ bool ManagedInterfacesTest::connectDevice()
     return start();
 }
 
-bool ManagedInterfacesTest::start()
+bool ManagedInterfacesTest::start(const QStringList &arguments)
 {
-    if (!m_manager->start()
-        || !m_daemon->process().start(
-            m_daemon->root(), {QStringLiteral("--verbose"), QStringLiteral("--network"), QStringLiteral("manager")}))
+    const QStringList usual {QStringLiteral("--verbose"), QStringLiteral("--network"), QStringLiteral("manager")};
+    if (!m_manager->start() || !m_daemon->process().start(m_daemon->root(), usual + arguments))
         return false;
     m_control = std::make_unique<ZopObject>(QLatin1String(Control), ZopObject::ReadWrite, true);
     return m_control->isValid();
@@ -128,11 +173,107 @@ void ManagedInterfacesTest::publishes()
     QCOMPARE(status.text("default_interface"), QStringLiteral("eth0"));
     m_manager->setLease(m_device, {});
     QTRY_COMPARE_WITH_TIMEOUT(eth0.text("manual"), QStringLiteral("yes"), Patience);
+    // Without IPv4 addresses nothing has been done by hand.
+    m_manager->setIp4(m_device, {});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("ip_addresses"), QStringLiteral("[]"), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("manual"), QStringLiteral("no"), Patience);
     m_manager->setState(m_device, 20, 40);
     QTRY_COMPARE_WITH_TIMEOUT(eth0.text("up"), QStringLiteral("false"), Patience);
     QCOMPARE(eth0.text("connected"), QStringLiteral("false"));
     m_manager->setState(m_device, 30);
     QTRY_COMPARE_WITH_TIMEOUT(eth0.text("up"), QStringLiteral("true"), Patience);
+}
+
+void ManagedInterfacesTest::publishesBothFamilies()
+{
+    addProfile();
+    m_manager->beginActivation(m_device, m_profile);
+    m_manager->activate(m_device);
+    m_manager->setIp4(m_device, {QStringLiteral("10.0.0.2/32"), QStringLiteral("10.0.0.3/0")},
+                      QStringLiteral("10.0.0.1"));
+    const QString ip6 = QStringLiteral("/org/freedesktop/NetworkManager/IP6Config/1");
+    const QList<QVariantMap> address {
+        {{QStringLiteral("address"), QStringLiteral("fd00::2")}, {QStringLiteral("prefix"), 64U}}};
+    m_manager->add(ip6,
+                   {{QStringLiteral("org.freedesktop.NetworkManager.IP6Config"),
+                     {{QStringLiteral("AddressData"), QVariant::fromValue(address)},
+                      {QStringLiteral("Gateway"), QStringLiteral("fd00::1")}}}});
+    m_manager->change(m_device, {{QStringLiteral("Ip6Config"), QVariant::fromValue(QDBusObjectPath(ip6))}});
+    QVERIFY(start());
+    const Seen eth0(interfacePath("eth0"));
+    // A client keeps the last of those addresses that are IPv4.
+    QCOMPARE(eth0.text("ip_addresses"),
+             QStringLiteral("[\"fd00::2/64\",\"10.0.0.3/0.0.0.0\",\"10.0.0.2/255.255.255.255\"]"));
+    QCOMPARE(eth0.text("ip_gateway"), QStringLiteral("[\"10.0.0.1\",\"fd00::1\"]"));
+    // Those of one family are taken.
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    m_manager->setIp4(m_device, {});
+    QTRY_COMPARE_WITH_TIMEOUT(
+        eth0.lines(),
+        QStringList {QStringLiteral("connected=false ip_addresses=[\"fd00::2/64\"] ip_gateway=[\"fd00::1\"]")},
+        Patience);
+    // What is told of a configuration that came later is heard.
+    m_manager->change(ip6, {{QStringLiteral("Gateway"), QStringLiteral("fd00::9")}});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("ip_gateway"), QStringLiteral("[\"fd00::9\"]"), Patience);
+}
+
+void ManagedInterfacesTest::isThereAsTheStateSays_data()
+{
+    QTest::addColumn<uint>("state");
+    QTest::addColumn<QString>("up");
+    QTest::addColumn<QString>("connected");
+
+    const QString yes = QStringLiteral("true");
+    const QString no = QStringLiteral("false");
+    QTest::addRow("unmanaged") << 10U << no << no;
+    QTest::addRow("unavailable") << 20U << no << no;
+    QTest::addRow("disconnected") << 30U << yes << no;
+    QTest::addRow("secondaries") << 90U << yes << no;
+    QTest::addRow("activated") << 100U << yes << yes;
+    QTest::addRow("deactivating") << 110U << yes << no;
+}
+
+void ManagedInterfacesTest::isThereAsTheStateSays()
+{
+    QFETCH(uint, state);
+    m_manager->setState(m_device, state);
+    QVERIFY(start());
+    const Seen eth0(interfacePath("eth0"));
+    QTEST(eth0.text("up"), "up");
+    QTEST(eth0.text("connected"), "connected");
+}
+
+void ManagedInterfacesTest::ranksByMetric()
+{
+    const auto give = [this](const QString &interface, const QVector<int> &metrics) {
+        QString device = m_manager->addEthernet(interface);
+        m_manager->setIp4(device, {QStringLiteral("10.0.0.2/24")});
+        QList<QVariantMap> routes;
+        for (const int metric : metrics) {
+            routes += {{QStringLiteral("dest"), QStringLiteral("0.0.0.0")}, {QStringLiteral("prefix"), 0U}};
+            if (metric >= 0)
+                routes.last().insert(QStringLiteral("metric"), uint(metric));
+        }
+        m_manager->change(m_manager->pathValue(device, QStringLiteral("Ip4Config")),
+                          {{QStringLiteral("RouteData"), QVariant::fromValue(routes)}});
+        return device;
+    };
+    give(QStringLiteral("eth1"), {300, 50, 200});
+    give(QStringLiteral("eth2"), {100});
+    const QString none = give(QStringLiteral("eth3"), {});
+    give(QStringLiteral("eth4"), {10});
+    const QString kernels = give(QStringLiteral("eth5"), {-1});
+    QVERIFY(start());
+    const Seen status {QLatin1String(Status)};
+    // The best of several counts, and a metric that is not told is the kernel's: 0.
+    QCOMPARE(status.text("priority"), QStringLiteral("[\"eth5\",\"eth4\",\"eth1\",\"eth2\",\"eth0\",\"eth3\"]"));
+    QCOMPARE(status.text("default_interface"), QStringLiteral("eth5"));
+    m_manager->removeDevice(kernels);
+    QTRY_COMPARE_WITH_TIMEOUT(status.text("default_interface"), QStringLiteral("eth4"), Patience);
+    m_manager->setIp4(none, {QStringLiteral("10.0.0.2/24")}, QStringLiteral("10.0.0.1"), 10);
+    // Of two alike the first by name.
+    QTRY_COMPARE_WITH_TIMEOUT(status.text("priority"), QStringLiteral("[\"eth3\",\"eth4\",\"eth1\",\"eth2\",\"eth0\"]"),
+                              Patience);
 }
 
 /*! It takes them away first when it ends in order, and leaves the addresses. */
@@ -159,6 +300,44 @@ void ManagedInterfacesTest::leasesGoWithTheManager()
     QCOMPARE(eth0.lines(), (QStringList {QStringLiteral("mtu=1400"), QStringLiteral("manual=yes")}));
 }
 
+/*! One that has just come finds them one after the other. */
+void ManagedInterfacesTest::waitsUntilTheManagerKnowsItsDevices()
+{
+    QVERIFY(connectDevice());
+    const Seen eth0(interfacePath("eth0"));
+    m_manager->stop();
+    m_manager->change(FakeManager::managerPath(), {{QStringLiteral("Startup"), true}});
+    m_manager->setState(m_device, 20);
+    const auto outcome = [this] { return Request(m_control.get(), "net_connected", Manual).outcome(); };
+    QVERIFY(QTest::qWaitFor([outcome] { return outcome().startsWith(QLatin1String("10 ")); }, Patience));
+    QElapsedTimer sinceStart;
+    sinceStart.start();
+    QVERIFY(m_manager->start());
+    QVERIFY(QTest::qWaitFor([outcome] { return outcome() == QLatin1String("5 \"eth0\" has no link"); }, Patience));
+    m_manager->beginActivation(m_device, m_profile);
+    m_manager->activate(m_device);
+    m_manager->change(m_device, {{QStringLiteral("Mtu"), 1400U}});
+    m_manager->change(FakeManager::managerPath(), {{QStringLiteral("Startup"), false}});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("mtu"), QStringLiteral("1400"), Patience);
+    if (sinceStart.elapsed() < 4000) // it waits for 5 s
+        QCOMPARE(eth0.lines(), QStringList {QStringLiteral("mtu=1400")});
+}
+
+/*! That is no end of the manager. */
+void ManagedInterfacesTest::takesTheLeaseByHandAtOnce()
+{
+    QVERIFY(connectDevice());
+    const Seen eth0(interfacePath("eth0"));
+    const char *const same = "['eth0',{'manual':'yes','manual6':'off','ip_address':'10.0.0.2',"
+                             "'netmask':'255.255.255.0','gateway':'10.0.0.1'}]";
+    QCOMPARE(Request(m_control.get(), "net_connected", same).outcome(), QStringLiteral("ok"));
+    m_manager->setLease(m_device, {});
+    m_manager->change(m_device, {{QStringLiteral("Mtu"), 1400U}});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("mtu"), QStringLiteral("1400"), Patience);
+    QCOMPARE(eth0.text("manual"), QStringLiteral("yes"));
+    QCOMPARE(eth0.text("connected"), QStringLiteral("true"));
+}
+
 void ManagedInterfacesTest::types_data()
 {
     QTest::addColumn<uint>("type");
@@ -174,6 +353,9 @@ void ManagedInterfacesTest::types_data()
                             << QStringLiteral("wired");
     QTest::addRow("vlan") << 11U << QStringLiteral("Vlan") << QString() << QStringLiteral("wired");
     QTest::addRow("bridge") << 13U << QStringLiteral("Bridge") << QString() << QStringLiteral("wired");
+    for (const auto &[name, type] :
+         {std::pair("bond", 10U), {"team", 15U}, {"macvlan", 18U}, {"vxlan", 19U}, {"veth", 20U}, {"macsec", 21U}})
+        QTest::addRow("%s", name) << type << QStringLiteral("Generic") << QString() << QStringLiteral("wired");
     QTest::addRow("modem") << 8U << QStringLiteral("Modem") << QString() << QStringLiteral("cellular");
     QTest::addRow("bluetooth") << 5U << QStringLiteral("Bluetooth") << QString() << QStringLiteral("bluetooth_dun");
     QTest::addRow("tunnel") << 16U << QStringLiteral("Tun") << QString() << QStringLiteral("vpn");
@@ -239,12 +421,59 @@ void ManagedInterfacesTest::refusals()
     QCOMPARE(eth0.text("connected"), QStringLiteral("true"));
 }
 
+void ManagedInterfacesTest::refusesByState_data()
+{
+    QTest::addColumn<uint>("state");
+    QTest::addColumn<QString>("connecting");
+    QTest::addColumn<QString>("disconnecting");
+
+    const QString unmanaged = QStringLiteral("11 the network manager leaves \"eth0\" alone");
+    QTest::addRow("unknown") << 0U << unmanaged << unmanaged;
+    QTest::addRow("unmanaged") << 10U << unmanaged << unmanaged;
+    QTest::addRow("unavailable") << 20U << QStringLiteral("5 \"eth0\" has no link") << QStringLiteral("ok");
+    QTest::addRow("disconnected") << 30U << QStringLiteral("ok") << QStringLiteral("ok");
+    // What is on its way has settings that others can be applied to; here there are none.
+    const QString none = QStringLiteral("13 This device is not active");
+    QTest::addRow("prepare") << 40U << none << none;
+    QTest::addRow("activated") << 100U << none << none;
+    QTest::addRow("deactivating") << 110U << QStringLiteral("ok") << QStringLiteral("ok");
+}
+
+void ManagedInterfacesTest::refusesByState()
+{
+    QFETCH(uint, state);
+    m_manager->setState(m_device, state);
+    QVERIFY(start());
+    QTEST(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), "disconnecting");
+    QTEST(Request(m_control.get(), "net_connected", Manual).outcome(), "connecting");
+}
+
+void ManagedInterfacesTest::oneAfterTheOther()
+{
+    QVERIFY(connectDevice());
+    m_manager->hold(QStringLiteral("Reapply"));
+    Request first(m_control.get(), "net_disconnected", "'eth0'");
+    Request second(m_control.get(), "net_connected", Manual);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("Reapply")));
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'nowhere'").outcome(),
+             QStringLiteral("3 no interface \"nowhere\""));
+    QCOMPARE(m_manager->calls(QStringLiteral("GetAppliedConnection")).size(), 1);
+    m_manager->release(QStringLiteral("Reapply"));
+    QCOMPARE(first.outcome(), QStringLiteral("ok"));
+    QCOMPARE(second.outcome(), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(QStringLiteral("Reapply")).size(), 2);
+    QCOMPARE(m_manager->applied(m_device)[QStringLiteral("ipv4")][QStringLiteral("method")].toString(),
+             QStringLiteral("manual"));
+}
+
 void ManagedInterfacesTest::triesAgainWhenSomebodyElseWasFaster()
 {
     const QString changed = QStringLiteral("org.freedesktop.NetworkManager.Device.VersionIdMismatch");
-    m_manager->refuse(QStringLiteral("Reapply"), changed, QStringLiteral("too late"), 1);
     QVERIFY(connectDevice());
-    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+    for (int i = 0; i < 2; ++i) {
+        m_manager->refuse(QStringLiteral("Reapply"), changed, QStringLiteral("too late"), 1);
+        QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+    }
     m_manager->refuse(QStringLiteral("Reapply"), changed, QStringLiteral("too late"), 2);
     QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("13 too late"));
 }
@@ -275,6 +504,129 @@ void ManagedInterfacesTest::tellsReleaseAlsoWhereNothingIs()
     QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
     QTRY_COMPARE_WITH_TIMEOUT(eth0.lines(),
                               QStringList {QStringLiteral("connected=false ip_addresses=[] ip_gateway=[]")}, Patience);
+}
+
+/*! Somebody else has given it those: they are told again, as the client waits for them to go. */
+void ManagedInterfacesTest::tellsReleaseOfWhatTheManagerDoesNotTake()
+{
+    QVERIFY(connectDevice());
+    const Seen eth0(interfacePath("eth0"));
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    const QString released = QStringLiteral("connected=false ip_addresses=[] ip_gateway=[\"10.0.0.1\"]");
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.lines().value(0), released, Patience);
+    m_manager->change(m_device, {{QStringLiteral("Mtu"), 1400U}});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("mtu"), QStringLiteral("1400"), Patience);
+    QCOMPARE(eth0.text("ip_addresses"), QStringLiteral("[\"10.0.0.3/255.255.255.0\",\"10.0.0.2/255.255.255.0\"]"));
+    QCOMPARE(eth0.text("connected"), QStringLiteral("true"));
+}
+
+void ManagedInterfacesTest::isConnectedWithWhatWasAskedFor()
+{
+    QVERIFY(connectDevice());
+    const Seen eth0(interfacePath("eth0"));
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("connected"), QStringLiteral("false"), Patience);
+    m_manager->setLease(m_device, {});
+    m_manager->setIp4(m_device, {QStringLiteral("10.0.0.7/24")}, QStringLiteral("10.0.0.1"));
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("connected"), QStringLiteral("true"), Patience);
+    QCOMPARE(eth0.text("manual"), QStringLiteral("yes"));
+    QCOMPARE(Request(m_control.get(), "net_connected", Automatic).outcome(), QStringLiteral("ok"));
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("connected"), QStringLiteral("false"), Patience);
+    // Neither a lease without an address nor an address without a lease is all.
+    m_manager->setIp4(m_device, {});
+    m_manager->setLease(m_device, {{QStringLiteral("ip_address"), QStringLiteral("10.0.0.2")}});
+    m_manager->change(m_device, {{QStringLiteral("Mtu"), 1400U}});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("mtu"), QStringLiteral("1400"), Patience);
+    QCOMPARE(eth0.text("connected"), QStringLiteral("false"));
+    m_manager->setIp4(m_device, {QStringLiteral("10.0.0.2/24")}, QStringLiteral("10.0.0.1"));
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("connected"), QStringLiteral("true"), Patience);
+    QCOMPARE(eth0.text("manual"), QStringLiteral("no"));
+}
+
+/*! When it has been asked for, and the manager gives up. */
+void ManagedInterfacesTest::tellsThatNobodyAnswers()
+{
+    const auto spoken = [this] { return m_daemon->process().errors().count("nobody answers DHCP on \"eth0\""); };
+    const auto fail = [this](uint reason) {
+        m_manager->setState(m_device, 120, reason);
+        m_manager->setState(m_device, 30);
+        m_manager->beginActivation(m_device, m_profile);
+        m_manager->activate(m_device);
+    };
+    QVERIFY(connectDevice());
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+    m_manager->setIp4(m_device, {});
+    m_manager->setLease(m_device, {});
+    fail(5);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("Reapply"), 2));
+    QCOMPARE(Request(m_control.get(), "net_connected", Automatic).outcome(), QStringLiteral("ok"));
+    fail(4);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("Reapply"), 4));
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'nowhere'").outcome(),
+             QStringLiteral("3 no interface \"nowhere\""));
+    QCOMPARE(spoken(), 0);
+    m_manager->setState(m_device, 120, 5);
+    QTRY_COMPARE_WITH_TIMEOUT(spoken(), 1, Patience);
+}
+
+/*! As the profile says that it is connected with, and not for the requests before. Takes one second. */
+void ManagedInterfacesTest::waitsForAnAnswerAsTheProfileSays()
+{
+    const auto profile = [this](int seconds) {
+        return m_manager->addProfile(
+            {{QStringLiteral("connection"), {{QStringLiteral("type"), QStringLiteral("802-3-ethernet")}}},
+             {QStringLiteral("ipv4"),
+              {{QStringLiteral("method"), QStringLiteral("auto")}, {QStringLiteral("dhcp-timeout"), seconds}}}});
+    };
+    const auto ask = [this](const char *message, const char *settings, const char *name) {
+        return Request(m_control.get(), message, QByteArray(settings).replace("eth0", name).constData()).outcome();
+    };
+    const QString ok = QStringLiteral("ok");
+    const QString aSecond = profile(1);
+    const QString forEver = profile(std::numeric_limits<int>::max());
+    QHash<QByteArray, QString> devices;
+    for (const char *name : {"eth1", "eth2", "eth3", "eth4", "eth5"}) {
+        devices[name] = m_manager->addEthernet(QLatin1String(name));
+        m_manager->beginActivation(devices[name], aSecond);
+    }
+    QVERIFY(start());
+    QCOMPARE(ask("net_connected", Automatic, "eth1"), ok);
+    m_manager->deactivate(devices["eth1"]);
+    m_manager->beginActivation(devices["eth1"], forEver);
+    QCOMPARE(ask("net_connected", Automatic, "eth1"), ok);
+    QCOMPARE(ask("net_disconnected", "'eth0'", "eth2"), ok);
+    QCOMPARE(ask("net_connected", Manual, "eth2"), ok);
+    const Seen eth2(interfacePath("eth2"));
+    QCOMPARE(ask("net_connected", Automatic, "eth3"), ok);
+    m_manager->setLease(devices["eth3"], {{QStringLiteral("ip_address"), QStringLiteral("10.0.0.2")}});
+    m_manager->setIp4(devices["eth3"], {QStringLiteral("10.0.0.2/24")});
+    QCOMPARE(ask("net_connected", Automatic, "eth4"), ok);
+    m_manager->setState(devices["eth4"], 120, 5);
+    QCOMPARE(ask("net_connected", Automatic, "eth5"), ok);
+    // That one has been asked last.
+    const auto spoken = [this](const char *name) {
+        return m_daemon->process().errors().count(QByteArray("nobody answers DHCP on \"") + name + "\"\n");
+    };
+    QTRY_COMPARE_WITH_TIMEOUT(spoken("eth5"), 1, Patience);
+    QCOMPARE(spoken("eth4"), 1);
+    QCOMPARE(spoken("eth3"), 0);
+    QCOMPARE(spoken("eth1"), 0);
+    QVERIFY(!m_daemon->process().errors().contains("Timers"));
+    QCOMPARE(eth2.lines(), QStringList());
+}
+
+/*! It is another one that is configured. */
+void ManagedInterfacesTest::doesNotSpareAnother()
+{
+    m_manager->addEthernet(QStringLiteral("eth1"));
+    QVERIFY(connectDevice());
+    const Seen status {QLatin1String(Status)};
+    QCOMPARE(status.text("default_interface"), QStringLiteral("eth0"));
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth1'").outcome(), QStringLiteral("ok"));
+    m_manager->setIp4(m_device, {QStringLiteral("10.0.0.2/24")});
+    m_manager->change(m_device, {{QStringLiteral("Mtu"), 1400U}});
+    QTRY_COMPARE_WITH_TIMEOUT(Seen(interfacePath("eth0")).text("mtu"), QStringLiteral("1400"), Patience);
+    QCOMPARE(status.text("default_interface"), QString());
 }
 
 /*! Who has disconnected it before it had a link finds it so afterwards, whatever the manager connects it with. */
@@ -415,6 +767,32 @@ void ManagedInterfacesTest::activationIsRefused()
     QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
 }
 
+void ManagedInterfacesTest::activationLosesItsManager()
+{
+    addProfile();
+    QVERIFY(start());
+    Request request(m_control.get(), "net_connected", Manual);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("ActivateConnection")));
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'nowhere'").outcome(),
+             QStringLiteral("3 no interface \"nowhere\""));
+    m_manager->stop();
+    QCOMPARE(request.outcome(), QStringLiteral("10 the network manager does not run"));
+}
+
+void ManagedInterfacesTest::activationLosesItsInterface()
+{
+    addProfile();
+    QVERIFY(start());
+    Request request(m_control.get(), "net_connected", Manual);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("ActivateConnection")));
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'nowhere'").outcome(),
+             QStringLiteral("3 no interface \"nowhere\""));
+    m_manager->change(m_device,
+                      {{QStringLiteral("Interface"), QStringLiteral("eth9")},
+                       {QStringLiteral("IpInterface"), QStringLiteral("eth9")}});
+    QCOMPARE(request.outcome(), QStringLiteral("3 no interface \"eth0\""));
+}
+
 void ManagedInterfacesTest::activatesTheBestProfile()
 {
     const auto profile = [this](const char *id, int priority, qulonglong timestamp) {
@@ -468,27 +846,26 @@ void ManagedInterfacesTest::makesAProfileOnce()
 
 void ManagedInterfacesTest::keepsWhatTheProfileSays()
 {
-    const auto settings = [](int metric) {
-        return BusSettings {{QStringLiteral("connection"),
-                             {{QStringLiteral("id"), QStringLiteral("house")},
-                              {QStringLiteral("uuid"), QStringLiteral("6a8e5ea9-6b3e-4d1f-9c39-0d3a4bb1c001")},
-                              {QStringLiteral("type"), QStringLiteral("802-3-ethernet")}}},
-                            {QStringLiteral("802-3-ethernet"), {}},
-                            {QStringLiteral("ipv4"),
-                             {{QStringLiteral("method"), QStringLiteral("auto")},
-                              {QStringLiteral("never-default"), true},
-                              {QStringLiteral("dns-search"), QStringList {QStringLiteral("example.org")}},
-                              {QStringLiteral("route-metric"), QVariant::fromValue(qlonglong(metric))}}}};
-    };
     const auto ipv4 = [this] { return m_manager->applied(m_device)[QStringLiteral("ipv4")]; };
+    // The manager's library has another word for it in its newer versions.
+    const auto hasServers = [ipv4] {
+        return !ipv4()[QStringLiteral("dns-data")].toStringList().isEmpty()
+            || !qvariant_cast<QList<uint>>(ipv4()[QStringLiteral("dns")]).isEmpty();
+    };
     const QString search = QStringLiteral("dns-search");
-    m_manager->beginActivation(m_device, m_manager->addProfile(settings(77)));
+    const QString routes = QStringLiteral("route-data");
+    m_manager->beginActivation(m_device, m_manager->addProfile(richProfile(77)));
     m_manager->activate(m_device);
     QVERIFY(start());
     QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
-    QCOMPARE(ipv4()[search].toStringList(), QStringList()); // the manager wants none where there are no addresses
+    // The manager wants neither names nor routes where there are no addresses.
+    QCOMPARE(ipv4()[search].toStringList(), QStringList());
+    QVERIFY(!hasServers());
+    QCOMPARE(qvariant_cast<QList<QVariantMap>>(ipv4()[routes]).size(), 0);
     QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
     QCOMPARE(ipv4()[search].toStringList(), QStringList {QStringLiteral("example.org")});
+    QVERIFY(hasServers());
+    QCOMPARE(qvariant_cast<QList<QVariantMap>>(ipv4()[routes]).size(), 1);
     QCOMPARE(ipv4()[QStringLiteral("route-metric")].toInt(), 77);
     QVERIFY(!ipv4()[QStringLiteral("never-default")].toBool());
     QCOMPARE(Request(m_control.get(), "net_connected", "['eth0',{'manual':'no','manual6':'off'}]").outcome(),
@@ -498,25 +875,114 @@ void ManagedInterfacesTest::keepsWhatTheProfileSays()
     // connection only when it has read the profile, which is after the device's state.
     m_manager->forgetCalls();
     m_manager->deactivate(m_device);
-    m_manager->beginActivation(m_device, m_manager->addProfile(settings(88)));
+    m_manager->beginActivation(m_device, m_manager->addProfile(richProfile(88)));
     m_manager->activate(m_device);
     QVERIFY(m_manager->waitForCalls(QStringLiteral("Reapply")));
     QTRY_COMPARE_WITH_TIMEOUT(ipv4()[QStringLiteral("route-metric")].toInt(), 88, Patience);
 }
 
+void ManagedInterfacesTest::leavesToOthersWhatTheyConnect()
+{
+    const QString other = m_manager->addProfile(
+        {{QStringLiteral("connection"), {{QStringLiteral("type"), QStringLiteral("802-3-ethernet")}}},
+         {QStringLiteral("ipv4"), {{QStringLiteral("method"), QStringLiteral("auto")}}}});
+    QVERIFY(connectDevice());
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+    m_manager->forgetCalls();
+    const Seen eth0(interfacePath("eth0"));
+    uint mtu = 1400;
+    for (const QString &profile : {other, m_profile}) { // nor does it come back to the first
+        m_manager->deactivate(m_device);
+        m_manager->beginActivation(m_device, profile);
+        m_manager->activate(m_device);
+        m_manager->change(m_device, {{QStringLiteral("Mtu"), ++mtu}});
+        QTRY_COMPARE_WITH_TIMEOUT(eth0.text("mtu"), QString::number(mtu), Patience);
+    }
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'nowhere'").outcome(),
+             QStringLiteral("3 no interface \"nowhere\""));
+    QCOMPARE(m_manager->calls(QStringLiteral("GetAppliedConnection")).size(), 0);
+    QVERIFY(!m_daemon->process().errors().contains("gets again what it was given"));
+}
+
+void ManagedInterfacesTest::appliesOnceWhatIsAskedForAfterALoss()
+{
+    QVERIFY(connectDevice());
+    const Seen eth0(interfacePath("eth0"));
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    m_manager->setState(m_device, 30, 39);
+    m_manager->change(m_device, {{QStringLiteral("Mtu"), 1400U}});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("mtu"), QStringLiteral("1400"), Patience);
+    m_manager->forgetCalls();
+    Request request(m_control.get(), "net_connected", Manual);
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("ActivateConnection")));
+    m_manager->activate(m_device);
+    QCOMPARE(request.outcome(), QStringLiteral("ok"));
+    m_manager->change(m_device, {{QStringLiteral("Mtu"), 1500U}});
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("mtu"), QStringLiteral("1500"), Patience);
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'nowhere'").outcome(),
+             QStringLiteral("3 no interface \"nowhere\""));
+    QCOMPARE(m_manager->calls(QStringLiteral("Reapply")).size(), 1);
+}
+
+/*! Who takes the addresses of what has none takes back what was asked for before. */
+void ManagedInterfacesTest::asksForNothingAfterItsEnd()
+{
+    QVERIFY(connectDevice());
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+    m_manager->deactivate(m_device);
+    m_manager->setIp4(m_device, {});
+    m_manager->setLease(m_device, {});
+    QTRY_COMPARE_WITH_TIMEOUT(Seen(interfacePath("eth0")).text("connected"), QStringLiteral("false"), Patience);
+    m_manager->forgetCalls();
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(QStringLiteral("GetAppliedConnection")).size(), 0);
+    m_manager->beginActivation(m_device, m_profile);
+    m_manager->activate(m_device);
+    m_manager->change(m_device, {{QStringLiteral("Mtu"), 1400U}});
+    QTRY_COMPARE_WITH_TIMEOUT(Seen(interfacePath("eth0")).text("mtu"), QStringLiteral("1400"), Patience);
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'nowhere'").outcome(),
+             QStringLiteral("3 no interface \"nowhere\""));
+    QCOMPARE(m_manager->calls(QStringLiteral("GetAppliedConnection")).size(), 0);
+    QCOMPARE(Seen(interfacePath("eth0")).text("connected"), QStringLiteral("true"));
+}
+
+/*! It is pulled without a word and put back with another connection. */
+void ManagedInterfacesTest::forgetsWhatARemovedOneHad()
+{
+    m_manager->beginActivation(m_device, m_manager->addProfile(richProfile(77)));
+    m_manager->activate(m_device);
+    QVERIFY(start());
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
+    m_manager->removeDevice(m_device);
+    m_device = m_manager->addEthernet(QStringLiteral("eth0"), {{QStringLiteral("Mtu"), 1400U}});
+    m_manager->beginActivation(m_device,
+                               m_manager->addProfile(richProfile(88, "6a8e5ea9-6b3e-4d1f-9c39-0d3a4bb1c002")));
+    m_manager->activate(m_device);
+    const auto isBack = [] { return Seen(interfacePath("eth0")).text("mtu") == QLatin1String("1400"); };
+    QVERIFY(QTest::qWaitFor(isBack, Patience));
+    QCOMPARE(Request(m_control.get(), "net_connected", Automatic).outcome(), QStringLiteral("ok"));
+    QCOMPARE(m_manager->applied(m_device)[QStringLiteral("ipv4")][QStringLiteral("route-metric")].toInt(), 88);
+}
+
 void ManagedInterfacesTest::radioIsNotJoinedByItself()
 {
-    m_manager->addWifi(QStringLiteral("wlan0"));
+    const QString radio = m_manager->addWifi(QStringLiteral("wlan0"));
+    const QString profile = m_manager->addProfile(
+        {{QStringLiteral("connection"), {{QStringLiteral("type"), QStringLiteral("802-11-wireless")}}},
+         {QStringLiteral("802-11-wireless"), {{QStringLiteral("ssid"), QByteArray("Garage")}}}});
+    m_manager->change(
+        radio, {{QStringLiteral("AvailableConnections"), QVariant::fromValue(BusPaths {QDBusObjectPath(profile)})}});
     QVERIFY(start());
     QCOMPARE(Request(m_control.get(), "net_connected", "['wlan0',{'manual':'no','manual6':'off'}]").outcome(),
              QStringLiteral("5 \"wlan0\" has no link"));
     QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);
+    QCOMPARE(m_manager->calls(QStringLiteral("ActivateConnection")).size(), 0);
 }
 
 void ManagedInterfacesTest::showsKnownKindsByTheirNames()
 {
-    m_manager->addDevice(QStringLiteral("dummy0"), 22, QStringLiteral("Dummy"), {});
-    m_manager->addDevice(QStringLiteral("p2p-dev-wlan0"), 30, QStringLiteral("WifiP2P"), {});
+    for (const uint type : {0U, 22U, 24U, 25U, 26U, 30U, 32U})
+        m_manager->addDevice(QStringLiteral("hidden%1").arg(type), type, QStringLiteral("Generic"), {});
     m_manager->addDevice(QStringLiteral("cdc-wdm0"), 8, QStringLiteral("Modem"), {},
                          {{QStringLiteral("IpInterface"), QStringLiteral("wwan0")}});
     m_manager->addEthernet(
@@ -527,6 +993,62 @@ void ManagedInterfacesTest::showsKnownKindsByTheirNames()
     const Seen eth1(interfacePath("eth1"));
     QCOMPARE(eth1.text("link_address"), QStringLiteral("0a:00:00:00:00:ff"));
     QCOMPARE(eth1.text("mtu"), QStringLiteral("1400"));
+}
+
+/*! An interface is there when it has a name that an object can have, and as long as it has that one. */
+void ManagedInterfacesTest::namesThatComeLater()
+{
+    const QString device = m_manager->addEthernet(QString());
+    const QString foreign = m_manager->addEthernet(QStringLiteral("eth/1"));
+    QVERIFY(start());
+    const auto rename = [this](const QString &path, const char *name) {
+        m_manager->change(
+            path,
+            {{QStringLiteral("Interface"), QLatin1String(name)}, {QStringLiteral("IpInterface"), QLatin1String(name)}});
+    };
+    const Seen status {QLatin1String(Status)};
+    QCOMPARE(status.text("priority"), QStringLiteral("[\"eth0\"]"));
+    rename(device, "lan0");
+    QTRY_COMPARE_WITH_TIMEOUT(status.text("priority"), QStringLiteral("[\"eth0\",\"lan0\"]"), Patience);
+    rename(foreign, "lan1");
+    QTRY_COMPARE_WITH_TIMEOUT(status.text("priority"), QStringLiteral("[\"eth0\",\"lan0\",\"lan1\"]"), Patience);
+    // A request for a name that goes has its answer, and the other name takes requests.
+    m_manager->setAnswer(QStringLiteral("AddAndActivateConnection2"), [&](const BusCall &) {
+        rename(device, "wan0");
+        return BusAnswer {{}, QStringLiteral("org.freedesktop.NetworkManager.UnknownDevice"), QStringLiteral("no")};
+    });
+    QCOMPARE(Request(m_control.get(), "net_connected", "['lan0',{'manual':'no','manual6':'off'}]").outcome(),
+             QStringLiteral("3 no"));
+    QTRY_COMPARE_WITH_TIMEOUT(status.text("priority"), QStringLiteral("[\"eth0\",\"lan1\",\"wan0\"]"), Patience);
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'lan0'").outcome(),
+             QStringLiteral("3 no interface \"lan0\""));
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'wan0'").outcome(), QStringLiteral("ok"));
+    // Also one that appears without a name.
+    const QString late = m_manager->addEthernet(QString());
+    rename(late, "abc0");
+    QTRY_COMPARE_WITH_TIMEOUT(status.text("priority"), QStringLiteral("[\"abc0\",\"eth0\",\"lan1\",\"wan0\"]"),
+                              Patience);
+}
+
+/*! The manager knows the name of what its addresses are on only while it is connected. */
+void ManagedInterfacesTest::followsAModemThatIsRenamed()
+{
+    const QString modem = m_manager->addDevice(QStringLiteral("cdc-wdm0"), 8, QStringLiteral("Modem"), {},
+                                               {{QStringLiteral("IpInterface"), QString()}});
+    QVERIFY(start({QStringLiteral("--only"), QStringLiteral("cdc-wdm0")}));
+    const Seen status {QLatin1String(Status)};
+    QCOMPARE(status.text("priority"), QStringLiteral("[\"cdc-wdm0\"]"));
+    m_manager->change(modem, {{QStringLiteral("IpInterface"), QStringLiteral("wwan0")}});
+    QTRY_COMPARE_WITH_TIMEOUT(status.text("priority"), QStringLiteral("[\"wwan0\"]"), Patience);
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'wwan0'").outcome(), QStringLiteral("ok"));
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'cdc-wdm0'").outcome(),
+             QStringLiteral("3 no interface \"cdc-wdm0\""));
+    // Also when that is its name from the start.
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QVERIFY(m_daemon->process().start(m_daemon->root(),
+                                      {QStringLiteral("--network"), QStringLiteral("manager"), QStringLiteral("--only"),
+                                       QStringLiteral("cdc-wdm0")}));
+    QVERIFY(Seen(interfacePath("wwan0")).has("type"));
 }
 
 QTEST_GUILESS_MAIN(ManagedInterfacesTest)

@@ -289,7 +289,8 @@ void ManagedInterfaces::tellRelease(const QString &name)
 void ManagedInterfaces::tellNoLease(const QString &name, int step)
 {
     Station &station = m_stations[name];
-    if (station.step != step || !station.isAwaited)
+    const bool isAsked = station.wish.kind == NetworkingRequest::Connect && !station.wish.settings.manual;
+    if (station.step != step || !station.isAwaited || !isAsked)
         return;
     ++station.step; // once
     m_log->trouble(QStringLiteral("nobody answers DHCP on \"%1\"").arg(name));
@@ -407,12 +408,17 @@ Attributes ManagedInterfaces::attributesOf(const QString &name, NMDevice *device
     return attributes;
 }
 
-/*! A manager that ends takes the leases away and leaves the addresses: the world is to stay as it was. */
+/*!
+ * A manager that ends takes the leases away and leaves the addresses: the world is to stay as it was. Who asks for the
+ * very address of the lease has it without one.
+ */
 bool ManagedInterfaces::isLeaseKept(const QString &name, const Attributes &now)
 {
+    const auto station = m_stations.find(name);
+    const bool isAsked = station != m_stations.end() && station->second.hasWish && station->second.wish.settings.manual;
     const Attributes before = m_world->interfaceAttributes(name);
-    const bool isMissing = before.value(Wire::Manual) == yesOrNo(false) && now.value(Wire::Manual) == yesOrNo(true)
-        && before.value(Wire::IpAddresses) == now.value(Wire::IpAddresses);
+    const bool isMissing = !isAsked && before.value(Wire::Manual) == yesOrNo(false)
+        && now.value(Wire::Manual) == yesOrNo(true) && before.value(Wire::IpAddresses) == now.value(Wire::IpAddresses);
     if (!isMissing) {
         m_keptLeases.remove(name);
         return false;
