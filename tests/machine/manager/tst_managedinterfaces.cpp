@@ -56,7 +56,6 @@ private Q_SLOTS:
     void keepsWhatTheProfileSays();
     void leavesToOthersWhatTheyConnect();
     void appliesOnceWhatIsAskedForAfterALoss();
-    void asksForNothingAfterItsEnd();
     void forgetsWhatARemovedOneHad();
     void radioIsNotJoinedByItself();
     void showsKnownKindsByTheirNames();
@@ -922,28 +921,6 @@ void ManagedInterfacesTest::appliesOnceWhatIsAskedForAfterALoss()
     QCOMPARE(Request(m_control.get(), "net_disconnected", "'nowhere'").outcome(),
              QStringLiteral("3 no interface \"nowhere\""));
     QCOMPARE(m_manager->calls(QStringLiteral("Reapply")).size(), 1);
-}
-
-/*! Who takes the addresses of what has none takes back what was asked for before. */
-void ManagedInterfacesTest::asksForNothingAfterItsEnd()
-{
-    QVERIFY(connectDevice());
-    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("ok"));
-    m_manager->deactivate(m_device);
-    m_manager->setIp4(m_device, {});
-    m_manager->setLease(m_device, {});
-    QTRY_COMPARE_WITH_TIMEOUT(Seen(interfacePath("eth0")).text("connected"), QStringLiteral("false"), Patience);
-    m_manager->forgetCalls();
-    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
-    QCOMPARE(m_manager->calls(QStringLiteral("GetAppliedConnection")).size(), 0);
-    m_manager->beginActivation(m_device, m_profile);
-    m_manager->activate(m_device);
-    m_manager->change(m_device, {{QStringLiteral("Mtu"), 1400U}});
-    QTRY_COMPARE_WITH_TIMEOUT(Seen(interfacePath("eth0")).text("mtu"), QStringLiteral("1400"), Patience);
-    QCOMPARE(Request(m_control.get(), "net_disconnected", "'nowhere'").outcome(),
-             QStringLiteral("3 no interface \"nowhere\""));
-    QCOMPARE(m_manager->calls(QStringLiteral("GetAppliedConnection")).size(), 0);
-    QCOMPARE(Seen(interfacePath("eth0")).text("connected"), QStringLiteral("true"));
 }
 
 /*! It is pulled without a word and put back with another connection. */
