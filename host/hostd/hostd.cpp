@@ -103,11 +103,14 @@ DaemonTools Hostd::tools()
 void Hostd::makeDaemons(InterfaceControl *interfaces, RadioControl *radio, HotspotControl *hotspot)
 {
     const DaemonTools daemonTools = tools();
-    if (interfaces)
+    const auto isNew = [this](const void *control, Service service) {
+        return control && m_daemons.count(service) == 0;
+    };
+    if (isNew(interfaces, Service::Networking))
         m_daemons[Service::Networking] = std::make_unique<NetworkingDaemon>(interfaces, daemonTools);
-    if (radio)
+    if (isNew(radio, Service::Wifi))
         m_daemons[Service::Wifi] = std::make_unique<WifiDaemon>(radio, daemonTools);
-    if (hotspot)
+    if (isNew(hotspot, Service::Tethering))
         m_daemons[Service::Tethering] = std::make_unique<TetheringDaemon>(hotspot, &m_store, daemonTools);
     m_hotspotControl = hotspot;
 }
@@ -135,11 +138,29 @@ HostdExitCode Hostd::startMachine(const QVector<Service> &served, QString *error
         return HostdExitCode::NoManager;
     makeDaemons(m_machine->interfaces(), m_machine->radio(), m_machine->hotspot());
     makeStage(Scenario());
+    m_machine->setGrown([this] { serveMore(); });
     const QList<Daemon *> daemons = servedDaemons().values();
     if (std::any_of(daemons.begin(), daemons.end(), [](const Daemon *daemon) { return daemon != nullptr; }))
         return HostdExitCode::Success;
     *error = QStringLiteral("no daemon is left to serve");
     return HostdExitCode::NothingToServe;
+}
+
+/*! What is not there when a daemon starts is taken up as after its death. */
+void Hostd::serveMore()
+{
+    if (!m_looks.isActive()) // it ends
+        return;
+    const bool hadHotspot = m_hotspotControl;
+    makeDaemons(m_machine->interfaces(), m_machine->radio(), m_machine->hotspot());
+    m_stage->setDaemons(servedDaemons());
+    if (m_hotspotControl && !hadHotspot && !m_without.contains(Service::Tethering))
+        restoreHotspot();
+    const QList<Daemon *> daemons = servedDaemons().values();
+    for (Daemon *daemon : daemons) {
+        if (daemon && daemon->isDead())
+            daemon->comeBack();
+    }
 }
 
 HostdExitCode Hostd::start(QString *error)

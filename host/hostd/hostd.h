@@ -66,6 +66,7 @@ private:
     QMap<Service, Daemon *> servedDaemons() const;
     void makeStage(const Scenario &scenario);
     HostdExitCode startMachine(const QVector<Service> &served, QString *error);
+    void serveMore();
     bool forgetFormerRuns(const QVector<Service> &services, QString *error) const;
     void restoreHotspot();
     bool startDaemons(QString *error);

@@ -37,6 +37,8 @@ public:
     /*! Begins to serve, or sees to it that clients still find it; false when that cannot be. */
     bool keep(QString *error) { return m_server.keep(error); }
 
+    void setDaemons(const QMap<Service, Daemon *> &daemons) { m_tools.daemons = daemons; }
+
     /*! What a client's line is answered with: one line, without its end. */
     QByteArray answer(const QByteArray &line);
 

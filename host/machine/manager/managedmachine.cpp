@@ -31,6 +31,7 @@ struct ManagedMachine::Parts
     bool protect(QString *error);
     void tellWhatIsMissing();
     void tellPermission();
+    bool serveRadios();
 
     const ManagerOptions options;
     World *const world;
@@ -43,6 +44,7 @@ struct ManagedMachine::Parts
     std::unique_ptr<ManagedInterfaces> interfaces {};
     std::unique_ptr<ManagedRadio> radio {};
     std::unique_ptr<ManagedHotspot> hotspot {};
+    std::function<void()> grown {};
 };
 
 bool ManagedMachine::Parts::protect(QString *error)
@@ -92,6 +94,18 @@ void ManagedMachine::Parts::tellPermission()
         log->trouble(QStringLiteral("the manager does not let you change networks: requests will be refused"));
 }
 
+/*! Whether there is more than before. */
+bool ManagedMachine::Parts::serveRadios()
+{
+    const bool hasRadio = !radio && client.radio();
+    const bool hasHotspot = !hotspot && HotspotPlace::exists(client);
+    if (hasRadio)
+        radio = std::make_unique<ManagedRadio>(&client, &restoration, world, log, options.remember);
+    if (hasHotspot)
+        hotspot = std::make_unique<ManagedHotspot>(&client, &restoration, radio.get(), world, pace, log);
+    return hasRadio || hasHotspot;
+}
+
 ManagedMachine::ManagedMachine(const ManagerOptions &options, World *world, const Pace *pace, const EventLog *log)
     : m_parts(std::make_unique<Parts>(options, world, pace, log))
 {
@@ -118,17 +132,20 @@ bool ManagedMachine::start(const QString &root, const QVector<Service> &served, 
     if (parts.options.only.isEmpty() || std::any_of(parts.options.only.begin(), parts.options.only.end(), isThere))
         parts.interfaces =
             std::make_unique<ManagedInterfaces>(&parts.client, &parts.restoration, parts.world, parts.log);
-    if (parts.client.radio()) {
-        parts.radio = std::make_unique<ManagedRadio>(&parts.client, &parts.restoration, parts.world, parts.log,
-                                                     parts.options.remember);
-    }
-    if (HotspotPlace::exists(parts.client))
-        parts.hotspot = std::make_unique<ManagedHotspot>(&parts.client, &parts.restoration, parts.radio.get(),
-                                                         parts.world, parts.pace, parts.log);
-    else if (parts.client.radio())
+    parts.serveRadios();
+    if (parts.radio && !parts.hotspot)
         parts.log->trouble(
             QStringLiteral("no radio of this machine can be an access point: the tethering daemon is not served"));
+    QObject::connect(&parts.client, &ManagerClient::changed, &parts.client, [&parts] {
+        if (parts.serveRadios() && parts.grown)
+            parts.grown();
+    });
     return true;
+}
+
+void ManagedMachine::setGrown(const std::function<void()> &grown)
+{
+    m_parts->grown = grown;
 }
 
 void ManagedMachine::giveBack(const std::function<void()> &done)

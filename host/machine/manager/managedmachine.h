@@ -33,6 +33,8 @@ public:
      * there is none to follow.
      */
     bool start(const QString &root, const QVector<Service> &served, QString *error);
+    /*! Has \a grown called when one of those below has come that was not there, as a radio has been plugged in. */
+    void setGrown(const std::function<void()> &grown);
     /*! Gives back what this one has changed; \a done is called when that is so, or cannot be within some seconds. */
     void giveBack(const std::function<void()> &done);
 

@@ -18,6 +18,8 @@ bool ManagedMachine::start(const QString &, const QVector<Service> &, QString *e
     return false;
 }
 
+void ManagedMachine::setGrown(const std::function<void()> &) { }
+
 void ManagedMachine::giveBack(const std::function<void()> &done)
 {
     done();

@@ -71,6 +71,7 @@ private Q_SLOTS:
     void noRadio();
     void noAccessPoint();
     void noPermission_data();
+    void radioThatComes();
     void noPermission();
     void protectsTheRemoteSession();
     void tellsItsSupervisor_data();
@@ -157,6 +158,47 @@ void ManagerProgramTest::noPermission_data()
 }
 
 /*! It is told once, and everything is served. */
+/*! It is plugged in, then one that can be an access point, too. */
+void ManagerProgramTest::radioThatComes()
+{
+    QVERIFY(m_manager->start());
+    DaemonFixture daemon;
+    QVERIFY(daemon.serve(Managed));
+    const QVariantMap station {{QStringLiteral("WirelessCapabilities"), 0x17bfU}}; // no access point
+    m_manager->addWifi(QStringLiteral("wlan0"), station);
+    const QString root = daemon.root();
+    const auto isThere = [&root](const char *object) { return QFile::exists(root + QLatin1String(object)); };
+    QTRY_VERIFY_WITH_TIMEOUT(isThere(WifiControl), Patience);
+    QCOMPARE(Seen(QLatin1String(WifiStatus)).text("wifi_power"), QStringLiteral("on"));
+    QVERIFY(!isThere(TetheringControl));
+
+    const QString second = m_manager->addWifi(QStringLiteral("wlan1"));
+    QTRY_VERIFY_WITH_TIMEOUT(isThere(TetheringControl), Patience);
+    QCOMPARE(Seen(QLatin1String(TetheringStatus)).text("state"), QStringLiteral("INACTIVE"));
+    ZopObject control(QLatin1String(TetheringControl), ZopObject::ReadWrite, false);
+    const char ofHotspot[] = R"({"type":"lan","lan_type":"wlanap"})";
+    const QByteArray profile = Request(&control, "retrieve_profile", ofHotspot).answer().toUtf8();
+    QVERIFY(profile.contains("passphrase"));
+
+    // It is served as if it had been there before, and goes on when the radio goes and comes.
+    m_manager->setState(second, 10, 36);
+    m_manager->removeDevice(second);
+    QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(root + QLatin1String(Interfaces) + QStringLiteral("/wlan1")), Patience);
+    QCOMPARE(Request(&control, "start", profile.constData()).outcome(),
+             QStringLiteral("3 no radio is there that can be an access point"));
+    const QString again = m_manager->addWifi(QStringLiteral("wlan1"));
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(root + QLatin1String(Interfaces) + QStringLiteral("/wlan1")), Patience);
+    const Request start(&control, "start", profile.constData());
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("AddAndActivateConnection2")));
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).first().pathAt(1), again);
+
+    // The profile is stored: it has the same passphrase the next time.
+    daemon.kill();
+    QVERIFY(daemon.serve(Managed));
+    ZopObject next(QLatin1String(TetheringControl), ZopObject::ReadWrite, false);
+    QCOMPARE(Request(&next, "retrieve_profile", ofHotspot).answer().toUtf8(), profile);
+}
+
 void ManagerProgramTest::noPermission()
 {
     QFETCH(QString, permission);
