@@ -307,7 +307,7 @@ void ManagedHotspot::onStateChanged(NMDevice *device, NMDeviceState now, NMDevic
 {
     if (static_cast<void *>(device) != m_radio.get())
         return;
-    if (now == NM_DEVICE_STATE_PREPARE && m_step < Up) // what was there before has gone
+    if (now == NM_DEVICE_STATE_PREPARE) // what was there before has gone
         m_reason = NM_DEVICE_STATE_REASON_NONE;
     else if (m_reason == NM_DEVICE_STATE_REASON_NONE
              && (now <= NM_DEVICE_STATE_DISCONNECTED || now >= NM_DEVICE_STATE_DEACTIVATING))
