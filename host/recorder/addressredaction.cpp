@@ -190,7 +190,6 @@ AddressRedaction::Network *AddressRedaction::networkOf(const QByteArray &address
     });
     if (found != m_networks.end()) {
         found->prefix = prefix;
-        found->bits = masked(found->bits, prefix);
         return &*found;
     }
     const QByteArray bits = masked(address, prefix);

@@ -51,8 +51,6 @@ void readFirst(const JsonNode &line)
 
 void readValues(const JsonNode &node, ZopChangeset *changes)
 {
-    if (!node.value().isObject())
-        node.fail(QStringLiteral("must be an object"));
     const QVector<JsonNode> members = node.members();
     for (const JsonNode &member : members)
         changes->assignments.insert(member.key(), readAttributeValue(member));

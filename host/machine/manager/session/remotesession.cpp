@@ -28,10 +28,10 @@ QByteArray contentOf(const QString &file)
     return opened.open(QIODevice::ReadOnly) ? opened.readAll() : QByteArray();
 }
 
-bool has(int index, const RemoteSession::Interface &interface, QHostAddress address)
+/*! Addresses are compared without their scopes. */
+bool has(int index, const RemoteSession::Interface &interface, const QHostAddress &address)
 {
     const QString scope = address.scopeId();
-    address.setScopeId(QString());
     return interface.addresses.contains(address)
         && (scope.isEmpty() || scope == interface.name || scope == QString::number(index));
 }
@@ -126,11 +126,8 @@ bool RemoteSession::read(QHostAddress *own, Carriers *carried, QString *error)
             one.name(), {}, links.value(one.index())
         };
         const QList<QNetworkAddressEntry> entries = one.addressEntries();
-        for (const QNetworkAddressEntry &entry : entries) {
-            QHostAddress address = entry.ip();
-            address.setScopeId(QString());
-            interface.addresses += address;
-        }
+        for (const QNetworkAddressEntry &entry : entries)
+            interface.addresses += entry.ip();
         interfaces.insert(one.index(), interface);
     }
     *carried = carriers(*own, interfaces, routes);

@@ -70,7 +70,7 @@ DeviceNotes deviceFrom(const QJsonObject &json)
 
 void DeviceNotes::connects(const QString &present, const QString &next)
 {
-    if (!connection || !isOurs(present)) {
+    if (!isOurs(present)) {
         connection = present;
         ours.clear();
     }
@@ -98,7 +98,7 @@ void DeviceNotes::reapplies(const QString &present, const QByteArray &former, co
     if (wereOurs)
         ipv4->ours = former;
     Changed<QByteArray>::note(&ipv4, former, next);
-    earlier = ipv4 && wereOurs ? former : QByteArray();
+    earlier = wereOurs ? former : QByteArray();
 }
 
 QJsonObject SessionNotes::toJson() const
