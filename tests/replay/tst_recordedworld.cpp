@@ -126,6 +126,7 @@ void RecordedWorldTest::givesClientsTime()
                         interfaceEvent(RecordedEvent::Updated, 5000, "a", 5),
                         objectEvent(RecordedEvent::Created, 5000, hotspot, 6),
                         objectEvent(RecordedEvent::Updated, 5000, hotspot, 7),
+                        interfaceEvent(RecordedEvent::Updated, 5000, "a", 8),
                         interfaceEvent(RecordedEvent::Gone, 5000, "a"),
                         objectEvent(RecordedEvent::Gone, 5000, hotspot, 0)};
     RecordedWorld recorded(recording, &world, &pace, &log);
@@ -139,13 +140,13 @@ void RecordedWorldTest::givesClientsTime()
         QCOMPARE(witness.notes.size(), 0);
         pace.pass(4991);
     }
-    QTRY_COMPARE(witness.notes.size(), 9);
+    QTRY_COMPARE(witness.notes.size(), 10);
     QCOMPARE(witness.notes,
              QStringList({QStringLiteral("+a"), QStringLiteral("a 2"), QStringLiteral("a 3"), QStringLiteral("a 4"),
                           QStringLiteral("a 5"), QStringLiteral("status2 6"), QStringLiteral("status2 7"),
-                          QStringLiteral("-a"), QStringLiteral("status2 none")}));
+                          QStringLiteral("a 8"), QStringLiteral("-a"), QStringLiteral("status2 none")}));
     // At least; a rounded time may lack one.
-    const QVector<int> rests {20, 0, 5, 20, 20, 20, 20, 20};
+    const QVector<int> rests {20, 0, 5, 20, 20, 20, 20, 20, 20};
     for (int i = 0; i < rests.size(); ++i)
         QVERIFY2(witness.times.at(i + 1) - witness.times.at(i) >= rests.at(i) - 1, qPrintable(witness.notes.at(i + 1)));
     QCOMPARE(witness.turns.at(2), witness.turns.at(1)); // what came together comes together

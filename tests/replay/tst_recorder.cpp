@@ -53,6 +53,7 @@ private Q_SLOTS:
     void tellsThePresentFirst();
     void tellsEachUpdate();
     void tellsARemovalAsOneEvent();
+    void tellsWhatComesBeforeARemoval();
     void tellsAnEmptiedObjectAsEmptied();
     void leavesOutControlObjects();
     void followsADirectoryThatComesLater();
@@ -112,6 +113,37 @@ void RecorderTest::tellsARemovalAsOneEvent()
                           QStringLiteral("object:b,gone:true")}));
 }
 
+/*! An update that is no removal, though it takes attributes away. */
+void RecorderTest::tellsWhatComesBeforeARemoval()
+{
+    ZopObject object(testPath("a"), ZopObject::Publish, false);
+    ZopObject other(testPath("b"), ZopObject::Publish, false);
+    ZopChangeset both = setting("x", 1);
+    both.assignments.insert(QStringLiteral("y"), 2);
+    QVERIFY(object.setAttributes(both));
+    QVERIFY(other.setAttributes(setting("x", 1)));
+    Told told({testFolder().chopped(1)});
+    QString error;
+    QElapsedTimer sinceStart;
+    sinceStart.start();
+    QVERIFY(told.recorder.start(&error));
+    QTRY_VERIFY(sinceStart.elapsed() >= 3);
+    ZopChangeset removal;
+    removal.removals.insert(QStringLiteral("x"));
+    ZopChangeset exchange = setting("z", 3);
+    exchange.removals.insert(QStringLiteral("y"));
+    QVERIFY(other.setAttributes(removal)); // waits, and all the others with it
+    QVERIFY(object.setAttributes(removal));
+    QVERIFY(object.setAttributes(exchange));
+    QVERIFY(ZopObject::remove(testPath("a")));
+    QVERIFY(told.wait(6));
+    QCOMPARE(told.lines.mid(2),
+             QStringList({QStringLiteral("object:b,removed:[x]"), QStringLiteral("object:a,removed:[x]"),
+                          QStringLiteral("object:a,removed:[y],set:{z:{encoding:number,text:3}}"),
+                          QStringLiteral("object:a,gone:true")}));
+    QVERIFY(told.times.last() >= 3);
+}
+
 void RecorderTest::tellsAnEmptiedObjectAsEmptied()
 {
     ZopObject object(testPath("a"), ZopObject::Publish, false);
@@ -147,8 +179,8 @@ void RecorderTest::tellsAnEmptiedObjectAsEmptied()
 void RecorderTest::leavesOutControlObjects()
 {
     const ZopObject control(testPath("control"), ZopObject::Publish, true);
-    const ZopObject other(testPath("other"), ZopObject::Publish, true);
-    QVERIFY(control.isValid() && other.isValid());
+    auto other = std::make_unique<ZopObject>(testPath("other"), ZopObject::Publish, true);
+    QVERIFY(control.isValid() && other->isValid());
     QVERIFY(ZopObject::create(testPath("uncontrol"), {}));
     Told told({testFolder().chopped(1)});
     told.recorder.leaveOut([](const QString &path) { return path == testPath("other"); });
@@ -156,6 +188,11 @@ void RecorderTest::leavesOutControlObjects()
     QVERIFY(told.recorder.start(&error));
     QCOMPARE(told.lines, QStringList {QStringLiteral("object:uncontrol,present:{}")});
     QCOMPARE(told.missed, QStringList());
+    // Nor are they told to go.
+    other.reset();
+    QVERIFY(ZopObject::remove(testPath("uncontrol")));
+    QVERIFY(told.wait(2));
+    QCOMPARE(told.lines.mid(1), QStringList {QStringLiteral("object:uncontrol,gone:true")});
 }
 
 void RecorderTest::followsADirectoryThatComesLater()

@@ -337,6 +337,8 @@ void ReplayTest::refusesActs()
     const auto look = ask({QStringLiteral("look"), QStringLiteral("objects")});
     QCOMPARE(look.code, 0);
     QVERIFY(look.output.contains("eth0.5"));
+    QCOMPARE(daemon.process().terminate(), 0);
+    QCOMPARE(daemon.process().errors(), QByteArray()); // all of it is played
 }
 
 /*! What is at the end stays; what belongs to nobody is left out, and said once. */

@@ -21,12 +21,15 @@ private Q_SLOTS:
     void givesPowerBack();
     void switchesOffAgain();
     void keepsPowerWhenAsked();
+    void staysOutWhenAsked();
     void leavesPowerThatTheUserHasSwitched();
     void givesNetworkBack_data();
     void givesNetworkBack();
     void keepsWhatIsRefused_data();
     void keepsWhatIsRefused();
     void keepsSettingsThatAreRefused();
+    void waitsForNoAddressesWhereNoneWere();
+    void forgetsWhatIsGone();
     void keepsWhatAManagerThatHasEndedCannotGiveBack();
 
 private:
@@ -43,6 +46,12 @@ private:
     bool isOn() const { return m_manager->value<bool>(FakeManager::managerPath(), QStringLiteral("WirelessEnabled")); }
     bool joinsByItself() const { return m_manager->value<bool>(m_wifi, QStringLiteral("Autoconnect")); }
     QString joinOwn();
+    QString connectCable(const char *ipv4);
+    void changeAddress(const QString &wired);
+    QString method(const QString &wired)
+    {
+        return m_manager->applied(wired)[QStringLiteral("ipv4")][QStringLiteral("method")].toString();
+    }
     QString profileInUse() const;
     QString notes() const
     {
@@ -107,6 +116,37 @@ QString ManagedRadioRestorationTest::joinOwn()
     return profile;
 }
 
+QString ManagedRadioRestorationTest::connectCable(const char *ipv4)
+{
+    const QString wired = m_manager->addEthernet(QStringLiteral("eth0"));
+    m_manager->beginActivation(
+        wired,
+        m_manager->addProfile({{QStringLiteral("connection"),
+                                {{QStringLiteral("id"), QStringLiteral("cable")},
+                                 {QStringLiteral("uuid"), QStringLiteral("6a8e5ea9-6b3e-4d1f-9c39-0d3a4bb1c001")},
+                                 {QStringLiteral("type"), QStringLiteral("802-3-ethernet")}}},
+                               {QStringLiteral("802-3-ethernet"), {}},
+                               {QStringLiteral("ipv4"),
+                                {{QStringLiteral("method"), QLatin1String(ipv4)},
+                                 {QStringLiteral("route-metric"), QVariant::fromValue(qlonglong(77))}}}}));
+    m_manager->activate(wired);
+    return wired;
+}
+
+/*! As an application asks for it. */
+void ManagedRadioRestorationTest::changeAddress(const QString &wired)
+{
+    ZopObject control(QLatin1String(Control), ZopObject::ReadWrite, false);
+    QCOMPARE(Request(&control, "net_connected",
+                     "['eth0',{'manual':'yes','ip_address':'10.0.0.9','netmask':'255.255.255.0','gateway':'10.0.0.1'}]")
+                 .outcome(),
+             QStringLiteral("ok"));
+    QCOMPARE(method(wired), QStringLiteral("manual"));
+    m_manager->setIp4(wired, {QStringLiteral("10.0.0.9/24")});
+    const Seen eth0(interfacePath("eth0"));
+    QTRY_COMPARE(eth0.text("ip_addresses"), QStringLiteral("[\"10.0.0.9/255.255.255.0\"]"));
+}
+
 QString ManagedRadioRestorationTest::profileInUse() const
 {
     const auto active = m_manager->value<QDBusObjectPath>(m_wifi, QStringLiteral("ActiveConnection"));
@@ -161,6 +201,17 @@ void ManagedRadioRestorationTest::keepsPowerWhenAsked()
     QVERIFY(!QFile::exists(notes()));
     QCOMPARE(m_daemon->process().terminate(), 0);
     QVERIFY(!isOn());
+}
+
+/*! Who leaves a network, too. */
+void ManagedRadioRestorationTest::staysOutWhenAsked()
+{
+    joinOwn();
+    start({QStringLiteral("--remember")});
+    QCOMPARE(request("wnet_disableall"), QStringLiteral("ok"));
+    QTRY_VERIFY(!m_service->connected());
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QCOMPARE(m_manager->calls(QStringLiteral("ActivateConnection")).size(), 0);
 }
 
 /*! Also when that makes it what the session has made of it. */
@@ -251,33 +302,50 @@ void ManagedRadioRestorationTest::keepsWhatIsRefused()
     QVERIFY(!QFile::exists(notes()));
 }
 
+/*! Addresses are not waited for then. */
 void ManagedRadioRestorationTest::keepsSettingsThatAreRefused()
 {
-    const QString wired = m_manager->addEthernet(QStringLiteral("eth0"));
-    m_manager->beginActivation(
-        wired,
-        m_manager->addProfile({{QStringLiteral("connection"),
-                                {{QStringLiteral("id"), QStringLiteral("cable")},
-                                 {QStringLiteral("uuid"), QStringLiteral("6a8e5ea9-6b3e-4d1f-9c39-0d3a4bb1c001")},
-                                 {QStringLiteral("type"), QStringLiteral("802-3-ethernet")}}},
-                               {QStringLiteral("802-3-ethernet"), {}},
-                               {QStringLiteral("ipv4"), {{QStringLiteral("method"), QStringLiteral("auto")}}}}));
-    m_manager->activate(wired);
+    const QString wired = connectCable("auto");
     m_manager->setIp4(wired, {QStringLiteral("10.0.0.2/24")});
-    const auto method = [&] {
-        return m_manager->applied(wired)[QStringLiteral("ipv4")][QStringLiteral("method")].toString();
-    };
     start();
-    ZopObject control(QLatin1String(Control), ZopObject::ReadWrite, false);
-    QCOMPARE(Request(&control, "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
-    QCOMPARE(method(), QStringLiteral("disabled"));
+    changeAddress(wired);
     refuse(QStringLiteral("Reapply"));
+    QElapsedTimer since;
+    since.start();
     QCOMPARE(m_daemon->process().terminate(), 0);
+    QVERIFY(since.elapsed() < 8000); // it would wait for 10 s
     QVERIFY(
         m_daemon->process().errors().endsWith("morvek-hostd: \"eth0\" is not as it was: not now\n" + NotEverything));
     m_manager->allow(QStringLiteral("Reapply"));
+    m_manager->setIp4(wired, {QStringLiteral("10.0.0.2/24")});
     startAgain();
-    QCOMPARE(method(), QStringLiteral("auto"));
+    QCOMPARE(method(wired), QStringLiteral("auto"));
+    QCOMPARE(m_manager->applied(wired)[QStringLiteral("ipv4")][QStringLiteral("route-metric")].toInt(), 77);
+    QVERIFY(!QFile::exists(notes()));
+}
+
+void ManagedRadioRestorationTest::waitsForNoAddressesWhereNoneWere()
+{
+    const QString wired = connectCable("disabled");
+    start();
+    changeAddress(wired);
+    m_manager->setIp4(wired, {});
+    m_manager->forgetCalls();
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QCOMPARE(method(wired), QStringLiteral("disabled"));
+    // What somebody else applies at that moment counts: the version of what is replaced is told.
+    QVERIFY(m_manager->calls(QStringLiteral("Reapply")).last().arguments.value(1).toULongLong() > 0);
+    QVERIFY(!QFile::exists(notes()));
+}
+
+void ManagedRadioRestorationTest::forgetsWhatIsGone()
+{
+    start();
+    joinHouse();
+    QVERIFY(QFile::exists(notes()));
+    m_manager->removeDevice(m_wifi);
+    QTRY_VERIFY(!QFile::exists(m_daemon->root() + QLatin1String(Interfaces) + QStringLiteral("/wlan0")));
+    QCOMPARE(m_daemon->process().terminate(), 0);
     QVERIFY(!QFile::exists(notes()));
 }
 

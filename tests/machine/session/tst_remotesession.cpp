@@ -77,6 +77,9 @@ void RemoteSessionTest::findsTheConnection()
     processes.add(41, 40, QByteArray());
     processes.add(42, 41, QByteArray("X_SSH_CONNECTION=a b c d\0PATH=/bin\0", 35));
     QCOMPARE(RemoteSession::connection(42, processes.path()), QByteArray("192.0.2.7 50022 198.51.100.2 22"));
+    processes.add(1, 0, "SSH_CONNECTION=192.0.2.7 50023 198.51.100.3 22"); // in a container
+    processes.add(43, 1, QByteArray());
+    QCOMPARE(RemoteSession::connection(43, processes.path()), QByteArray("192.0.2.7 50023 198.51.100.3 22"));
 }
 
 void RemoteSessionTest::prefersItsOwn()

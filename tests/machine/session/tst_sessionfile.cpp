@@ -72,6 +72,7 @@ void SessionFileTest::takesUpThoseThatHaveEnded()
     QCOMPARE(notes.toJson(), notesOf("wlan0", "house").toJson());
     QCOMPARE(files(), QStringList(QStringLiteral(".morvek-hostd-session.tethering.json")));
     QCOMPARE(SessionFile(root(), hotspot).takeUp(&m_unread).toJson(), notes.toJson());
+    QCOMPARE(files(), QStringList(QStringLiteral(".morvek-hostd-session.tethering.json")));
     QCOMPARE(m_unread, QStringList());
 }
 

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void knowsItsSettings();
     void forgetsSettingsWithTheirConnection();
     void passesThroughAFile();
+    void addsWhatIsNotNoted();
     void readsNonsense();
 };
 
@@ -88,6 +89,7 @@ void SessionNotesTest::tellsConnectionsApart()
     QVERIFY(notes.isDisconnected);
     QCOMPARE(notes.ours, QStringList({First, Second}));
     notes.connects(QString(), First);
+    QCOMPARE(notes.ours, QStringList({First, Second}));
     QVERIFY(!notes.isDisconnected);
     QCOMPARE(*notes.connection, House);
 }
@@ -172,6 +174,26 @@ void SessionNotesTest::passesThroughAFile()
     QCOMPARE(read.toJson(), notes.toJson());
     QVERIFY(!read.isEmpty());
     QVERIFY(read.devices.value(QStringLiteral("wlan0")).isOurs(First));
+}
+
+void SessionNotesTest::addsWhatIsNotNoted()
+{
+    const auto notesOf = [](const QString &profile, const QString &ours, bool former) {
+        SessionNotes notes;
+        DeviceNotes &device = notes.devices[QStringLiteral("wlan0")];
+        device.connects(profile, ours);
+        device.reapplies(profile, profile.toUtf8(), "none");
+        device.autoconnect = Changed<bool> {former, !former};
+        notes.power = Changed<bool> {former, !former};
+        return notes;
+    };
+    SessionNotes notes = notesOf(House, First, true);
+    const QJsonObject before = notes.toJson();
+    notes.add(notesOf(QStringLiteral("office"), Second, false));
+    QCOMPARE(notes.toJson(), before);
+    SessionNotes none;
+    none.add(notes);
+    QCOMPARE(none.toJson(), before);
 }
 
 void SessionNotesTest::readsNonsense()
