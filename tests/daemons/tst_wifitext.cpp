@@ -43,6 +43,7 @@ void WifiTextTest::passkeys_data()
     QTest::addRow("blanks") << QString(8, QLatin1Char(' ')) << true;
     QTest::addRow("tab") << "1234567\t" << false;
     QTest::addRow("line break at the end") << "12345678\n" << false;
+    QTest::addRow("zero") << QString(8, QChar(0)) << false;
     QTest::addRow("delete") << QString(8, QChar(0x7f)) << false;
     QTest::addRow("not ASCII") << QString(8, QChar(0xe9)) << false;
 }

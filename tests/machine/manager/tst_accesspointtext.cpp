@@ -96,17 +96,24 @@ void AccessPointTextTest::level()
 
 void AccessPointTextTest::failure_data()
 {
+    QTest::addColumn<int>("state");
     QTest::addColumn<int>("failure");
     for (const char *reason : {"7", "8", "9", "10", "11"})
-        QTest::newRow(reason) << int(JoinAttempt::NotLetIn);
-    QTest::newRow("53") << int(JoinAttempt::NotFound);
+        QTest::newRow(reason) << 120 << int(JoinAttempt::NotLetIn);
+    QTest::newRow("53") << 120 << int(JoinAttempt::NotFound);
     for (const char *reason : {"0", "5", "6", "12", "35", "36", "37", "39", "40", "42", "52", "54", "60"})
-        QTest::newRow(reason) << int(JoinAttempt::Ended);
+        QTest::newRow(reason) << 120 << int(JoinAttempt::Ended);
+    QTest::newRow("39 at the end") << 110 << int(JoinAttempt::Left);
+    QTest::newRow("60 at the end") << 110 << int(JoinAttempt::Ended);
+    QTest::newRow("53 at the end") << 110 << int(JoinAttempt::Ended);
+    QTest::newRow("39 after the end") << 30 << int(JoinAttempt::Ended);
 }
 
 void AccessPointTextTest::failure()
 {
-    QTEST(int(JoinAttempt::failureOf(NMDeviceStateReason(QByteArray(QTest::currentDataTag()).toInt()))), "failure");
+    QFETCH(const int, state);
+    const int reason = QByteArray(QTest::currentDataTag()).split(' ').constFirst().toInt();
+    QTEST(int(JoinAttempt::failureOf(NMDeviceState(state), NMDeviceStateReason(reason))), "failure");
 }
 
 QTEST_GUILESS_MAIN(AccessPointTextTest)

@@ -30,6 +30,10 @@ private Q_SLOTS:
     void hiddenNetworkAfterSleep();
     void comesIntoSightAgain();
     void othersLeaveTheRadio();
+    void leftByHand_data();
+    void leftByHand();
+    void leftByHandWhileJoining();
+    void othersNetworkIsLeftByHand();
 
 private:
     /*! Joins House. */
@@ -247,8 +251,63 @@ void ManagedRadioFaultsTest::othersLeaveTheRadio()
     m_manager->finishScan(m_wifi);
     QVERIFY(told(before + 1).constLast().contains(QStringLiteral("scan_results=")));
     QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);
-    m_manager->deactivate(m_wifi);
+    m_manager->deactivate(m_wifi, 53);
     QCOMPARE(join().pathAt(2), m_house);
+}
+
+void ManagedRadioFaultsTest::leftByHand_data()
+{
+    QTest::addColumn<uint>("reason");
+    QTest::addColumn<bool>("isWanted");
+    QTest::newRow("by the user") << 39U << false;
+    QTest::newRow("by itself") << 40U << true;
+}
+
+/*! What the user disconnects with another program stays so, until a network is selected again. */
+void ManagedRadioFaultsTest::leftByHand()
+{
+    QFETCH(const uint, reason);
+    QFETCH(const bool, isWanted);
+    becomeConnected();
+    m_manager->deactivate(m_wifi, reason);
+    QCOMPARE(told(1), QStringList {disconnected(HouseBssid)});
+    m_manager->finishScan(m_wifi);
+    QVERIFY(told(2).constLast().contains(QStringLiteral("scan_results=")));
+    QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), isWanted ? 1 : 0);
+    // Nor does the manager join anything by itself.
+    QCOMPARE(autoconnects(), QList<bool>());
+    QCOMPARE(request("wnet_select", "1"), QStringLiteral("ok"));
+    QCOMPARE(join(isWanted ? 2 : 1).pathAt(2), m_guest);
+}
+
+void ManagedRadioFaultsTest::leftByHandWhileJoining()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_manager->setState(m_wifi, 50);
+    m_manager->deactivate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
+    QCOMPARE(told(1), QStringList {wrongKey(0)});
+    m_manager->finishScan(m_wifi);
+    told(2);
+    QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 1);
+    QCOMPARE(autoconnects(), QList<bool> {false});
+}
+
+void ManagedRadioFaultsTest::othersNetworkIsLeftByHand()
+{
+    becomeConnected();
+    joinAsTheUser("Guest", m_guest);
+    toldUntil(connected("0a:00:00:00:00:03", -1, "Guest", "NONE", "NONE"));
+    m_manager->deactivate(m_wifi);
+    const int before = toldUntil(disconnected("0a:00:00:00:00:03")).size();
+    m_manager->finishScan(m_wifi);
+    QVERIFY(told(before + 1).constLast().contains(QStringLiteral("scan_results=")));
+    QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);
 }
 
 QTEST_GUILESS_MAIN(ManagedRadioFaultsTest)

@@ -24,6 +24,7 @@ private Q_SLOTS:
     void networkOutOfSight();
     void wrongPasskey();
     void oneFailureIsNoWrongPasskey();
+    void failureOfTheFormerNetwork();
     void wrongPasskeyBeforeTheAssociation();
     void wrongPasskeyThatTheSupplicantTells();
     void outOfRange();
@@ -194,6 +195,24 @@ void ManagedRadioJoiningTest::oneFailureIsNoWrongPasskey()
     join(4);
     m_manager->activate(m_wifi);
     QCOMPARE(told(4).at(3), connected(HouseBssid, 0));
+}
+
+/*! It is heard after the manager has been asked to join another one, and says nothing of that. */
+void ManagedRadioJoiningTest::failureOfTheFormerNetwork()
+{
+    const QString office = addAccessPoint("Office", 5, FakeManager::Wpa2);
+    joinHouse();
+    m_manager->hold(QStringLiteral("AddAndActivateConnection2"));
+    Connect connect(connectTo("Office", Passkey));
+    join(2);
+    m_manager->fail(m_wifi, 53);
+    m_manager->release(QStringLiteral("AddAndActivateConnection2"));
+    refusePasskey();
+    // That it is not in sight would have to be seen first.
+    QCOMPARE(join(3).pathAt(2), office);
+    QCOMPARE(m_manager->calls(QStringLiteral("RequestScan")).size(), 0);
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
 }
 
 /*! With WPA3 the manager says that it has not found the network. */

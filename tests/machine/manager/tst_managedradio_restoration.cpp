@@ -31,6 +31,7 @@ private Q_SLOTS:
     void waitsForNoAddressesWhereNoneWere();
     void forgetsWhatIsGone();
     void keepsWhatAManagerThatHasEndedCannotGiveBack();
+    void givesNetworkBackAfterAWrongPasskey();
 
 private:
     /*! The manager does on its own what it is asked for. */
@@ -362,6 +363,21 @@ void ManagedRadioRestorationTest::keepsWhatAManagerThatHasEndedCannotGiveBack()
     QVERIFY(joinsByItself());
     QCOMPARE(profileInUse(), own);
     QVERIFY(!QFile::exists(notes()));
+}
+
+/*! It is the session that has left the other one. */
+void ManagedRadioRestorationTest::givesNetworkBackAfterAWrongPasskey()
+{
+    const QString own = joinOwn();
+    start();
+    Connect connect(connectTo("House", Passkey));
+    for (int attempt = 1; attempt <= 2; ++attempt) {
+        join(attempt);
+        m_manager->setStates(m_wifi, {{50, 0}, {60, 8}});
+    }
+    QCOMPARE(connect.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QCOMPARE(profileInUse(), own);
 }
 
 QTEST_GUILESS_MAIN(ManagedRadioRestorationTest)

@@ -4,6 +4,7 @@
 #include "eventlog.h"
 #include "managerclient.h"
 #include "managerrefusal.h"
+#include "restoration.h"
 #include "stationprofile.h"
 #include "wifitext.h"
 
@@ -27,8 +28,12 @@ void ignore(GObject *, GAsyncResult *, void *) { }
 
 } // namespace
 
-JoinAttempt::Failure JoinAttempt::failureOf(NMDeviceStateReason reason)
+JoinAttempt::Failure JoinAttempt::failureOf(NMDeviceState state, NMDeviceStateReason reason)
 {
+    if (state == NM_DEVICE_STATE_DEACTIVATING && reason == NM_DEVICE_STATE_REASON_USER_REQUESTED)
+        return Left;
+    if (state != NM_DEVICE_STATE_FAILED)
+        return Ended;
     switch (reason) {
     case NM_DEVICE_STATE_REASON_NO_SECRETS:
     case NM_DEVICE_STATE_REASON_SUPPLICANT_DISCONNECT:
@@ -43,9 +48,10 @@ JoinAttempt::Failure JoinAttempt::failureOf(NMDeviceStateReason reason)
     }
 }
 
-JoinAttempt::JoinAttempt(ManagerClient *client, GRef<NMConnection> profile, QObject *parent)
+JoinAttempt::JoinAttempt(ManagerClient *client, Restoration *restoration, GRef<NMConnection> profile, QObject *parent)
     : QObject(parent),
       m_client(client),
+      m_restoration(restoration),
       m_profile(std::move(profile))
 {
     connect(client, &ManagerClient::stateChanged, this, &JoinAttempt::onState);
@@ -68,7 +74,7 @@ void JoinAttempt::start(const char *accessPoint, bool kept)
 
 bool JoinAttempt::isAt(NMDevice *device) const
 {
-    return m_active && nm_device_get_active_connection(device) == m_active.get();
+    return m_active && device && nm_device_get_active_connection(device) == m_active.get();
 }
 
 void JoinAttempt::onAnswer(NMActiveConnection *active, const GError *error)
@@ -99,8 +105,11 @@ void JoinAttempt::onState(NMDevice *device, NMDeviceState now, NMDeviceState, NM
 {
     if (device != NM_DEVICE(m_client->radio()))
         return;
-    if (now == NM_DEVICE_STATE_FAILED && m_failure == Ended)
-        m_failure = failureOf(reason);
+    // What came before is of the radio's former connection.
+    if (now == NM_DEVICE_STATE_PREPARE && !m_active)
+        m_failure = Ended;
+    if (m_failure == Ended)
+        m_failure = failureOf(now, reason);
     // With the passkey given it is asked for without a reason, on the way. Asked again, it was wrong; then the manager
     // would wait for somebody who types in another one.
     if (now == NM_DEVICE_STATE_NEED_AUTH && reason != NM_DEVICE_STATE_REASON_NONE)
@@ -132,8 +141,11 @@ void JoinAttempt::abandon()
 
 void JoinAttempt::leave()
 {
-    if (m_active && !m_hasFailed && m_client->isRunning())
+    if (m_active && !m_hasFailed && m_client->isRunning()) {
+        if (isAt(NM_DEVICE(m_client->radio())))
+            m_restoration->disconnects(NM_DEVICE(m_client->radio()));
         nm_client_deactivate_connection_async(m_client->get(), m_active.get(), nullptr, ignore, nullptr);
+    }
     if (m_isAbandoned)
         deleteLater();
 }

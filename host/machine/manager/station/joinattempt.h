@@ -11,6 +11,7 @@ namespace morvek {
 
 class EventLog;
 class ManagerClient;
+class Restoration;
 
 /*!
  * One attempt to join a network, and the connection that comes of it, until that ends. The manager does not try again
@@ -24,13 +25,14 @@ public:
     enum Failure {
         NotLetIn, //!< the handshake has failed
         NotFound, //!< nobody has answered, or let the station associate
-        Ended,    //!< something else: it was left, or the radio is gone
+        Left,     //!< somebody has disconnected the radio by hand
+        Ended,    //!< something else: the radio is gone, or in another network
     };
 
-    /*! What a device's failure of this reason says about the attempt. */
-    static Failure failureOf(NMDeviceStateReason reason);
+    /*! What a device that comes into this state says about the attempt. */
+    static Failure failureOf(NMDeviceState state, NMDeviceStateReason reason);
 
-    JoinAttempt(ManagerClient *client, GRef<NMConnection> profile, QObject *parent);
+    JoinAttempt(ManagerClient *client, Restoration *restoration, GRef<NMConnection> profile, QObject *parent);
     ~JoinAttempt() override;
 
     /*!
@@ -68,6 +70,7 @@ private:
     void removeFormer(NMRemoteConnection *stored);
 
     ManagerClient *m_client;
+    Restoration *m_restoration;
     GRef<NMConnection> m_profile;
     GRef<NMActiveConnection> m_active; // none before the answer
     SignalConnection m_activeState;

@@ -61,6 +61,10 @@ WantedNetwork::WantedNetwork(ManagerClient *client, RadioScan *scan, Restoration
         if (!isRunning && m_answer && !m_wish.attempt)
             refuse(managerGone());
     });
+    connect(client, &ManagerClient::stateChanged, this,
+            [this](NMDevice *device, NMDeviceState now, NMDeviceState, NMDeviceStateReason reason) {
+                onStateChanged(device, now, reason);
+            });
     connect(scan->supplicant(), &SupplicantWatch::refused, this, &WantedNetwork::onPasskeyRefused);
 }
 
@@ -246,7 +250,7 @@ void WantedNetwork::join()
     if (!m_remembers)
         m_restoration->activates(NM_DEVICE(m_client->radio()),
                                  QString::fromUtf8(nm_connection_get_uuid(profile.get())));
-    auto *attempt = new JoinAttempt(m_client, std::move(profile), this);
+    auto *attempt = new JoinAttempt(m_client, m_restoration, std::move(profile), this);
     m_wish.attempt = attempt;
     connect(attempt, &JoinAttempt::answered, this,
             [this, attempt](const Refusal &refusal) { onAnswered(attempt, refusal); });
@@ -290,6 +294,8 @@ void WantedNetwork::onFailed(JoinAttempt *attempt, JoinAttempt::Failure failure)
         countFailure();
     else if (failure == JoinAttempt::NotFound && hasPasskey && !attempt->isJoined())
         await(Verifying);
+    else if (failure == JoinAttempt::Left)
+        endWish(m_isPending);
     else if (failure == JoinAttempt::Ended)
         await(isUsable() ? Waiting : Blocked);
     else
@@ -302,6 +308,14 @@ void WantedNetwork::onPasskeyRefused()
     NMDevice *radio = NM_DEVICE(m_client->radio());
     if (m_step == Joining && radio && isAt(radio) && !m_wish.attempt->isJoined() && !m_wish.network.passkey.isEmpty())
         m_wish.attempt->giveUp();
+}
+
+/*! Who disconnects the radio by hand wants it to stay so, also when it was in another network. */
+void WantedNetwork::onStateChanged(NMDevice *device, NMDeviceState now, NMDeviceStateReason reason)
+{
+    if (device == NM_DEVICE(m_client->radio()) && JoinAttempt::failureOf(now, reason) == JoinAttempt::Left
+        && !m_wish.attempt && !m_isPending && !m_isLent)
+        endWish(false);
 }
 
 void WantedNetwork::countFailure()
@@ -325,13 +339,19 @@ void WantedNetwork::tellNotFound()
 /*! Whoever wants this network again has to select it. */
 void WantedNetwork::giveUp()
 {
+    // First, so that whoever has waited for the network hears of no other one that the manager joins now.
+    endWish(true);
+    hold(false);
+}
+
+void WantedNetwork::endWish(bool isTold)
+{
     const Wish wish = std::exchange(m_wish, Wish());
     m_isPending = false;
     await(Idle);
     overtake();
-    // First, so that whoever has waited for the network hears of no other one that the manager joins now.
-    Q_EMIT notLetIn(wish.identifier, wish.network.ssid);
-    hold(false);
+    if (isTold)
+        Q_EMIT notLetIn(wish.identifier, wish.network.ssid);
 }
 
 /*! Nothing has changed. */

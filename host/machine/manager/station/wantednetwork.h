@@ -88,9 +88,11 @@ private:
     void onAnswered(JoinAttempt *attempt, const Refusal &refusal);
     void onFailed(JoinAttempt *attempt, JoinAttempt::Failure failure);
     void onPasskeyRefused();
+    void onStateChanged(NMDevice *device, NMDeviceState now, NMDeviceStateReason reason);
     void countFailure();
     void tellNotFound();
     void giveUp();
+    void endWish(bool isTold);
     void refuse(const Refusal &refusal);
     void overtake();
     void reply(const Refusal &refusal);
