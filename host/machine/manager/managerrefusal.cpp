@@ -50,7 +50,8 @@ Refusal managerGone()
 
 Refusal refusalOf(const GError *error)
 {
-    if (isGone(error))
+    // It may also have carried out what it was asked for, and have gone with that before it could be seen.
+    if (isGone(error) || isAny(error, NM_CLIENT_ERROR, {NM_CLIENT_ERROR_OBJECT_CREATION_FAILED}))
         return managerGone();
     const std::unique_ptr<GError, decltype(&g_error_free)> copy(g_error_copy(error), g_error_free);
     g_dbus_error_strip_remote_error(copy.get());

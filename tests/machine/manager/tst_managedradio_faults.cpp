@@ -57,6 +57,7 @@ void ManagedRadioFaultsTest::managerAway()
     const QString gone = QStringLiteral("10 the network manager does not run");
     QTRY_COMPARE(request("scan"), gone);
     QCOMPARE(request("wifi_power", "off"), gone);
+    QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), gone);
     QCOMPARE(request("wnet_select", "0"), gone);
     QCOMPARE(request("wnet_disableall"), gone);
     // The world stays as it was.
