@@ -34,6 +34,10 @@ private Q_SLOTS:
     void leftByHand();
     void leftByHandWhileJoining();
     void othersNetworkIsLeftByHand();
+    void othersNetworkIsLeftBeforeTheJoin();
+    void comesIntoSightMeanwhile_data();
+    void comesIntoSightMeanwhile();
+    void goneWhileLookedFor();
 
 private:
     /*! Joins House. */
@@ -219,6 +223,10 @@ void ManagedRadioFaultsTest::hiddenNetworkAfterSleep()
     QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
     const QVariantMap options = m_manager->calls(QStringLiteral("RequestScan")).first().map(0);
     QCOMPARE(qdbus_cast<QByteArrayList>(options[QStringLiteral("ssids")]), QByteArrayList {"Hidden"});
+    m_manager->finishScan(m_wifi);
+    QTRY_VERIFY(m_status->text("last_event").contains(QStringLiteral("SCAN-RESULTS")));
+    QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);
     const QString again = addAccessPoint("Hidden", 5, FakeManager::Wpa2);
     m_manager->finishScan(m_wifi);
     QCOMPARE(join().pathAt(2), again);
@@ -309,6 +317,66 @@ void ManagedRadioFaultsTest::othersNetworkIsLeftByHand()
     QVERIFY(told(before + 1).constLast().contains(QStringLiteral("scan_results=")));
     QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), QStringLiteral("ok"));
     QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);
+}
+
+/*! An application has asked for another network before. */
+void ManagedRadioFaultsTest::othersNetworkIsLeftBeforeTheJoin()
+{
+    joinAsTheUser("Guest", m_guest);
+    startDaemons();
+    Connect connect(connectTo("Far", Passkey));
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
+    m_manager->deactivate(m_wifi);
+    toldUntil(disconnected("0a:00:00:00:00:03"));
+    QVERIFY(connect.isOpen());
+    m_manager->finishScan(m_wifi);
+    QCOMPARE(join().pathAt(2), QStringLiteral("/"));
+}
+
+void ManagedRadioFaultsTest::comesIntoSightMeanwhile_data()
+{
+    QTest::addColumn<bool>("isAsleep");
+    QTest::newRow("while the machine sleeps") << true;
+    QTest::newRow("while the manager is away") << false;
+}
+
+/*! It is joined at once, not after the next scan. */
+void ManagedRadioFaultsTest::comesIntoSightMeanwhile()
+{
+    QFETCH(const bool, isAsleep);
+    becomeConnected();
+    m_manager->removeAccessPoint(m_house);
+    fail(53);
+    QCOMPARE(told(1), QStringList {disconnected(HouseBssid, 4)});
+    if (isAsleep)
+        m_manager->setState(m_wifi, 10, 37);
+    else
+        m_manager->stop();
+    QTRY_VERIFY(request("scan") != QLatin1String("ok"));
+    m_house = addAccessPoint("House", 2, FakeManager::Wpa2);
+    if (isAsleep)
+        m_manager->setStates(m_wifi, {{20, 0}, {30, 0}});
+    else
+        QVERIFY(m_manager->start());
+    // The next scan would come after 20 s.
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("AddAndActivateConnection2"), 1, 10000));
+    QCOMPARE(join().pathAt(2), m_house);
+}
+
+void ManagedRadioFaultsTest::goneWhileLookedFor()
+{
+    const QString scan = QStringLiteral("RequestScan");
+    startDaemons();
+    Connect connect(connectTo("Far", Passkey));
+    QVERIFY(m_manager->waitForCalls(scan));
+    m_manager->setState(m_wifi, 10, 37);
+    QTRY_VERIFY(request("scan") != QLatin1String("ok"));
+    m_manager->forgetCalls();
+    m_manager->setStates(m_wifi, {{20, 0}, {30, 0}});
+    QVERIFY(m_manager->waitForCalls(scan, 1, 10000));
+    m_manager->finishScan(m_wifi);
+    QCOMPARE(join().pathAt(2), QStringLiteral("/"));
+    QVERIFY(connect.isOpen());
 }
 
 QTEST_GUILESS_MAIN(ManagedRadioFaultsTest)

@@ -36,8 +36,12 @@ private Q_SLOTS:
     void otherNetworkCompletesNothing();
     void refusal();
     void leaves();
+    void leavingIsRefused_data();
+    void leavingIsRefused();
     void leavesWhileJoining();
     void selectsAnother();
+    void selectsAnotherWhileJoining();
+    void failsAgainForAnotherRequest();
     void isOvertaken_data();
     void isOvertaken();
     void passkeyStaysSecret();
@@ -207,7 +211,8 @@ void ManagedRadioJoiningTest::failureOfTheFormerNetwork()
     join(2);
     m_manager->fail(m_wifi, 53);
     m_manager->release(QStringLiteral("AddAndActivateConnection2"));
-    refusePasskey();
+    m_manager->setState(m_wifi, 50);
+    fail(7);
     // That it is not in sight would have to be seen first.
     QCOMPARE(join(3).pathAt(2), office);
     QCOMPARE(m_manager->calls(QStringLiteral("RequestScan")).size(), 0);
@@ -414,6 +419,24 @@ void ManagedRadioJoiningTest::leaves()
     QCOMPARE(m_manager->calls(QStringLiteral("Disconnect")).size(), 1);
 }
 
+void ManagedRadioJoiningTest::leavingIsRefused_data()
+{
+    QTest::addColumn<QString>("error");
+    QTest::addColumn<QString>("outcome");
+    QTest::newRow("it has ended by itself") << QStringLiteral("NotActive") << QStringLiteral("ok");
+    QTest::newRow("it is not to be left") << QStringLiteral("NotAllowed") << QStringLiteral("13 no");
+}
+
+void ManagedRadioJoiningTest::leavingIsRefused()
+{
+    QFETCH(const QString, error);
+    joinAsTheUser("Guest", m_guest);
+    startDaemons();
+    m_manager->refuse(QStringLiteral("Disconnect"), QStringLiteral("org.freedesktop.NetworkManager.Device.") + error,
+                      QStringLiteral("no"));
+    QTEST(request("wnet_disableall"), "outcome");
+}
+
 void ManagedRadioJoiningTest::leavesWhileJoining()
 {
     startDaemons();
@@ -448,6 +471,38 @@ void ManagedRadioJoiningTest::selectsAnother()
     told(4);
     finishScan();
     QCOMPARE(join(3).pathAt(2), m_guest);
+}
+
+/*! The radio has to be free first. */
+void ManagedRadioJoiningTest::selectsAnotherWhileJoining()
+{
+    startDaemons();
+    Connect first(connectTo("House", Passkey));
+    join();
+    m_manager->setState(m_wifi, 50);
+    QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), QStringLiteral("ok"));
+    QCOMPARE(request("wnet_select", "1"), QStringLiteral("ok"));
+    QCOMPARE(join(2).pathAt(2), m_guest);
+    QCOMPARE(m_manager->calls(QStringLiteral("DeactivateConnection")).size(), 1);
+}
+
+/*! What has failed before it was asked for does not count. */
+void ManagedRadioJoiningTest::failsAgainForAnotherRequest()
+{
+    startDaemons();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    refusePasskey();
+    join(2);
+    QCOMPARE(request("wnet_new", "{'ssid':'House','key_mgmt':'WPA-PSK','psk':'another passkey'}"),
+             QStringLiteral("ok"));
+    QCOMPARE(request("wnet_select", "1"), QStringLiteral("ok"));
+    join(3);
+    refusePasskey();
+    join(4);
+    QCOMPARE(m_status->lines(), QStringList());
+    refusePasskey();
+    QCOMPARE(told(1), QStringList {wrongKey(1)});
 }
 
 void ManagedRadioJoiningTest::isOvertaken_data()

@@ -69,6 +69,8 @@ void ManagedRadioPatienceTest::radioThatDoesNotGetReady()
     // In time it is joined.
     Connect next(connectTo("House", Passkey));
     QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), QStringLiteral("ok"));
+    m_manager->finishScan(m_wifi);
+    QVERIFY(told(1).constLast().contains(QStringLiteral("scan_results=")));
     QVERIFY(next.isOpen());
     m_manager->setState(m_wifi, 30);
     QCOMPARE(join().pathAt(2), m_house);

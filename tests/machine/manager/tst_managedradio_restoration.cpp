@@ -32,6 +32,7 @@ private Q_SLOTS:
     void forgetsWhatIsGone();
     void keepsWhatAManagerThatHasEndedCannotGiveBack();
     void givesNetworkBackAfterAWrongPasskey();
+    void keepsNetworkWhenAsked();
 
 private:
     /*! The manager does on its own what it is asked for. */
@@ -378,6 +379,20 @@ void ManagedRadioRestorationTest::givesNetworkBackAfterAWrongPasskey()
     QCOMPARE(connect.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
     QCOMPARE(m_daemon->process().terminate(), 0);
     QCOMPARE(profileInUse(), own);
+}
+
+void ManagedRadioRestorationTest::keepsNetworkWhenAsked()
+{
+    const QString own = joinOwn();
+    start({QStringLiteral("--remember")});
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_manager->activate(m_wifi);
+    QCOMPARE(connect.outcome(), QStringLiteral("ok"));
+    const QString kept = profileInUse();
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QCOMPARE(profileInUse(), kept);
+    QVERIFY(kept != own);
 }
 
 QTEST_GUILESS_MAIN(ManagedRadioRestorationTest)

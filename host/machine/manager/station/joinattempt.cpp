@@ -106,7 +106,7 @@ void JoinAttempt::onState(NMDevice *device, NMDeviceState now, NMDeviceState, NM
     if (device != NM_DEVICE(m_client->radio()))
         return;
     // What came before is of the radio's former connection.
-    if (now == NM_DEVICE_STATE_PREPARE && !m_active)
+    if (now == NM_DEVICE_STATE_PREPARE)
         m_failure = Ended;
     if (m_failure == Ended)
         m_failure = failureOf(now, reason);

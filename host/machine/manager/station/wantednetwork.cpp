@@ -201,7 +201,7 @@ void WantedNetwork::await(Step step)
     if (step == Looking || step == Verifying) {
         m_scan->request(m_wish.network.ssid);
         m_patience.start(LongestScan);
-    } else if (step == Blocked && m_answer) {
+    } else if (step == Blocked) {
         m_patience.start(LongestStart);
     } else if (step == Waiting) {
         m_patience.start(ScanInterval);
