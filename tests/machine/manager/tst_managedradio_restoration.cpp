@@ -19,6 +19,7 @@ class ManagedRadioRestorationTest : public ManagedRadioCase
 private Q_SLOTS:
     void givesPowerBack_data();
     void givesPowerBack();
+    void givesPowerBackWithoutTheMachinesSwitch();
     void switchesOffAgain();
     void keepsPowerWhenAsked();
     void staysOutWhenAsked();
@@ -182,6 +183,24 @@ void ManagedRadioRestorationTest::givesPowerBack()
     QCOMPARE(m_daemon->process().terminate(), 0);
     QVERIFY(isOn());
     QCOMPARE(profileInUse(), own);
+    QVERIFY(!QFile::exists(notes()));
+}
+
+/*! The network of before cannot be joined until somebody turns that: it is not waited for. */
+void ManagedRadioRestorationTest::givesPowerBackWithoutTheMachinesSwitch()
+{
+    joinOwn();
+    start();
+    QCOMPARE(request("wifi_power", "off"), QStringLiteral("ok"));
+    QTRY_VERIFY(!m_service->connected());
+    m_manager->change(FakeManager::managerPath(), {{QStringLiteral("WirelessHardwareEnabled"), false}});
+    m_manager->setAnswer(QStringLiteral("Set"), [this](const BusCall &call) {
+        m_manager->change(call.path, {{call.text(1), call.arguments.at(2)}});
+        return BusAnswer();
+    });
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QVERIFY(isOn());
+    QVERIFY(!m_daemon->process().errors().contains("not everything is as it was yet"));
     QVERIFY(!QFile::exists(notes()));
 }
 

@@ -108,7 +108,8 @@ DeviceRestoration::Progress DeviceRestoration::giveConnectionBack(NMDevice *devi
     NMRemoteConnection *former =
         nm_client_get_connection_by_uuid(m_client->get(), m_notes.connection->toUtf8().constData());
     const bool mayActivate = state >= NM_DEVICE_STATE_DISCONNECTED;
-    if (former && !mayActivate && m_waitsForRadio)
+    // One that is switched off at the machine is not waited for.
+    if (former && !mayActivate && m_waitsForRadio && nm_client_wireless_hardware_get_enabled(m_client->get()))
         return Progress::Waits;
     if (m_hasAsked) // the answer is that it cannot be, or what has ended goes in a moment
         return former || present.isEmpty() ? Progress::Done : Progress::Waits;
