@@ -167,7 +167,6 @@ QStringList DeviceAttributes::routed(const QVector<NMDevice *> &devices)
         for (const Way &way : qAsConst(ways))
             names += way.second;
     }
-    names.removeDuplicates();
     return names;
 }
 

@@ -24,7 +24,7 @@ bool isActive(NMDevice *device);
 /*! Everything that the manager knows of \a device. */
 Attributes read(NMDevice *device);
 
-/*! The names of those of \a devices that default routes lead to: IPv4 by metric, then IPv6 by metric. */
+/*! The names of those of \a devices that default routes lead to: IPv4 by metric, then IPv6; with both, twice. */
 QStringList routed(const QVector<NMDevice *> &devices);
 
 } // namespace DeviceAttributes

@@ -265,7 +265,7 @@ void ManagedInterfaces::await(const QString &name, const NetworkingRequest &requ
             if (m_stations[name].step == step && m_stations[name].isAwaited)
                 tellRelease(name);
         });
-    } else if (!request.settings.manual && dhcpTimeout > 0) {
+    } else if (dhcpTimeout > 0) {
         QTimer::singleShot(std::chrono::seconds(dhcpTimeout), this, [this, name, step] { tellNoLease(name, step); });
     }
     synchronise();
@@ -320,7 +320,7 @@ void ManagedInterfaces::onStateChanged(NMDevice *device, NMDeviceState now, NMDe
     // Somebody has disconnected what was connected for the request only.
     if (station.isMade && now == NM_DEVICE_STATE_DEACTIVATING && reason == NM_DEVICE_STATE_REASON_USER_REQUESTED)
         station.hasWish = false;
-    if (now == NM_DEVICE_STATE_FAILED && reason == NM_DEVICE_STATE_REASON_IP_CONFIG_UNAVAILABLE)
+    if (reason == NM_DEVICE_STATE_REASON_IP_CONFIG_UNAVAILABLE)
         tellNoLease(name, station.step);
     // What the end of an earlier connection leads to is no end of this one.
     const bool isQueued = before == NM_DEVICE_STATE_DEACTIVATING && now == NM_DEVICE_STATE_DISCONNECTED;
