@@ -150,6 +150,11 @@ void ManagedMachine::setGrown(const std::function<void()> &grown)
 
 void ManagedMachine::giveBack(const std::function<void()> &done)
 {
+    // They would go on with what applications have asked for.
+    m_parts->client.disconnect(&m_parts->client);
+    m_parts->hotspot.reset();
+    m_parts->radio.reset();
+    m_parts->interfaces.reset();
     m_parts->restoration.giveBack(done);
 }
 

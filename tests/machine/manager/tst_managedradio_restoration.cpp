@@ -26,6 +26,8 @@ private Q_SLOTS:
     void leavesPowerThatTheUserHasSwitched();
     void givesNetworkBack_data();
     void givesNetworkBack();
+    void joinsByItselfBeforeTheNetworkIsBack();
+    void asksForNothingElseWhileItGivesBack();
     void keepsWhatIsRefused_data();
     void keepsWhatIsRefused();
     void keepsSettingsThatAreRefused();
@@ -279,6 +281,41 @@ void ManagedRadioRestorationTest::givesNetworkBack()
     QCOMPARE(profileInUse(), own);
     QVERIFY(joinsByItself());
     QVERIFY(!QFile::exists(notes()));
+}
+
+/*! Out of range, the network of before takes longer than anybody waits. */
+void ManagedRadioRestorationTest::joinsByItselfBeforeTheNetworkIsBack()
+{
+    const QString own = joinOwn();
+    start();
+    joinHouse();
+    m_manager->setAnswer(QStringLiteral("ActivateConnection"), [this](const BusCall &call) {
+        const QString active = m_manager->beginActivation(call.pathAt(1), call.pathAt(0));
+        return BusAnswer {{QVariant::fromValue(QDBusObjectPath(active))}, {}, {}};
+    });
+    m_manager->setAnswer(QStringLiteral("Set"), [this](const BusCall &call) {
+        m_manager->change(call.path, {{call.text(1), call.arguments.at(2).toBool()}});
+        m_manager->activate(m_wifi);
+        return BusAnswer();
+    });
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QVERIFY(joinsByItself());
+    QCOMPARE(profileInUse(), own);
+    QVERIFY(!QFile::exists(notes()));
+}
+
+/*! What was selected is in sight again as soon as the radio is on. */
+void ManagedRadioRestorationTest::asksForNothingElseWhileItGivesBack()
+{
+    const QString own = joinOwn();
+    start();
+    joinHouse();
+    QCOMPARE(request("wifi_power", "off"), QStringLiteral("ok"));
+    QTRY_VERIFY(!m_service->connected());
+    m_manager->forgetCalls();
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QCOMPARE(m_manager->calls(QStringLiteral("AddAndActivateConnection2")).size(), 0);
+    QCOMPARE(profileInUse(), own);
 }
 
 void ManagedRadioRestorationTest::keepsWhatIsRefused_data()

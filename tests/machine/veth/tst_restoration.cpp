@@ -62,6 +62,7 @@ private Q_SLOTS:
     void leavesWhatTheUserHasDisconnected();
     void leavesProfilesThatTheUserHasEdited();
     void remembersWhenAsked();
+    void remembersConnections();
     void secondSignalEndsAtOnce();
     void touchesOnlyWhatIsNamed();
     void leavesWhatAnotherOneServes();
@@ -299,6 +300,22 @@ void RestorationTest::remembersWhenAsked()
     QVERIFY(!QFile::exists(notes()));
     QCOMPARE(m_process->terminate(), 0);
     QCOMPARE(machine(), kept);
+}
+
+/*! Of a profile, and, without one, of the session's own. */
+void RestorationTest::remembersConnections()
+{
+    shell("nmcli device disconnect vt0");
+    QVERIFY(start({QStringLiteral("--remember")}));
+    QCOMPARE(connectManually(), QStringLiteral("ok"));
+    QVERIFY(hasAddress("10.9.0.77"));
+    QCOMPARE(connectOther(), QStringLiteral("ok"));
+    QTRY_VERIFY_WITH_TIMEOUT(shell("ip -4 -brief address show dev vt1").contains("10.9.1.1"), Patience);
+    const QByteArray kept = machine();
+    QVERIFY(!QFile::exists(notes()));
+    QCOMPARE(m_process->terminate(), 0);
+    QCOMPARE(machine(), kept);
+    shell("nmcli device disconnect vt1");
 }
 
 /*! Without an answer of the DHCP server the first waits for its limit. */

@@ -99,12 +99,13 @@ GRef<NMConnection> Ipv4Settings::made(NMDevice *device, const NetworkingRequest 
     return applied(connection.get(), copyOf(connection.get()).get(), request);
 }
 
-GVariant *Ipv4Settings::volatileOptions()
+GVariant *Ipv4Settings::volatileOptions(bool bound)
 {
     GVariantDict options;
     g_variant_dict_init(&options, nullptr);
     g_variant_dict_insert(&options, "persist", "s", "volatile");
-    g_variant_dict_insert(&options, "bind-activation", "s", "dbus-client");
+    if (bound)
+        g_variant_dict_insert(&options, "bind-activation", "s", "dbus-client");
     return g_variant_dict_end(&options);
 }
 

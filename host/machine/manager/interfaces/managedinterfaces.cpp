@@ -194,7 +194,8 @@ void ManagedInterfaces::activate(const QString &name, NMDevice *device)
             || nm_active_connection_get_state(connection.get()) >= NM_ACTIVE_CONNECTION_STATE_DEACTIVATING;
         followActivation(name, activated, isOver, nm_device_get_state_reason(activated));
     };
-    m_restoration->activates(device, QString::fromUtf8(nm_connection_get_uuid(NM_CONNECTION(profile))));
+    if (!m_restoration->remembers())
+        m_restoration->activates(device, QString::fromUtf8(nm_connection_get_uuid(NM_CONNECTION(profile))));
     nm_client_activate_connection_async(m_client->get(), NM_CONNECTION(profile), device, nullptr, nullptr,
                                         &AsyncCall::ready, AsyncCall::make(this, call));
 }
@@ -227,10 +228,11 @@ void ManagedInterfaces::make(const QString &name, NMDevice *device)
         station.isMade = true;
         finish(name, {}, made.get());
     };
-    m_restoration->activates(device, QString::fromUtf8(nm_connection_get_uuid(made.get())));
+    if (!m_restoration->remembers())
+        m_restoration->activates(device, QString::fromUtf8(nm_connection_get_uuid(made.get())));
     nm_client_add_and_activate_connection2(m_client->get(), made.get(), device, nullptr,
-                                           Ipv4Settings::volatileOptions(), nullptr, &AsyncCall::ready,
-                                           AsyncCall::make(this, call));
+                                           Ipv4Settings::volatileOptions(!m_restoration->remembers()), nullptr,
+                                           &AsyncCall::ready, AsyncCall::make(this, call));
 }
 
 void ManagedInterfaces::finish(const QString &name, const Refusal &refusal, NMConnection *applied)
@@ -244,11 +246,14 @@ void ManagedInterfaces::finish(const QString &name, const Refusal &refusal, NMCo
     else if (refusal)
         m_log->trouble(QStringLiteral("\"%1\" does not get again what it was given: %2").arg(name, refusal.text));
     if (!refusal) {
-        station.hasWish = true;
+        // A network is joined with what it says, whatever was asked for before.
+        station.hasWish = applied || !NM_IS_DEVICE_WIFI(m_client->device(name));
         station.isLost = applied == nullptr;
         if (!applied)
             station.uuid.clear();
         await(name, order.request, applied ? Ipv4Settings::dhcpTimeout(applied) : 0);
+    } else if (order.request.kind == NetworkingRequest::Connect && station.uuid.isEmpty()) {
+        station.hasWish = false; // it was disconnected to be connected anew
     }
     if (!station.orders.isEmpty())
         begin(name);

@@ -64,7 +64,7 @@ void DeviceRestoration::goOn()
     else if (device
              && !(isDone(&DeviceNotes::connection, &DeviceRestoration::giveConnectionBack)
                   && isDone(&DeviceNotes::ipv4, &DeviceRestoration::giveSettingsBack)
-                  && isDone(&DeviceNotes::autoconnect, &DeviceRestoration::giveAutoconnectBack)))
+                  && isDone(&DeviceNotes::autoconnect, &DeviceRestoration::giveAutoconnectBack) && !isActivating()))
         return;
     else if (!device && m_client->isRunning())
         m_left = DeviceNotes(); // one that is gone takes with it what was changed
@@ -95,15 +95,14 @@ void DeviceRestoration::tellLeft(const QString &reason)
 DeviceRestoration::Progress DeviceRestoration::giveConnectionBack(NMDevice *device)
 {
     if (m_active)
-        return nm_active_connection_get_state(m_active.get()) == NM_ACTIVE_CONNECTION_STATE_ACTIVATING ? Progress::Waits
-                                                                                                       : Progress::Done;
+        return Progress::Done;
     const QString present = ManagerClient::profileOf(device);
     const NMDeviceState state = nm_device_get_state(device);
     if (present.isEmpty() && state > NM_DEVICE_STATE_DISCONNECTED && state <= NM_DEVICE_STATE_ACTIVATED)
         return Progress::Waits; // with what it is connected, is known in a moment
     if (!m_notes.isOurs(present) || present == *m_notes.connection) {
         m_active = refTo(nm_device_get_active_connection(device));
-        return m_active ? giveConnectionBack(device) : Progress::Done;
+        return Progress::Done;
     }
     NMRemoteConnection *former =
         nm_client_get_connection_by_uuid(m_client->get(), m_notes.connection->toUtf8().constData());
@@ -121,6 +120,12 @@ DeviceRestoration::Progress DeviceRestoration::giveConnectionBack(NMDevice *devi
         return Progress::Done;
     deactivate(device);
     return Progress::Waits;
+}
+
+/*! Out of range, that takes longer than anybody waits: whatever else is noted has been given back by then. */
+bool DeviceRestoration::isActivating() const
+{
+    return m_active && nm_active_connection_get_state(m_active.get()) == NM_ACTIVE_CONNECTION_STATE_ACTIVATING;
 }
 
 void DeviceRestoration::activate(NMDevice *device, NMRemoteConnection *profile)

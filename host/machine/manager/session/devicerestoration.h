@@ -42,6 +42,7 @@ private:
     void answered(const GError *error);
     void tellLeft(const QString &reason);
     Progress giveConnectionBack(NMDevice *device);
+    bool isActivating() const;
     void activate(NMDevice *device, NMRemoteConnection *profile);
     void deactivate(NMDevice *device);
     Progress giveSettingsBack(NMDevice *device);

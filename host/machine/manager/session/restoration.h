@@ -27,6 +27,7 @@ public:
     Restoration(ManagerClient *client, bool remember, const EventLog *log, QObject *parent = nullptr);
     ~Restoration() override;
 
+    bool remembers() const { return m_remembers; }
     /*! Keeps the notes in \a file, and takes up those of runs that were killed. */
     void setFile(const SessionFile &file);
 
