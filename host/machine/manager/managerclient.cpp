@@ -5,6 +5,7 @@
 
 #include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QEventLoop>
+#include <QtCore/QPointer>
 #include <QtCore/QVersionNumber>
 
 #include <algorithm>
@@ -178,7 +179,24 @@ Refusal ManagerClient::refusesToTouchRadios() const
 
 void ManagerClient::setAutoconnect(NMDevice *device, bool autoconnect, QObject *context, const ErrorCall &answer)
 {
-    set(nm_object_get_path(NM_OBJECT(device)), NM_DBUS_INTERFACE_DEVICE, "Autoconnect", autoconnect, context, answer);
+    const QByteArray path = nm_object_get_path(NM_OBJECT(device));
+    Asked &asked = m_autoconnects[path];
+    asked.value = autoconnect;
+    ++asked.open;
+    const QPointer<QObject> owner(context);
+    set(path, NM_DBUS_INTERFACE_DEVICE, "Autoconnect", autoconnect, this,
+        [this, path, owner, answer](const GError *error) {
+            if (--m_autoconnects[path].open == 0)
+                m_autoconnects.remove(path);
+            if (owner)
+                answer(error);
+        });
+}
+
+bool ManagerClient::autoconnect(NMDevice *device) const
+{
+    const auto asked = m_autoconnects.find(nm_object_get_path(NM_OBJECT(device)));
+    return asked == m_autoconnects.end() ? bool(nm_device_get_autoconnect(device)) : asked->value;
 }
 
 void ManagerClient::setPower(bool on, QObject *context, const ErrorCall &answer)

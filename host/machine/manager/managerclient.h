@@ -5,6 +5,7 @@
 #include "gobject.h"
 #include "refusal.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
 #include <QtCore/QTimer>
@@ -57,7 +58,9 @@ public:
     using ErrorCall = std::function<void(const GError *error)>;
     /*! Switches off and on again what \a device does by itself. Restoration does it for whoever wants it. */
     void setAutoconnect(NMDevice *device, bool autoconnect, QObject *context, const ErrorCall &answer);
-    /*! Likewise the power of all radios. */
+    /*! Whether it does, once the manager has carried out all that it was asked for. */
+    bool autoconnect(NMDevice *device) const;
+    /*! Switches the power of all radios. */
     void setPower(bool on, QObject *context, const ErrorCall &answer);
 
     /*! The name that the kernel gives to what addresses of \a device are on. */
@@ -83,6 +86,13 @@ private:
         SignalConnection state;
     };
 
+    /*! What was asked for last, and how many answers are open. */
+    struct Asked
+    {
+        bool value = false;
+        int open = 0;
+    };
+
     bool makeClient(QString *error);
     bool isMeant(NMDevice *device) const;
     bool isShown(NMDevice *device) const;
@@ -96,7 +106,8 @@ private:
     QStringList m_only;
     QStringList m_protected;
     GRef<NMClient> m_client;
-    std::map<GObject *, Watch> m_watches; // of all objects that changed() tells of
+    QHash<QByteArray, Asked> m_autoconnects; // by the paths of devices
+    std::map<GObject *, Watch> m_watches;    // of all objects that changed() tells of
     SignalConnection m_notify;
     SignalConnection m_running;
     SignalConnection m_added;

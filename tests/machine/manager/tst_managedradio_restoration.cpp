@@ -36,6 +36,9 @@ private Q_SLOTS:
     void keepsWhatAManagerThatHasEndedCannotGiveBack();
     void givesNetworkBackAfterAWrongPasskey();
     void keepsNetworkWhenAsked();
+    void isNotAheadOfTheManager_data();
+    void isNotAheadOfTheManager();
+    void endsAheadOfTheManager();
 
 private:
     /*! The manager does on its own what it is asked for. */
@@ -110,7 +113,7 @@ void ManagedRadioRestorationTest::joinHouse()
 /*! The station is in a network of the user's, who has a passkey there, too. */
 QString ManagedRadioRestorationTest::joinOwn()
 {
-    const QString profile = m_manager->addProfile(
+    QString profile = m_manager->addProfile(
         {{QStringLiteral("connection"), {{QStringLiteral("type"), QStringLiteral("802-11-wireless")}}},
          {QStringLiteral("802-11-wireless"), {{QStringLiteral("ssid"), QByteArray("Guest")}}},
          {QStringLiteral("802-11-wireless-security"),
@@ -449,6 +452,54 @@ void ManagedRadioRestorationTest::keepsNetworkWhenAsked()
     QCOMPARE(m_daemon->process().terminate(), 0);
     QCOMPARE(profileInUse(), kept);
     QVERIFY(kept != own);
+}
+
+void ManagedRadioRestorationTest::isNotAheadOfTheManager_data()
+{
+    QTest::addColumn<bool>("isRefusedAgain");
+    QTest::addRow("when nothing is wanted any longer") << true;
+    QTest::addRow("at its end") << false;
+}
+
+/*! Asked for the switch of the device and for its opposite before it has set the one. */
+void ManagedRadioRestorationTest::isNotAheadOfTheManager()
+{
+    QFETCH(bool, isRefusedAgain);
+    start();
+    Connect connect(connectTo("House", Passkey));
+    join();
+    refusePasskey();
+    join(2);
+    QTRY_VERIFY(!joinsByItself());
+    m_manager->hold(QStringLiteral("Set"));
+    refusePasskey();
+    QCOMPARE(connect.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
+    Connect again(connectTo("House", Passkey));
+    join(3);
+    m_manager->release(QStringLiteral("Set"));
+    QTRY_COMPARE(autoconnects(), (QList<bool> {false, true, false}));
+    if (isRefusedAgain) {
+        refusePasskey();
+        join(4);
+        refusePasskey();
+        QCOMPARE(again.outcome(), QStringLiteral("-1 Failed to connect to Access Point"));
+        QTRY_VERIFY(joinsByItself());
+    }
+    QCOMPARE(m_daemon->process().terminate(), 0);
+    QVERIFY(joinsByItself());
+}
+
+void ManagedRadioRestorationTest::endsAheadOfTheManager()
+{
+    start();
+    m_manager->hold(QStringLiteral("Set"));
+    Connect connect(connectTo("House", Passkey));
+    join();
+    m_daemon->process().signal(SIGTERM);
+    QTRY_COMPARE(autoconnects(), (QList<bool> {false, true}));
+    m_manager->release(QStringLiteral("Set"));
+    QCOMPARE(m_daemon->process().waitForEnd(), 0);
+    QVERIFY(joinsByItself());
 }
 
 QTEST_GUILESS_MAIN(ManagedRadioRestorationTest)

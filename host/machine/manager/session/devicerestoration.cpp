@@ -209,7 +209,7 @@ void DeviceRestoration::replaceSettings(const QByteArray &applied)
 
 DeviceRestoration::Progress DeviceRestoration::giveAutoconnectBack(NMDevice *device)
 {
-    if (m_hasAsked || bool(nm_device_get_autoconnect(device)) != m_notes.autoconnect->ours)
+    if (m_hasAsked || m_client->autoconnect(device) != m_notes.autoconnect->ours)
         return Progress::Done;
     ask();
     m_client->setAutoconnect(device, m_notes.autoconnect->former, this,

@@ -60,7 +60,7 @@ void Restoration::activates(NMDevice *device, const QString &uuid)
     notes.connects(ManagerClient::profileOf(device), uuid);
     // The manager lets it connect by itself again if only "disconnect" has forbidden it.
     if (!notes.autoconnect)
-        Changed<bool>::note(&notes.autoconnect, nm_device_get_autoconnect(device), true);
+        Changed<bool>::note(&notes.autoconnect, m_client->autoconnect(device), true);
     keep();
 }
 
@@ -74,13 +74,13 @@ void Restoration::disconnects(NMDevice *device)
     DeviceNotes &notes = m_notes.devices[interface];
     notes.connects(present, QString());
     // The manager switches it off then.
-    Changed<bool>::note(&notes.autoconnect, nm_device_get_autoconnect(device), false);
+    Changed<bool>::note(&notes.autoconnect, m_client->autoconnect(device), false);
     keep();
 }
 
 void Restoration::setAutoconnect(NMDevice *device, bool autoconnect)
 {
-    Changed<bool>::note(&m_notes.devices[ManagerClient::nameOf(device)].autoconnect, nm_device_get_autoconnect(device),
+    Changed<bool>::note(&m_notes.devices[ManagerClient::nameOf(device)].autoconnect, m_client->autoconnect(device),
                         autoconnect);
     keep();
     m_client->setAutoconnect(device, autoconnect, this, [this](const GError *error) {

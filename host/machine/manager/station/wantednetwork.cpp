@@ -392,7 +392,7 @@ void WantedNetwork::hold(bool holds)
     NMDevice *radio = NM_DEVICE(m_client->radio());
     const QByteArray path = radio ? nm_object_get_path(NM_OBJECT(radio)) : "";
     if (radio && holds && m_held != path)
-        m_joinedByItself = nm_device_get_autoconnect(radio);
+        m_joinedByItself = m_client->autoconnect(radio);
     m_held = holds ? path : QByteArray();
     if (!radio)
         return;
