@@ -3,6 +3,7 @@
 #define MORVEK_TEST_DAEMONCLIENT_H
 
 #include "hostdprocess.h"
+#include "patience.h"
 #include "zopcontrolcommand.h"
 #include "zopobject.h"
 
@@ -11,9 +12,6 @@
 
 #include <memory>
 
-/*! Milliseconds; MORVEK_PATIENCE is for where everything is slower. */
-inline const int Patience =
-    qEnvironmentVariableIsSet("MORVEK_PATIENCE") ? qEnvironmentVariableIntValue("MORVEK_PATIENCE") : 20000;
 const char Interfaces[] = "/zop/services/networking/all/interfaces";
 const char Status[] = "/zop/services/networking/all/status_public";
 const char Control[] = "/zop/services/networking/control";

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostdprocess.h"
 
-namespace {
-
-constexpr int Patience = 20000;
-
-} // namespace
+#include "patience.h"
 
 HostdProcess::~HostdProcess()
 {

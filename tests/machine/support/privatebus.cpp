@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "privatebus.h"
 
+#include "patience.h"
+
 #include <QtCore/QFile>
 
 namespace {
-
-constexpr int Patience = 20000;
 
 const char *const Configuration = R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">

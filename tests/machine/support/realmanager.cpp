@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "realmanager.h"
 
+#include "patience.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtTest/QtTest>
 
 namespace {
-
-constexpr int Patience = 20000;
 
 const char *const Configuration = R"([main]
 plugins=keyfile

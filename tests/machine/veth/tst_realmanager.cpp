@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "patience.h"
 #include "realmanager.h"
 
 #include <QtTest/QtTest>
 
 namespace {
-
-constexpr int Patience = 20000;
 
 bool waitForAddress(const char *interface, const QByteArray &prefix)
 {
