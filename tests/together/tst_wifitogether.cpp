@@ -83,7 +83,7 @@ void WifiTogetherTest::becomesReadyFromTheEventLoop()
     Scan early(service->scan());
     QCOMPARE(early.outcome(), QStringLiteral("-1 Service is not ready"));
 
-    QTRY_COMPARE(ready.count(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(ready.count(), 1, Patience);
     QCOMPARE(ready.first().first().toBool(), true);
     QVERIFY(service->ready());
     QVERIFY(service->powered());
@@ -97,9 +97,9 @@ void WifiTogetherTest::becomesReadyFromTheEventLoop()
     QCOMPARE(int(joined.ciphers()), 0x2);
     // What was so from the start is not told as a change, not even before the next one.
     service->powerOff();
-    QTRY_COMPARE(powered.count(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(powered.count(), 1, Patience);
     QCOMPARE(powered.first().first().toBool(), false);
-    QTRY_COMPARE(connected.count(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(connected.count(), 1, Patience);
     QCOMPARE(connected.first().first().toBool(), false);
 }
 
@@ -113,7 +113,7 @@ void WifiTogetherTest::switchesTheRadio()
     QVERIFY(service->powered());
     QVERIFY(powered.wait(Patience));
     QVERIFY(!service->powered());
-    QTRY_VERIFY(!service->connected());
+    QTRY_VERIFY_WITH_TIMEOUT(!service->connected(), Patience);
     QVERIFY(service->connectedAccessPoint().isEmpty());
     service->powerOff(); // already so: nothing is told
     service->powerOn();
@@ -176,7 +176,7 @@ void WifiTogetherTest::oneStoryWithTheInterfaces()
     Connect connect(service->connectAccessPoint(configOf(m_stand->air.at(m_stand->home))));
     QCOMPARE(connect.outcome(), QStringLiteral("ok"));
     QTRY_COMPARE_WITH_TIMEOUT(interfaces->preferredInterface().name(), m_stand->preferred, Patience);
-    QVERIFY(interfaces->preferredInterface().connected());
+    QTRY_VERIFY_WITH_TIMEOUT(interfaces->preferredInterface().connected(), Patience);
     QVERIFY(!interfaces->preferredInterface().configuration().ipAddresses().isEmpty());
     deleteNetworkInterfaceService(&interfaces);
 }
@@ -250,8 +250,8 @@ void WifiTogetherTest::twoApplicationsJoin()
     Connect othersConnect(second->connectAccessPoint(configOf(m_stand->air.at(m_stand->open))));
     QCOMPARE(connect.outcome(), QStringLiteral("ok"));
     QCOMPARE(othersConnect.outcome(), QStringLiteral("ok"));
+    QTRY_VERIFY_WITH_TIMEOUT(first->connected() && second->connected(), Patience);
     QTRY_COMPARE_WITH_TIMEOUT(first->connectedAccessPoint().ssid(), second->connectedAccessPoint().ssid(), Patience);
-    QVERIFY(first->connected());
     QCOMPARE(connect.success.count(), 1);
     QCOMPARE(othersConnect.success.count(), 1);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "air.h"
 
+#include "patience.h"
 #include "realmanager.h"
 
 #include <QtCore/QFile>
@@ -56,7 +57,7 @@ void Air::setServing(int radio, bool serving)
         return;
     }
     shell("kill " + process);
-    QTRY_VERIFY_WITH_TIMEOUT(!succeeds("kill -0 " + process), GuestPatience);
+    QTRY_VERIFY_WITH_TIMEOUT(!succeeds("kill -0 " + process), Patience);
 }
 
 void Air::askToRoam(int from)
@@ -110,7 +111,7 @@ void Air::joinHotspot(const QByteArray &client, const QByteArray &name, const QB
           + own + ".conf -f $BENCH/" + own + ".log");
     const QByteArray isJoined =
         "wpa_cli -p /run/supplicant-of-" + client + " -i " + interface + " status | grep -x wpa_state=COMPLETED";
-    QTRY_VERIFY_WITH_TIMEOUT(succeeds(isJoined), GuestPatience);
+    QTRY_VERIFY_WITH_TIMEOUT(succeeds(isJoined), Patience);
     shell("chmod +x $BENCH/" + own + ".address; " + inNamespace(client) + "busybox udhcpc -i "
           + interface + " -n -q -t 10 -s $BENCH/" + own + ".address");
 }
@@ -119,7 +120,7 @@ void Air::leaveHotspot(const QByteArray &client)
 {
     const QByteArray process = "$BENCH/own-" + client + ".pid";
     shell("kill $(cat " + process + ")");
-    QTRY_VERIFY_WITH_TIMEOUT(!succeeds("test -e " + process), GuestPatience);
+    QTRY_VERIFY_WITH_TIMEOUT(!succeeds("test -e " + process), Patience);
     shell(inNamespace(client) + "ip addr flush dev " + radioOf(client));
 }
 

@@ -4,9 +4,6 @@
 
 #include <QtCore/QByteArray>
 
-/*! Everything in the guest runs some ten times slower, and the manager itself waits for up to 25 s. */
-constexpr int GuestPatience = 90000;
-
 /*!
  * What is around the unit's radio in the guest, see scene.sh, and what others than the daemons see of the unit. Each
  * function waits until it is done, and fails the test when that does not happen.

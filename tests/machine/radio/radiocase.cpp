@@ -34,19 +34,6 @@ bool holdsOneOf(const QByteArrayList &secrets, const QByteArray &text)
 
 } // namespace
 
-void RadioCase::startManager()
-{
-    m_supplicant.start(QStringLiteral("wpa_supplicant"),
-                       {QStringLiteral("-u"), QStringLiteral("-t"), QStringLiteral("-f"),
-                        RealManager::folder() + QStringLiteral("/supplicant.log")});
-    QVERIFY(m_supplicant.waitForStarted());
-    shell("rm -f $BENCH/profiles/*"); // those of the program before
-    QVERIFY(m_manager.start());
-    shell("nmcli connection add type ethernet ifname up0 con-name Cable");
-    QTRY_COMPARE_WITH_TIMEOUT(Air::activeProfiles(), QByteArray("Cable"), GuestPatience);
-    QTRY_VERIFY_WITH_TIMEOUT(shell("nmcli -t -g GENERAL.STATE device show wlan0").startsWith("30"), GuestPatience);
-}
-
 void RadioCase::begin()
 {
     qputenv("KREL_VERBOSITY", "7"); // for the daemon
@@ -61,7 +48,7 @@ void RadioCase::begin()
         m_daemon->process().errors().constData());
     m_wifi.reset(newWifiService());
     m_interfaces.reset(newNetworkInterfaceService());
-    QTRY_VERIFY_WITH_TIMEOUT(m_wifi->ready() && m_interfaces->ready(), GuestPatience);
+    QTRY_VERIFY_WITH_TIMEOUT(m_wifi->ready() && m_interfaces->ready(), Patience);
 }
 
 void RadioCase::end()
@@ -88,17 +75,11 @@ QString RadioCase::join(const char *ssid, const char *passkey)
         m_wifi->connectAccessPoint(*passkey ? protectedBy(passkey, ssid) : open));
     QElapsedTimer time;
     time.start();
-    while (connect.isOpen() && !time.hasExpired(GuestPatience)) {
+    while (connect.isOpen() && !time.hasExpired(Patience)) {
         m_traces += *passkey ? placesOf({passkey}) : QByteArrayList(); // at every step of the attempt
-        QCoreApplication::processEvents();
+        QTest::qWait(50);
     }
     return connect.outcome(0);
-}
-
-RadioCase::~RadioCase()
-{
-    m_supplicant.kill();
-    m_supplicant.waitForFinished();
 }
 
 void RadioCase::cleanup()
@@ -110,8 +91,8 @@ void RadioCase::cleanup()
 void RadioCase::leave()
 {
     m_wifi->disconnectAccessPoint();
-    QTRY_VERIFY_WITH_TIMEOUT(!m_wifi->connected() && Air::associated().isEmpty(), GuestPatience);
-    QTRY_COMPARE_WITH_TIMEOUT(Air::profilesInMemory(), QByteArray(), GuestPatience);
+    QTRY_VERIFY_WITH_TIMEOUT(!m_wifi->connected() && Air::associated().isEmpty(), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(Air::profilesInMemory(), QByteArray(), Patience);
 }
 
 NetworkInterface RadioCase::radioInterface() const

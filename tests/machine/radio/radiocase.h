@@ -6,7 +6,7 @@
 #include "daemonclient.h"
 #include "networkinterface.h"
 #include "networkinterfaceservice.h"
-#include "realmanager.h"
+#include "radiomanager.h"
 #include "servicepointer.h"
 #include "wificonnectionconfig.h"
 #include "wifiservice.h"
@@ -20,17 +20,12 @@ class RadioCase : public QObject
 {
     Q_OBJECT
 
-public:
-    RadioCase() = default;
-    ~RadioCase() override;
-
 protected Q_SLOTS:
     /*! No passkey has left a trace while a network was joined. */
     void cleanup();
 
 protected:
-    /*! Starts the manager, with the user's profile Cable for the interface up0, and waits until that is connected. */
-    void startManager();
+    void startManager() { m_manager.start(); }
     /*! Starts the daemons, and waits until the services are ready. */
     void begin();
     /*! Ends the daemons in order. */
@@ -53,8 +48,7 @@ protected:
     morvek::WifiService &wifi() { return *m_wifi; }
 
 private:
-    RealManager m_manager {{QStringLiteral("wlan0"), QStringLiteral("up0")}};
-    ChildProcess m_supplicant;
+    RadioManager m_manager;
     std::unique_ptr<DaemonFixture> m_daemon;
     WifiServicePointer m_wifi;
     NetworkInterfaceServicePointer m_interfaces;
