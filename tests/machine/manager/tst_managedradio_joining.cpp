@@ -32,6 +32,7 @@ private Q_SLOTS:
     void fallbackComesAfterTheEvent();
     void othersTakeTheRadio();
     void othersTakeTheRadioBeforeTheAnswer();
+    void othersLeaveTheRadioBeforeTheAnswer();
     void roamsBeforeTheSelect();
     void otherNetworkCompletesNothing();
     void refusal();
@@ -343,6 +344,22 @@ void ManagedRadioJoiningTest::othersTakeTheRadioBeforeTheAnswer()
     joinAsTheUser("Guest", m_guest);
     QCOMPARE(select.outcome(), QStringLiteral("ok"));
     QCOMPARE(told(2), (QStringList {wrongKey(0, "Far"), connected(GuestBssid, -1, "Guest", "NONE", "NONE")}));
+}
+
+/*! They have not been let in. */
+void ManagedRadioJoiningTest::othersLeaveTheRadioBeforeTheAnswer()
+{
+    startDaemons();
+    Connect connect(connectTo("Far", Passkey));
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
+    m_manager->beginActivation(m_wifi, m_manager->addProfile({}), m_guest);
+    m_manager->setStates(m_wifi, {{50, 0}, {110, 0}});
+    QCOMPARE(request("scan"), QStringLiteral("ok"));
+    QVERIFY(told(1).constLast().contains(QStringLiteral("SCAN-STARTED")));
+    m_manager->setState(m_wifi, 30);
+    finishScan();
+    QCOMPARE(join().pathAt(2), QStringLiteral("/"));
+    QVERIFY(connect.isOpen());
 }
 
 /*! From the first of the two requests on a client takes any network for its own. */

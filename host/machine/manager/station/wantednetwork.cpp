@@ -176,8 +176,9 @@ bool WantedNetwork::isTakenByOthers() const
 {
     NMDevice *radio = NM_DEVICE(m_client->radio());
     NMActiveConnection *active = radio ? nm_device_get_active_connection(radio) : nullptr;
+    const NMDeviceState state = radio ? nm_device_get_state(radio) : NM_DEVICE_STATE_UNKNOWN;
     return active && !m_wish.attempt && m_before != nm_object_get_path(NM_OBJECT(active))
-        && nm_device_get_state(radio) >= NM_DEVICE_STATE_IP_CONFIG;
+        && state >= NM_DEVICE_STATE_IP_CONFIG && state <= NM_DEVICE_STATE_ACTIVATED;
 }
 
 bool WantedNetwork::isInSight() const
