@@ -27,6 +27,8 @@ private Q_SLOTS:
     void tellsThatNobodyAnswers();
     void waitsForAnAnswerAsTheProfileSays();
     void takesWhatComesByItself();
+    void takesNothingThatWasToBeConnectedAnew();
+    void takesNothingOfANetwork();
     void sparesNoOther();
     void sparesThePreferredForAMomentOnly();
     void leavesWhatIsSharedAlone();
@@ -439,6 +441,37 @@ void ManagedInterfacesRequestsTest::takesWhatComesByItself()
     m_manager->setIp4(m_device, {});
     QTRY_COMPARE_WITH_TIMEOUT(eth0.text("ip_addresses"), QStringLiteral("[]"), Patience);
     QCOMPARE(eth0.text("connected"), QStringLiteral("false"));
+}
+
+/*! Clients connect anew by two requests; the second one came too late. */
+void ManagedInterfacesRequestsTest::takesNothingThatWasToBeConnectedAnew()
+{
+    addProfile();
+    m_manager->setState(m_device, 20, 40);
+    QVERIFY(start());
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'eth0'").outcome(), QStringLiteral("ok"));
+    QCOMPARE(Request(m_control.get(), "net_connected", Manual).outcome(), QStringLiteral("5 \"eth0\" has no link"));
+    m_manager->beginActivation(m_device, m_profile);
+    m_manager->activate(m_device);
+    const Seen eth0(interfacePath("eth0"));
+    QTRY_COMPARE_WITH_TIMEOUT(eth0.text("connected"), QStringLiteral("true"), Patience);
+    QVERIFY(answersAnother());
+    QCOMPARE(m_manager->calls(QStringLiteral("Reapply")).size(), 0);
+}
+
+/*! That is joined with what it says, whatever was asked for before. */
+void ManagedInterfacesRequestsTest::takesNothingOfANetwork()
+{
+    const QString wifi = m_manager->addWifi(QStringLiteral("wlan0"));
+    addProfile();
+    QVERIFY(start());
+    QCOMPARE(Request(m_control.get(), "net_disconnected", "'wlan0'").outcome(), QStringLiteral("ok"));
+    m_manager->beginActivation(wifi, m_profile);
+    m_manager->activate(wifi);
+    const Seen wlan0(interfacePath("wlan0"));
+    QTRY_COMPARE_WITH_TIMEOUT(wlan0.text("connected"), QStringLiteral("true"), Patience);
+    QVERIFY(answersAnother());
+    QCOMPARE(m_manager->calls(QStringLiteral("Reapply")).size(), 0);
 }
 
 QTEST_GUILESS_MAIN(ManagedInterfacesRequestsTest)
