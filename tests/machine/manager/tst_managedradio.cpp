@@ -30,6 +30,7 @@ private Q_SLOTS:
     void tooEarlyToScan_data();
     void tooEarlyToScan();
     void whileScanning();
+    void asksOnceForTwo();
     void refusesScans();
     void whatIsNotSeen();
     void hardNames();
@@ -168,6 +169,21 @@ void ManagedRadioTest::whileScanning()
     m_manager->finishScan(m_wifi);
     QCOMPARE(scan.outcome(), QStringLiteral("ok"));
     QCOMPARE(told(1), QStringList {results({House, Guest})});
+}
+
+/*! The manager would refuse the second one as too early, and its last results are no scan's. */
+void ManagedRadioTest::asksOnceForTwo()
+{
+    startDaemons();
+    m_manager->hold(QStringLiteral("RequestScan"));
+    Scan scan(m_service->scan());
+    QVERIFY(m_manager->waitForCalls(QStringLiteral("RequestScan")));
+    QCOMPARE(request("scan"), QStringLiteral("ok"));
+    m_manager->release(QStringLiteral("RequestScan"));
+    QTRY_COMPARE(m_status->lines().size(), 1);
+    m_manager->finishScan(m_wifi);
+    QCOMPARE(scan.outcome(), QStringLiteral("ok"));
+    QCOMPARE(m_manager->calls(QStringLiteral("RequestScan")).size(), 1);
 }
 
 void ManagedRadioTest::refusesScans()

@@ -38,18 +38,18 @@ void RadioScan::ask(const AnswerCall &answer)
         answer({});
         return;
     }
+    m_asked.setRemainingTime(LongestWait);
     send(QString(), [this, answer](const GError *error) {
         const QByteArray text = error ? error->message : "";
         const bool isTooEarly = error && error->domain == NM_DEVICE_ERROR && error->code == NM_DEVICE_ERROR_NOT_ALLOWED
             && !text.contains("unavailable");
         answer({error && !isTooEarly ? refusalOf(error) : Refusal(), {}});
-        if (isTooEarly && !text.contains("already scanning")) {
+        if (!error)
+            m_world->changeStatus(Service::Wifi, {{{Wire::LastEvent, StationText::ScanStarted}}, {}});
+        else if (!isTooEarly)
+            m_asked = QDeadlineTimer();
+        else if (!text.contains("already scanning"))
             publish();
-        } else if (!error || isTooEarly) {
-            m_asked.setRemainingTime(LongestWait);
-            if (!error)
-                m_world->changeStatus(Service::Wifi, {{{Wire::LastEvent, StationText::ScanStarted}}, {}});
-        }
     });
 }
 
