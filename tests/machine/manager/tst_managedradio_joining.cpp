@@ -36,6 +36,7 @@ private Q_SLOTS:
     void roamsBeforeTheSelect();
     void otherNetworkCompletesNothing();
     void refusal();
+    void refusalAfterLeaving();
     void leaves();
     void leavingIsRefused_data();
     void leavingIsRefused();
@@ -421,6 +422,23 @@ void ManagedRadioJoiningTest::refusal()
     m_manager->allow(QStringLiteral("AddAndActivateConnection2"));
     QCOMPARE(request("wnet_select", "1"), QStringLiteral("3 no such network"));
     QCOMPARE(request("wnet_select", "00"), QStringLiteral("3 no such network"));
+}
+
+/*! What has been left is not joined by itself because of it. */
+void ManagedRadioJoiningTest::refusalAfterLeaving()
+{
+    joinAsTheUser("Guest", m_guest);
+    startDaemons();
+    QCOMPARE(request("wnet_disableall"), QStringLiteral("ok"));
+    m_manager->refuse(QStringLiteral("AddAndActivateConnection2"),
+                      QStringLiteral("org.freedesktop.NetworkManager.PermissionDenied"),
+                      QStringLiteral("Not authorized to control networking."));
+    QCOMPARE(request("wnet_new", "{'ssid':'Guest','key_mgmt':'NONE'}"), QStringLiteral("ok"));
+    QCOMPARE(request("wnet_select", "0"), QStringLiteral("9 Not authorized to control networking."));
+    // It asks for that after whatever it has asked for before.
+    QCOMPARE(request("scan"), QStringLiteral("ok"));
+    QVERIFY(!autoconnects().isEmpty());
+    QVERIFY(!autoconnects().contains(true));
 }
 
 void ManagedRadioJoiningTest::leaves()

@@ -83,6 +83,7 @@ void WantedNetwork::select(int identifier, const WifiNetwork &network, const Ans
     m_failures = 0;
     NMActiveConnection *before = nm_device_get_active_connection(NM_DEVICE(m_client->radio()));
     m_before = before ? nm_object_get_path(NM_OBJECT(before)) : "";
+    m_wasHeld = !m_held.isEmpty();
     hold(true);
     await(Blocked);
     proceed();
@@ -355,13 +356,13 @@ void WantedNetwork::endWish(bool isTold)
         Q_EMIT notLetIn(wish.identifier, wish.network.ssid);
 }
 
-/*! Nothing has changed. */
+/*! The radio stays where it is, and joins by itself if it did so before. */
 void WantedNetwork::refuse(const Refusal &refusal)
 {
     m_wish = std::exchange(m_former, Wish());
     m_isPending = false;
     await(m_wish.attempt ? Joining : Idle);
-    if (!m_wish.attempt)
+    if (!m_wish.attempt && !m_wasHeld)
         hold(false);
     reply(refusal);
 }

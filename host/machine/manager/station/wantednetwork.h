@@ -115,6 +115,7 @@ private:
     bool m_isLent = false;         // the radio, to a hotspot
     QTimer m_patience;             // ends a step that a scan should end
     QByteArray m_held;             // the radio that must not join by itself
+    bool m_wasHeld = false;        // any, when the network was selected
     bool m_joinedByItself = false; // before
 };
 
