@@ -91,6 +91,11 @@ void HotspotChoiceTest::channel_data()
     QTest::addRow("has to stay at 5 GHz") << true << bound << "a 100 ";
     QTest::addRow("has to stay at 5 GHz, 2.4 is asked for")
         << false << bound << "a 100 the radio is connected on 5500 MHz, and can be nowhere else";
+    for (const auto &edge :
+         {std::make_pair(2412U, "bg 1 "), std::make_pair(5180U, "a 36 "), std::make_pair(5825U, "a 165 ")}) {
+        bound.bound = edge.first;
+        QTest::addRow("has to stay on %u MHz", edge.first) << (edge.first > 5000) << bound << edge.second;
+    }
     bound.bound = 58320;
     QTest::addRow("has to stay elsewhere")
         << false << bound << " 0 the radio is connected on 58320 MHz, and can be nowhere else";
@@ -138,6 +143,13 @@ void HotspotChoiceTest::subnet_data()
         << QStringList {QStringLiteral("192.168.0.2/24"), QStringLiteral("10.42.0.1/24")} << "10.42.1.1/24";
     QTest::addRow("all of ten") << QStringList {QStringLiteral("192.168.0.2/24"), all} << "192.168.1.1/24";
     QTest::addRow("all but one") << QStringList {QStringLiteral("192.168.0.2/16"), all} << "172.31.0.1/24";
+    QTest::addRow("all of the first but one")
+        << QStringList {QStringLiteral("192.168.0.2/24"), QStringLiteral("10.42.0.1/17"),
+                        QStringLiteral("10.42.128.1/18"), QStringLiteral("10.42.192.1/19"),
+                        QStringLiteral("10.42.224.1/20"), QStringLiteral("10.42.240.1/21"),
+                        QStringLiteral("10.42.248.1/22"), QStringLiteral("10.42.252.1/23"),
+                        QStringLiteral("10.42.254.1/24")}
+        << "10.42.255.1/24";
     QTest::addRow("everything") << QStringList {QStringLiteral("9.9.9.9/0")} << "192.168.0.1/24";
 }
 
@@ -148,6 +160,7 @@ void HotspotChoiceTest::subnet()
     for (const QString &text : taken)
         others += ::subnet(text.toLatin1().constData());
     QTEST(HotspotSubnet::choose(::subnet("192.168.0.1/24"), others).toString(), "expected");
+    QVERIFY(::subnet("9.9.9.9/0").meets(::subnet("192.168.0.1/24")));
 }
 
 void HotspotChoiceTest::firstProfile()

@@ -25,7 +25,7 @@ bool hasLease(QFile *file)
         const QList<QByteArray> words = file->readLine().split(' '); // its end, the client's MAC address, ...
         bool isTime = false;
         const qint64 end = words.first().toLongLong(&isTime);
-        if (isTime && words.size() > 1 && (end > now || end == 0)) // 0: it has none
+        if (isTime && (end > now || end == 0)) // 0: it has none
             return true;
     }
     return false;
@@ -85,26 +85,27 @@ void HotspotInactivity::onUnreadable(const QString &reason)
     if (std::exchange(m_readsLeases, true))
         return;
     m_rest = m_time;
-    lookAtLeases();
+    waitForLook(); // the DHCP server may not have made its file yet
 }
 
 void HotspotInactivity::lookAtLeases()
 {
     QFile file(QStringLiteral("%1/dnsmasq-%2.leases").arg(m_folder, m_interface));
-    if (!file.open(QIODevice::ReadOnly)) {
-        if (!std::exchange(m_hasSaid, true))
-            m_log->trouble(
-                QStringLiteral("the hotspot does not stop by itself: neither the supplicant nor \"%1\" tells "
-                               "who has joined it")
-                    .arg(file.fileName()));
-        return;
-    }
-    if (hasLease(&file)) // a client that leaves is taken to be there until then
+    const bool isReadable = file.open(QIODevice::ReadOnly);
+    if (!isReadable && !std::exchange(m_hasSaid, true))
+        m_log->trouble(QStringLiteral("the hotspot does not stop by itself: neither the supplicant nor \"%1\" tells "
+                                      "who has joined it")
+                           .arg(file.fileName()));
+    if (!isReadable || hasLease(&file)) // a client that leaves is taken to be there until then
         m_rest = m_time;
-    if (m_rest == 0) {
+    if (m_rest == 0)
         Q_EMIT expired();
-        return;
-    }
+    else
+        waitForLook();
+}
+
+void HotspotInactivity::waitForLook()
+{
     const int interval = std::min(m_rest, LookInterval);
     m_rest -= interval;
     waitFor(interval);
@@ -121,7 +122,6 @@ void HotspotInactivity::waitFor(int milliseconds)
 
 void HotspotInactivity::onTime()
 {
-    m_isWaiting = false;
     if (m_readsLeases)
         lookAtLeases();
     else

@@ -12,7 +12,7 @@ class Pace;
 
 /*!
  * Counts the time in which nobody has joined a hotspot that runs. Who has is known from the supplicant or, where that
- * does not tell, from the addresses that the manager's DHCP server has leased. Where neither can be read, nothing is
+ * does not tell, from the addresses that the manager's DHCP server has leased. While neither can be read, nothing is
  * counted.
  */
 class HotspotInactivity : public QObject
@@ -37,6 +37,7 @@ private:
     void onCounted(int stations);
     void onUnreadable(const QString &reason);
     void lookAtLeases();
+    void waitForLook();
     void waitFor(int milliseconds);
     void onTime();
 

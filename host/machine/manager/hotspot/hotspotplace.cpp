@@ -15,8 +15,7 @@ namespace {
 
 bool isConnected(NMDeviceWifi *radio)
 {
-    const NMDeviceState state = nm_device_get_state(NM_DEVICE(radio));
-    return state > NM_DEVICE_STATE_DISCONNECTED && state <= NM_DEVICE_STATE_ACTIVATED;
+    return nm_device_get_state(NM_DEVICE(radio)) > NM_DEVICE_STATE_DISCONNECTED;
 }
 
 /*! The radios that can be access points, the best first. */

@@ -79,8 +79,6 @@ ManagedHotspot::~ManagedHotspot() = default;
 void ManagedHotspot::setProfile(const QJsonObject &profile)
 {
     m_profile = profile;
-    if (!m_wanted)
-        return;
     m_running = profile;
     if ((m_step == Starting || m_step == Up) && !isRight())
         deactivate();
@@ -94,7 +92,7 @@ void ManagedHotspot::start(const QJsonObject &profile, const AnswerCall &answer)
         answer({managerGone(), {}});
         return;
     }
-    if (m_step == Up && m_wanted) {
+    if (m_step == Up) {
         answer({});
         return;
     }
@@ -107,11 +105,10 @@ void ManagedHotspot::start(const QJsonObject &profile, const AnswerCall &answer)
 
 void ManagedHotspot::stop(const AnswerCall &answer)
 {
-    const bool wasWanted = std::exchange(m_wanted, false);
+    m_wanted = false;
     answerAll(&m_starts, {Refusal::ManagerRefused, QStringLiteral("stopped before it was up")});
-    if (!m_client->isRunning() || m_step == Down) {
-        if (wasWanted)
-            m_radio.giveBack();
+    if (m_step == Down) {
+        m_radio.giveBack();
         answer({m_client->isRunning() ? Refusal() : managerGone(), {}});
         return;
     }
@@ -207,7 +204,7 @@ void ManagedHotspot::deactivate()
     const auto onEnd = [this, attempt = m_attempt](GObject *source, GAsyncResult *result) {
         GErrorKeeper error;
         nm_client_deactivate_connection_finish(NM_CLIENT(source), result, &error);
-        if (attempt == m_attempt && error && m_step == Stopping)
+        if (error && attempt == m_attempt)
             onRefusedToStop(refusalOf(error.get()));
     };
     if (NMDeviceWifi *radio = m_radio.get())
@@ -218,13 +215,9 @@ void ManagedHotspot::deactivate()
 
 void ManagedHotspot::onRefusedToStop(const Refusal &refusal)
 {
-    look(); // it may have gone by itself
-    if (m_step != Stopping)
-        return;
     m_log->trouble(QStringLiteral("the hotspot cannot be stopped: ") + refusal.text);
     m_wanted = true;
     m_step = Starting;
-    m_network = HotspotProfile::network(m_running);
     answerAll(&m_stops, refusal);
     look();
 }
@@ -297,7 +290,7 @@ void ManagedHotspot::onManager(bool running)
 
 void ManagedHotspot::takeUpAgain()
 {
-    NMDeviceWifi *radio = m_wanted ? m_radio.get() : nullptr;
+    NMDeviceWifi *radio = m_radio.get(); // which it gives back as soon as nobody wants it
     if (radio && nm_device_get_state(NM_DEVICE(radio)) <= NM_DEVICE_STATE_ACTIVATED
         && !HotspotPlace::objection(*m_client, radio))
         begin();
