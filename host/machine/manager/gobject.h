@@ -37,6 +37,14 @@ GRef<Object> refTo(Object *object)
     return GRef<Object>(object ? static_cast<Object *>(g_object_ref(object)) : nullptr);
 }
 
+struct GVariantUnref
+{
+    void operator()(GVariant *variant) const { g_variant_unref(variant); }
+};
+
+/*! Holds a reference to one of GLib's variants. */
+using Variant = std::unique_ptr<GVariant, GVariantUnref>;
+
 /*! Takes an error from a function of GLib's. */
 class GErrorKeeper
 {

@@ -229,6 +229,16 @@ QString ManagerClient::profileOf(NMDevice *device)
     return active ? QString::fromUtf8(nm_active_connection_get_uuid(active)) : QString();
 }
 
+GVariant *ManagerClient::volatileOptions(bool bound)
+{
+    GVariantDict options;
+    g_variant_dict_init(&options, nullptr);
+    g_variant_dict_insert(&options, "persist", "s", "volatile");
+    if (bound)
+        g_variant_dict_insert(&options, "bind-activation", "s", "dbus-client");
+    return g_variant_dict_end(&options);
+}
+
 bool ManagerClient::isMeant(NMDevice *device) const
 {
     return m_only.isEmpty()

@@ -67,6 +67,8 @@ public:
     static QString nameOf(NMDevice *device);
     /*! The profile of the active connection of \a device; empty when there is none. */
     static QString profileOf(NMDevice *device);
+    /*! Has a connection that is added never stored, and, when it is \a bound, end with this process. */
+    static GVariant *volatileOptions(bool bound);
 
 Q_SIGNALS:
     /*! Something has become different: a device or its settings, addresses or connection. Once for what comes at once.

@@ -12,12 +12,6 @@ const char SupplicantPath[] = "/fi/w1/wpa_supplicant1";
 const char SupplicantInterface[] = "fi.w1.wpa_supplicant1.Interface";
 const char PropertiesInterface[] = "org.freedesktop.DBus.Properties";
 
-struct VariantUnref
-{
-    void operator()(GVariant *variant) const { g_variant_unref(variant); }
-};
-using Variant = std::unique_ptr<GVariant, VariantUnref>;
-
 } // namespace
 
 HotspotStations::HotspotStations(const QString &interface, QObject *parent)

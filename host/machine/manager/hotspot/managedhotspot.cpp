@@ -22,16 +22,6 @@ namespace {
 
 const QVersionNumber FirstWithIsolation {1, 28};
 
-/*! For this process only, and with it. */
-GVariant *boundOptions()
-{
-    GVariantBuilder options;
-    g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
-    g_variant_builder_add(&options, "{sv}", "persist", g_variant_new_string("volatile"));
-    g_variant_builder_add(&options, "{sv}", "bind-activation", g_variant_new_string("dbus-client"));
-    return g_variant_builder_end(&options);
-}
-
 QString reasonText(NMDeviceStateReason reason)
 {
     const std::unique_ptr<GEnumClass, decltype(&g_type_class_unref)> all(
@@ -177,8 +167,9 @@ void ManagedHotspot::ask(NMDeviceWifi *radio)
     };
     m_reason = NM_DEVICE_STATE_REASON_NONE;
     m_restoration->activates(NM_DEVICE(radio), QString::fromUtf8(uuid.get()));
-    nm_client_add_and_activate_connection2(m_client->get(), settings.get(), NM_DEVICE(radio), nullptr, boundOptions(),
-                                           nullptr, AsyncCall::ready, AsyncCall::make(this, onEnd));
+    nm_client_add_and_activate_connection2(m_client->get(), settings.get(), NM_DEVICE(radio), nullptr,
+                                           ManagerClient::volatileOptions(true), nullptr, AsyncCall::ready,
+                                           AsyncCall::make(this, onEnd));
 }
 
 void ManagedHotspot::onAsked(NMActiveConnection *active, const Refusal &refusal)

@@ -99,16 +99,6 @@ GRef<NMConnection> Ipv4Settings::made(NMDevice *device, const NetworkingRequest 
     return applied(connection.get(), copyOf(connection.get()).get(), request);
 }
 
-GVariant *Ipv4Settings::volatileOptions(bool bound)
-{
-    GVariantDict options;
-    g_variant_dict_init(&options, nullptr);
-    g_variant_dict_insert(&options, "persist", "s", "volatile");
-    if (bound)
-        g_variant_dict_insert(&options, "bind-activation", "s", "dbus-client");
-    return g_variant_dict_end(&options);
-}
-
 int Ipv4Settings::dhcpTimeout(NMConnection *connection)
 {
     NMSettingIPConfig *settings = nm_connection_get_setting_ip4_config(connection);

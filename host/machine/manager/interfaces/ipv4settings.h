@@ -26,9 +26,6 @@ GRef<NMConnection> applied(NMConnection *present, NMSettingIPConfig *own, const 
 /*! A connection for a wired \a device that has none, with what \a request asks for. */
 GRef<NMConnection> made(NMDevice *device, const NetworkingRequest &request);
 
-/*! Has a connection that is added never stored, and, when it is \a bound, end with this process. */
-GVariant *volatileOptions(bool bound);
-
 /*! After how many seconds the manager gives up when no DHCP server answers; -1 for never. */
 int dhcpTimeout(NMConnection *connection);
 

@@ -231,7 +231,7 @@ void ManagedInterfaces::make(const QString &name, NMDevice *device)
     if (!m_restoration->remembers())
         m_restoration->activates(device, QString::fromUtf8(nm_connection_get_uuid(made.get())));
     nm_client_add_and_activate_connection2(m_client->get(), made.get(), device, nullptr,
-                                           Ipv4Settings::volatileOptions(!m_restoration->remembers()), nullptr,
+                                           ManagerClient::volatileOptions(!m_restoration->remembers()), nullptr,
                                            &AsyncCall::ready, AsyncCall::make(this, call));
 }
 

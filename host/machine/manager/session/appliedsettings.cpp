@@ -5,12 +5,6 @@ namespace morvek {
 
 namespace {
 
-struct VariantUnref
-{
-    void operator()(GVariant *variant) const { g_variant_unref(variant); }
-};
-using Variant = std::unique_ptr<GVariant, VariantUnref>;
-
 Variant parse(const QByteArray &ipv4, GError **error)
 {
     return Variant(g_variant_parse(G_VARIANT_TYPE_VARDICT, ipv4.constData(), nullptr, nullptr, error));

@@ -14,16 +14,6 @@ namespace morvek {
 
 namespace {
 
-GVariant *optionsOf(bool kept)
-{
-    GVariantBuilder options;
-    g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
-    g_variant_builder_add(&options, "{sv}", "persist", g_variant_new_string("volatile"));
-    if (!kept)
-        g_variant_builder_add(&options, "{sv}", "bind-activation", g_variant_new_string("dbus-client"));
-    return g_variant_builder_end(&options);
-}
-
 void ignore(GObject *, GAsyncResult *, void *) { }
 
 } // namespace
@@ -63,8 +53,9 @@ void JoinAttempt::start(const char *accessPoint, bool kept)
 {
     m_isKept = kept;
     nm_client_add_and_activate_connection2(
-        m_client->get(), m_profile.get(), NM_DEVICE(m_client->radio()), accessPoint, optionsOf(kept), nullptr,
-        AsyncCall::ready, AsyncCall::make(this, [this](GObject *source, GAsyncResult *result) {
+        m_client->get(), m_profile.get(), NM_DEVICE(m_client->radio()), accessPoint,
+        ManagerClient::volatileOptions(!kept), nullptr, AsyncCall::ready,
+        AsyncCall::make(this, [this](GObject *source, GAsyncResult *result) {
             GErrorKeeper error;
             const GRef<NMActiveConnection> active(
                 nm_client_add_and_activate_connection2_finish(NM_CLIENT(source), result, nullptr, &error));
@@ -164,8 +155,7 @@ void JoinAttempt::keep(const EventLog *log)
     StationProfile::setKept(m_profile.get());
     const auto ended = [this, log](GObject *source, GAsyncResult *result) {
         GErrorKeeper error;
-        const std::unique_ptr<GVariant, decltype(&g_variant_unref)> answer(
-            nm_remote_connection_update2_finish(NM_REMOTE_CONNECTION(source), result, &error), g_variant_unref);
+        const Variant answer(nm_remote_connection_update2_finish(NM_REMOTE_CONNECTION(source), result, &error));
         if (error)
             log->trouble(
                 QStringLiteral("the network manager does not remember %1: %2")

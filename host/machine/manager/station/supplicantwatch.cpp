@@ -13,12 +13,6 @@ constexpr auto Properties = "org.freedesktop.DBus.Properties";
 // What an access point answers to who does not know its passkey, when that is told before the association.
 constexpr int UnspecifiedFailure = 1;
 
-struct VariantUnref
-{
-    void operator()(GVariant *variant) const { g_variant_unref(variant); }
-};
-using Variant = std::unique_ptr<GVariant, VariantUnref>;
-
 } // namespace
 
 SupplicantWatch::SupplicantWatch(GDBusConnection *bus, QObject *parent)
