@@ -307,6 +307,9 @@ private Q_SLOTS:
     void countsNothing();
 
 private:
+    /*! A second radio comes, and the hotspot is started there. */
+    void startsOnAnother(Fixture *fixture);
+
     std::unique_ptr<PrivateBus> m_bus;
 };
 
@@ -914,7 +917,19 @@ void ManagedHotspotTest::goesToAnotherRadio()
              QStringList({QStringLiteral("lent wlan1"), QStringLiteral("back wlan1"), QStringLiteral("lent wlan0")}));
 }
 
-/*! Not even when the other one is connected. */
+/*! Though that one is connected. */
+void ManagedHotspotTest::startsOnAnother(Fixture *fixture)
+{
+    const QString other = fixture->manager.addWifi(QStringLiteral("wlan1"));
+    fixture->join(other);
+    QTRY_VERIFY(fixture->client.device(QStringLiteral("wlan1")));
+    Reply reply;
+    fixture->hotspot->start(profile(), reply.call());
+    QVERIFY(fixture->waitForAsked());
+    QCOMPARE(fixture->manager.calls(fixture->asked()).first().pathAt(1), other);
+    QCOMPARE(fixture->manager.calls(fixture->asked()).size(), 1);
+}
+
 void ManagedHotspotTest::protectedRadio()
 {
     Fixture fixture;
@@ -923,14 +938,7 @@ void ManagedHotspotTest::protectedRadio()
     Reply refused;
     fixture.hotspot->start(profile(), refused.call());
     QCOMPARE(refused.text(), QStringLiteral("12 \"wlan0\" carries your remote session: --force has it touched"));
-    const QString other = fixture.manager.addWifi(QStringLiteral("wlan1"));
-    fixture.join(other);
-    QTRY_VERIFY(fixture.client.device(QStringLiteral("wlan1")));
-    Reply reply;
-    fixture.hotspot->start(profile(), reply.call());
-    QVERIFY(fixture.waitForAsked());
-    QCOMPARE(fixture.manager.calls(fixture.asked()).first().pathAt(1), other);
-    QCOMPARE(fixture.manager.calls(fixture.asked()).size(), 1);
+    startsOnAnother(&fixture);
 }
 
 void ManagedHotspotTest::radiosThatAreNamed()
@@ -940,14 +948,7 @@ void ManagedHotspotTest::radiosThatAreNamed()
     Reply refused;
     fixture.hotspot->start(profile(), refused.call());
     QCOMPARE(refused.text(), QStringLiteral("3 no radio is there that can be an access point"));
-    const QString other = fixture.manager.addWifi(QStringLiteral("wlan1"));
-    fixture.join(other);
-    QTRY_VERIFY(fixture.client.device(QStringLiteral("wlan1")));
-    Reply reply;
-    fixture.hotspot->start(profile(), reply.call());
-    QVERIFY(fixture.waitForAsked());
-    QCOMPARE(fixture.manager.calls(fixture.asked()).first().pathAt(1), other);
-    QCOMPARE(fixture.manager.calls(fixture.asked()).size(), 1);
+    startsOnAnother(&fixture);
 }
 
 void ManagedHotspotTest::lendsTheRadio()
